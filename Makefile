@@ -1,0 +1,14 @@
+# The front door, and nothing but a door: each target is one script.
+.PHONY: run test build bench check clean
+run:
+	@scripts/run
+test:
+	@scripts/test
+build:
+	@scripts/build
+bench:
+	@scripts/bench
+check:
+	@scripts/check
+clean:
+	rm -rf build

@@ -1,0 +1,40 @@
+#include "app/app_delegate.h"
+
+#include <QGuiApplication>
+#include <QMainWindow>
+#include <QScreen>
+
+#include "app/layout_table.h"
+#include "app/tolvane_view_controller.h"
+
+namespace tolvane {
+namespace {
+
+constexpr QSize kFirstSize(900, 700);
+constexpr QSize kMinimumSize(700, 500);
+
+/// The middle of the screen, but never with the upper left corner beyond the screen's.
+QPoint centred(QSize size) {
+  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+  const QPoint middle = screen.center() - QRect({}, size).center();
+  return {qMax(middle.x(), screen.x()), qMax(middle.y(), screen.y())};
+}
+
+}  // namespace
+
+AppDelegate::AppDelegate() = default;
+AppDelegate::~AppDelegate() = default;
+
+void AppDelegate::applicationDidFinishLaunching() {
+  window_ = std::make_unique<QMainWindow>();
+  window_->resize(kFirstSize);
+  window_->setWindowTitle(QStringLiteral("Tolvane"));
+  window_->move(centred(kFirstSize));
+  window_->setMinimumSize(kMinimumSize);
+  tolvaneVC_ = std::make_unique<TolvaneViewController>();
+  window_->setCentralWidget(tolvaneVC_->view());
+  window_->resize(kContentSize);
+  window_->show();
+}
+
+}  // namespace tolvane

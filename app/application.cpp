@@ -1,0 +1,30 @@
+#include "app/application.h"
+
+#include <QApplication>
+#include <QTimer>
+#include <clocale>
+
+#include "app/app_delegate.h"
+#include "app/palette.h"
+
+namespace tolvane {
+
+int runApplication() {
+  // Qt keeps references to both for as long as it lives; it gets our name alone.
+  static int argc = 1;
+  static char name[] = "tolvane";
+  static char* argv[] = {name, nullptr};
+  QApplication app(argc, argv);
+  // Qt has set the user's locale: numbers stay in the C locale.
+  std::setlocale(LC_NUMERIC, "C");
+  QGuiApplication::setDesktopFileName(QStringLiteral("tolvane"));
+  applyLook();
+
+  AppDelegate delegate;
+  QApplication::setQuitOnLastWindowClosed(delegate.applicationShouldTerminateAfterLastWindowClosed());
+  QTimer::singleShot(0, &app, [&delegate] { delegate.applicationDidFinishLaunching(); });
+  QApplication::exec();
+  return 0;
+}
+
+}  // namespace tolvane

@@ -1,0 +1,71 @@
+// Which device, and whether it runs.
+#include <QComboBox>
+#include <QLabel>
+
+#include "app/required.h"
+#include "app/tolvane_view_controller.h"
+#include "engine/core_audio_engine.h"
+#include "matrix/patch_matrix_view.h"
+
+namespace tolvane {
+namespace {
+
+QString menuTitle(const AudioDeviceInfo& device) {
+  return QStringLiteral("%1  (%2 in / %3 out)")
+      .arg(QString::fromStdString(device.name), QString::number(device.inputChannels),
+           QString::number(device.outputChannels));
+}
+
+}  // namespace
+
+void TolvaneViewController::stopEngineIfRunning() {
+  CoreAudioEngine& engine = CoreAudioEngine::shared();
+  if (!engine.isRunning()) return;
+  engine.stop();
+  updateStartStopButton();
+}
+
+void TolvaneViewController::refreshDevices() {
+  stopEngineIfRunning();
+  devices_ = CoreAudioEngine::shared().getAllDevices();
+  QComboBox& popup = required(devicePopup_);
+  popup.clear();
+  for (const AudioDeviceInfo& device : devices_) popup.addItem(menuTitle(device));
+  if (!devices_.empty()) popup.setCurrentIndex(0);
+  deviceSelected();
+}
+
+void TolvaneViewController::deviceSelected() {
+  const int index = required(devicePopup_).currentIndex();
+  if (index < 0 || static_cast<std::size_t>(index) >= devices_.size()) return;
+  stopEngineIfRunning();
+  const AudioDeviceInfo& device = selectedDevice_.emplace(devices_[static_cast<std::size_t>(index)]);
+  required(inputCountLabel_).setText(QStringLiteral("Inputs: ") + QString::number(device.inputChannels));
+  required(outputCountLabel_).setText(QStringLiteral("Outputs: ") + QString::number(device.outputChannels));
+  required(patchMatrixView_).configure(device.inputChannels, device.outputChannels, connections_);
+  setStatus(QStringLiteral("Device: ") + QString::fromStdString(device.name) +
+            QStringLiteral(" — configure patch then press Start."));
+}
+
+void TolvaneViewController::startStopTapped() {
+  CoreAudioEngine& engine = CoreAudioEngine::shared();
+  if (engine.isRunning()) {
+    stopEngineIfRunning();
+    setStatus(QStringLiteral("Stopped."));
+    return;
+  }
+  if (!selectedDevice_) {
+    setStatus(QStringLiteral("⚠️  Select a device first."));
+    return;
+  }
+  if (const auto error = engine.start(selectedDevice_->id, connections_)) {
+    setStatus(QStringLiteral("❌  ") + QString::fromStdString(error->errorDescription()));
+    return;
+  }
+  updateStartStopButton();
+  setStatus(QStringLiteral("● Running on ") + QString::fromStdString(selectedDevice_->name) +
+            QStringLiteral("  •  ") + QString::number(activeConnectionCount()) +
+            QStringLiteral(" active route(s)"));
+}
+
+}  // namespace tolvane

@@ -1,0 +1,68 @@
+// Patch files, through the save and the open panel.
+#include <QFile>
+#include <QFileDialog>
+#include <QFileInfo>
+
+#include "app/tolvane_view_controller.h"
+#include "core/patch_file.h"
+
+namespace tolvane {
+namespace {
+
+/// A panel that stands free beside the window, for JSON files.
+QFileDialog* makePanel(QFileDialog::AcceptMode mode) {
+  auto* const panel = new QFileDialog;
+  panel->setAcceptMode(mode);
+  panel->setFileMode(mode == QFileDialog::AcceptSave ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
+  panel->setNameFilter(QStringLiteral("JSON (*.json)"));
+  panel->setModal(false);
+  panel->setAttribute(Qt::WA_DeleteOnClose);
+  // The program ends with its window, whatever panel is still open.
+  panel->setAttribute(Qt::WA_QuitOnClose, false);
+  return panel;
+}
+
+}  // namespace
+
+void TolvaneViewController::savePatch() {
+  QFileDialog* const panel = makePanel(QFileDialog::AcceptSave);
+  panel->setDefaultSuffix(QStringLiteral("json"));
+  panel->selectFile(QStringLiteral("mypatch.json"));
+  // With this as the context nothing is called once the controller is gone.
+  connect(panel, &QFileDialog::accepted, this,
+          [this, panel] { writePatch(panel->selectedFiles().value(0)); });
+  panel->show();
+}
+
+void TolvaneViewController::loadPatch() {
+  QFileDialog* const panel = makePanel(QFileDialog::AcceptOpen);
+  connect(panel, &QFileDialog::accepted, this, [this, panel] { readPatch(panel->selectedFiles().value(0)); });
+  panel->show();
+}
+
+void TolvaneViewController::writePatch(const QString& path) {
+  if (path.isEmpty()) return;
+  const PatchEncodeResult encoded = encodePatch(connections_);
+  if (!encoded) return;
+  QFile file(path);
+  // Whether it could be written is not reported.
+  if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    file.write(encoded.value().data(), static_cast<qint64>(encoded.value().size()));
+  }
+  setStatus(QStringLiteral("Patch saved → ") + QFileInfo(path).fileName());
+}
+
+void TolvaneViewController::readPatch(const QString& path) {
+  if (path.isEmpty()) return;
+  QFile file(path);
+  if (!file.open(QIODevice::ReadOnly)) return;
+  const QByteArray text = file.readAll();
+  if (file.error() != QFileDevice::NoError) return;
+  PatchDecodeResult decoded = decodePatch({text.data(), static_cast<std::size_t>(text.size())});
+  if (!decoded) return;
+  replaceConnections(std::move(decoded).value());
+  setStatus(QStringLiteral("Patch loaded: ") + QString::number(connections_.size()) +
+            QStringLiteral(" connection(s)"));
+}
+
+}  // namespace tolvane

@@ -1,0 +1,61 @@
+// A device's buffers for one cycle, as a driver would lay them out: each stream on a cache line of its own.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "core/routing_context.h"
+#include "hal/core_audio.h"
+
+namespace tolvane::bench {
+
+enum class Arrangement {
+  planar,       // one stream to a channel
+  interleaved,  // one stream of all channels
+};
+
+/// One direction of a device.
+class BenchStreams {
+ public:
+  BenchStreams(Arrangement arrangement, std::size_t channels, std::size_t frames);
+
+  [[nodiscard]] AudioBufferList* list() { return reinterpret_cast<AudioBufferList*>(records_.get()); }
+  [[nodiscard]] std::size_t size() const { return streams_; }
+  [[nodiscard]] float* samples(std::size_t stream) { return samples_.get() + stream * samplesPerStream_; }
+  [[nodiscard]] std::size_t bytes(std::size_t stream) { return list()->mBuffers[stream].mDataByteSize; }
+
+ private:
+  struct AlignedDelete {
+    void operator()(float* samples) const noexcept { ::operator delete[](samples, kCacheLine); }
+  };
+  static constexpr std::align_val_t kCacheLine{64};
+
+  std::size_t streams_;
+  std::size_t samplesPerStream_;  // a multiple of a cache line
+  std::unique_ptr<float[], AlignedDelete> samples_;
+  std::unique_ptr<std::byte[]> records_;
+};
+
+/// A device with as many inputs as outputs (or not), its routes published.
+struct BenchDevice {
+  BenchDevice(Arrangement arrangement, std::size_t inputs, std::size_t outputs, std::size_t frames);
+
+  /// Publishes `count` routes: route k goes from input k to output k % `into`, both around the end.
+  void publish(std::size_t count, std::size_t into, float gain);
+
+  /// One call of the routing.
+  void cycle();
+  /// The rival: copies each input buffer over the output buffer, as far as there are both.
+  void copy();
+  /// Sets every output buffer to zero, one by one.
+  void clear();
+
+  std::size_t inputChannels;
+  std::size_t outputChannels;
+  BenchStreams input;
+  BenchStreams output;
+  IOProcContext context;
+};
+
+}  // namespace tolvane::bench

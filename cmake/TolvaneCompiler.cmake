@@ -1,0 +1,57 @@
+# Flags that hold for every target: the language, the warnings, the rounding rule and the sanitizers.
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE RelWithDebInfo CACHE STRING "" FORCE)
+endif()
+
+add_compile_options(
+  -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wconversion
+  -Wsign-conversion -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough -Werror
+  # Every product and every sum is rounded on its own: contraction to fused multiply-add changes the bits.
+  -ffp-contract=off)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  add_compile_options(-Wduplicated-cond -Wlogical-op)
+  if(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+    # GCC 12 sees an overlap in its own library's string concatenation (its bug 105651).
+    add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+  endif()
+endif()
+
+if(TOLVANE_DEBUG_CHECKS)
+  add_compile_definitions(TOLVANE_DEBUG_CHECKS=1)
+  # The library's own assertions, in builds that are for finding faults.
+  add_compile_definitions(_GLIBCXX_ASSERTIONS)
+endif()
+
+if(TOLVANE_HARDENING)
+  include(CheckPIESupported)
+  check_pie_supported()
+  add_compile_options(-fstack-protector-strong -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=2)
+  if(CMAKE_SYSTEM_PROCESSOR MATCHES "x86_64|i.86")
+    add_compile_options(-fstack-clash-protection -fcf-protection)
+  endif()
+  if(NOT APPLE)
+    add_link_options(-Wl,-z,relro -Wl,-z,now -Wl,-z,noexecstack)
+  endif()
+endif()
+
+if(TOLVANE_SANITIZE)
+  add_compile_options(-fsanitize=${TOLVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${TOLVANE_SANITIZE})
+  # GCC's flow warnings see the sanitizers' own branches and report what is not in the source.
+  add_compile_options(-Wno-maybe-uninitialized -Wno-stringop-overflow)
+endif()
+
+if(TOLVANE_FRAMEWORK_STANDIN)
+  # A library of objects is compiled and nothing is linked: the frameworks are not here.
+  set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+  add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-stdlib=libc++>)
+  include_directories(SYSTEM ${CMAKE_CURRENT_SOURCE_DIR}/tests/framework_standin)
+endif()

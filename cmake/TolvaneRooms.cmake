@@ -1,0 +1,28 @@
+# A room is a folder at the top of the tree with one library of its own. Its headers are named from the top
+# ("core/patch_file.h") and are found only by targets that link the room, so that an include which breaks the
+# order of the rooms fails to build.
+
+# tolvane_expose(<target> <PUBLIC|INTERFACE> <room> [entries...]): makes the room's folder, or only the named
+# entries of it, visible to whoever links the target.
+function(tolvane_expose target visibility room)
+  set(view ${CMAKE_BINARY_DIR}/rooms/${target})
+  if(ARGN)
+    file(MAKE_DIRECTORY ${view}/${room})
+    foreach(entry IN LISTS ARGN)
+      file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${room}/${entry} ${view}/${room}/${entry} SYMBOLIC)
+    endforeach()
+  else()
+    file(MAKE_DIRECTORY ${view})
+    file(CREATE_LINK ${CMAKE_SOURCE_DIR}/${room} ${view}/${room} SYMBOLIC)
+  endif()
+  target_include_directories(${target} ${visibility} ${view})
+endfunction()
+
+# tolvane_room(<room> SOURCES ... LINK ...): the room's static library, named tolvane_<room>.
+function(tolvane_room room)
+  cmake_parse_arguments(ROOM "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
+  add_library(tolvane_${room} STATIC ${ROOM_SOURCES})
+  tolvane_expose(tolvane_${room} PUBLIC ${room})
+  target_link_libraries(tolvane_${room} PUBLIC ${ROOM_LINK} PRIVATE ${ROOM_PRIVATE_LINK})
+  tolvane_check_headers(tolvane_${room} ${room})
+endfunction()

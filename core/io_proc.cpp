@@ -1,0 +1,115 @@
+#include "core/io_proc.h"
+
+#include <algorithm>
+#include <cinttypes>
+#include <cstdint>
+#include <optional>
+
+#include "core/atomic32.h"
+#include "core/fatal.h"
+#include "core/mix/channel_table.h"
+#include "core/mix/route_mixer.h"
+#include "core/routing_context.h"
+#include "core/trace.h"
+
+namespace tolvane {
+
+namespace {
+
+// Cycles in the life of the process; the first one, and no other, is traced.
+std::int32_t ioProcCallCount = 0;
+
+/// The cycle's frames, by the first output buffer; none when there is no such buffer or nothing in it.
+std::optional<std::int64_t> frameCountOf(const AudioBufferList& output) noexcept {
+  if (output.mNumberBuffers == 0) return std::nullopt;
+  const AudioBuffer& first = output.mBuffers[0];
+  if (first.mNumberChannels == 0 || first.mDataByteSize == 0) return std::nullopt;
+  const std::uint64_t frameBytes = std::uint64_t{first.mNumberChannels} * sizeof(float);
+  return static_cast<std::int64_t>(first.mDataByteSize / frameBytes);
+}
+
+/// The live buffer of the context, chosen once and used for the whole cycle.
+struct LiveRoutes {
+  const PatchEntry* entries;
+  std::int32_t count;
+};
+
+LiveRoutes liveRoutes(const IOProcContext& context) noexcept {
+  const bool liveIsA = loadAcquire(context.activeBuf) == 0;
+  return {liveIsA ? context.patchesA.data() : context.patchesB.data(),
+          loadRelaxed(liveIsA ? context.countA : context.countB)};
+}
+
+/// The live routes, in order, that name a channel below the bounds and with data on either side.
+CycleRoutes audibleRoutes(const LiveRoutes& live, const ChannelTable& in, const ChannelTable& out,
+                          std::int64_t nIn, std::int64_t nOut) noexcept {
+  CycleRoutes routes;
+  // A count beyond the record is not one that was published; the entries end with the record.
+  const std::int32_t count = std::min(live.count, kMaxPatchEntries);
+  for (std::int32_t i = 0; i < count; ++i) {
+    // Each field is read once: the writer may be changing the entry, and what was checked must be what is
+    // used.
+    const PatchEntry entry = {loadRelaxed(live.entries[i].src), loadRelaxed(live.entries[i].dst),
+                              loadRelaxed(live.entries[i].gain)};
+    if (entry.src < 0 || entry.src >= nIn || entry.dst < 0 || entry.dst >= nOut) continue;
+    if (in[entry.src].data == nullptr || out[entry.dst].data == nullptr) continue;
+    routes.entries[routes.count++] = entry;
+  }
+  return routes;
+}
+
+void routeInto(const AudioBufferList& input, AudioBufferList& output, const IOProcContext& context,
+               bool firstCall) noexcept {
+  const std::int32_t maxIn = context.inputChannelCount;
+  const std::int32_t maxOut = context.outputChannelCount;
+  if (firstCall) traceLine("[IOProc] maxIn=%" PRId32 " maxOut=%" PRId32, maxIn, maxOut);
+  if (maxIn < 1 || maxOut < 1) return;
+
+  const std::int64_t capacity = std::int64_t{maxIn} + maxOut + 2;
+  ChannelTable in(capacity);
+  ChannelTable out(capacity);
+  if (firstCall) traceLine("[IOProc] flattening input ABL...");
+  in.addChannelsOf(input);
+  if (firstCall) traceLine("[IOProc] inCh=%" PRId64 " — flattening output ABL...", in.channelCount());
+  out.addChannelsOf(output);
+  if (firstCall) traceLine("[IOProc] outCh=%" PRId64, out.channelCount());
+
+  const std::optional<std::int64_t> frames = frameCountOf(output);
+  if (firstCall && frames) traceLine("[IOProc] frameCount=%" PRId64, *frames);
+  if (frames.value_or(0) == 0) return clearOutputs(output);
+
+  const LiveRoutes live = liveRoutes(context);
+  if (firstCall) traceLine("[IOProc] patchCount=%" PRId32 " routing...", live.count);
+  if (live.count < 0) fatal("the number of published routes is negative");
+  const auto nIn = std::min<std::int64_t>(in.channelCount(), maxIn);
+  const auto nOut = std::min<std::int64_t>(out.channelCount(), maxOut);
+  mixRoutes(audibleRoutes(live, in, out, nIn, nOut), input, output, in, out, *frames, mixKernels());
+  if (firstCall) traceLine("[IOProc] first call completed OK ✓");
+}
+
+void traceFirstCall(const void* clientData) noexcept {
+  if (clientData == nullptr) return traceLine("[IOProc] first call clientData=nil");
+  traceLine("[IOProc] first call clientData=0x%016" PRIxPTR, reinterpret_cast<std::uintptr_t>(clientData));
+}
+
+}  // namespace
+
+void routeCycle(const AudioBufferList* input, AudioBufferList* output, void* clientData) noexcept {
+  const bool firstCall = addRelease(ioProcCallCount, 1) == 1;
+  if (firstCall) traceFirstCall(clientData);
+  if (clientData == nullptr) return;
+  // A direction that the device does not have may come as no list at all: it has no buffers.
+  const AudioBufferList noInput{};
+  AudioBufferList noOutput{};
+  routeInto(input != nullptr ? *input : noInput, output != nullptr ? *output : noOutput,
+            *static_cast<const IOProcContext*>(clientData), firstCall);
+}
+
+OSStatus halIOProc(AudioObjectID /*device*/, const AudioTimeStamp* /*now*/, const AudioBufferList* inputData,
+                   const AudioTimeStamp* /*inputTime*/, AudioBufferList* outputData,
+                   const AudioTimeStamp* /*outputTime*/, void* clientData) noexcept {
+  routeCycle(inputData, outputData, clientData);
+  return noErr;
+}
+
+}  // namespace tolvane

@@ -1,0 +1,9 @@
+// The loops in the form of processors with AVX2: vectors of 8 floats.
+#include "core/mix/mix_kernels_forms.h"
+#include "core/mix/mix_kernels_impl.h"
+
+namespace tolvane {
+
+const MixKernels kAvx2MixKernels = {"avx2", kMaxWidth, mixPlanar, gatherBlock, mixBlock, scatterBlock};
+
+}  // namespace tolvane

@@ -1,0 +1,9 @@
+// The loops in the form of processors with AVX512: vectors of 16 floats.
+#include "core/mix/mix_kernels_forms.h"
+#include "core/mix/mix_kernels_impl.h"
+
+namespace tolvane {
+
+const MixKernels kAvx512MixKernels = {"avx512", kMaxWidth, mixPlanar, gatherBlock, mixBlock, scatterBlock};
+
+}  // namespace tolvane

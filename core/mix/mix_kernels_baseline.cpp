@@ -1,0 +1,10 @@
+// The loops in the form of every processor of the architecture: vectors of 4 floats.
+#include "core/mix/mix_kernels_forms.h"
+#include "core/mix/mix_kernels_impl.h"
+
+namespace tolvane {
+
+const MixKernels kBaselineMixKernels = {"baseline",  kMaxWidth, mixPlanar,
+                                        gatherBlock, mixBlock,  scatterBlock};
+
+}  // namespace tolvane

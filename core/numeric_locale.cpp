@@ -1,0 +1,24 @@
+#include "core/numeric_locale.h"
+
+#include "core/fatal.h"
+
+namespace tolvane {
+
+namespace {
+
+locale_t cLocale() noexcept {
+  // Kept for the life of the process: threads may use it until the very end.
+  static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
+  if (locale == nullptr) fatal("the C locale is missing");
+  return locale;
+}
+
+}  // namespace
+
+ScopedCLocale::ScopedCLocale() noexcept : previous_(uselocale(cLocale())) {}
+
+ScopedCLocale::~ScopedCLocale() {
+  uselocale(previous_);
+}
+
+}  // namespace tolvane

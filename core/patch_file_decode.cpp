@@ -1,0 +1,196 @@
+#include <iterator>
+
+#include <nlohmann/json.hpp>
+
+#include "core/numeric_locale.h"
+#include "core/patch_file.h"
+#include "core/patch_file_route.h"
+
+namespace tolvane {
+
+namespace {
+
+using Key = PatchConnection::CodingKeys;
+
+constexpr std::size_t kMaxDepth = 512;
+constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+
+// The parser tells its handler nothing about places in the text; the iterator it reads through does.
+class CountingIterator {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = char;
+
+  CountingIterator(const char* at, std::size_t& consumed) : at_(at), consumed_(&consumed) {}
+
+  char operator*() const { return *at_; }
+  CountingIterator& operator++() {
+    ++at_;
+    ++*consumed_;
+    return *this;
+  }
+  bool operator==(const CountingIterator& other) const { return at_ == other.at_; }
+
+ private:
+  const char* at_;
+  std::size_t* consumed_;
+};
+
+// Follows the parser through the text and keeps nothing but the routes. Level 1 is the patch, level 2 a
+// route; what lies deeper belongs to a member that is unknown or wrong.
+class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
+ public:
+  explicit PatchReader(std::string_view text) : text_(text) {
+    if (text.starts_with(kByteOrderMark)) previousEnd_ = kByteOrderMark.size();
+  }
+
+  /// Once.
+  PatchDecodeResult read() {
+    const CountingIterator first(text_.data(), consumed_);
+    const CountingIterator last(text_.data() + text_.size(), consumed_);
+    if (nlohmann::json::sax_parse(first, last, this)) return std::move(routes_);
+    return std::move(error_);
+  }
+
+  bool null() override { return scalar(OtherJsonValue{"null"}); }
+  bool boolean(bool flag) override { return scalar(flag); }
+  bool string(string_t& /*text*/) override { return scalar(OtherJsonValue{"a string"}); }
+  bool binary(binary_t& /*bytes*/) override { return scalar(OtherJsonValue{"binary data"}); }
+  bool number_unsigned(number_unsigned_t number) override {
+    return this->number(static_cast<double>(number));
+  }
+  bool number_float(number_float_t number, const string_t& /*text*/) override { return this->number(number); }
+  bool number_integer(number_integer_t number) override {
+    // Only what has a minus sign comes here: a zero was written as -0.
+    return this->number(number == 0 ? -0.0 : static_cast<double>(number));
+  }
+
+  bool start_object(std::size_t /*size*/) override {
+    if (depth_ != 1) return judge(OtherJsonValue{"an object"}) && descend();
+    route_.begin(valueOffset());
+    return descend();
+  }
+  bool key(string_t& text) override;
+  bool end_object() override;
+  bool start_array(std::size_t /*size*/) override {
+    return (depth_ == 0 || judge(OtherJsonValue{"an array"})) && descend();
+  }
+  bool end_array() override { return ascend(); }
+
+  bool parse_error(std::size_t bytesRead, const std::string& token,
+                   const nlohmann::detail::exception& error) override;
+
+ private:
+  // Between two values there is nothing else; the byte that ends a number may have been taken already.
+  std::size_t valueOffset() const { return text_.find_first_not_of(" \t\r\n,:", previousEnd_); }
+
+  bool number(double value);
+  bool scalar(const JsonValue& value) { return judge(value) && endValue(); }
+  bool judge(const JsonValue& value);
+  bool descend();
+  bool ascend();
+  bool endValue();
+  bool fail(std::string reason, std::size_t byteOffset);
+
+  std::string_view text_;
+  std::size_t consumed_ = 0;     // bytes the parser has taken
+  std::size_t previousEnd_ = 0;  // where the search for the next value's first byte begins
+  std::size_t depth_ = 0;
+  std::optional<Key> member_;  // the one whose value is being read
+  PatchRouteBuilder route_;
+  std::vector<PatchConnection> routes_;
+  PatchFileError error_;
+};
+
+bool PatchReader::number(double value) {
+  const std::size_t begin = valueOffset();
+  const std::size_t end = text_.find_first_not_of("+-.0123456789eE", begin);
+  return scalar(JsonNumber{text_.substr(begin, end - begin), value});
+}
+
+bool PatchReader::judge(const JsonValue& value) {
+  if (depth_ == 0) return fail(mismatch("an array of routes", value), valueOffset());
+  if (depth_ == 1) {
+    error_.element = routes_.size();
+    return fail(mismatch("an object", value), valueOffset());
+  }
+  if (depth_ == 2 && member_) route_.set(*member_, value, valueOffset());
+  return true;
+}
+
+bool PatchReader::key(string_t& text) {
+  previousEnd_ = consumed_;
+  if (depth_ == 2) member_ = codingKey(text);
+  return true;
+}
+
+bool PatchReader::descend() {
+  previousEnd_ = consumed_;
+  if (++depth_ > kMaxDepth) return fail("nesting deeper than " + std::to_string(kMaxDepth), consumed_ - 1);
+  return true;
+}
+
+bool PatchReader::ascend() {
+  --depth_;
+  return endValue();
+}
+
+bool PatchReader::endValue() {
+  previousEnd_ = consumed_;
+  if (depth_ == 2) member_.reset();
+  return true;
+}
+
+bool PatchReader::end_object() {
+  if (depth_ != 2) return ascend();
+  auto result = route_.finish();
+  if (!result) {
+    error_ = result.error();
+    error_.element = routes_.size();
+    return false;
+  }
+  routes_.push_back(result.value());
+  return ascend();
+}
+
+bool PatchReader::fail(std::string reason, std::size_t byteOffset) {
+  if (depth_ >= 2) error_.element = routes_.size();
+  if (member_) error_.member = stringValue(*member_);
+  error_.reason = std::move(reason);
+  error_.byteOffset = byteOffset;
+  return false;
+}
+
+// The parser's own words without its error number, its line and column, and the text it last read: that text
+// may be of any length and hold anything.
+std::string syntaxReason(std::string_view message) {
+  message = message.substr(std::min(message.find("syntax error"), message.size()));
+  return std::string(message.substr(0, message.find("; last read")));
+}
+
+bool PatchReader::parse_error(std::size_t bytesRead, const std::string& /*token*/,
+                              const nlohmann::detail::exception& error) {
+  constexpr int kNumberOverflow = 406;
+  if (error.id == kNumberOverflow) return fail("number out of range for a 64-bit float", valueOffset());
+  return fail(syntaxReason(error.what()), bytesRead - 1);
+}
+
+}  // namespace
+
+PatchDecodeResult decodePatch(std::string_view text) {
+  // The parser would take it for the end of the text and never look behind it.
+  if (const auto offset = text.find('\0'); offset != std::string_view::npos) {
+    return PatchFileError{.reason = "found a NUL byte; a patch file is UTF-8 text",
+                          .element = std::nullopt,
+                          .member = {},
+                          .byteOffset = offset};
+  }
+  // The parser converts numbers by the thread's locale.
+  const ScopedCLocale locale;
+  return PatchReader(text).read();
+}
+
+}  // namespace tolvane

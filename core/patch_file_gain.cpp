@@ -1,0 +1,48 @@
+#include "core/patch_file_gain.h"
+
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <limits>
+
+#include <nlohmann/json.hpp>
+
+#include "core/numeric_locale.h"
+
+namespace tolvane {
+
+namespace {
+
+using FloatJson =
+    nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
+
+// Rounding to double first and to float then may end on another float, though the text is nearest to this
+// one.
+bool readsBack(const char* text, float gain) {
+  return std::strtof(text, nullptr) == gain && static_cast<float>(std::strtod(text, nullptr)) == gain;
+}
+
+std::string shortestByTrial(float gain) {
+  const ScopedCLocale locale;
+  char text[32];
+  for (int digits = 1; digits <= std::numeric_limits<float>::max_digits10; ++digits) {
+    std::snprintf(text, sizeof text, "%.*e", digits - 1, static_cast<double>(gain));
+    if (readsBack(text, gain)) break;
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string gainText(float gain) {
+  // From here on there are short texts that lie just between two floats and round to the even one. The
+  // library never takes such a text, so it prints one digit more than it must.
+  constexpr float kFirstTie = 1U << 25U;
+  // The one text of the library's, but for its sign, that a reader by way of double takes for another float.
+  constexpr float kRoundsTwice = 0x1.5c87fap-84F;
+  const float size = std::fabs(gain);
+  if (size >= kFirstTie || size == kRoundsTwice) return shortestByTrial(gain);
+  return FloatJson(gain).dump();
+}
+
+}  // namespace tolvane

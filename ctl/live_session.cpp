@@ -1,0 +1,174 @@
+#include "ctl/live_session.h"
+
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+
+#include <poll.h>
+#include <unistd.h>
+
+#include "ctl/route_table.h"
+
+namespace tolvane::ctl {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+std::size_t channels(std::int64_t count) {
+  return static_cast<std::size_t>(std::max<std::int64_t>(0, count));
+}
+
+std::string liveReport(const std::string& path, const Routes& routes) {
+  const std::size_t sounding = soundingRoutes(routes).size();
+  return path + ": " + std::to_string(sounding) + (sounding == 1 ? " route is" : " routes are") + " live";
+}
+
+}  // namespace
+
+LiveSession::LiveSession(const RunOptions& options, AudioDeviceInfo device, PatchSource& patch, Routes routes,
+                         SignalPipe& signals)
+    : options_(options),
+      device_(std::move(device)),
+      patch_(patch),
+      routes_(std::move(routes)),
+      signals_(signals),
+      bank_(channels(device_.inputChannels), channels(device_.outputChannels)),
+      engine_(&meteredIoProc),
+      events_(device_.id) {
+  setMeterBank(&bank_);
+  if (!options_.watch) return;
+  watcher_ = watchFile(patch_.path());
+  fileSettling_.touch(Clock::now());  // it may have changed between its reading and the watching
+}
+
+LiveSession::~LiveSession() {
+  engine_.stop();
+  setMeterBank(nullptr);
+}
+
+ExitStatus LiveSession::run() {
+  if (const auto error = engine_.start(device_.id, routes_)) {
+    return fail({device_.name + ": " + error->errorDescription()});
+  }
+  started_ = Clock::now();
+  nextMeters_ = started_;
+  if (options_.meters) bank_.meter(routes_);
+  signals_.admit();
+  while (!ended_) {
+    sleep();
+    heedSignals();
+    heedFile();
+    heedDevice();
+    showMeters();
+    if (options_.seconds && Clock::now() >= endTime()) ended_ = true;
+  }
+  engine_.stop();
+  meters_.reset();
+  messages_.release();
+  printSummary();
+  return ExitStatus::done;
+}
+
+void LiveSession::sleep() {
+  const auto left = std::chrono::ceil<milliseconds>(wakeTime() - Clock::now()).count();
+  // A descriptor of -1 is passed over.
+  pollfd sources[] = {{signals_.descriptor(), POLLIN, 0},
+                      {events_.descriptor(), POLLIN, 0},
+                      {watcher_ ? watcher_->descriptor() : -1, POLLIN, 0}};
+  ::poll(sources, std::size(sources), static_cast<int>(std::clamp<std::int64_t>(left, 0, 60'000)));
+  deviceTold_ = sources[1].revents != 0;
+}
+
+LiveSession::Clock::time_point LiveSession::wakeTime() const {
+  const Clock::time_point now = Clock::now();
+  Clock::time_point wake = now + std::chrono::minutes(1);
+  if (options_.meters) wake = std::min(wake, nextMeters_);
+  if (options_.seconds) wake = std::min(wake, endTime());
+  if (watcher_) wake = std::min(wake, now + watcher_->askEvery());
+  return std::min(wake, fileSettling_.due().value_or(wake));
+}
+
+LiveSession::Clock::time_point LiveSession::endTime() const {
+  return started_ +
+         std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(*options_.seconds));
+}
+
+void LiveSession::heedSignals() {
+  while (const auto signal = signals_.next()) {
+    if (*signal == SIGHUP) {
+      takeOver(patch_.load());
+    } else {
+      ended_ = true;
+    }
+  }
+}
+
+void LiveSession::heedFile() {
+  if (!watcher_) return;
+  const Clock::time_point now = Clock::now();
+  if (watcher_->changed()) fileSettling_.touch(now);
+  if (!fileSettling_.settled(now)) return;
+  if (const auto result = patch_.loadIfChanged()) takeOver(*result);
+}
+
+void LiveSession::takeOver(const PatchResult& result) {
+  if (!result) {
+    messages_.say(result.error().text + "; the routes stay as they were");
+    return;
+  }
+  routes_ = result.value();
+  engine_.writeConnections(engine_.contextPtr(), routes_);
+  if (options_.meters) bank_.meter(routes_);
+  messages_.say(liveReport(patch_.path(), routes_));
+  if (const auto note = unheardRoutesNote(patch_.path(), routes_)) messages_.say(*note);
+}
+
+void LiveSession::heedDevice() {
+  if (!deviceTold_) return;
+  const bool alive = events_.isAlive();
+  if (alive == wasAlive_) return;
+  wasAlive_ = alive;
+  messages_.say(device_.name + (alive ? ": is back" : ": is gone; waiting for it to come back"));
+}
+
+void LiveSession::showMeters() {
+  const Clock::time_point now = Clock::now();
+  if (!options_.meters || now < nextMeters_) return;
+  if (!meters_) {
+    openMeters(now);
+    return;
+  }
+  readMeters(bank_, routes_, device_.inputChannels, device_.outputChannels, picture_);
+  picture_.cycles = bank_.cycles();
+  picture_.overloads = events_.overloads();
+  picture_.message = messages_.latest();
+  meters_->show(picture_);
+  if (meters_->endAsked()) ended_ = true;
+  nextMeters_ += meters_->interval();
+  if (nextMeters_ < now) nextMeters_ = now + meters_->interval();
+}
+
+void LiveSession::openMeters(Clock::time_point now) {
+  // The first cycle prints its trace, which would tear the picture: wait for it, though not for a dead
+  // device.
+  constexpr milliseconds kLook{10};
+  constexpr std::chrono::seconds kLongestWait{2};
+  nextMeters_ = now + kLook;
+  if (bank_.cycles() == 0 && now < started_ + kLongestWait) return;
+  picture_.deviceName = device_.name;
+  meters_ = makeMeterScreen();
+  if (!meters_) {
+    meters_ = std::make_unique<MeterLines>();
+  } else if (::isatty(STDERR_FILENO) == 1) {
+    messages_.holdBack();
+  }
+  nextMeters_ = now + meters_->interval();
+}
+
+void LiveSession::printSummary() const {
+  std::printf("cycles: %llu\noverloads: %llu\n%s", static_cast<unsigned long long>(bank_.cycles()),
+              static_cast<unsigned long long>(events_.overloads()), routeTable(routes_).c_str());
+}
+
+}  // namespace tolvane::ctl

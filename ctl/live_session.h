@@ -1,0 +1,67 @@
+#pragma once
+
+#include <chrono>
+#include <memory>
+#include <optional>
+
+#include "ctl/device_events.h"
+#include "ctl/file_watcher.h"
+#include "ctl/messages.h"
+#include "ctl/meter_bank.h"
+#include "ctl/meter_view.h"
+#include "ctl/patch_source.h"
+#include "ctl/run_command.h"
+#include "ctl/settling.h"
+#include "ctl/signal_pipe.h"
+#include "engine/core_audio_engine.h"
+
+namespace tolvane::ctl {
+
+/// A device that routes, from start to summary. [main-thread]
+class LiveSession {
+ public:
+  /// `patch` and `signals` are the caller's and outlive the session; `routes` are what `patch` gave.
+  LiveSession(const RunOptions& options, AudioDeviceInfo device, PatchSource& patch, Routes routes,
+              SignalPipe& signals);
+  LiveSession(const LiveSession&) = delete;
+  LiveSession& operator=(const LiveSession&) = delete;
+  ~LiveSession();
+
+  /// Routes until it is told to end. Done, or failed when the device does not start.
+  [[nodiscard]] ExitStatus run();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  void sleep();
+  [[nodiscard]] Clock::time_point wakeTime() const;
+  [[nodiscard]] Clock::time_point endTime() const;
+  void heedSignals();
+  void heedFile();
+  void heedDevice();
+  void takeOver(const PatchResult& result);
+  void showMeters();
+  void openMeters(Clock::time_point now);
+  void printSummary() const;
+
+  RunOptions options_;
+  AudioDeviceInfo device_;
+  PatchSource& patch_;
+  Routes routes_;
+  SignalPipe& signals_;
+  MessageLog messages_;
+  MeterBank bank_;
+  CoreAudioEngine engine_;
+  DeviceEvents events_;
+  std::unique_ptr<FileWatcher> watcher_;  // none: the file is not watched
+  Settling fileSettling_;
+  std::unique_ptr<MeterView> meters_;  // none: no meters
+  MeterPicture picture_;
+  Clock::time_point started_;
+  Clock::time_point nextMeters_;
+  bool ended_ = false;
+  bool deviceTold_ = false;
+  bool wasAlive_ = true;
+};
+
+}  // namespace tolvane::ctl

@@ -1,0 +1,33 @@
+#include "ctl/messages.h"
+
+#include <cstdio>
+
+namespace tolvane::ctl {
+
+void say(std::string_view text) {
+  // One write, so that the line stays whole beside the lines of others.
+  const std::string line = "tolvanectl: " + std::string(text) + '\n';
+  std::fwrite(line.data(), 1, line.size(), stderr);
+}
+
+ExitStatus fail(const Failure& failure) {
+  say(failure.text);
+  return failure.status;
+}
+
+void MessageLog::say(std::string_view text) {
+  latest_ = text;
+  if (heldBack_) {
+    kept_.emplace_back(text);
+  } else {
+    ctl::say(text);
+  }
+}
+
+void MessageLog::release() {
+  heldBack_ = false;
+  for (const std::string& text : kept_) ctl::say(text);
+  kept_.clear();
+}
+
+}  // namespace tolvane::ctl

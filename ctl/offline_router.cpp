@@ -1,0 +1,30 @@
+#include "ctl/offline_router.h"
+
+#include "core/io_proc.h"
+
+namespace tolvane::ctl {
+
+namespace {
+
+AudioBufferList oneBuffer(std::int32_t channels, void* data, std::size_t frames) noexcept {
+  const auto count = static_cast<UInt32>(channels);
+  const auto bytes = static_cast<UInt32>(frames * count * sizeof(float));
+  return {1, {{count, bytes, data}}};
+}
+
+}  // namespace
+
+OfflineRouter::OfflineRouter(std::span<const PatchConnection> routes, std::int32_t inputChannels,
+                             std::int32_t outputChannels)
+    : context_(initialContext(inputChannels, outputChannels)) {
+  writeConnections(&context_, routes);
+}
+
+void OfflineRouter::route(const float* input, float* output, std::size_t frames) noexcept {
+  // The record's pointer is not const; the routine reads only.
+  const AudioBufferList in = oneBuffer(context_.inputChannelCount, const_cast<float*>(input), frames);
+  AudioBufferList out = oneBuffer(context_.outputChannelCount, output, frames);
+  routeCycle(&in, &out, &context_);
+}
+
+}  // namespace tolvane::ctl

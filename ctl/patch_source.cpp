@@ -1,0 +1,120 @@
+#include "ctl/patch_source.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <limits>
+#include <memory>
+
+#include "core/patch_file.h"
+#include "core/routing_context.h"
+
+namespace tolvane::ctl {
+
+namespace {
+
+constexpr std::size_t kLargestPatchBytes = std::size_t{256} << 20U;
+
+struct FileCloser {
+  void operator()(std::FILE* file) const noexcept { std::fclose(file); }
+};
+
+bool fitsDevice(std::int64_t channel) {
+  using Limits = std::numeric_limits<std::int32_t>;
+  return channel >= Limits::min() && channel <= Limits::max();
+}
+
+PatchFileError beyondDevices(std::size_t element, const char* member, std::int64_t channel) {
+  return {"the channel number " + std::to_string(channel) + " of an active route is beyond 32 bits", element,
+          member, std::nullopt};
+}
+
+/// The first sounding route that publication could not take.
+std::optional<PatchFileError> unroutable(std::span<const PatchConnection> routes) {
+  std::int32_t sounding = 0;
+  for (std::size_t i = 0; i < routes.size() && sounding < kMaxPatchEntries; ++i) {
+    const PatchConnection& route = routes[i];
+    if (!route.active) continue;
+    ++sounding;
+    if (!fitsDevice(route.inputChannel)) return beyondDevices(i, "inputChannel", route.inputChannel);
+    if (!fitsDevice(route.outputChannel)) return beyondDevices(i, "outputChannel", route.outputChannel);
+  }
+  return std::nullopt;
+}
+
+Failure badPatch(const std::string& path, const PatchFileError& error) {
+  return {path + ": " + error.message(), ExitStatus::badPatch};
+}
+
+}  // namespace
+
+Result<std::string, Failure> readWholeFile(const std::string& path) {
+  const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
+  if (!file) return systemFailure(path, errno);
+  std::string text;
+  char chunk[65536];
+  while (const std::size_t count = std::fread(chunk, 1, sizeof chunk, file.get())) {
+    text.append(chunk, count);
+    if (text.size() > kLargestPatchBytes) return Failure{path + ": larger than 256 MiB, so not a patch file"};
+  }
+  if (std::ferror(file.get()) != 0) return systemFailure(path, errno);
+  return text;
+}
+
+PatchResult parsePatch(const std::string& path, const std::string& text) {
+  PatchDecodeResult decoded = decodePatch(text);
+  if (!decoded) return badPatch(path, decoded.error());
+  if (const auto error = unroutable(decoded.value())) return badPatch(path, *error);
+  return std::move(decoded).value();
+}
+
+PatchResult loadPatch(const std::string& path) {
+  const auto text = readWholeFile(path);
+  if (!text) return text.error();
+  return parsePatch(path, text.value());
+}
+
+Routes soundingRoutes(std::span<const PatchConnection> routes) {
+  Routes sounding;
+  for (const PatchConnection& route : routes) {
+    if (sounding.size() == static_cast<std::size_t>(kMaxPatchEntries)) break;
+    if (route.active) sounding.push_back(route);
+  }
+  return sounding;
+}
+
+std::optional<std::string> unheardRoutesNote(const std::string& path,
+                                             std::span<const PatchConnection> routes) {
+  std::size_t active = 0;
+  for (const PatchConnection& route : routes) active += route.active ? 1 : 0;
+  if (active <= static_cast<std::size_t>(kMaxPatchEntries)) return std::nullopt;
+  return path + ": " + std::to_string(active) + " routes are active, but only the first " +
+         std::to_string(kMaxPatchEntries) + " of them are heard";
+}
+
+PatchResult PatchSource::load() {
+  auto text = readWholeFile(path_);
+  lastFailure_.reset();
+  if (text) {
+    lastText_ = std::move(text).value();
+  } else {
+    lastFailure_ = text.error();
+  }
+  return parseLatest();
+}
+
+std::optional<PatchResult> PatchSource::loadIfChanged() {
+  const std::string textBefore = lastText_;
+  const std::optional<Failure> failureBefore = lastFailure_;
+  PatchResult result = load();
+  const bool sameFailure = lastFailure_ && failureBefore && lastFailure_->text == failureBefore->text;
+  const bool sameText = !lastFailure_ && !failureBefore && lastText_ == textBefore;
+  if (sameFailure || sameText) return std::nullopt;
+  return result;
+}
+
+PatchResult PatchSource::parseLatest() const {
+  if (lastFailure_) return *lastFailure_;
+  return parsePatch(path_, lastText_);
+}
+
+}  // namespace tolvane::ctl

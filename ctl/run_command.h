@@ -1,0 +1,22 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "ctl/exit_status.h"
+
+namespace tolvane::ctl {
+
+struct RunOptions {
+  std::string patchPath;
+  std::string device;  // as chooseDevice takes it; empty: the first
+  bool watch = false;
+  bool meters = false;
+  std::optional<double> seconds;  // none: until a signal
+};
+
+/// Routes live until SIGINT, SIGTERM or the time is up; SIGHUP, and with `watch` every change of the file,
+/// brings in the patch anew. At the end prints the cycles, the overloads and the routes. [main-thread]
+[[nodiscard]] ExitStatus runCommand(const RunOptions& options);
+
+}  // namespace tolvane::ctl

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace tolvane::ctl {
+
+/// Text in aligned columns, two blanks apart. [not-io]
+class TextTable {
+ public:
+  enum class Align { left, right };
+  struct Column {
+    std::string title;
+    Align align = Align::left;
+  };
+
+  explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
+
+  /// One cell a column. Control characters, which would drive the terminal, are shown as "?".
+  void addRow(std::vector<std::string> cells);
+
+  /// The titles and the rows, each line ended by a line feed and without blanks before it.
+  [[nodiscard]] std::string text() const;
+
+ private:
+  [[nodiscard]] std::vector<std::size_t> widths() const;
+  [[nodiscard]] std::string line(const std::vector<std::string>& cells,
+                                 const std::vector<std::size_t>& widths) const;
+
+  std::vector<Column> columns_;
+  std::vector<std::vector<std::string>> rows_;
+};
+
+}  // namespace tolvane::ctl

@@ -1,0 +1,10 @@
+// watchFile where the system has no way of its own to tell.
+#include "ctl/file_watcher.h"
+
+namespace tolvane::ctl {
+
+std::unique_ptr<FileWatcher> watchFile(const std::string& path) {
+  return std::make_unique<PollingWatcher>(path, std::chrono::milliseconds(200));
+}
+
+}  // namespace tolvane::ctl

@@ -1,0 +1,104 @@
+// The queries of CoreAudioEngine: which devices there are, and how many channels they have.
+#include <algorithm>
+#include <cstddef>
+#include <memory>
+#include <span>
+#include <string>
+#include <type_traits>
+#include <utility>
+
+#include "core/fatal.h"
+#include "engine/core_audio_engine.h"
+
+namespace tolvane {
+
+namespace {
+
+AudioObjectPropertyAddress address(AudioObjectPropertySelector selector,
+                                   AudioObjectPropertyScope scope) noexcept {
+  return {selector, scope, kAudioObjectPropertyElementMain};
+}
+
+std::int64_t checkedSum(std::int64_t a, std::int64_t b) noexcept {
+  std::int64_t sum = 0;
+  if (__builtin_add_overflow(a, b, &sum)) fatal("the number of channels of a device is beyond 64 bits");
+  return sum;
+}
+
+struct StringReleaser {
+  using pointer = CFStringRef;
+  void operator()(CFStringRef string) const noexcept { CFRelease(string); }
+};
+using OwnedString = std::unique_ptr<std::remove_pointer_t<CFStringRef>, StringReleaser>;
+
+std::string utf8(CFStringRef string) {
+  const CFIndex size =
+      CFStringGetMaximumSizeForEncoding(CFStringGetLength(string), kCFStringEncodingUTF8) + 1;
+  std::string text(static_cast<std::size_t>(size), '\0');
+  if (CFStringGetCString(string, text.data(), size, kCFStringEncodingUTF8) == 0) return {};
+  text.resize(text.find('\0'));
+  return text;
+}
+
+std::optional<std::string> deviceName(AudioDeviceID device) {
+  const auto name = address(kAudioObjectPropertyName, kAudioObjectPropertyScopeGlobal);
+  CFStringRef reference = nullptr;
+  UInt32 size = sizeof(void*);
+  const OSStatus status = AudioObjectGetPropertyData(device, &name, 0, nullptr, &size, &reference);
+  const OwnedString owned(reference);  // released also when it comes with a failing status
+  if (status != noErr || reference == nullptr) return std::nullopt;
+  return utf8(reference);
+}
+
+/// The channels of all buffers of the list that lies in these bytes; buffers beyond them do not count.
+std::int64_t totalChannels(std::span<const std::byte> bytes) noexcept {
+  constexpr std::size_t kHeaderBytes = offsetof(AudioBufferList, mBuffers);
+  if (bytes.size() < kHeaderBytes) return 0;
+  const auto* const list = reinterpret_cast<const AudioBufferList*>(bytes.data());
+  const std::size_t room = (bytes.size() - kHeaderBytes) / sizeof(AudioBuffer);
+  const std::size_t buffers = std::min<std::size_t>(list->mNumberBuffers, room);
+  std::int64_t total = 0;
+  for (std::size_t b = 0; b < buffers; ++b) total = checkedSum(total, list->mBuffers[b].mNumberChannels);
+  return total;
+}
+
+}  // namespace
+
+std::vector<AudioDeviceInfo> CoreAudioEngine::getAllDevices() const {
+  const auto list = address(kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal);
+  UInt32 size = 0;
+  if (AudioObjectGetPropertyDataSize(kAudioObjectSystemObject, &list, 0, nullptr, &size) != noErr ||
+      size == 0) {
+    return {};
+  }
+  // A list that has shrunk since leaves zeros at the end, which are no device and drop out below. The room is
+  // for all the bytes that the HAL is told of, also for a remainder that makes no identifier.
+  const std::size_t count = size / sizeof(AudioDeviceID);
+  std::vector<AudioDeviceID> ids(count + 1, kAudioObjectUnknown);
+  if (AudioObjectGetPropertyData(kAudioObjectSystemObject, &list, 0, nullptr, &size, ids.data()) != noErr) {
+    return {};
+  }
+  ids.resize(count);
+  std::vector<AudioDeviceInfo> devices;
+  for (const AudioDeviceID id : ids) {
+    std::optional<std::string> name = deviceName(id);
+    if (!name) continue;
+    const std::int64_t inputs = channelCount(id, true);
+    const std::int64_t outputs = channelCount(id, false);
+    if (checkedSum(inputs, outputs) > 0) devices.push_back({id, std::move(*name), inputs, outputs});
+  }
+  return devices;
+}
+
+std::int64_t CoreAudioEngine::channelCount(AudioDeviceID device, bool input) const {
+  const auto streams = address(kAudioDevicePropertyStreamConfiguration,
+                               input ? kAudioObjectPropertyScopeInput : kAudioObjectPropertyScopeOutput);
+  UInt32 size = 0;
+  if (AudioObjectGetPropertyDataSize(device, &streams, 0, nullptr, &size) != noErr || size == 0) return 0;
+  const std::size_t allocated = size;
+  const auto bytes = std::make_unique<std::byte[]>(allocated);
+  if (AudioObjectGetPropertyData(device, &streams, 0, nullptr, &size, bytes.get()) != noErr) return 0;
+  return totalChannels({bytes.get(), allocated});
+}
+
+}  // namespace tolvane

@@ -1,0 +1,164 @@
+#include "hal/alsa/alsa_driver.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <exception>
+#include <mutex>
+#include <utility>
+
+#include "hal/alsa/alsa_session.h"
+#include "hal/alsa/card_holders.h"
+#include "hal/alsa/hotplug_watch.h"
+#include "hal/alsa/shown_cards.h"
+
+namespace tolvane::hal {
+
+namespace alsa {
+
+namespace {
+
+OSStatus statusOf(int error) noexcept {
+  switch (-error) {
+    case 0:
+      return noErr;
+    case EBUSY:
+    case EACCES:
+    case EPERM:
+      return kAudioDevicePermissionsError;
+    case ENOENT:
+    case ENODEV:
+    case ENXIO:
+      return kAudioHardwareBadDeviceError;
+    default:
+      return kAudioHardwareUnspecifiedError;
+  }
+}
+
+class AlsaDriver final : public Driver {
+ public:
+  explicit AlsaDriver(const Library& alsa)
+      : alsa_(alsa), shown_([&alsa](const Card& card, unsigned periodFrames) {
+          return probeCard(alsa, card, periodFrames);
+        }) {}
+  AlsaDriver(const AlsaDriver&) = delete;
+  AlsaDriver& operator=(const AlsaDriver&) = delete;
+  ~AlsaDriver() override = default;
+
+  [[nodiscard]] const char* name() const noexcept override { return "alsa"; }
+
+  std::vector<DeviceInfo> devices() override {
+    const std::vector<Card> cards = listCards(alsa_);
+    const std::set<int> held = cards.empty() ? std::set<int>{} : cardsOfSoundServers();
+    const std::lock_guard lock(mutex_);
+    return shown_.show(cards, held, runningUids());
+  }
+
+  StartResult start(const DeviceInfo& device, SessionClient& client) override {
+    try {
+      return startSession(device, client);
+    } catch (const std::exception&) {  // no memory, no thread, no descriptor
+      return {kAudioHardwareUnspecifiedError, nullptr};
+    }
+  }
+
+  bool setObserver(DeviceObserver& observer) override {
+    observer_.store(&observer);
+    watch_.emplace([this] { tell(); }, [this] { return isWaiting(); });
+    return true;
+  }
+
+  OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {
+    const std::lock_guard lock(mutex_);
+    shown_.setPeriodFrames(device.uid, frames);
+    if (const auto running = controlOf(device.uid)) running->setPeriodFrames(frames);
+    return noErr;
+  }
+
+ private:
+  StartResult startSession(const DeviceInfo& device, SessionClient& client) {
+    const std::vector<Card> cards = listCards(alsa_);
+    const auto card = std::find_if(cards.begin(), cards.end(),
+                                   [&](const Card& c) { return ShownCards::uidOf(c) == device.uid; });
+    if (card == cards.end()) return {kAudioHardwareBadDeviceError, nullptr};
+    std::unique_ptr<Duplex> duplex;
+    const int error = openConfigured(*card, device, duplex);
+    if (error < 0) return {statusOf(error), nullptr};
+    const DuplexFormat format = duplex->format();
+    if (format.rateHz != device.sampleRateHz || format.periodFrames != device.bufferFrames) {
+      client.formatChanged(format.rateHz, format.periodFrames);
+    }
+    auto session = std::make_unique<AlsaSession>(std::move(duplex), client, [this] { tell(); });
+    const std::lock_guard lock(mutex_);
+    running_[device.uid] = session->control();
+    return {noErr, std::move(session)};
+  }
+
+  int openConfigured(const Card& card, const DeviceInfo& device, std::unique_ptr<Duplex>& duplex) {
+    int error = Duplex::open(alsa_, pcmNames(card), duplex);
+    if (error < 0) return error;
+    const std::lock_guard lock(mutex_);
+    error = duplex->configure({static_cast<unsigned>(device.inputStreams.size()),
+                               static_cast<unsigned>(device.outputStreams.size()),
+                               shown_.periodFrames(device.uid)});
+    // It is not what it was taken for.
+    if (error == -EINVAL) shown_.lookAgain(device.uid);
+    return error;
+  }
+
+  /// Null when no session runs on the device.
+  std::shared_ptr<SessionControl> controlOf(const std::string& uid) {
+    const auto known = running_.find(uid);
+    auto control = known == running_.end() ? nullptr : known->second.lock();
+    return control && !control->lost() ? control : nullptr;
+  }
+
+  std::set<std::string> runningUids() {
+    std::set<std::string> uids;
+    for (const auto& [uid, control] : running_) {
+      if (controlOf(uid)) uids.insert(uid);
+    }
+    return uids;
+  }
+
+  /// A session waits for its card.
+  bool isWaiting() {
+    const std::lock_guard lock(mutex_);
+    return std::any_of(running_.begin(), running_.end(), [](const auto& running) {
+      const auto control = running.second.lock();
+      return control && control->lost();
+    });
+  }
+
+  void tell() {
+    if (DeviceObserver* const observer = observer_.load()) observer->devicesChanged(*this);
+  }
+
+  const Library& alsa_;
+  std::atomic<DeviceObserver*> observer_{nullptr};
+  std::mutex mutex_;
+  ShownCards shown_;                                              // guarded by mutex_
+  std::map<std::string, std::weak_ptr<SessionControl>> running_;  // by uid; guarded by mutex_
+  std::optional<HotplugWatch> watch_;                             // the last: its thread uses the rest
+};
+
+/// On a machine without libasound.
+class AbsentAlsaDriver final : public Driver {
+ public:
+  [[nodiscard]] const char* name() const noexcept override { return "alsa"; }
+  std::vector<DeviceInfo> devices() override { return {}; }
+  StartResult start(const DeviceInfo& /*device*/, SessionClient& /*client*/) override {
+    return {kAudioHardwareNotReadyError, nullptr};
+  }
+};
+
+}  // namespace
+
+}  // namespace alsa
+
+std::unique_ptr<Driver> makeAlsaDriver() {
+  const alsa::Library* alsa = alsa::library();
+  if (alsa == nullptr) return std::make_unique<alsa::AbsentAlsaDriver>();
+  return std::make_unique<alsa::AlsaDriver>(*alsa);
+}
+
+}  // namespace tolvane::hal

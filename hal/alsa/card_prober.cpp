@@ -1,0 +1,59 @@
+#include "hal/alsa/card_prober.h"
+
+#include <cerrno>
+
+#include "hal/alsa/card_holders.h"
+
+namespace tolvane::hal::alsa {
+
+namespace {
+
+int inspect(const Library& alsa, const PcmNames& names, unsigned periodFrames, DuplexFormat& format) {
+  std::unique_ptr<Duplex> duplex;
+  const int error = Duplex::open(alsa, names, duplex);
+  return error < 0 ? error : duplex->inspect({0, 0, periodFrames}, format);
+}
+
+/// The half that nobody has is opened, of the other one the kernel tells how it is used.
+void addDirection(const Library& alsa, const Card& card, Direction direction, DuplexFormat& format) {
+  const bool isCapture = direction == Direction::capture;
+  const int device = isCapture ? card.captureDevice : card.playbackDevice;
+  if (device < 0) return;
+  PcmNames names = pcmNames(card);
+  (isCapture ? names.playback : names.capture).clear();
+  DuplexFormat alone;
+  if (inspect(alsa, names, kPreferredPeriodFrames, alone) < 0) {
+    const std::string pcm = "pcm" + std::to_string(device) + (isCapture ? "c" : "p");
+    const PcmInUse inUse = pcmInUse(card.index, pcm).value_or(PcmInUse{});
+    (isCapture ? alone.inputChannels : alone.outputChannels) = inUse.channels;
+    alone.rateHz = inUse.rateHz;
+    alone.periodFrames = inUse.periodFrames;
+  }
+  format.inputChannels += alone.inputChannels;
+  format.outputChannels += alone.outputChannels;
+  if (format.rateHz == 0) format.rateHz = alone.rateHz;
+  if (format.periodFrames == 0) format.periodFrames = alone.periodFrames;
+}
+
+Probe probeBusy(const Library& alsa, const Card& card) {
+  Probe probe{Probe::Outcome::notNow, {}};
+  addDirection(alsa, card, Direction::capture, probe.format);
+  addDirection(alsa, card, Direction::playback, probe.format);
+  return probe;
+}
+
+}  // namespace
+
+Probe probeCard(const Library& alsa, const Card& card, unsigned periodFrames) {
+  Probe probe;
+  const int error = inspect(alsa, pcmNames(card), periodFrames, probe.format);
+  if (error == -EBUSY) return probeBusy(alsa, card);
+  if (error == 0) {
+    probe.outcome = Probe::Outcome::known;
+  } else if (error != -EINVAL) {
+    probe.outcome = Probe::Outcome::notNow;
+  }
+  return probe;
+}
+
+}  // namespace tolvane::hal::alsa

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+#include "hal/surface/core_audio_types.h"
+
+namespace tolvane::hal::alsa {
+
+/// One direction's samples of one cycle: a stream of one channel each, in memory made at once.
+class ChannelBuffers {
+ public:
+  /// Throws std::bad_alloc. [not-io]
+  ChannelBuffers(std::size_t channels, std::size_t frames);
+
+  [[nodiscard]] std::size_t channels() const noexcept { return channels_; }
+  /// The samples of a channel. [io-thread]
+  [[nodiscard]] float* channel(std::size_t index) noexcept { return &samples_[index * strideFloats_]; }
+  /// Holds for the buffers' life. [io-thread]
+  [[nodiscard]] AudioBufferList& list() noexcept;
+
+ private:
+  std::size_t channels_;
+  std::size_t strideFloats_;  // from one channel to the next
+  std::vector<float> samples_;
+  std::unique_ptr<std::uint64_t[]> listWords_;
+};
+
+}  // namespace tolvane::hal::alsa

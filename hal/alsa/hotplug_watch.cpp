@@ -1,0 +1,84 @@
+#include "hal/alsa/hotplug_watch.h"
+
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include <poll.h>
+#include <pthread.h>
+#include <sys/eventfd.h>
+#include <sys/inotify.h>
+#include <unistd.h>
+
+#include "hal/support/thread.h"
+
+namespace tolvane::hal::alsa {
+
+namespace {
+
+constexpr int kTickMs = 500;
+// A card's files come one by one, and its permissions a little later.
+constexpr int kSettleMs = 100;
+// Not when they are opened or closed: we do that ourselves, looking at the cards.
+constexpr std::uint32_t kEvents = IN_CREATE | IN_DELETE | IN_ATTRIB;
+
+}  // namespace
+
+HotplugWatch::HotplugWatch(std::function<void()> onChange, std::function<bool()> isWaiting)
+    : onChange_(std::move(onChange)),
+      isWaiting_(std::move(isWaiting)),
+      notifyFd_(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
+      stopFd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
+  watchFolders();
+  const SignalsBlocked blocked;
+  thread_ = std::thread([this] { run(); });
+}
+
+HotplugWatch::~HotplugWatch() {
+  eventfd_write(stopFd_, 1);
+  thread_.join();
+  close(stopFd_);
+  if (notifyFd_ >= 0) close(notifyFd_);
+}
+
+/// The folder of sound devices comes with the first card, and goes with the last.
+void HotplugWatch::watchFolders() const {
+  inotify_add_watch(notifyFd_, "/dev", IN_CREATE | IN_DELETE);
+  inotify_add_watch(notifyFd_, "/dev/snd", kEvents);
+}
+
+void HotplugWatch::run() {
+  pthread_setname_np(pthread_self(), "tolvane-cards");
+  pollfd fds[] = {{stopFd_, POLLIN, 0}, {notifyFd_, POLLIN, 0}};
+  for (;;) {
+    const int ready = poll(fds, 2, kTickMs);
+    if (ready < 0 && errno != EINTR) return;
+    if (fds[0].revents != 0) return;
+    const bool changed = ready > 0 && fds[1].revents != 0 && takeEvents();
+    if (changed) {
+      if (poll(fds, 1, kSettleMs) > 0) return;
+      watchFolders();
+      takeEvents();
+    }
+    if (changed || isWaiting_()) onChange_();
+  }
+}
+
+/// True when one of them is about sound devices.
+bool HotplugWatch::takeEvents() const {
+  alignas(inotify_event) char buffer[4096];
+  bool ours = false;
+  for (ssize_t size = 0; (size = read(notifyFd_, buffer, sizeof buffer)) > 0;) {
+    for (ssize_t at = 0; at < size;) {
+      inotify_event event{};
+      std::memcpy(&event, buffer + at, sizeof event);
+      const std::string_view name = event.len == 0 ? "" : buffer + at + sizeof event;
+      ours = ours || name == "snd" || name.substr(0, 8) == "controlC" || name.substr(0, 4) == "pcmC";
+      at += static_cast<ssize_t>(sizeof event + event.len);
+    }
+  }
+  return ours;
+}
+
+}  // namespace tolvane::hal::alsa

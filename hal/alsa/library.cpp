@@ -1,0 +1,54 @@
+#include "hal/alsa/library.h"
+
+#include <optional>
+
+#include <dlfcn.h>
+
+namespace tolvane::hal::alsa {
+
+namespace {
+
+template <class Function>
+bool resolve(void* handle, const char* name, Function& function) {
+  function = reinterpret_cast<Function>(::dlsym(handle, name));
+  return function != nullptr;
+}
+
+// NOLINTNEXTLINE(cert-dcl50-cpp): the library's type of handler
+void discardMessage(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
+                    const char* /*format*/, ...) {}
+
+// NOLINTNEXTLINE(readability-function-size): one statement for each function of the library
+std::optional<Library> load() {
+  void* handle = ::dlopen("libasound.so.2", RTLD_NOW | RTLD_LOCAL);
+  if (handle == nullptr) return std::nullopt;
+  Library loaded;
+  bool complete = true;
+#define TOLVANE_ALSA_RESOLVE(name) complete = resolve(handle, #name, loaded.name) && complete;
+  TOLVANE_ALSA_FUNCTIONS(TOLVANE_ALSA_RESOLVE)
+#undef TOLVANE_ALSA_RESOLVE
+  if (!complete) {
+    ::dlclose(handle);
+    return std::nullopt;
+  }
+  // It writes to standard error otherwise, with every card that has gone meanwhile.
+  loaded.snd_lib_error_set_handler(&discardMessage);
+  return loaded;
+}
+
+}  // namespace
+
+const Library* library() {
+  static const std::optional<Library> kLoaded = load();
+  return kLoaded ? &*kLoaded : nullptr;
+}
+
+int openPcm(const Library& alsa, const char* name, Direction direction, PcmHandle& pcm) noexcept {
+  snd_pcm_t* opened = nullptr;
+  const int error = alsa.snd_pcm_open(&opened, name, streamOf(direction), SND_PCM_NONBLOCK);
+  if (error < 0) return error;
+  pcm = PcmHandle(opened, {&alsa});
+  return 0;
+}
+
+}  // namespace tolvane::hal::alsa

@@ -1,0 +1,88 @@
+#include "hal/alsa/shown_cards.h"
+
+#include <algorithm>
+
+namespace tolvane::hal::alsa {
+
+namespace {
+
+/// One-channel streams: what the sessions give.
+StreamLayout monoStreams(unsigned channels) {
+  return StreamLayout(channels, 1);
+}
+
+DeviceInfo describe(const Card& card, const DuplexFormat& format) {
+  DeviceInfo info;
+  info.uid = ShownCards::uidOf(card);
+  info.name = card.name;
+  info.transportType = kAudioDeviceTransportTypeAlsa;
+  info.inputStreams = monoStreams(format.inputChannels);
+  info.outputStreams = monoStreams(format.outputChannels);
+  info.sampleRateHz = format.rateHz;
+  info.bufferFrames = format.periodFrames;
+  info.minBufferFrames = format.minPeriodFrames;
+  info.maxBufferFrames = format.maxPeriodFrames;
+  return info;
+}
+
+/// Of cards with one name, each gets its identity behind it: that tells them apart the next time, too.
+std::string distinctName(const Card& card, const std::vector<Card>& cards) {
+  const auto namesakes =
+      std::count_if(cards.begin(), cards.end(), [&](const Card& other) { return other.name == card.name; });
+  return namesakes > 1 ? card.name + " (" + card.id + ")" : card.name;
+}
+
+}  // namespace
+
+std::vector<DeviceInfo> ShownCards::show(const std::vector<Card>& cards, const std::set<int>& held,
+                                         const std::set<std::string>& running) {
+  forgetAllBut(cards);
+  std::vector<DeviceInfo> devices;
+  for (const Card& card : cards) {
+    const bool isRunning = running.count(uidOf(card)) != 0;
+    if (!isRunning && held.count(card.index) != 0) continue;
+    const Known* const known = look(card, isRunning);
+    if (known == nullptr || known->format.inputChannels + known->format.outputChannels == 0) continue;
+    devices.push_back(describe(card, known->format));
+    devices.back().name = distinctName(card, cards);
+  }
+  return devices;
+}
+
+const ShownCards::Known* ShownCards::look(const Card& card, bool isRunning) {
+  const std::string uid = uidOf(card);
+  const auto known = known_.find(uid);
+  if (known != known_.end() && (isRunning || !known->second.toLookAgain)) return &known->second;
+  const Probe probe = probe_(card, periodFrames(uid));
+  const bool isKnown = known != known_.end() && known->second.format.rateHz != 0;
+  if (probe.outcome == Probe::Outcome::notNow && isKnown) return &known->second;
+  // Also what is useless is remembered, and what is in use is looked at again.
+  Known& now = known_[uid];
+  now = {probe.format, probe.outcome == Probe::Outcome::notNow};
+  return &now;
+}
+
+void ShownCards::forgetAllBut(const std::vector<Card>& cards) {
+  for (auto known = known_.begin(); known != known_.end();) {
+    const bool there = std::any_of(cards.begin(), cards.end(),
+                                   [&](const Card& card) { return uidOf(card) == known->first; });
+    known = there ? std::next(known) : known_.erase(known);
+  }
+}
+
+void ShownCards::lookAgain(const std::string& uid) {
+  const auto known = known_.find(uid);
+  if (known != known_.end()) known->second.toLookAgain = true;
+}
+
+void ShownCards::setPeriodFrames(const std::string& uid, unsigned frames) {
+  wantedPeriodFrames_[uid] = frames;
+  lookAgain(uid);
+}
+
+unsigned ShownCards::periodFrames(const std::string& uid) const {
+  const auto wanted = wantedPeriodFrames_.find(uid);
+  return wanted == wantedPeriodFrames_.end() ? kPreferredPeriodFrames : wanted->second;
+}
+
+}  // namespace tolvane::hal::alsa

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <thread>
+
+namespace tolvane::hal {
+
+/// Lets callbacks through to somebody until it is shut for good. It starts shut.
+///
+/// The protocol, by role: a caller (any thread) adds itself to the count, goes on only when the open bit was
+/// set and no shut bit, and takes itself off again; both are one atomic addition, so passing is wait-free.
+/// Who shuts sets the bit and then waits until the count is zero: from there on nobody is inside, and nobody
+/// gets in.
+class CallGate {
+ public:
+  /// One caller's stay; true when it may call. [any-thread]
+  class Pass {
+   public:
+    explicit Pass(CallGate& gate) noexcept
+        : gate_(gate), admitted_((gate.state_.fetch_add(1, std::memory_order_acquire) & kBits) == kOpen) {}
+    ~Pass() { gate_.state_.fetch_sub(1, std::memory_order_release); }
+    Pass(const Pass&) = delete;
+    Pass& operator=(const Pass&) = delete;
+    explicit operator bool() const noexcept { return admitted_; }
+
+   private:
+    CallGate& gate_;
+    bool admitted_;
+  };
+
+  /// Callers get in from now on, and see everything written before; nothing after shut(). [any-thread]
+  void open() noexcept { state_.fetch_or(kOpen, std::memory_order_release); }
+
+  /// When it has returned, no caller is inside and none will be. Any number of threads may call it. [not-io]
+  void shut() noexcept {
+    state_.fetch_or(kShut, std::memory_order_acq_rel);
+    while (!drained_.load(std::memory_order_acquire) &&
+           (state_.load(std::memory_order_acquire) & ~kBits) != 0) {
+      // Polled: a caller on a real-time thread must not have to wake anybody.
+      std::this_thread::sleep_for(std::chrono::microseconds(100));
+    }
+    drained_.store(true, std::memory_order_release);
+  }
+
+ private:
+  static constexpr std::uint32_t kOpen = 1U << 31;
+  static constexpr std::uint32_t kShut = 1U << 30;
+  static constexpr std::uint32_t kBits = kOpen | kShut;
+
+  std::atomic<std::uint32_t> state_{0};
+  std::atomic<bool> drained_{false};
+  static_assert(std::atomic<std::uint32_t>::is_always_lock_free, "an IO thread passes here every cycle");
+};
+
+}  // namespace tolvane::hal

@@ -1,0 +1,91 @@
+#include "hal/jack/jack_devices.h"
+
+#include <algorithm>
+#include <charconv>
+#include <memory>
+#include <optional>
+
+namespace tolvane::hal {
+namespace {
+
+struct NumberedName {
+  std::string_view stem;
+  std::uint64_t number;
+};
+
+std::optional<NumberedName> splitNumber(std::string_view name) noexcept {
+  const std::size_t stemLength = name.find_last_not_of("0123456789") + 1;
+  std::uint64_t number = 0;
+  const char* end = name.data() + name.size();
+  const auto [parsedTo, error] = std::from_chars(name.data() + stemLength, end, number);
+  if (error != std::errc{} || parsedTo != end) return std::nullopt;
+  return NumberedName{name.substr(0, stemLength), number};
+}
+
+bool differByNumberAlone(const std::vector<std::string>& names) noexcept {
+  return std::all_of(names.begin(), names.end(), [&names](const std::string& name) {
+    const auto first = splitNumber(names.front());
+    const auto other = splitNumber(name);
+    return first && other && first->stem == other->stem;
+  });
+}
+
+void orderChannels(std::vector<std::string>& names) {
+  if (!differByNumberAlone(names)) return;
+  std::stable_sort(names.begin(), names.end(), [](const std::string& left, const std::string& right) {
+    return splitNumber(left)->number < splitNumber(right)->number;
+  });
+}
+
+JackDevice& deviceOf(std::string_view client, std::vector<JackDevice>& devices) {
+  const auto found = std::find_if(devices.begin(), devices.end(),
+                                  [client](const JackDevice& device) { return device.client == client; });
+  if (found != devices.end()) return *found;
+  return devices.emplace_back(JackDevice{std::string(client), {}, {}});
+}
+
+}  // namespace
+
+std::string_view jackClientOf(std::string_view portName) noexcept {
+  return portName.substr(0, portName.find(':'));
+}
+
+std::vector<JackDevice> groupJackPorts(const std::vector<JackPort>& ports) {
+  std::vector<JackDevice> devices;
+  for (const JackPort& port : ports) {
+    JackDevice& device = deviceOf(jackClientOf(port.name), devices);
+    (port.isCapture ? device.capturePorts : device.playbackPorts).push_back(port.name);
+  }
+  for (JackDevice& device : devices) {
+    orderChannels(device.capturePorts);
+    orderChannels(device.playbackPorts);
+  }
+  return devices;
+}
+
+std::vector<JackPort> physicalJackPorts(const JackLibrary& library, jack_client_t* client) {
+  const std::unique_ptr<const char*, void (*)(const char**)> names(
+      library.getPorts(client, nullptr, JACK_DEFAULT_AUDIO_TYPE, JackPortIsPhysical),
+      [](const char** list) { JackLibrary::get()->free(static_cast<void*>(list)); });
+  std::vector<JackPort> ports;
+  for (const char** name = names.get(); name != nullptr && *name != nullptr; ++name) {
+    const jack_port_t* port = library.portByName(client, *name);
+    if (port == nullptr) continue;  // gone since
+    ports.push_back({*name, (library.portFlags(port) & JackPortIsOutput) != 0});
+  }
+  return ports;
+}
+
+DeviceInfo describeJackDevice(const JackDevice& device, double sampleRateHz, std::uint32_t bufferFrames) {
+  DeviceInfo info;
+  info.uid = "jack:" + device.client;
+  info.name = device.client;
+  info.transportType = kAudioDeviceTransportTypeJack;
+  info.inputStreams.assign(device.capturePorts.size(), 1);
+  info.outputStreams.assign(device.playbackPorts.size(), 1);
+  info.sampleRateHz = sampleRateHz;
+  info.bufferFrames = bufferFrames;
+  return info;
+}
+
+}  // namespace tolvane::hal

@@ -1,0 +1,100 @@
+#include "hal/jack/jack_driver.h"
+
+#include <chrono>
+#include <optional>
+#include <utility>
+
+#include "hal/jack/jack_library.h"
+#include "hal/jack/jack_prober.h"
+#include "hal/jack/jack_stream.h"
+#include "hal/jack/late_answer.h"
+#include "hal/support/thread.h"
+
+namespace tolvane::hal {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A busy server takes some milliseconds a port; one that has not done it all by now hangs.
+constexpr std::chrono::milliseconds kStartTimeout = 3s;
+/// What a stop waits for the server, which takes a few cycles, to let us go.
+constexpr std::chrono::milliseconds kStopTimeout = 400ms;
+
+/// A stream, and what its thread says to its owner.
+struct Hosting {
+  std::shared_ptr<JackStream> stream;
+  std::shared_ptr<LateAnswer<OSStatus>> entered = std::make_shared<LateAnswer<OSStatus>>();
+  std::shared_ptr<LateAnswer<bool>> left = std::make_shared<LateAnswer<bool>>();
+};
+
+/// The whole life of a stream, on a thread of its own. That has every signal blocked, and so have libjack's
+/// threads, which are made from it: writing to a server that has died raises SIGPIPE.
+void host(const Hosting& hosting) {
+  const OSStatus status = hosting.stream->enter();
+  if (status == noErr && hosting.entered->give(status)) hosting.stream->awaitEnd();
+  hosting.stream->leave();
+  if (status != noErr) hosting.entered->give(status);
+  hosting.left->give(true);
+}
+
+class JackSession final : public Session {
+ public:
+  explicit JackSession(Hosting hosting) : hosting_(std::move(hosting)) { hosting_.stream->open(); }
+  ~JackSession() override {
+    hosting_.stream->shut();
+    hosting_.stream->requestEnd();
+    hosting_.left->take(kStopTimeout);
+  }
+  JackSession(const JackSession&) = delete;
+  JackSession& operator=(const JackSession&) = delete;
+
+ private:
+  Hosting hosting_;
+};
+
+class JackDriver final : public Driver {
+ public:
+  explicit JackDriver(const JackLibrary& library) : library_(library), prober_(library) {}
+
+  [[nodiscard]] const char* name() const noexcept override { return "jack"; }
+
+  std::vector<DeviceInfo> devices() override { return prober_.devices(); }
+
+  StartResult start(const DeviceInfo& device, SessionClient& client) override {
+    Hosting hosting{std::make_shared<JackStream>(library_, device, client)};
+    runDetached("tolvane-jack", [hosting] { host(hosting); });
+    const OSStatus status =
+        hosting.entered->take(kStartTimeout).value_or(OSStatus{kAudioHardwareNotReadyError});
+    if (status != noErr) return {status, nullptr};
+    return {noErr, std::make_unique<JackSession>(std::move(hosting))};
+  }
+
+ private:
+  const JackLibrary& library_;
+  JackProber prober_;
+};
+
+/// On a machine without libjack.
+class AbsentJackDriver final : public Driver {
+ public:
+  [[nodiscard]] const char* name() const noexcept override { return "jack"; }
+  std::vector<DeviceInfo> devices() override { return {}; }
+  StartResult start(const DeviceInfo& /*device*/, SessionClient& /*client*/) override {
+    return {kAudioHardwareNotReadyError, nullptr};
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Driver> makeJackDriver() {
+  const JackLibrary* library = JackLibrary::get();
+  if (library == nullptr) return std::make_unique<AbsentJackDriver>();
+  return std::make_unique<JackDriver>(*library);
+}
+
+bool jackLibraryIsPipeWire() {
+  const JackLibrary* library = JackLibrary::get();
+  return library != nullptr && library->isPipeWire;
+}
+
+}  // namespace tolvane::hal

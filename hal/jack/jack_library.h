@@ -1,0 +1,48 @@
+// libjack, loaded at run time, so that one package serves machines with and without JACK.
+#pragma once
+
+#include <jack/jack.h>
+
+namespace tolvane::hal {
+
+/// libjack's functions, under their own names less the prefix.
+struct JackLibrary {
+  decltype(&jack_client_open) clientOpen = nullptr;
+  decltype(&jack_client_close) clientClose = nullptr;
+  decltype(&jack_activate) activate = nullptr;
+  decltype(&jack_deactivate) deactivate = nullptr;
+  decltype(&jack_free) free = nullptr;
+
+  decltype(&jack_get_sample_rate) getSampleRate = nullptr;
+  decltype(&jack_get_buffer_size) getBufferSize = nullptr;
+  decltype(&jack_get_cycle_times) getCycleTimes = nullptr;
+
+  decltype(&jack_get_ports) getPorts = nullptr;
+  decltype(&jack_port_by_name) portByName = nullptr;
+  decltype(&jack_port_by_id) portById = nullptr;
+  decltype(&jack_port_flags) portFlags = nullptr;
+  decltype(&jack_port_name) portName = nullptr;
+  decltype(&jack_port_register) portRegister = nullptr;
+  decltype(&jack_port_get_buffer) portGetBuffer = nullptr;
+  decltype(&jack_connect) connect = nullptr;
+
+  decltype(&jack_set_process_callback) setProcessCallback = nullptr;
+  decltype(&jack_set_buffer_size_callback) setBufferSizeCallback = nullptr;
+  decltype(&jack_set_sample_rate_callback) setSampleRateCallback = nullptr;
+  decltype(&jack_set_xrun_callback) setXrunCallback = nullptr;
+  decltype(&jack_set_port_registration_callback) setPortRegistrationCallback = nullptr;
+  decltype(&jack_on_shutdown) onShutdown = nullptr;
+  decltype(&jack_on_info_shutdown) onInfoShutdown = nullptr;
+
+  decltype(&jack_set_error_function) setErrorFunction = nullptr;
+  decltype(&jack_set_info_function) setInfoFunction = nullptr;
+
+  /// The library is PipeWire's replacement of it.
+  bool isPipeWire = false;
+
+  /// The one library of the process, told to keep silent; null when this machine has none that is whole. It
+  /// is loaded on first use and stays, because threads of its own may outlive everything else. [not-io]
+  static const JackLibrary* get();
+};
+
+}  // namespace tolvane::hal

@@ -1,0 +1,246 @@
+#include "hal/jack/jack_stream.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <thread>
+#include <utility>
+
+#include <unistd.h>
+
+namespace tolvane::hal {
+namespace {
+
+/// The JackStream that a callback of libjack was registered with.
+JackStream& streamOf(void* argument) noexcept {
+  return *static_cast<JackStream*>(argument);
+}
+
+}  // namespace
+
+JackStream::JackStream(const JackLibrary& library, DeviceInfo device, SessionClient& client)
+    : library_(library),
+      info_(std::move(device)),
+      client_(client),
+      inputs_(library),
+      outputs_(library),
+      reportedSampleRateHz_(static_cast<jack_nframes_t>(info_.sampleRateHz)),
+      reportedBufferFrames_(info_.bufferFrames) {}
+
+OSStatus JackStream::enter() {
+  jack_status_t status;
+  jack_ = openJackClient(library_, "Tolvane", status).release();
+  if (jack_ == nullptr) {
+    return (status & JackServerFailed) != 0 ? kAudioHardwareNotReadyError : kAudioHardwareUnspecifiedError;
+  }
+  const OSStatus found = findDevice();
+  if (found != noErr) return found;
+  setCallbacks();
+  if (!registerPorts() || library_.activate(jack_) != 0) return failure();
+  return connectPorts();
+}
+
+void JackStream::open() {
+  gate_.open();
+  reportFormat();
+  if (lost_.load()) lose();
+}
+
+void JackStream::requestEnd() noexcept {
+  if (ending_.exchange(true)) return;
+  JackFarewells::begin();
+  ending_.notify_all();
+}
+
+void JackStream::leave() noexcept {
+  requestEnd();
+  // libjack ends its threads asynchronously when the server is dead: none may be with the client then.
+  shut();
+  if (jack_ != nullptr) {
+    awaitLibraryAfterLoss();
+    library_.deactivate(jack_);
+    awaitLibraryAfterLoss();  // the server may have died just now
+    library_.clientClose(jack_);
+  }
+  JackFarewells::end();
+}
+
+void JackStream::awaitLibraryAfterLoss() const noexcept {
+  // The thread that told of the loss still has work to do in libjack, under locks, and then ends by itself.
+  // Closing would cancel it where it stands, and leave the locks locked. PipeWire's libjack keeps its thread:
+  // hence the limit.
+  const int thread = lossThread_.load();
+  if (thread == 0) return;
+  for (int ms = 0; ms < 200 && tgkill(getpid(), thread, 0) == 0; ++ms) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  // So does the thread of the cycles, which finds out by itself and does not say.
+  std::this_thread::sleep_for(std::chrono::milliseconds(20));
+}
+
+OSStatus JackStream::findDevice() {
+  const std::vector<JackDevice> devices = groupJackPorts(physicalJackPorts(library_, jack_));
+  const auto found = std::find_if(devices.begin(), devices.end(), [this](const JackDevice& device) {
+    const DeviceInfo info = describeJackDevice(device, info_.sampleRateHz, info_.bufferFrames);
+    return info.uid == info_.uid && info.inputStreams == info_.inputStreams &&
+           info.outputStreams == info_.outputStreams;
+  });
+  if (found == devices.end()) return kAudioHardwareBadDeviceError;
+  device_ = *found;
+  for (const auto* names : {&device_.capturePorts, &device_.playbackPorts}) {
+    for (const std::string& name : *names) {
+      devicePorts_.emplace_back(name, library_.portByName(jack_, name.c_str()));
+    }
+  }
+  deviceKnown_.store(true, std::memory_order_release);
+  return noErr;
+}
+
+bool JackStream::registerPorts() {
+  return registerPorts(inputs_, "in_", device_.capturePorts.size(), JackPortIsInput) &&
+         registerPorts(outputs_, "out_", device_.playbackPorts.size(), JackPortIsOutput);
+}
+
+bool JackStream::registerPorts(PortBuffers& buffers, const char* prefix, std::size_t count,
+                               unsigned long flags) {
+  std::vector<jack_port_t*> ports;
+  for (std::size_t channel = 1; channel <= count; ++channel) {
+    const std::string name = prefix + std::to_string(channel);
+    ports.push_back(library_.portRegister(jack_, name.c_str(), JACK_DEFAULT_AUDIO_TYPE, flags, 0));
+    if (ports.back() == nullptr) return false;
+  }
+  buffers.setPorts(std::move(ports));
+  return true;
+}
+
+OSStatus JackStream::connectPorts() {
+  // The inputs first: a device is both ends of its own loop, and the server delays the connection that closes
+  // it by a cycle. This way what the device gives in a cycle is with us in that cycle.
+  for (std::size_t channel = 0; channel < inputs_.ports().size(); ++channel) {
+    const std::string& from = device_.capturePorts[channel];
+    const OSStatus status = connectPorts(from, from.c_str(), library_.portName(inputs_.ports()[channel]));
+    if (status != noErr) return status;
+  }
+  for (std::size_t channel = 0; channel < outputs_.ports().size(); ++channel) {
+    const std::string& to = device_.playbackPorts[channel];
+    const OSStatus status = connectPorts(to, library_.portName(outputs_.ports()[channel]), to.c_str());
+    if (status != noErr) return status;
+  }
+  return noErr;
+}
+
+OSStatus JackStream::connectPorts(const std::string& devicePort, const char* source, const char* target) {
+  const int error = library_.connect(jack_, source, target);
+  if (error == 0 || error == EEXIST) return noErr;
+  const bool gone = library_.portByName(jack_, devicePort.c_str()) == nullptr;
+  return gone && !lost_.load() ? OSStatus{kAudioHardwareBadDeviceError} : failure();
+}
+
+OSStatus JackStream::failure() const noexcept {
+  return lost_.load() ? kAudioHardwareNotReadyError : kAudioHardwareUnspecifiedError;
+}
+
+void JackStream::setCallbacks() noexcept {
+  library_.setProcessCallback(
+      jack_,
+      [](jack_nframes_t frames, void* self) {
+        streamOf(self).process(frames);
+        return 0;
+      },
+      this);
+  library_.setXrunCallback(
+      jack_,
+      [](void* self) {
+        streamOf(self).reportOverload();
+        return 0;
+      },
+      this);
+  library_.setPortRegistrationCallback(
+      jack_,
+      [](jack_port_id_t port, int registered, void* self) {
+        if (registered == 0) streamOf(self).portRemoved(port);
+      },
+      this);
+  // One server calls only the one, another only the other.
+  library_.onShutdown(
+      jack_, [](void* self) { streamOf(self).loseServer(); }, this);
+  library_.onInfoShutdown(
+      jack_, [](jack_status_t, const char*, void* self) { streamOf(self).loseServer(); }, this);
+  setFormatCallbacks();
+}
+
+void JackStream::setFormatCallbacks() noexcept {
+  sampleRateHz_ = library_.getSampleRate(jack_);
+  bufferFrames_ = library_.getBufferSize(jack_);
+  library_.setBufferSizeCallback(
+      jack_,
+      [](jack_nframes_t frames, void* self) {
+        streamOf(self).bufferFrames_ = frames;
+        streamOf(self).reportFormat();
+        return 0;
+      },
+      this);
+  library_.setSampleRateCallback(
+      jack_,
+      [](jack_nframes_t rateHz, void* self) {
+        streamOf(self).sampleRateHz_ = rateHz;
+        streamOf(self).reportFormat();
+        return 0;
+      },
+      this);
+}
+
+void JackStream::process(jack_nframes_t frames) noexcept {
+  const CallGate::Pass pass(gate_);
+  if (!pass) {
+    outputs_.silence(frames);
+    return;
+  }
+  bool jumped = false;
+  const CycleTimes times = clock_.stamp(library_, jack_, frames, jumped);
+  // PipeWire's libjack has no other word for a lost cycle; jackd calls the xrun callback.
+  if (jumped && library_.isPipeWire) client_.overload();
+  client_.cycle({&times.now, inputs_.gather(frames), &times.input, outputs_.gather(frames), &times.output});
+}
+
+void JackStream::reportFormat() noexcept {
+  const CallGate::Pass pass(gate_);
+  if (!pass) return;
+  const jack_nframes_t rateHz = sampleRateHz_;
+  const jack_nframes_t frames = bufferFrames_;
+  // The server also tells what it told before, at every activation.
+  const bool newRate = reportedSampleRateHz_.exchange(rateHz) != rateHz;
+  const bool newLength = reportedBufferFrames_.exchange(frames) != frames;
+  if (newRate || newLength) client_.formatChanged(rateHz, frames);
+}
+
+void JackStream::reportOverload() noexcept {
+  const CallGate::Pass pass(gate_);
+  if (pass) client_.overload();
+}
+
+void JackStream::lose() noexcept {
+  lost_ = true;
+  const CallGate::Pass pass(gate_);
+  if (pass) client_.aliveChanged(false);
+}
+
+void JackStream::loseServer() noexcept {
+  lose();
+  lossThread_.store(gettid());
+  requestEnd();  // the last thing: from here on the thread that runs this may be ended
+}
+
+void JackStream::portRemoved(jack_port_id_t port) noexcept {
+  if (!deviceKnown_.load(std::memory_order_acquire)) return;
+  const jack_port_t* removed = library_.portById(jack_, port);
+  const bool ours = std::any_of(devicePorts_.begin(), devicePorts_.end(), [&](const auto& known) {
+    // One library still knows the port that has gone, the other does not.
+    return removed != nullptr ? known.second == removed
+                              : library_.portByName(jack_, known.first.c_str()) == nullptr;
+  });
+  if (ours) lose();
+}
+
+}  // namespace tolvane::hal

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "hal/jack/jack_library.h"
+#include "hal/surface/core_audio_types.h"
+
+namespace tolvane::hal {
+
+/// Our ports of one direction, and the buffer list that their buffers are handed on in: one one-channel
+/// stream a port. All its memory is there before the first cycle.
+class PortBuffers {
+ public:
+  explicit PortBuffers(const JackLibrary& library) noexcept : library_(library) {}
+
+  /// Sets the ports, in stream order. Not while cycles run. [not-io]
+  void setPorts(std::vector<jack_port_t*> ports);
+
+  [[nodiscard]] const std::vector<jack_port_t*>& ports() const noexcept { return ports_; }
+
+  /// The ports' buffers of the cycle that is running, `frames` long. [io-thread]
+  [[nodiscard]] AudioBufferList* gather(jack_nframes_t frames) noexcept;
+
+  /// Zeroes the ports' buffers of the cycle that is running. [io-thread]
+  void silence(jack_nframes_t frames) noexcept;
+
+ private:
+  const JackLibrary& library_;
+  std::vector<jack_port_t*> ports_;
+  std::vector<std::uint64_t> storage_;  // an AudioBufferList with as many buffers as ports
+  AudioBufferList* list_ = nullptr;     // in storage_
+};
+
+}  // namespace tolvane::hal

@@ -1,0 +1,102 @@
+#include "hal/pipewire/connection.h"
+
+#include <array>
+#include <utility>
+
+#include "hal/pipewire/graph_watch.h"
+
+namespace tolvane::hal::pipewire {
+
+const pw_core_events Connection::kCoreEvents = [] {
+  pw_core_events events{};
+  events.version = PW_VERSION_CORE_EVENTS;
+  events.done = [](void* data, std::uint32_t id, int sequence) {
+    static_cast<Connection*>(data)->onDone(id, sequence);
+  };
+  events.error = [](void* data, std::uint32_t id, int /*sequence*/, int result, const char* /*message*/) {
+    static_cast<Connection*>(data)->onError(id, result);
+  };
+  return events;
+}();
+
+Connection::Connection(const Library& library, LoopThread& thread, Task lost, Task changed)
+    : library_(library), thread_(thread), lost_(std::move(lost)), changed_(std::move(changed)) {}
+
+Connection::~Connection() {
+  disconnect();
+  if (context_ != nullptr) library_.pw_context_destroy(context_);
+}
+
+bool Connection::ensure() {
+  if (core_ != nullptr) return !broken_;
+  if (context_ == nullptr) {
+    // This configuration makes the data thread a real-time one.
+    const std::array<spa_dict_item, 1> items = {{{PW_KEY_CONFIG_NAME, "client-rt.conf"}}};
+    const spa_dict properties{0, static_cast<std::uint32_t>(items.size()), items.data()};
+    context_ = library_.pw_context_new(thread_.loop(), library_.pw_properties_new_dict(&properties), 0);
+    if (context_ == nullptr) return false;
+  }
+  core_ = library_.pw_context_connect(context_, nullptr, 0);
+  if (core_ == nullptr) return false;
+  broken_ = false;
+  addListener(core_, &coreHook_, &kCoreEvents, this);
+  watch_ = std::make_unique<GraphWatch>(library_, thread_, core_, changed_);
+  settle([this](bool answered) {
+    ready_ = answered;
+    if (answered) changed_();
+  });
+  return true;
+}
+
+void Connection::ask(bool isSecond, std::function<void(bool)> answered) {
+  questions_.push_back({sync(core_), isSecond, std::move(answered)});
+}
+
+void Connection::settle(std::function<void(bool)> answered) {
+  if (core_ == nullptr || broken_) return answered(false);
+  ask(false, std::move(answered));
+}
+
+void Connection::onDone(std::uint32_t id, int sequence) {
+  if (id != PW_ID_CORE) return;
+  // Answers come in the order of the questions.
+  while (!questions_.empty() && questions_.front().sequence != sequence) questions_.pop_front();
+  if (questions_.empty()) return;
+  Question question = std::move(questions_.front());
+  questions_.pop_front();
+  if (question.isSecond) {
+    question.answered(true);
+  } else {
+    ask(true, std::move(question.answered));
+  }
+}
+
+void Connection::onError(std::uint32_t id, int result) {
+  if (id != PW_ID_CORE || result != -EPIPE || broken_) return;
+  broken_ = true;
+  // The library is in the middle of using what is to be destroyed.
+  thread_.post([this, alive = std::weak_ptr<int>(alive_)] {
+    if (!alive.expired()) disconnect();
+  });
+}
+
+void Connection::disconnect() {
+  if (core_ == nullptr) return;
+  broken_ = true;
+  lost_();
+  watch_.reset();
+  spa_hook_remove(&coreHook_);
+  library_.pw_core_disconnect(core_);
+  core_ = nullptr;
+  ready_ = false;
+  std::deque<Question> unanswered;
+  unanswered.swap(questions_);
+  for (Question& question : unanswered) question.answered(false);
+}
+
+const Graph& Connection::graph() const noexcept {
+  static const Graph kNothing;
+  return watch_ ? watch_->graph() : kNothing;
+}
+
+}  // namespace tolvane::hal::pipewire

@@ -1,0 +1,112 @@
+#include "hal/pipewire/cycle_runner.h"
+
+#include <algorithm>
+#include <cstring>
+#include <utility>
+
+namespace tolvane::hal::pipewire {
+
+namespace {
+
+constexpr std::uint32_t kMaxCycleFrames = 65536;  // beyond any quantum that a server runs with
+
+AudioTimeStamp timeStamp(double sampleTime, std::uint64_t hostTimeNs) noexcept {
+  AudioTimeStamp stamp{};
+  stamp.mSampleTime = sampleTime;
+  stamp.mHostTime = hostTimeNs;
+  stamp.mFlags = kAudioTimeStampSampleTimeValid | kAudioTimeStampHostTimeValid;
+  return stamp;
+}
+
+}  // namespace
+
+CycleRunner::CycleRunner(const Library& library, SessionClient& client, std::size_t inputs,
+                         std::size_t outputs)
+    : library_(library), client_(client), inputs_(inputs), outputs_(outputs) {
+  gate_.open();
+}
+
+void CycleRunner::setPorts(std::vector<void*> inputs, std::vector<void*> outputs) {
+  inputPorts_ = std::move(inputs);
+  outputPorts_ = std::move(outputs);
+  last_ = {};
+}
+
+void CycleRunner::process(const spa_io_position* position) noexcept {
+  const Moment moment = position != nullptr ? momentOf(position->clock) : Moment{};
+  // Every port's buffer has to be taken in every cycle, whether it is wanted or not.
+  fetchBuffers(moment.frames);
+  const bool isWanted = moment.frames != 0 && running_.load(std::memory_order_acquire);
+  const CallGate::Pass pass(gate_);
+  if (!isWanted || !pass) {
+    clearOutputs();
+    last_ = {};
+    return;
+  }
+  noteClock(moment);
+  callClient(moment);
+}
+
+CycleRunner::Moment CycleRunner::momentOf(const spa_io_clock& clock) noexcept {
+  const auto frames = static_cast<std::uint32_t>(std::min<std::uint64_t>(clock.duration, kMaxCycleFrames));
+  return {clock.id, clock.rate.denom, clock.position, frames, clock.nsec};
+}
+
+void* CycleRunner::takeBuffer(void* port, bool isOutput, std::uint32_t frames) noexcept {
+  pw_buffer* taken = library_.pw_filter_dequeue_buffer(port);
+  if (taken == nullptr) return nullptr;
+  const spa_data& block = taken->buffer->datas[0];
+  const auto bytes = static_cast<std::uint32_t>(frames * sizeof(float));
+  void* data = nullptr;
+  if (block.data != nullptr && isOutput && bytes <= block.maxsize) {
+    *block.chunk = {0, bytes, sizeof(float), 0};
+    data = block.data;
+  } else if (block.data != nullptr && !isOutput) {
+    // A peer that has written less than the cycle has nothing to give in it.
+    const std::uint32_t offset = block.chunk->offset;
+    const bool isWhole = bytes <= block.chunk->size && offset <= block.maxsize &&
+                         bytes <= block.maxsize - offset && offset % sizeof(float) == 0;
+    if (isWhole) data = static_cast<std::byte*>(block.data) + offset;
+  }
+  library_.pw_filter_queue_buffer(port, taken);
+  return data;
+}
+
+void CycleRunner::fetchBuffers(std::uint32_t frames) noexcept {
+  for (std::size_t i = 0; i < inputPorts_.size(); ++i) {
+    inputs_.set(i, takeBuffer(inputPorts_[i], false, frames), frames);
+  }
+  for (std::size_t i = 0; i < outputPorts_.size(); ++i) {
+    outputs_.set(i, takeBuffer(outputPorts_[i], true, frames), frames);
+  }
+}
+
+void CycleRunner::clearOutputs() noexcept {
+  AudioBufferList& list = outputs_.list();
+  for (std::size_t i = 0; i < outputPorts_.size(); ++i) {
+    const AudioBuffer& buffer = list.mBuffers[i];
+    if (buffer.mData != nullptr) std::memset(buffer.mData, 0, buffer.mDataByteSize);
+  }
+}
+
+void CycleRunner::noteClock(const Moment& moment) noexcept {
+  const bool isSameClock = last_.clockId == moment.clockId && last_.rateHz == moment.rateHz;
+  // A missed deadline shows only in the clock having gone on without us.
+  if (last_.frames != 0 && isSameClock && moment.position > last_.position + last_.frames) client_.overload();
+  if (last_.rateHz != moment.rateHz || last_.frames != moment.frames) {
+    client_.formatChanged(moment.rateHz, moment.frames);
+  }
+  last_ = moment;
+}
+
+void CycleRunner::callClient(const Moment& moment) noexcept {
+  const auto position = static_cast<double>(moment.position);
+  const std::uint64_t cycleNs =
+      moment.rateHz != 0 ? std::uint64_t{moment.frames} * 1'000'000'000U / moment.rateHz : 0;
+  const AudioTimeStamp now = timeStamp(position, moment.nsec);
+  const AudioTimeStamp input = timeStamp(position - moment.frames, moment.nsec - cycleNs);
+  const AudioTimeStamp output = timeStamp(position + moment.frames, moment.nsec + cycleNs);
+  client_.cycle({&now, &inputs_.list(), &input, &outputs_.list(), &output});
+}
+
+}  // namespace tolvane::hal::pipewire

@@ -1,0 +1,59 @@
+// The real-time side of a session: turns the server's cycles into the client's.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#include "hal/driver/call_gate.h"
+#include "hal/driver/driver.h"
+#include "hal/pipewire/library.h"
+#include "hal/pipewire/stream_buffers.h"
+
+namespace tolvane::hal::pipewire {
+
+class CycleRunner {
+ public:
+  CycleRunner(const Library& library, SessionClient& client, std::size_t inputs, std::size_t outputs);
+
+  /// The filter's ports, in channel order. While no filter runs. [not-io]
+  void setPorts(std::vector<void*> inputs, std::vector<void*> outputs);
+
+  /// Whether the client is called: not while nothing of the device is there. [any-thread]
+  void setRunning(bool running) noexcept { running_.store(running, std::memory_order_release); }
+
+  /// The client is called no more, from the moment this returns. [not-io]
+  void shut() noexcept { gate_.shut(); }
+
+  /// One cycle of the server. Wait-free. [io-thread]
+  void process(const spa_io_position* position) noexcept;
+
+ private:
+  /// The cycle as the server's clock has it.
+  struct Moment {
+    std::uint32_t clockId = 0;
+    std::uint32_t rateHz = 0;
+    std::uint64_t position = 0;
+    std::uint32_t frames = 0;
+    std::uint64_t nsec = 0;
+  };
+
+  static Moment momentOf(const spa_io_clock& clock) noexcept;
+  void* takeBuffer(void* port, bool isOutput, std::uint32_t frames) noexcept;
+  void fetchBuffers(std::uint32_t frames) noexcept;
+  void clearOutputs() noexcept;
+  void noteClock(const Moment& moment) noexcept;
+  void callClient(const Moment& moment) noexcept;
+
+  const Library& library_;
+  SessionClient& client_;
+  std::vector<void*> inputPorts_;
+  std::vector<void*> outputPorts_;
+  StreamBuffers inputs_;
+  StreamBuffers outputs_;
+  Moment last_;  // of the cycle before; without frames where there was none
+  CallGate gate_;
+  std::atomic<bool> running_ = false;
+};
+
+}  // namespace tolvane::hal::pipewire

@@ -1,0 +1,228 @@
+#include "hal/pipewire/device_list.h"
+
+#include <algorithm>
+#include <cctype>
+#include <iterator>
+#include <limits>
+#include <string_view>
+
+namespace tolvane::hal::pipewire {
+
+namespace {
+
+bool isOfClass(std::string_view mediaClass, std::string_view wanted) {
+  if (!mediaClass.starts_with(wanted)) return false;
+  const std::string_view rest = mediaClass.substr(wanted.size());
+  return rest.empty() || (rest.front() == '/' && rest != "/Internal");
+}
+
+bool givesInputs(const GraphNode& node) {
+  return isOfClass(node.mediaClass, "Audio/Source") || isOfClass(node.mediaClass, "Audio/Duplex");
+}
+
+bool givesOutputs(const GraphNode& node) {
+  return isOfClass(node.mediaClass, "Audio/Sink") || isOfClass(node.mediaClass, "Audio/Duplex");
+}
+
+/// As text, but numbers within it as numbers: "pro-output-3" comes before "pro-output-10".
+bool naturallyLess(std::string_view a, std::string_view b) {
+  const auto isDigit = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; };
+  const auto takeNumber = [&](std::string_view& text) {
+    const auto zeros = std::min(text.find_first_not_of('0'), text.size());
+    text.remove_prefix(zeros);
+    const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
+    const auto digits = text.substr(0, static_cast<std::size_t>(end - text.begin()));
+    text.remove_prefix(digits.size());
+    return digits;
+  };
+  while (!a.empty() && !b.empty()) {
+    if (isDigit(a.front()) && isDigit(b.front())) {
+      const auto numberA = takeNumber(a);
+      const auto numberB = takeNumber(b);
+      if (numberA.size() != numberB.size()) return numberA.size() < numberB.size();
+      if (numberA != numberB) return numberA < numberB;
+    } else {
+      if (a.front() != b.front()) return a.front() < b.front();
+      a.remove_prefix(1);
+      b.remove_prefix(1);
+    }
+  }
+  return a.size() < b.size();
+}
+
+constexpr std::uint32_t kSuggestedQuantumFrames = 256;
+
+/// What a cycle of the device is, or will be when nobody else in the graph asks for less.
+void describeClock(const GraphClock& clock, std::uint32_t askedQuantum, DeviceInfo& info) {
+  info.sampleRateHz = clock.forcedRateHz > 0.0 ? clock.forcedRateHz : clock.rateHz;
+  if (clock.forcedQuantum != 0) {
+    info.bufferFrames = clock.forcedQuantum;
+    return;
+  }
+  info.minBufferFrames = clock.minQuantum;
+  info.maxBufferFrames = std::max(clock.minQuantum, clock.maxQuantum);
+  info.bufferFrames = std::clamp(askedQuantum, info.minBufferFrames, info.maxBufferFrames);
+}
+
+}  // namespace
+
+/// The nodes of one device.
+struct DeviceList::Group {
+  struct Member {
+    std::uint32_t id;
+    const GraphNode* node;
+  };
+  std::string key;  // unique among what is there now
+  const GraphCard* card = nullptr;
+  std::vector<Member> members;  // in the order of their channels, which is lasting
+
+  [[nodiscard]] std::uint64_t serial() const {
+    if (card != nullptr) return card->serial;
+    std::uint64_t first = std::numeric_limits<std::uint64_t>::max();
+    for (const Member& member : members) first = std::min(first, member.node->serial);
+    return first;
+  }
+
+  [[nodiscard]] std::string lastingName() const {
+    if (card != nullptr && !card->name.empty()) return card->name;
+    const auto named = std::find_if(members.begin(), members.end(),
+                                    [](const Member& member) { return !member.node->cardName.empty(); });
+    return named != members.end() ? named->node->cardName : members.front().node->name;
+  }
+
+  [[nodiscard]] std::string description() const {
+    if (card != nullptr && !card->description.empty()) return card->description;
+    const auto sink = std::find_if(members.begin(), members.end(),
+                                   [](const Member& member) { return givesOutputs(*member.node); });
+    const GraphNode& spokesman = sink != members.end() ? *sink->node : *members.front().node;
+    return spokesman.description.empty() ? spokesman.name : spokesman.description;
+  }
+
+  /// All of it has said what it is.
+  [[nodiscard]] bool hasAnswered() const {
+    return std::all_of(members.begin(), members.end(),
+                       [](const Member& member) { return member.node->hasAnswered; });
+  }
+
+  [[nodiscard]] bool has(const std::string& nodeName) const {
+    return std::any_of(members.begin(), members.end(),
+                       [&](const Member& member) { return member.node->name == nodeName; });
+  }
+};
+
+namespace {
+
+/// The node's channels of one direction, and whether each has its port.
+bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& node, bool ofInputPorts,
+                    std::vector<Channel>& channels) {
+  const std::size_t before = channels.size();
+  for (const auto& [portId, port] : graph.ports) {
+    if (port.nodeId != nodeId || port.isInput != ofInputPorts) continue;
+    channels.push_back({node.name, port.index, nodeId, portId});
+  }
+  std::sort(channels.begin() + static_cast<std::ptrdiff_t>(before), channels.end(),
+            [](const Channel& a, const Channel& b) { return a.index < b.index; });
+  const std::size_t found = channels.size() - before;
+  return node.channels && *node.channels != 0 && found == *node.channels;
+}
+
+void makeNamesDistinct(std::vector<ListedDevice>& devices) {
+  std::set<std::string> taken;
+  for (ListedDevice& device : devices) {
+    const std::string described = device.info.name;
+    for (int number = 2; !taken.insert(device.info.name).second; ++number) {
+      device.info.name = described + " (" + std::to_string(number) + ")";
+    }
+  }
+}
+
+}  // namespace
+
+std::vector<DeviceList::Group> DeviceList::groupsOf(const Graph& graph) const {
+  std::map<std::string, Group> groups;
+  for (const auto& [id, node] : graph.nodes) {
+    const auto card = node.cardId ? graph.cards.find(*node.cardId) : graph.cards.end();
+    std::string key;
+    if (card != graph.cards.end()) {
+      key = "card " + std::to_string(card->second.serial);
+    } else {
+      key = node.cardId ? "nodes of card " + std::to_string(*node.cardId)
+                        : "node " + std::to_string(node.serial);
+    }
+    Group& group = groups[key];
+    group.key = key;
+    if (card != graph.cards.end()) group.card = &card->second;
+    group.members.push_back({id, &node});
+  }
+  std::vector<Group> ordered;
+  for (auto& [key, group] : groups) {
+    std::sort(group.members.begin(), group.members.end(), [](const auto& a, const auto& b) {
+      if (a.node->name != b.node->name) return naturallyLess(a.node->name, b.node->name);
+      return a.node->serial < b.node->serial;
+    });
+    ordered.push_back(std::move(group));
+  }
+  std::sort(ordered.begin(), ordered.end(), [&](const Group& a, const Group& b) {
+    const bool aIsDefault = a.has(graph.defaultSink);
+    const bool bIsDefault = b.has(graph.defaultSink);
+    if (aIsDefault != bIsDefault) return aIsDefault;
+    return a.serial() < b.serial();
+  });
+  return ordered;
+}
+
+std::string DeviceList::uidOf(const Group& group) {
+  const auto known = uids_.find(group.key);
+  if (known != uids_.end()) return known->second;
+  // Of two that call themselves the same, the later one is told apart by a number that is never used again:
+  // it may not come back as the other.
+  std::string uid = "pipewire:" + group.lastingName();
+  const auto isTaken = [&](const auto& entry) { return entry.second == uid; };
+  if (std::any_of(uids_.begin(), uids_.end(), isTaken)) uid += "#" + std::to_string(group.serial());
+  uids_.emplace(group.key, uid);
+  return uid;
+}
+
+void DeviceList::forgetAllBut(const std::vector<Group>& groups) {
+  std::set<std::string> present;
+  for (const Group& group : groups) present.insert(group.key);
+  std::erase_if(uids_, [&](const auto& entry) { return !present.contains(entry.first); });
+}
+
+std::uint32_t DeviceList::quantum(const std::string& uid) const {
+  const auto set = quanta_.find(uid);
+  return set != quanta_.end() ? set->second : kSuggestedQuantumFrames;
+}
+
+std::vector<ListedDevice> DeviceList::build(const Graph& graph) {
+  const std::vector<Group> groups = groupsOf(graph);
+  forgetAllBut(groups);
+  std::vector<ListedDevice> devices;
+  for (const Group& group : groups) {
+    // What it is called is found once, when all of it is known; nodes that join it later change nothing of
+    // that.
+    if (!uids_.contains(group.key) && !group.hasAnswered()) continue;
+    ListedDevice device;
+    device.isComplete = true;
+    for (const Group::Member& member : group.members) {
+      const GraphNode& node = *member.node;
+      if (givesInputs(node) && !appendChannels(graph, member.id, node, false, device.inputs)) {
+        device.isComplete = false;
+      }
+      if (givesOutputs(node) && !appendChannels(graph, member.id, node, true, device.outputs)) {
+        device.isComplete = false;
+      }
+    }
+    device.info.uid = uidOf(group);
+    device.info.name = group.description();
+    device.info.transportType = kAudioDeviceTransportTypePipeWire;
+    device.info.inputStreams.assign(device.inputs.size(), 1);
+    device.info.outputStreams.assign(device.outputs.size(), 1);
+    describeClock(graph.clock, quantum(device.info.uid), device.info);
+    devices.push_back(std::move(device));
+  }
+  makeNamesDistinct(devices);
+  return devices;
+}
+
+}  // namespace tolvane::hal::pipewire

@@ -1,0 +1,95 @@
+#include "hal/pipewire/filter.h"
+
+#include <array>
+#include <string>
+#include <utility>
+
+namespace tolvane::hal::pipewire {
+
+namespace {
+
+template <std::size_t count>
+pw_properties* propertiesOf(const Library& library, const std::array<spa_dict_item, count>& items) {
+  const spa_dict dictionary{0, static_cast<std::uint32_t>(count), items.data()};
+  return library.pw_properties_new_dict(&dictionary);
+}
+
+pw_properties* nodeProperties(const Library& library, const std::string& latency) {
+  // The library itself puts the user's own PIPEWIRE_LATENCY, PIPEWIRE_QUANTUM and PIPEWIRE_RATE in the place
+  // of our suggestion.
+  return propertiesOf(library, std::array<spa_dict_item, 8>{{{PW_KEY_MEDIA_TYPE, "Audio"},
+                                                             {PW_KEY_MEDIA_CATEGORY, "Filter"},
+                                                             {PW_KEY_MEDIA_ROLE, "DSP"},
+                                                             {PW_KEY_NODE_NAME, "tolvane"},
+                                                             {PW_KEY_NODE_DESCRIPTION, "Tolvane"},
+                                                             {PW_KEY_NODE_ALWAYS_PROCESS, "true"},
+                                                             {PW_KEY_NODE_AUTOCONNECT, "false"},
+                                                             {PW_KEY_NODE_LATENCY, latency.c_str()}}});
+}
+
+}  // namespace
+
+Filter::Filter(const Library& library, pw_core* core, CycleRunner& runner, std::size_t inputs,
+               std::size_t outputs, const std::string& latency, Task changed)
+    : library_(library),
+      runner_(runner),
+      changed_(std::move(changed)),
+      filter_(library.pw_filter_new(core, "Tolvane", nodeProperties(library, latency))) {
+  static const pw_filter_events kEvents = [] {
+    pw_filter_events events{};
+    events.version = PW_VERSION_FILTER_EVENTS;
+    events.state_changed = [](void* data, pw_filter_state /*old*/, pw_filter_state state,
+                              const char* /*error*/) { static_cast<Filter*>(data)->onStateChanged(state); };
+    events.process = [](void* data, spa_io_position* position) {
+      static_cast<Filter*>(data)->runner_.process(position);
+    };
+    return events;
+  }();
+  isDead_ = filter_ == nullptr;
+  if (isDead_) return;
+  library_.pw_filter_add_listener(filter_, &hook_, &kEvents, this);
+  runner_.setPorts(addPorts(PW_DIRECTION_INPUT, inputs), addPorts(PW_DIRECTION_OUTPUT, outputs));
+  isDead_ = library_.pw_filter_connect(filter_, PW_FILTER_FLAG_RT_PROCESS, nullptr, 0) < 0;
+}
+
+Filter::~Filter() {
+  if (filter_ == nullptr) return;
+  changed_ = nullptr;
+  library_.pw_filter_destroy(filter_);
+}
+
+void Filter::suggestLatency(const std::string& latency) {
+  if (filter_ == nullptr) return;
+  const spa_dict_item item{PW_KEY_NODE_LATENCY, latency.c_str()};
+  const spa_dict properties{0, 1, &item};
+  library_.pw_filter_update_properties(filter_, nullptr, &properties);
+}
+
+std::vector<void*> Filter::addPorts(pw_direction direction, std::size_t count) {
+  const std::string prefix = direction == PW_DIRECTION_INPUT ? "input_" : "output_";
+  std::vector<void*> ports;
+  for (std::size_t number = 1; number <= count; ++number) {
+    const std::string name = prefix + std::to_string(number);
+    pw_properties* properties =
+        propertiesOf(library_, std::array<spa_dict_item, 2>{{{PW_KEY_FORMAT_DSP, "32 bit float mono audio"},
+                                                             {PW_KEY_PORT_NAME, name.c_str()}}});
+    ports.push_back(library_.pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS,
+                                                sizeof(void*), properties, nullptr, 0));
+  }
+  return ports;
+}
+
+void Filter::onStateChanged(pw_filter_state state) {
+  if (!changed_) return;  // being destroyed
+  if (state == PW_FILTER_STATE_CONNECTING) {
+    wasConnecting_ = true;
+    return;
+  }
+  const bool isGone =
+      state == PW_FILTER_STATE_ERROR || (state == PW_FILTER_STATE_UNCONNECTED && wasConnecting_);
+  isDead_ = isDead_ || isGone;
+  nodeId_ = isDead_ ? SPA_ID_INVALID : library_.pw_filter_get_node_id(filter_);
+  changed_();
+}
+
+}  // namespace tolvane::hal::pipewire

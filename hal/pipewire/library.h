@@ -1,0 +1,46 @@
+// The sound server's client library, loaded at run time: a machine without it runs the same program.
+#pragma once
+
+#include "hal/pipewire/pipewire_headers.h"
+
+namespace tolvane::hal::pipewire {
+
+// Most of the client interface is inline over function tables; these are all that the library exports to us.
+#define TOLVANE_PIPEWIRE_FUNCTIONS(FUNCTION) \
+  FUNCTION(pw_init)                          \
+  FUNCTION(pw_log_set_level)                 \
+  FUNCTION(pw_thread_loop_new)               \
+  FUNCTION(pw_thread_loop_start)             \
+  FUNCTION(pw_thread_loop_stop)              \
+  FUNCTION(pw_thread_loop_destroy)           \
+  FUNCTION(pw_thread_loop_get_loop)          \
+  FUNCTION(pw_context_new)                   \
+  FUNCTION(pw_context_destroy)               \
+  FUNCTION(pw_context_connect)               \
+  FUNCTION(pw_core_disconnect)               \
+  FUNCTION(pw_properties_new_dict)           \
+  FUNCTION(pw_proxy_destroy)                 \
+  FUNCTION(pw_proxy_add_listener)            \
+  FUNCTION(pw_filter_new)                    \
+  FUNCTION(pw_filter_add_listener)           \
+  FUNCTION(pw_filter_add_port)               \
+  FUNCTION(pw_filter_connect)                \
+  FUNCTION(pw_filter_update_properties)      \
+  FUNCTION(pw_filter_get_node_id)            \
+  FUNCTION(pw_filter_dequeue_buffer)         \
+  FUNCTION(pw_filter_queue_buffer)           \
+  FUNCTION(pw_filter_destroy)
+
+/// The functions under their own names.
+struct Library {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a member cannot be declared in parentheses
+#define TOLVANE_PIPEWIRE_MEMBER(name) decltype(&::name) name = nullptr;
+  TOLVANE_PIPEWIRE_FUNCTIONS(TOLVANE_PIPEWIRE_MEMBER)
+#undef TOLVANE_PIPEWIRE_MEMBER
+};
+
+/// The library, loaded and initialised at the first call and never unloaded; null where the machine does not
+/// have it. It is kept from writing to standard error unless the user's PIPEWIRE_DEBUG asks for it. [not-io]
+[[nodiscard]] const Library* library();
+
+}  // namespace tolvane::hal::pipewire

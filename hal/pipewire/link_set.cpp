@@ -1,0 +1,135 @@
+#include "hal/pipewire/link_set.h"
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <string>
+#include <utility>
+
+namespace tolvane::hal::pipewire {
+
+namespace {
+
+constexpr std::chrono::milliseconds kAttemptPeriod{50};
+
+}  // namespace
+
+class LinkSet::Link {
+ public:
+  Link(LinkSet& set, pw_core* core, const LinkEnd& from, const LinkEnd& to)
+      : library_(set.library_), changed_(set.changed_), from_(from), to_(to) {
+    proxy_ = request(core);
+    if (proxy_ == nullptr) return;
+    library_.pw_proxy_add_listener(proxy_, &proxyHook_, &kProxyEvents, this);
+    addListener(reinterpret_cast<pw_link*>(proxy_), &hook_, &kLinkEvents, this);
+  }
+
+  ~Link() {
+    if (proxy_ != nullptr) library_.pw_proxy_destroy(proxy_);
+  }
+  Link(const Link&) = delete;
+  Link& operator=(const Link&) = delete;
+
+  [[nodiscard]] bool isBetween(const LinkEnd& from, const LinkEnd& to) const {
+    return from_ == from && to_ == to;
+  }
+  [[nodiscard]] bool isReady() const noexcept { return isReady_; }
+
+  /// Gone on the server's side, or never made; and not just now, lest we and the server quarrel without
+  /// pause.
+  [[nodiscard]] bool mayBeRetried() const noexcept {
+    const bool isDead = isDead_ || proxy_ == nullptr;
+    return isDead && std::chrono::steady_clock::now() - asked_ >= kAttemptPeriod;
+  }
+
+ private:
+  pw_proxy* request(pw_core* core) const {
+    const std::string fromNode = std::to_string(from_.nodeId);
+    const std::string fromPort = std::to_string(from_.portId);
+    const std::string toNode = std::to_string(to_.nodeId);
+    const std::string toPort = std::to_string(to_.portId);
+    const std::array<spa_dict_item, 5> items = {{{PW_KEY_LINK_OUTPUT_NODE, fromNode.c_str()},
+                                                 {PW_KEY_LINK_OUTPUT_PORT, fromPort.c_str()},
+                                                 {PW_KEY_LINK_INPUT_NODE, toNode.c_str()},
+                                                 {PW_KEY_LINK_INPUT_PORT, toPort.c_str()},
+                                                 {PW_KEY_OBJECT_LINGER, "false"}}};
+    const spa_dict properties{0, static_cast<std::uint32_t>(items.size()), items.data()};
+    return createObject(core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties);
+  }
+
+  void become(bool ready, bool dead) {
+    if (ready == isReady_ && dead == isDead_) return;
+    isReady_ = ready;
+    isDead_ = dead;
+    changed_();
+  }
+
+  void onDestroy() {
+    spa_hook_remove(&proxyHook_);
+    spa_hook_remove(&hook_);
+    proxy_ = nullptr;
+  }
+
+  static const pw_proxy_events kProxyEvents;
+  static const pw_link_events kLinkEvents;
+
+  const Library& library_;
+  const Task& changed_;
+  LinkEnd from_;
+  LinkEnd to_;
+  pw_proxy* proxy_ = nullptr;
+  spa_hook proxyHook_{};
+  spa_hook hook_{};
+  bool isReady_ = false;
+  bool isDead_ = false;
+  std::chrono::steady_clock::time_point asked_ = std::chrono::steady_clock::now();
+};
+
+const pw_proxy_events LinkSet::Link::kProxyEvents = [] {
+  pw_proxy_events events{};
+  events.version = PW_VERSION_PROXY_EVENTS;
+  events.destroy = [](void* data) { static_cast<Link*>(data)->onDestroy(); };
+  events.removed = [](void* data) { static_cast<Link*>(data)->become(false, true); };
+  events.error = [](void* data, int /*sequence*/, int /*result*/, const char* /*message*/) {
+    static_cast<Link*>(data)->become(false, true);
+  };
+  return events;
+}();
+
+const pw_link_events LinkSet::Link::kLinkEvents = [] {
+  pw_link_events events{};
+  events.version = PW_VERSION_LINK_EVENTS;
+  events.info = [](void* data, const pw_link_info* info) {
+    if ((info->change_mask & PW_LINK_CHANGE_MASK_STATE) == 0) return;
+    static_cast<Link*>(data)->become(info->state >= PW_LINK_STATE_PAUSED, info->state < PW_LINK_STATE_INIT);
+  };
+  return events;
+}();
+
+LinkSet::LinkSet(const Library& library, std::size_t places, Task changed)
+    : library_(library), changed_(std::move(changed)), links_(places) {}
+
+LinkSet::~LinkSet() = default;
+
+void LinkSet::want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to) {
+  std::unique_ptr<Link>& link = links_[place];
+  if (link && link->isBetween(from, to) && !link->mayBeRetried()) return;
+  link.reset();
+  link = std::make_unique<Link>(*this, core, from, to);
+}
+
+void LinkSet::drop(std::size_t place) {
+  links_[place].reset();
+}
+
+void LinkSet::dropAll() {
+  for (auto& link : links_) link.reset();
+}
+
+std::size_t LinkSet::ready(std::size_t first, std::size_t count) const noexcept {
+  const auto begin = links_.begin() + static_cast<std::ptrdiff_t>(first);
+  return static_cast<std::size_t>(std::count_if(begin, begin + static_cast<std::ptrdiff_t>(count),
+                                                [](const auto& link) { return link && link->isReady(); }));
+}
+
+}  // namespace tolvane::hal::pipewire

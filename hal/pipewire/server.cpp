@@ -1,0 +1,237 @@
+#include "hal/pipewire/server.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <utility>
+
+namespace tolvane::hal::pipewire {
+
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kAnswerTimeout{120};      // for a list of devices
+constexpr milliseconds kKnownToHangTimeout{10};  // the same, from a server that has not answered the last one
+constexpr milliseconds kStartAnswerTimeout{1000};  // for the server to say that it is there
+constexpr milliseconds kStartTimeout{4000};        // for all links to come up
+constexpr milliseconds kStopTimeout{800};
+constexpr milliseconds kRetryPeriod{100};       // while something that a session needs is missing
+constexpr milliseconds kReconnectPeriod{1000};  // while nobody needs the server
+
+}  // namespace
+
+/// A list of devices that has been asked for.
+struct Server::Listing {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool done = false;
+  std::vector<DeviceInfo> devices;
+
+  void finish(std::vector<DeviceInfo> found) {
+    const std::lock_guard lock(mutex);
+    devices = std::move(found);
+    done = true;
+    changed.notify_all();
+  }
+
+  bool wait(milliseconds timeout) {
+    std::unique_lock lock(mutex);
+    return changed.wait_for(lock, timeout, [&] { return done; });
+  }
+};
+
+/// A start that has been asked for.
+struct Server::Starting {
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool done = false;
+  bool abandoned = false;  // nobody waits any more: nothing may be started
+  Started result;
+
+  void finish(Started started) {
+    result = std::move(started);
+    done = true;
+    changed.notify_all();
+  }
+};
+
+std::shared_ptr<Server> Server::create(const Library& library) {
+  auto thread = LoopThread::create(library);
+  if (!thread) return nullptr;
+  std::shared_ptr<Server> server(new Server(library, std::move(thread)));
+  return server->thread_->start() ? server : nullptr;
+}
+
+Server::Server(const Library& library, std::unique_ptr<LoopThread> thread)
+    : library_(library),
+      thread_(std::move(thread)),
+      connection_(
+          library, *thread_,
+          [this] {
+            for (const auto& session : sessions_) session->takeDown();
+            noteChange();
+          },
+          [this] { noteChange(); }),
+      retry_(*thread_, [this] {
+        connection_.ensure();
+        reconcile();
+      }) {}
+
+Server::~Server() {
+  thread_->stop();
+  connection_.disconnect();
+}
+
+void Server::noteChange() {
+  if (std::exchange(changeNoted_, true)) return;
+  thread_->post([this] {
+    changeNoted_ = false;
+    reconcile();
+  });
+}
+
+void Server::reconcile() {
+  if (connection_.isReady()) reconcileSessions();
+  tellOfChanges();
+  scheduleRetry();
+}
+
+void Server::reconcileSessions() {
+  if (sessions_.empty()) return;
+  const std::vector<ListedDevice> devices = list_.build(connection_.graph());
+  for (const auto& session : sessions_) {
+    const auto device = std::find_if(devices.begin(), devices.end(), [&](const ListedDevice& listed) {
+      return listed.info.uid == session->uid();
+    });
+    session->reconcile(connection_, device == devices.end() ? nullptr : &*device);
+  }
+}
+
+void Server::tellOfChanges() {
+  if (!observer_) return;
+  std::vector<DeviceInfo> devices = completeDevices();
+  if (devices == told_) return;
+  told_ = std::move(devices);
+  observer_();
+}
+
+/// What has failed is tried again, also when no event says that anything has changed.
+void Server::scheduleRetry() {
+  const bool isAnyMissing = std::any_of(sessions_.begin(), sessions_.end(),
+                                        [](const auto& session) { return !session->isAlive(); });
+  const milliseconds whileIdle = observer_ && !connection_.isConnected() ? kReconnectPeriod : milliseconds{0};
+  retry_.every(isAnyMissing ? kRetryPeriod : whileIdle);
+}
+
+void Server::setObserver(std::function<void()> changed) {
+  thread_->post([this, changed = std::move(changed)]() mutable {
+    observer_ = std::move(changed);
+    reconcile();
+  });
+}
+
+void Server::setQuantum(const std::string& uid, std::uint32_t frames) {
+  thread_->post([this, uid, frames] {
+    list_.setQuantum(uid, frames);
+    for (const auto& session : sessions_) {
+      if (session->uid() == uid) session->setQuantum(frames);
+    }
+    noteChange();
+  });
+}
+
+/// A device that a session has lost is not shown before that session has it back, lest half of it be taken
+/// for all of it.
+std::vector<DeviceInfo> Server::completeDevices() {
+  if (!connection_.isReady()) return {};
+  std::vector<DeviceInfo> complete;
+  for (ListedDevice& device : list_.build(connection_.graph())) {
+    const bool isLost = std::any_of(sessions_.begin(), sessions_.end(), [&](const auto& session) {
+      return session->uid() == device.info.uid && session->isLost();
+    });
+    if (device.isComplete && !isLost) complete.push_back(std::move(device.info));
+  }
+  return complete;
+}
+
+std::shared_ptr<Server::Listing> Server::beginListing() {
+  auto listing = std::make_shared<Listing>();
+  thread_->post([this, listing] {
+    if (!connection_.ensure()) return listing->finish({});
+    connection_.settle([this, listing](bool answered) {
+      listing->finish(answered ? completeDevices() : std::vector<DeviceInfo>{});
+    });
+  });
+  return listing;
+}
+
+std::vector<DeviceInfo> Server::devices() {
+  std::shared_ptr<Listing> unanswered;
+  {
+    const std::lock_guard lock(mutex_);
+    unanswered = unanswered_;
+  }
+  if (unanswered && !unanswered->wait(kKnownToHangTimeout)) return {};
+  auto listing = beginListing();
+  const bool answered = listing->wait(kAnswerTimeout);
+  const std::lock_guard lock(mutex_);
+  unanswered_ = answered ? nullptr : listing;
+  if (!answered) return {};
+  const std::lock_guard listingLock(listing->mutex);
+  return listing->devices;
+}
+
+void Server::startNow(const DeviceInfo& device, SessionClient& client, Starting& starting) {
+  const std::vector<ListedDevice> devices = list_.build(connection_.graph());
+  const auto listed = std::find_if(devices.begin(), devices.end(), [&](const ListedDevice& candidate) {
+    return candidate.isComplete && candidate.info.uid == device.uid;
+  });
+  const bool isAsGiven = listed != devices.end() && listed->info.inputStreams == device.inputStreams &&
+                         listed->info.outputStreams == device.outputStreams;
+  if (!isAsGiven) return starting.finish({kAudioHardwareBadDeviceError, nullptr});
+  auto session = std::make_shared<FilterSession>(library_, *listed, client, list_.quantum(device.uid),
+                                                 [this] { noteChange(); });
+  sessions_.push_back(session);
+  starting.finish({noErr, session});
+  reconcile();
+}
+
+Server::Started Server::start(const DeviceInfo& device, SessionClient& client) {
+  const auto starting = std::make_shared<Starting>();
+  thread_->post([this, device, &client, starting] {
+    connection_.ensure();
+    connection_.settle([this, device, &client, starting](bool answered) {
+      const std::lock_guard lock(starting->mutex);
+      if (starting->abandoned) return;
+      if (!answered) return starting->finish({kAudioHardwareNotReadyError, nullptr});
+      startNow(device, client, *starting);
+    });
+  });
+  {
+    std::unique_lock lock(starting->mutex);
+    if (!starting->changed.wait_for(lock, kStartAnswerTimeout, [&] { return starting->done; })) {
+      starting->abandoned = true;
+      return {kAudioHardwareNotReadyError, nullptr};
+    }
+  }
+  Started started = starting->result;
+  if (started.session && !started.session->waitUntilAlive(kStartTimeout)) {
+    end(std::move(started.session));
+    return {kAudioHardwareNotReadyError, nullptr};
+  }
+  return started;
+}
+
+void Server::end(std::shared_ptr<FilterSession> session) {
+  // From here on the client is safe, even if the thread were never to come to the rest.
+  session->shut();
+  thread_->call(
+      [this, session = std::move(session)] {
+        session->end();
+        std::erase(sessions_, session);
+        reconcile();
+      },
+      kStopTimeout);
+}
+
+}  // namespace tolvane::hal::pipewire

@@ -1,0 +1,81 @@
+// The sound server as the driver sees it: a list of devices, and sessions on them.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "hal/driver/driver.h"
+#include "hal/pipewire/connection.h"
+#include "hal/pipewire/device_list.h"
+#include "hal/pipewire/filter_session.h"
+#include "hal/pipewire/loop_thread.h"
+
+namespace tolvane::hal::pipewire {
+
+class Server {
+ public:
+  /// Starts the thread that talks to the server; null when the machine has none left. Connects to nothing
+  /// yet. [not-io]
+  static std::shared_ptr<Server> create(const Library& library);
+
+  /// After all its sessions. [not-io]
+  ~Server();
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+  /// The devices that are there now; none when the server does not answer in time. [not-io]
+  std::vector<DeviceInfo> devices();
+
+  struct Started {
+    OSStatus status = noErr;
+    std::shared_ptr<FilterSession> session;
+  };
+
+  /// Tells of changes of the list from now on, also of those that come with the server's return. [not-io]
+  void setObserver(std::function<void()> changed);
+
+  /// Asks for another cycle length of the device, also while it runs. [not-io]
+  void setQuantum(const std::string& uid, std::uint32_t frames);
+
+  /// A session on the device, running with all its channels. [not-io]
+  Started start(const DeviceInfo& device, SessionClient& client);
+
+  /// Ends the session: when it has returned, within a second whatever the server does, its client is called
+  /// no more. [not-io]
+  void end(std::shared_ptr<FilterSession> session);
+
+ private:
+  struct Listing;
+  struct Starting;
+
+  explicit Server(const Library& library, std::unique_ptr<LoopThread> thread);
+  std::shared_ptr<Listing> beginListing();
+  void reconcile();
+  void reconcileSessions();
+  void tellOfChanges();
+  void scheduleRetry();
+  void noteChange();
+  void startNow(const DeviceInfo& device, SessionClient& client, Starting& starting);
+  [[nodiscard]] std::vector<DeviceInfo> completeDevices();
+
+  const Library& library_;
+  std::unique_ptr<LoopThread> thread_;
+
+  // On the loop thread only.
+  Connection connection_;
+  DeviceList list_;
+  std::vector<std::shared_ptr<FilterSession>> sessions_;
+  LoopTimer retry_;
+  bool changeNoted_ = false;
+  std::function<void()> observer_;
+  std::vector<DeviceInfo> told_;  // the list when the observer was told last
+
+  std::mutex mutex_;                     // guards unanswered_
+  std::shared_ptr<Listing> unanswered_;  // the question that a hung server has not answered yet
+};
+
+}  // namespace tolvane::hal::pipewire

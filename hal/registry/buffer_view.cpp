@@ -1,0 +1,63 @@
+#include "hal/registry/buffer_view.h"
+
+#include <algorithm>
+#include <new>
+#include <utility>
+
+namespace tolvane::hal {
+
+namespace {
+
+/// The frames of a cycle, by the first buffer that tells.
+UInt32 framesOf(const AudioBufferList& list) noexcept {
+  for (UInt32 b = 0; b < list.mNumberBuffers; ++b) {
+    const AudioBuffer& buffer = list.mBuffers[b];
+    if (buffer.mNumberChannels == 0 || buffer.mDataByteSize == 0) continue;
+    return static_cast<UInt32>(buffer.mDataByteSize / (buffer.mNumberChannels * sizeof(Float32)));
+  }
+  return 0;
+}
+
+}  // namespace
+
+BufferList::BufferList(std::size_t buffers)
+    : bytes_(std::make_unique<std::byte[]>(std::max(
+          sizeof(AudioBufferList), offsetof(AudioBufferList, mBuffers) + buffers * sizeof(AudioBuffer)))) {
+  list().mNumberBuffers = static_cast<UInt32>(buffers);
+}
+
+AudioBufferList& BufferList::list() noexcept {
+  return *reinterpret_cast<AudioBufferList*>(bytes_.get());
+}
+
+BufferView::Direction::Direction(StreamLayout streams)
+    : promised(std::move(streams)), buffers(promised.size()) {}
+
+void BufferView::Direction::show(const AudioBufferList& from, UInt32 frames) noexcept {
+  AudioBufferList& to = buffers.list();
+  for (UInt32 b = 0; b < to.mNumberBuffers; ++b) {
+    const UInt32 channels = promised[b];
+    const bool there = b < from.mNumberBuffers && from.mBuffers[b].mNumberChannels == channels;
+    to.mBuffers[b] = there ? from.mBuffers[b]
+                           : AudioBuffer{channels, frames * channels * UInt32{sizeof(Float32)}, nullptr};
+  }
+}
+
+BufferView::BufferView(const DeviceInfo& promised, const DeviceInfo& actual)
+    : same_(promised.inputStreams == actual.inputStreams && promised.outputStreams == actual.outputStreams),
+      input_(promised.inputStreams),
+      output_(promised.outputStreams) {}
+
+const IoCycle& BufferView::show(const IoCycle& cycle) noexcept {
+  if (same_) return cycle;
+  const UInt32 outputFrames = framesOf(*cycle.output);
+  const UInt32 frames = outputFrames != 0 ? outputFrames : framesOf(*cycle.input);
+  input_.show(*cycle.input, frames);
+  output_.show(*cycle.output, frames);
+  shown_ = cycle;
+  shown_.input = &input_.buffers.list();
+  shown_.output = &output_.buffers.list();
+  return shown_;
+}
+
+}  // namespace tolvane::hal

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "hal/registry/device.h"
+
+namespace tolvane::hal {
+
+/// The drivers, and every device that one of them has ever listed. An identifier is a device's by its uid,
+/// from 2 on, and never another's. It lives as long as the process.
+class Catalog {
+ public:
+  /// `onNews` as the desks call it.
+  explicit Catalog(std::function<void()> onNews) : onNews_(std::move(onNews)) {}
+
+  /// Lists the devices of these drivers, in this order, from now on; drivers it had before are kept, unasked.
+  /// [not-io]
+  void useDrivers(std::vector<std::unique_ptr<Driver>> drivers);
+
+  /// Asks every driver, all at a time, and gives the whole list. [not-io]
+  std::vector<AudioObjectID> askAll();
+  /// Asks one driver. [not-io]
+  void ask(const std::shared_ptr<DriverDesk>& desk);
+  /// Asks the drivers that have news. [not-io]
+  void askThoseWithNews();
+
+  /// The device of this identifier, up to date with what its driver told of; null when there is none.
+  /// [not-io]
+  std::shared_ptr<Device> device(AudioObjectID id);
+  [[nodiscard]] std::vector<std::shared_ptr<Device>> devices() const;
+
+  /// True once after each change of the list; the first list is none. [not-io]
+  bool takeListChange();
+
+ private:
+  using DeskRef = std::shared_ptr<DriverDesk>;
+  struct Source {
+    DeskRef desk;
+    std::uint64_t answered = 0;  // the number of the answer that `devices` is, and the news it knew of
+    std::uint64_t news = 0;
+    std::vector<std::shared_ptr<Device>> devices;
+  };
+
+  [[nodiscard]] std::vector<DeskRef> desks() const;
+  [[nodiscard]] std::vector<DeskRef> desksWithNews() const;
+  std::vector<AudioObjectID> askThese(const std::vector<DeskRef>& desks);
+  void take(const DeskRef& desk, const DriverAnswer* answer);
+  void listDevices(Source& source, const DriverAnswer& answer);
+  void listDevice(Source& source, DeviceInfo info, Clock::time_point askedAt);
+  [[nodiscard]] bool listedElsewhere(const Source& source, const std::string& uid) const;
+  std::vector<AudioObjectID> publishList();
+
+  const std::function<void()> onNews_;
+  mutable std::mutex mutex_;  // never held while a driver is waited for
+  std::vector<Source> sources_;
+  std::map<std::string, std::shared_ptr<Device>> byUid_;
+  std::map<AudioObjectID, std::shared_ptr<Device>> byId_;
+  std::vector<AudioObjectID> list_;
+  bool listed_ = false;
+  bool listChanged_ = false;
+  AudioObjectID nextId_ = kAudioObjectSystemObject + 1;
+};
+
+}  // namespace tolvane::hal

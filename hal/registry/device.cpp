@@ -1,0 +1,101 @@
+#include "hal/registry/device.h"
+
+#include <utility>
+
+namespace tolvane::hal {
+
+Device::Device(AudioObjectID id, std::shared_ptr<DriverDesk> desk, DeviceInfo info,
+               Clock::time_point listedAt)
+    : id_(id), desk_(std::move(desk)), info_(std::move(info)), listedAt_(listedAt), published_{info_} {}
+
+void Device::list(std::shared_ptr<DriverDesk> desk, DeviceInfo info, Clock::time_point listedAt) {
+  const std::lock_guard lock(mutex_);
+  desk_ = std::move(desk);
+  relisted_ = relisted_ || info != info_;
+  info_ = std::move(info);
+  listedAt_ = listedAt;
+}
+
+void Device::unlist() {
+  const std::lock_guard lock(mutex_);
+  listedAt_.reset();
+}
+
+DeviceInfo Device::info() const {
+  const std::lock_guard lock(mutex_);
+  return info_;
+}
+
+std::shared_ptr<DriverDesk> Device::desk() const {
+  const std::lock_guard lock(mutex_);
+  return desk_;
+}
+
+std::optional<Clock::time_point> Device::listedAt() const {
+  const std::lock_guard lock(mutex_);
+  return listedAt_;
+}
+
+void Device::sessionFormat(double sampleRateHz, std::uint32_t bufferFrames) noexcept {
+  sessionSampleRateHz_.store(sampleRateHz, std::memory_order_relaxed);
+  sessionBufferFrames_.store(bufferFrames, std::memory_order_relaxed);
+}
+
+double Device::sampleRateHz() const {
+  const std::lock_guard lock(mutex_);
+  return sampleRateLocked();
+}
+
+std::uint32_t Device::bufferFrames() const {
+  const std::lock_guard lock(mutex_);
+  return bufferFramesLocked();
+}
+
+double Device::sampleRateLocked() const {
+  const double session = sessionSampleRateHz_.load(std::memory_order_relaxed);
+  return session > 0.0 ? session : info_.sampleRateHz;
+}
+
+std::uint32_t Device::bufferFramesLocked() const {
+  const std::uint32_t session = sessionBufferFrames_.load(std::memory_order_relaxed);
+  return session > 0 ? session : info_.bufferFrames;
+}
+
+std::uint32_t Device::overloads() const noexcept {
+  return overloads_.load(std::memory_order_relaxed);
+}
+
+std::vector<AudioObjectPropertySelector> Device::takeChanges(bool alive) {
+  std::vector<AudioObjectPropertySelector> changes;
+  const std::lock_guard lock(mutex_);
+  if (std::exchange(relisted_, false)) takeListChanges(changes);
+  const auto take = [&](AudioObjectPropertySelector selector, auto& published, auto now) {
+    if (std::exchange(published, now) != now) changes.push_back(selector);
+  };
+  take(kAudioDevicePropertyNominalSampleRate, published_.info.sampleRateHz, sampleRateLocked());
+  take(kAudioDevicePropertyBufferFrameSize, published_.info.bufferFrames, bufferFramesLocked());
+  take(kAudioDevicePropertyDeviceIsAlive, published_.alive, alive);
+  const std::uint32_t count = overloads();
+  changes.insert(changes.end(), count - std::exchange(published_.overloads, count),
+                 kAudioDeviceProcessorOverload);
+  return changes;
+}
+
+void Device::takeListChanges(std::vector<AudioObjectPropertySelector>& changes) {
+  DeviceInfo& published = published_.info;
+  if (info_.name != published.name) changes.push_back(kAudioObjectPropertyName);
+  if (info_.inputStreams != published.inputStreams || info_.outputStreams != published.outputStreams) {
+    changes.push_back(kAudioDevicePropertyStreamConfiguration);
+  }
+  if (info_.minBufferFrames != published.minBufferFrames ||
+      info_.maxBufferFrames != published.maxBufferFrames) {
+    changes.push_back(kAudioDevicePropertyBufferFrameSizeRange);
+  }
+  const double sampleRateHz = published.sampleRateHz;
+  const std::uint32_t bufferFrames = published.bufferFrames;
+  published = info_;
+  published.sampleRateHz = sampleRateHz;
+  published.bufferFrames = bufferFrames;
+}
+
+}  // namespace tolvane::hal

@@ -1,0 +1,117 @@
+#include "hal/registry/properties.h"
+#include "hal/registry/value_room.h"
+
+namespace tolvane::hal {
+
+namespace {
+
+constexpr AudioObjectPropertyScope kGlobal = kAudioObjectPropertyScopeGlobal;
+
+template <typename Value>
+UInt32 sizeOf(DeviceObject& /*object*/) {
+  return sizeof(Value);
+}
+
+OSStatus readName(DeviceObject& object, const ValueRoom& room) {
+  return writeString(room, object.device->info().name);
+}
+
+OSStatus readUid(DeviceObject& object, const ValueRoom& room) {
+  return writeString(room, object.device->info().uid);
+}
+
+OSStatus readSampleRate(DeviceObject& object, const ValueRoom& room) {
+  return writeValue<Float64>(room, object.device->sampleRateHz());
+}
+
+OSStatus readBufferFrames(DeviceObject& object, const ValueRoom& room) {
+  return writeValue<UInt32>(room, object.device->bufferFrames());
+}
+
+AudioValueRange bufferFramesRange(const Device& device) {
+  const DeviceInfo info = device.info();
+  if (info.maxBufferFrames == 0) {
+    const auto only = static_cast<Float64>(device.bufferFrames());
+    return {only, only};
+  }
+  return {static_cast<Float64>(info.minBufferFrames), static_cast<Float64>(info.maxBufferFrames)};
+}
+
+OSStatus readBufferFramesRange(DeviceObject& object, const ValueRoom& room) {
+  return writeValue(room, bufferFramesRange(*object.device));
+}
+
+OSStatus writeBufferFrames(DeviceObject& object, UInt32 dataSize, const void* data) {
+  UInt32 frames = 0;
+  if (dataSize != sizeof frames) return kAudioHardwareBadPropertySizeError;
+  std::memcpy(&frames, data, sizeof frames);
+  if (!object.registry.alive(*object.device)) return kAudioHardwareBadDeviceError;
+  if (frames == object.device->bufferFrames()) return noErr;
+  if (object.device->info().maxBufferFrames == 0) return kAudioHardwareUnsupportedOperationError;
+  const AudioValueRange range = bufferFramesRange(*object.device);
+  if (frames < range.mMinimum || frames > range.mMaximum) return kAudioHardwareIllegalOperationError;
+  return object.registry.setBufferFrames(object.device, frames);
+}
+
+OSStatus readAlive(DeviceObject& object, const ValueRoom& room) {
+  return writeValue<UInt32>(room, object.registry.alive(*object.device) ? 1 : 0);
+}
+
+OSStatus readTransport(DeviceObject& object, const ValueRoom& room) {
+  return writeValue<UInt32>(room, object.device->info().transportType);
+}
+
+OSStatus readOverloads(DeviceObject& object, const ValueRoom& room) {
+  return writeValue<UInt32>(room, object.device->overloads());
+}
+
+template <StreamLayout DeviceInfo::*kStreams>
+UInt32 streamsSize(DeviceObject& object) {
+  const std::size_t streams = (object.device->info().*kStreams).size();
+  return static_cast<UInt32>(offsetof(AudioBufferList, mBuffers) + streams * sizeof(AudioBuffer));
+}
+
+template <StreamLayout DeviceInfo::*kStreams>
+OSStatus readStreams(DeviceObject& object, const ValueRoom& room) {
+  const DeviceInfo info = object.device->info();
+  const StreamLayout& streams = info.*kStreams;
+  const std::size_t size = offsetof(AudioBufferList, mBuffers) + streams.size() * sizeof(AudioBuffer);
+  if (*room.dataSize < size) return kAudioHardwareBadPropertySizeError;
+  // Copied in bytes: the client's room may lie at any address.
+  std::vector<std::byte> list(size);
+  const auto count = static_cast<UInt32>(streams.size());
+  std::memcpy(list.data(), &count, sizeof count);
+  for (std::size_t s = 0; s < streams.size(); ++s) {
+    const AudioBuffer buffer{streams[s], 0, nullptr};
+    std::memcpy(&list[offsetof(AudioBufferList, mBuffers) + s * sizeof buffer], &buffer, sizeof buffer);
+  }
+  std::memcpy(room.data, list.data(), size);
+  *room.dataSize = static_cast<UInt32>(size);
+  return noErr;
+}
+
+constexpr auto kInputs = &DeviceInfo::inputStreams;
+constexpr auto kOutputs = &DeviceInfo::outputStreams;
+
+}  // namespace
+
+const std::vector<Property<DeviceObject>>& deviceProperties() {
+  static const auto* const table = new std::vector<Property<DeviceObject>>{
+      {kAudioObjectPropertyName, kGlobal, sizeOf<CFTypeRef>, readName, nullptr},
+      {kAudioDevicePropertyDeviceUID, kGlobal, sizeOf<CFTypeRef>, readUid, nullptr},
+      {kAudioDevicePropertyStreamConfiguration, kAudioObjectPropertyScopeInput, streamsSize<kInputs>,
+       readStreams<kInputs>, nullptr},
+      {kAudioDevicePropertyStreamConfiguration, kAudioObjectPropertyScopeOutput, streamsSize<kOutputs>,
+       readStreams<kOutputs>, nullptr},
+      {kAudioDevicePropertyNominalSampleRate, kGlobal, sizeOf<Float64>, readSampleRate, nullptr},
+      {kAudioDevicePropertyBufferFrameSize, kGlobal, sizeOf<UInt32>, readBufferFrames, writeBufferFrames},
+      {kAudioDevicePropertyBufferFrameSizeRange, kGlobal, sizeOf<AudioValueRange>, readBufferFramesRange,
+       nullptr},
+      {kAudioDevicePropertyDeviceIsAlive, kGlobal, sizeOf<UInt32>, readAlive, nullptr},
+      {kAudioDevicePropertyTransportType, kGlobal, sizeOf<UInt32>, readTransport, nullptr},
+      {kAudioDeviceProcessorOverload, kGlobal, sizeOf<UInt32>, readOverloads, nullptr},
+  };
+  return *table;
+}
+
+}  // namespace tolvane::hal

@@ -1,0 +1,50 @@
+// The properties of every kind of object: one table for each.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "hal/registry/registry.h"
+
+namespace tolvane::hal {
+
+/// What a client gives and gets back with a value.
+struct ValueRoom {
+  UInt32* dataSize;  // in: the room; out: the bytes written
+  void* data;
+};
+
+/// One property of a kind of object.
+template <typename Object>
+struct Property {
+  AudioObjectPropertySelector selector;
+  AudioObjectPropertyScope scope;
+  /// The bytes of the value. [not-io]
+  UInt32 (*size)(Object& object);
+  /// Writes the value, or returns kAudioHardwareBadPropertySizeError. [not-io]
+  OSStatus (*read)(Object& object, const ValueRoom& room);
+  /// Null of a property that cannot be set. [not-io]
+  OSStatus (*write)(Object& object, UInt32 dataSize, const void* data);
+};
+
+/// A device with the registry that it is of.
+struct DeviceObject {
+  Registry& registry;
+  std::shared_ptr<Device> device;
+};
+
+const std::vector<Property<Registry>>& systemProperties();
+const std::vector<Property<DeviceObject>>& deviceProperties();
+
+/// The table's entry for the address; null when the object has no such property.
+template <typename Object>
+const Property<Object>* find(const std::vector<Property<Object>>& table,
+                             const AudioObjectPropertyAddress& address) noexcept {
+  if (address.mElement != kAudioObjectPropertyElementMain) return nullptr;
+  for (const Property<Object>& property : table) {
+    if (property.selector == address.mSelector && property.scope == address.mScope) return &property;
+  }
+  return nullptr;
+}
+
+}  // namespace tolvane::hal

@@ -1,0 +1,160 @@
+#include "hal/registry/registration.h"
+
+#include <utility>
+
+namespace tolvane::hal {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kStartLimit = 5s;        // a driver's start that takes longer has failed
+constexpr auto kTeardownLimit = 800ms;  // what a stop waits for a session to end
+constexpr auto kRetryInterval = 500ms;
+constexpr auto kResumeLimit =
+    200ms;  // what a session has to resume by itself once its device is listed again
+constexpr auto kOutgoingLimit = 500ms;  // what the next session waits for the one before to end
+
+}  // namespace
+
+Registration::Registration(std::shared_ptr<Device> device, AudioDeviceIOProc proc, void* clientData)
+    : device_(std::move(device)), proc_(proc), clientData_(clientData) {}
+
+Registration::RunRef Registration::newRun() {
+  const DeviceInfo actual = device_->info();
+  if (starting_) promised_ = actual;
+  return std::make_shared<Run>(device_, Callback{device_->id(), proc_, clientData_}, promised_, actual);
+}
+
+OSStatus Registration::start() {
+  RunRef run;
+  {
+    const std::lock_guard lock(mutex_);
+    if (wanted_) return noErr;
+    if (!device_->listedAt()) {
+      return device_->desk()->overdue() ? kAudioHardwareNotReadyError : kAudioHardwareBadDeviceError;
+    }
+    wanted_ = starting_ = true;
+    lostAt_.reset();
+    run = run_ = newRun();
+  }
+  run->begin();
+  run->waitBegun(Clock::now() + kStartLimit);
+  const OSStatus status = startedStatus(run);
+  if (status != noErr) run->waitSilent();
+  return status;
+}
+
+OSStatus Registration::startedStatus(const RunRef& run) {
+  const std::lock_guard lock(mutex_);
+  if (run_ != run) return kAudioHardwareNotRunningError;
+  starting_ = false;
+  const Run::State state = run->state();
+  if (state == Run::State::running) return noErr;
+  wanted_ = false;
+  replaceRun(Clock::now());
+  return state == Run::State::failed ? run->status() : kAudioHardwareNotReadyError;
+}
+
+void Registration::stop() {
+  const std::lock_guard oneStop(stopping_);
+  const auto deadline = Clock::now() + kTeardownLimit;
+  RunRef run;
+  RunRef outgoing;
+  {
+    const std::lock_guard lock(mutex_);
+    wanted_ = starting_ = false;
+    run = std::move(run_);
+    outgoing = std::move(outgoing_);
+  }
+  if (run) run->end();
+  for (const RunRef& ending : {outgoing, run}) {
+    if (!ending) continue;
+    ending->waitSilent();
+    ending->waitOver(deadline);
+  }
+}
+
+void Registration::abandon() {
+  const std::lock_guard lock(mutex_);
+  wanted_ = starting_ = false;
+  if (run_) run_->end();
+}
+
+void Registration::waitAbandoned(Clock::time_point deadline) {
+  RunRef run;
+  {
+    const std::lock_guard lock(mutex_);
+    run = run_;
+  }
+  if (!run) return;
+  run->waitSilent(deadline);
+  run->waitOver(deadline);
+}
+
+Registration::Presence Registration::presence() const {
+  const std::lock_guard lock(mutex_);
+  if (!wanted_ || starting_) return Presence::idle;
+  const bool there = run_ && run_->state() == Run::State::running && run_->alive();
+  return there ? Presence::there : Presence::lost;
+}
+
+void Registration::supervise(Clock::time_point now) {
+  const std::lock_guard lock(mutex_);
+  if (!wanted_ || starting_) return;
+  if (run_) superviseRun(now);
+  if (run_ || now < retryAt_ || !device_->listedAt() || outgoingBlocks(now)) return;
+  run_ = newRun();
+  begunAt_ = now;
+  run_->begin();
+}
+
+void Registration::superviseRun(Clock::time_point now) {
+  switch (run_->state()) {
+    case Run::State::running:
+      superviseSession(now);
+      break;
+    case Run::State::starting:
+      if (now - begunAt_ < kStartLimit) break;
+      [[fallthrough]];
+    default:
+      replaceRun(now);
+      retryAt_ = now + kRetryInterval;
+  }
+}
+
+/// A session may resume by itself when its device is back, and is replaced when it does not.
+void Registration::superviseSession(Clock::time_point now) {
+  if (run_->alive()) {
+    lostAt_.reset();
+  } else if (!lostAt_) {
+    lostAt_ = now;
+    backAt_.reset();
+  } else if (!listedAgain()) {
+    backAt_.reset();
+  } else if (!backAt_) {
+    backAt_ = now;
+  } else if (now - *backAt_ >= kResumeLimit) {
+    replaceRun(now);
+  }
+}
+
+/// The driver has named the device in an answer that it began after the loss.
+bool Registration::listedAgain() const {
+  const auto listedAt = device_->listedAt();
+  return listedAt && *listedAt > *lostAt_;
+}
+
+bool Registration::outgoingBlocks(Clock::time_point now) const {
+  if (!outgoing_ || outgoing_->state() == Run::State::over) return false;
+  return outgoing_->inCallback() || now - outgoingSince_ < kOutgoingLimit;
+}
+
+void Registration::replaceRun(Clock::time_point now) {
+  run_->end();
+  outgoing_ = std::move(run_);
+  run_ = nullptr;
+  outgoingSince_ = now;
+}
+
+}  // namespace tolvane::hal

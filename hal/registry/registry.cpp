@@ -1,0 +1,144 @@
+#include "hal/registry/registry.h"
+
+#include <bit>
+#include <cstdlib>
+#include <utility>
+
+#include "hal/driver_table.h"
+#include "hal/support/thread.h"
+
+namespace tolvane::hal {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+// What the process's end waits for sessions to end.
+constexpr auto kExitLimit = 600ms;
+// What a driver has for changing a device's frames a cycle.
+constexpr auto kSetLimit = 500ms;
+
+}  // namespace
+
+Registry& Registry::shared() {
+  // Never destroyed: devices' and listeners' threads may run until the very end of the process.
+  static auto* const registry = [] {
+    auto* const made = new Registry;
+    made->useDrivers(makeDrivers());
+    return made;
+  }();
+  return *registry;
+}
+
+Registry::Registry() : catalog_([this] { wake(); }) {}
+
+void Registry::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
+  catalog_.useDrivers(std::move(drivers));
+}
+
+std::vector<AudioObjectID> Registry::listDevices() {
+  std::vector<AudioObjectID> list = catalog_.askAll();
+  publishChanges();
+  return list;
+}
+
+bool Registry::alive(const Device& device) const {
+  bool running = false;
+  for (const RegistrationRef& registration : registrations()) {
+    if (registration->device().get() != &device) continue;
+    const Registration::Presence presence = registration->presence();
+    if (presence == Registration::Presence::lost) return false;
+    if (presence == Registration::Presence::there) running = true;
+  }
+  return running || device.listedAt().has_value();
+}
+
+OSStatus Registry::setBufferFrames(const std::shared_ptr<Device>& device, std::uint32_t frames) {
+  struct Outcome {
+    std::mutex mutex;
+    std::condition_variable done;
+    std::optional<OSStatus> status;
+  };
+  const auto outcome = std::make_shared<Outcome>();
+  const auto desk = device->desk();
+  runDetached("tolvane-set", [outcome, desk, info = device->info(), frames] {
+    const OSStatus status = desk->driver().setBufferFrames(info, frames);
+    const std::lock_guard lock(outcome->mutex);
+    outcome->status = status;
+    outcome->done.notify_all();
+  });
+  std::unique_lock lock(outcome->mutex);
+  if (!outcome->done.wait_for(lock, kSetLimit, [&] { return outcome->status.has_value(); })) {
+    return kAudioHardwareNotReadyError;
+  }
+  if (*outcome->status == noErr) catalog_.ask(desk);
+  publishChanges();
+  return *outcome->status;
+}
+
+AudioDeviceIOProcID Registry::createProc(std::shared_ptr<Device> device, AudioDeviceIOProc proc,
+                                         void* clientData) {
+  auto registration = std::make_shared<Registration>(std::move(device), proc, clientData);
+  const std::lock_guard lock(mutex_);
+  // No address of any function: an identifier says nothing but which registration it is.
+  const auto id = std::bit_cast<AudioDeviceIOProcID>(++lastProcId_);
+  registrations_[id] = std::move(registration);
+  return id;
+}
+
+OSStatus Registry::start(AudioObjectID device, AudioDeviceIOProcID procId) {
+  const RegistrationRef found = registration(device, procId);
+  if (!found) return kAudioHardwareBadDeviceError;
+  std::call_once(exitHandled_, [] { std::atexit([] { shared().endAtExit(); }); });
+  {
+    const std::lock_guard lock(mutex_);
+    if (ending_) return kAudioHardwareNotReadyError;
+  }
+  const OSStatus status = found->start();
+  wake();
+  return status;
+}
+
+OSStatus Registry::stop(AudioObjectID device, AudioDeviceIOProcID procId) {
+  const RegistrationRef found = registration(device, procId);
+  if (!found) return kAudioHardwareBadDeviceError;
+  found->stop();
+  publishChanges();
+  return noErr;
+}
+
+OSStatus Registry::destroyProc(AudioObjectID device, AudioDeviceIOProcID procId) {
+  const OSStatus status = stop(device, procId);
+  if (status != noErr) return status;
+  const std::lock_guard lock(mutex_);
+  registrations_.erase(procId);
+  return noErr;
+}
+
+Registry::RegistrationRef Registry::registration(AudioObjectID device, AudioDeviceIOProcID procId) const {
+  const std::lock_guard lock(mutex_);
+  const auto found = registrations_.find(procId);
+  const bool own = found != registrations_.end() && found->second->device()->id() == device;
+  return own ? found->second : nullptr;
+}
+
+std::vector<Registry::RegistrationRef> Registry::registrations() const {
+  const std::lock_guard lock(mutex_);
+  std::vector<RegistrationRef> all;
+  all.reserve(registrations_.size());
+  for (const auto& [id, registration] : registrations_) all.push_back(registration);
+  return all;
+}
+
+void Registry::endAtExit() {
+  {
+    const std::lock_guard lock(mutex_);
+    ending_ = true;
+  }
+  const auto deadline = Clock::now() + kExitLimit;
+  const auto all = registrations();
+  for (const RegistrationRef& registration : all) registration->abandon();
+  for (const RegistrationRef& registration : all) registration->waitAbandoned(deadline);
+}
+
+}  // namespace tolvane::hal

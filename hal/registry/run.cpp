@@ -1,0 +1,151 @@
+#include "hal/registry/run.h"
+
+#include <cstring>
+#include <thread>
+#include <utility>
+
+#include "hal/support/thread.h"
+
+namespace tolvane::hal {
+
+namespace {
+
+thread_local bool inCallbackHere = false;
+
+// The thread that stops polls: waking it would cost the IO thread a system call in every cycle.
+constexpr std::chrono::microseconds kPollInterval{100};
+
+void clear(AudioBufferList& output) noexcept {
+  for (UInt32 b = 0; b < output.mNumberBuffers; ++b) {
+    const AudioBuffer& buffer = output.mBuffers[b];
+    if (buffer.mData != nullptr) std::memset(buffer.mData, 0, buffer.mDataByteSize);
+  }
+}
+
+}  // namespace
+
+bool onIoThread() noexcept {
+  return inCallbackHere;
+}
+
+Run::Run(std::shared_ptr<Device> device, const Callback& callback, const DeviceInfo& promised,
+         const DeviceInfo& actual)
+    : device_(std::move(device)), callback_(callback), actual_(actual), view_(promised, actual) {}
+
+void Run::begin() {
+  setState(State::starting);
+  runDetached("tolvane-start", [self = shared_from_this()] { self->startSession(); });
+}
+
+void Run::startSession() {
+  StartResult result = device_->desk()->driver().start(actual_, *this);
+  if (result.status == noErr && !result.session) result.status = kAudioHardwareUnspecifiedError;
+  std::unique_lock lock(mutex_);
+  status_ = result.status;
+  if (state_ != State::starting) {  // ended meanwhile
+    lock.unlock();
+    endSession(std::move(result.session));
+    return;
+  }
+  session_ = std::move(result.session);
+  state_ = result.status == noErr ? State::running : State::failed;
+  lock.unlock();
+  changed_.notify_all();
+}
+
+bool Run::waitBegun(Clock::time_point deadline) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_until(lock, deadline, [this] { return state_ != State::starting; });
+}
+
+void Run::end() {
+  shut_.store(true);
+  std::unique_lock lock(mutex_);
+  const State before = std::exchange(state_, State::ending);
+  if (before == State::ending || before == State::over) {
+    state_ = before;
+    return;
+  }
+  lock.unlock();
+  changed_.notify_all();
+  device_->forgetSessionFormat();
+  if (before == State::starting) return;  // the thread that starts it sees to its end
+  // The session is taken by that thread alone: whoever destroys it may be kept by the driver.
+  runDetached("tolvane-stop", [self = shared_from_this()] { self->endSession(self->takeSession()); });
+}
+
+std::unique_ptr<Session> Run::takeSession() {
+  const std::lock_guard lock(mutex_);
+  return std::move(session_);
+}
+
+void Run::endSession(std::unique_ptr<Session> session) {
+  session.reset();
+  setState(State::over);
+}
+
+void Run::waitSilent() const {
+  waitSilent(Clock::time_point::max());
+}
+
+bool Run::waitSilent(Clock::time_point deadline) const {
+  while (inCallback_.load()) {
+    if (Clock::now() >= deadline) return false;
+    std::this_thread::sleep_for(kPollInterval);
+  }
+  return true;
+}
+
+bool Run::waitOver(Clock::time_point deadline) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_until(lock, deadline, [this] { return state_ == State::over; });
+}
+
+Run::State Run::state() const {
+  const std::lock_guard lock(mutex_);
+  return state_;
+}
+
+OSStatus Run::status() const {
+  const std::lock_guard lock(mutex_);
+  return status_;
+}
+
+void Run::setState(State state) {
+  {
+    const std::lock_guard lock(mutex_);
+    state_ = state;
+  }
+  changed_.notify_all();
+}
+
+void Run::cycle(const IoCycle& cycle) noexcept {
+  // Entering is announced before the gate is looked at, and the gate is shut before the announcement is
+  // looked at: in the one order of all of these, either this cycle sees the gate shut or whoever stops sees
+  // it running.
+  inCallback_.store(true);
+  if (shut_.load()) {
+    clear(*cycle.output);
+  } else {
+    const IoCycle& seen = view_.show(cycle);
+    inCallbackHere = true;
+    callback_.proc(callback_.device, seen.now, seen.input, seen.inputTime, seen.output, seen.outputTime,
+                   callback_.clientData);
+    inCallbackHere = false;
+  }
+  inCallback_.store(false);
+}
+
+void Run::overload() noexcept {
+  if (!shut_.load()) device_->countOverload();
+}
+
+void Run::aliveChanged(bool alive) noexcept {
+  alive_.store(alive);
+}
+
+void Run::formatChanged(double sampleRateHz, std::uint32_t bufferFrames) noexcept {
+  if (!shut_.load()) device_->sessionFormat(sampleRateHz, bufferFrames);
+}
+
+}  // namespace tolvane::hal

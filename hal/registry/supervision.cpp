@@ -1,0 +1,86 @@
+// The registry's own thread. Sessions leave what happens to them in atomic fields, without waking anybody,
+// since it may be an IO thread that does; this thread looks at them while anything is started.
+#include "hal/registry/registry.h"
+#include "hal/support/thread.h"
+
+namespace tolvane::hal {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kLookInterval = 10ms;
+// How often a driver that does not tell of changes is asked for a device that was lost.
+constexpr auto kAskInterval = 500ms;
+
+AudioObjectPropertyAddress addressOf(AudioObjectPropertySelector selector,
+                                     AudioObjectPropertyScope scope = kAudioObjectPropertyScopeGlobal) {
+  return {selector, scope, kAudioObjectPropertyElementMain};
+}
+
+}  // namespace
+
+void Registry::wake() {
+  std::call_once(supervised_, [this] { runDetached("tolvane-hal", [this] { supervise(); }); });
+  {
+    const std::lock_guard lock(wakeMutex_);
+    wake_ = true;
+  }
+  woken_.notify_one();
+}
+
+void Registry::supervise() {
+  for (;;) {
+    const bool started = superviseOnce(Clock::now());
+    std::unique_lock lock(wakeMutex_);
+    if (started) {
+      woken_.wait_for(lock, kLookInterval, [this] { return wake_; });
+    } else {
+      woken_.wait(lock, [this] { return wake_; });
+    }
+    wake_ = false;
+  }
+}
+
+/// True when anything is started, and this is to be done again soon.
+bool Registry::superviseOnce(Clock::time_point now) {
+  catalog_.askThoseWithNews();
+  std::vector<RegistrationRef> started;
+  for (const RegistrationRef& registration : registrations()) {
+    if (registration->presence() != Registration::Presence::idle) started.push_back(registration);
+  }
+  askAfterLost(started, now);
+  for (const RegistrationRef& registration : started) registration->supervise(now);
+  publishChanges();
+  return !started.empty();
+}
+
+void Registry::askAfterLost(const std::vector<RegistrationRef>& registrations, Clock::time_point now) {
+  if (now - lastAskedAfterLost_ < kAskInterval) return;
+  for (const RegistrationRef& registration : registrations) {
+    if (registration->presence() != Registration::Presence::lost) continue;
+    lastAskedAfterLost_ = now;
+    catalog_.ask(registration->device()->desk());
+  }
+}
+
+/// Posts what is new. What a caller's own call has changed is posted before the call returns, so that a
+/// listener which is added next does not hear of it.
+void Registry::publishChanges() {
+  const std::lock_guard lock(publishing_);
+  if (catalog_.takeListChange()) {
+    notifier_.post(kAudioObjectSystemObject, addressOf(kAudioHardwarePropertyDevices));
+  }
+  for (const auto& device : catalog_.devices()) {
+    for (const AudioObjectPropertySelector selector : device->takeChanges(alive(*device))) {
+      if (selector != kAudioDevicePropertyStreamConfiguration) {
+        notifier_.post(device->id(), addressOf(selector));
+        continue;
+      }
+      notifier_.post(device->id(), addressOf(selector, kAudioObjectPropertyScopeInput));
+      notifier_.post(device->id(), addressOf(selector, kAudioObjectPropertyScopeOutput));
+    }
+  }
+}
+
+}  // namespace tolvane::hal

@@ -1,0 +1,17 @@
+// UTF-8, as far as the names of devices need it.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tolvane::hal {
+
+/// The UTF-16 code units that the text takes; none when it is not valid UTF-8. [any-thread]
+std::optional<std::size_t> utf16Length(std::string_view text) noexcept;
+
+/// The text with every byte that is not part of valid UTF-8 replaced by U+FFFD. [not-io]
+std::string validUtf8(std::string_view text);
+
+}  // namespace tolvane::hal

@@ -1,0 +1,81 @@
+// The properties half of the C surface: checks, then the object's table.
+#include "hal/registry/properties.h"
+#include "hal/registry/registry.h"
+
+namespace tolvane::hal {
+
+namespace {
+
+/// Calls `use(object, property)` with what the object and the address name, or returns the status that says
+/// why there is no such thing.
+template <typename Use>
+OSStatus withProperty(AudioObjectID id, const AudioObjectPropertyAddress& address, const Use& use) {
+  Registry& registry = Registry::shared();
+  if (id == kAudioObjectSystemObject) {
+    const auto* const property = find(systemProperties(), address);
+    return property == nullptr ? kAudioHardwareUnknownPropertyError : use(registry, *property);
+  }
+  DeviceObject object{registry, registry.device(id)};
+  if (!object.device) return kAudioHardwareBadObjectError;
+  const auto* const property = find(deviceProperties(), address);
+  return property == nullptr ? kAudioHardwareUnknownPropertyError : use(object, *property);
+}
+
+}  // namespace
+
+}  // namespace tolvane::hal
+
+using tolvane::hal::Registry;
+using tolvane::hal::withProperty;
+
+extern "C" {
+
+OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object, const AudioObjectPropertyAddress* address,
+                                        UInt32 /*qualifierDataSize*/, const void* /*qualifierData*/,
+                                        UInt32* dataSize) {
+  if (address == nullptr || dataSize == nullptr) return kAudioHardwareIllegalOperationError;
+  return withProperty(object, *address, [&](auto& found, const auto& property) -> OSStatus {
+    *dataSize = property.size(found);
+    return noErr;
+  });
+}
+
+OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
+                                    UInt32 /*qualifierDataSize*/, const void* /*qualifierData*/,
+                                    UInt32* dataSize, void* data) {
+  if (address == nullptr || dataSize == nullptr || data == nullptr)
+    return kAudioHardwareIllegalOperationError;
+  return withProperty(object, *address, [&](auto& found, const auto& property) -> OSStatus {
+    return property.read(found, {dataSize, data});
+  });
+}
+
+OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
+                                    UInt32 /*qualifierDataSize*/, const void* /*qualifierData*/,
+                                    UInt32 dataSize, const void* data) {
+  if (address == nullptr || data == nullptr) return kAudioHardwareIllegalOperationError;
+  return withProperty(object, *address, [&](auto& found, const auto& property) -> OSStatus {
+    if (property.write == nullptr) return kAudioHardwareUnsupportedOperationError;
+    return property.write(found, dataSize, data);
+  });
+}
+
+OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
+                                        AudioObjectPropertyListenerProc listener, void* clientData) {
+  if (address == nullptr || listener == nullptr) return kAudioHardwareIllegalOperationError;
+  return withProperty(object, *address, [&](auto& /*found*/, const auto& /*property*/) -> OSStatus {
+    Registry::shared().notifier().add(object, *address, listener, clientData);
+    return noErr;
+  });
+}
+
+OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
+                                           AudioObjectPropertyListenerProc listener, void* clientData) {
+  if (address == nullptr || listener == nullptr) return kAudioHardwareIllegalOperationError;
+  return withProperty(object, *address, [&](auto& /*found*/, const auto& /*property*/) -> OSStatus {
+    Registry::shared().notifier().remove(object, *address, listener, clientData);
+    return noErr;
+  });
+}
+
+}  // extern "C"

@@ -1,0 +1,46 @@
+#include "hal/virtual/virtual_driver.h"
+
+#include <new>
+#include <system_error>
+
+#include "hal/virtual/virtual_model.h"
+#include "hal/virtual/virtual_session.h"
+
+namespace tolvane::hal {
+
+namespace {
+
+class VirtualDriver final : public Driver {
+ public:
+  [[nodiscard]] const char* name() const noexcept override { return "virtual"; }
+
+  std::vector<DeviceInfo> devices() override { return {VirtualModel::shared().info()}; }
+
+  StartResult start(const DeviceInfo& /*device*/, SessionClient& client) override {
+    try {
+      return {noErr, std::make_unique<VirtualSession>(VirtualModel::shared(), client)};
+    } catch (const std::bad_alloc&) {
+      return {kAudioHardwareUnspecifiedError, nullptr};
+    } catch (const std::system_error&) {  // no thread
+      return {kAudioHardwareUnspecifiedError, nullptr};
+    }
+  }
+
+  bool setObserver(DeviceObserver& observer) override {
+    VirtualModel::shared().observe(*this, observer);
+    return true;
+  }
+
+  OSStatus setBufferFrames(const DeviceInfo& /*device*/, std::uint32_t frames) override {
+    VirtualModel::shared().setBufferFrames(frames);
+    return noErr;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<Driver> makeVirtualDriver() {
+  return std::make_unique<VirtualDriver>();
+}
+
+}  // namespace tolvane::hal

@@ -1,0 +1,80 @@
+#include "hal/virtual/virtual_session.h"
+
+#include <algorithm>
+
+#include <pthread.h>
+
+#include "hal/support/realtime.h"
+#include "hal/support/thread.h"
+
+namespace tolvane::hal {
+
+namespace {
+
+AudioTimeStamp stamp(std::uint64_t frame, std::int64_t ns) noexcept {
+  AudioTimeStamp stamp{};
+  stamp.mSampleTime = static_cast<Float64>(frame);
+  stamp.mHostTime = static_cast<UInt64>(ns);
+  stamp.mRateScalar = 1.0;
+  stamp.mFlags = kAudioTimeStampSampleTimeValid | kAudioTimeStampHostTimeValid;
+  return stamp;
+}
+
+std::uint32_t maxFrames(const VirtualDeviceConfig& config) noexcept {
+  return std::max(config.bufferFrames, VirtualModel::kMaxBufferFrames);
+}
+
+}  // namespace
+
+VirtualSession::VirtualSession(VirtualModel& model, SessionClient& client)
+    : model_(model),
+      client_(client),
+      stay_(model),
+      sines_(stay_.config.sampleRateHz),
+      input_(stay_.config.inputStreams, stay_.config.inputStreamsWithoutData, maxFrames(stay_.config)),
+      output_(stay_.config.outputStreams, stay_.config.outputStreamsWithoutData, maxFrames(stay_.config)),
+      frames_(model.bufferFrames()) {
+  const SignalsBlocked blocked;
+  thread_ = std::thread([this] { run(); });
+}
+
+VirtualSession::~VirtualSession() {
+  stop_.store(true);
+  thread_.join();
+}
+
+void VirtualSession::run() noexcept {
+  pthread_setname_np(pthread_self(), "tolvane-virtual");
+  becomeRealtime();
+  DeadlineClock clock(stay_.config.sampleRateHz, frames_);
+  for (clock.sleep(stop_); !stop_.load(); clock.sleep(stop_)) {
+    if (clock.begin()) client_.overload();
+    cycle(clock.dueNs());
+    adoptBufferFrames(clock);
+  }
+}
+
+void VirtualSession::adoptBufferFrames(DeadlineClock& clock) noexcept {
+  const std::uint32_t wanted = model_.bufferFrames();
+  if (wanted == frames_) return;
+  frames_ = wanted;
+  clock.setFrames(wanted);
+  client_.formatChanged(stay_.config.sampleRateHz, wanted);
+}
+
+void VirtualSession::cycle(std::int64_t dueNs) noexcept {
+  const VirtualDeviceConfig& config = stay_.config;
+  AudioBufferList& input = input_.list(frames_);
+  AudioBufferList& output = output_.list(frames_);
+  VirtualInput& signal = config.inputSignal != nullptr ? *config.inputSignal : sines_;
+  signal.fill(firstFrame_, frames_, input);
+  // The cycle begins when its last input frame is in, and its output follows at once.
+  const auto lengthNs = static_cast<std::int64_t>(frames_ * 1e9 / config.sampleRateHz);
+  const AudioTimeStamp inputTime = stamp(firstFrame_, dueNs - lengthNs);
+  const AudioTimeStamp now = stamp(firstFrame_ + frames_, dueNs);
+  client_.cycle({&now, &input, &inputTime, &output, &now});
+  if (config.outputTap != nullptr) config.outputTap->observe(firstFrame_, frames_, output);
+  firstFrame_ += frames_;
+}
+
+}  // namespace tolvane::hal

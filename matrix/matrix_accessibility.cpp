@@ -1,0 +1,91 @@
+#include "matrix/matrix_accessibility.h"
+
+#include <QAccessible>
+
+#include "matrix/accessible_canvas.h"
+#include "matrix/accessible_strip.h"
+#include "matrix/patch_matrix_canvas.h"
+#include "matrix/patch_matrix_col_header.h"
+#include "matrix/patch_matrix_row_header.h"
+
+namespace tolvane {
+namespace {
+
+QRect stripPlace(double start, int cell, QSize across) {
+  return across.width() > 0 ? QRect(0, qRound(start), across.width(), cell)
+                            : QRect(qRound(start), 0, cell, across.height());
+}
+
+QAccessibleInterface* columnStrip(PatchMatrixColHeader* strip) {
+  StripContents contents;
+  contents.count = [strip] { return strip->outputCount; };
+  contents.name = outputName;
+  contents.place = [strip](std::int64_t column) {
+    return stripPlace(strip->cs * static_cast<double>(column) - strip->scrollOffset,
+                      static_cast<int>(strip->cs), {0, strip->height()});
+  };
+  contents.labelRole = QAccessible::ColumnHeader;
+  return new AccessibleStrip(strip, QStringLiteral("Outputs"), std::move(contents));
+}
+
+QAccessibleInterface* rowStrip(PatchMatrixRowHeader* strip) {
+  StripContents contents;
+  contents.count = [strip] { return strip->inputCount; };
+  contents.name = inputName;
+  contents.place = [strip](std::int64_t row) {
+    return stripPlace(strip->cs * static_cast<double>(row) - strip->scrollOffset, static_cast<int>(strip->cs),
+                      {strip->width(), 0});
+  };
+  contents.labelRole = QAccessible::RowHeader;
+  return new AccessibleStrip(strip, QStringLiteral("Inputs"), std::move(contents));
+}
+
+QAccessibleInterface* makeInterface(const QString& /*className*/, QObject* object) {
+  if (auto* canvas = qobject_cast<PatchMatrixCanvas*>(object)) {
+    return new AccessibleCanvas(canvas);
+  }
+  if (auto* strip = qobject_cast<PatchMatrixColHeader*>(object)) {
+    return columnStrip(strip);
+  }
+  if (auto* strip = qobject_cast<PatchMatrixRowHeader*>(object)) {
+    return rowStrip(strip);
+  }
+  return nullptr;
+}
+
+template <class Interface>
+Interface* interfaceOf(QWidget* widget) {
+  return static_cast<Interface*>(QAccessible::queryAccessibleInterface(widget));
+}
+
+}  // namespace
+
+void installMatrixAccessibility() {
+  QAccessible::installFactory(makeInterface);
+}
+
+void announceChanges(const PatchMatrixView& matrix, const MatrixContents& before) {
+  auto* table = interfaceOf<AccessibleCanvas>(matrix.canvas);
+  if (before.inputCount != matrix.inputCount || before.outputCount != matrix.outputCount) {
+    table->dropInvalid();
+    interfaceOf<AccessibleStrip>(matrix.colHeader)->dropInvalid();
+    interfaceOf<AccessibleStrip>(matrix.rowHeader)->dropInvalid();
+    QAccessibleTableModelChangeEvent event(matrix.canvas, QAccessibleTableModelChangeEvent::ModelReset);
+    QAccessible::updateAccessibility(&event);
+  }
+  QAccessible::State checked;
+  checked.checked = true;
+  for (QAccessibleInterface* cell : table->changedCells(before.connections)) {
+    QAccessibleStateChangeEvent event(cell, checked);
+    QAccessible::updateAccessibility(&event);
+  }
+}
+
+void announceFocus(const PatchMatrixView& matrix) {
+  if (QAccessibleInterface* cell = interfaceOf<AccessibleCanvas>(matrix.canvas)->focusChild()) {
+    QAccessibleEvent event(cell, QAccessible::Focus);
+    QAccessible::updateAccessibility(&event);
+  }
+}
+
+}  // namespace tolvane

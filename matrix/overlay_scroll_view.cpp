@@ -1,0 +1,129 @@
+#include "matrix/overlay_scroll_view.h"
+
+#include <QMouseEvent>
+#include <QResizeEvent>
+#include <QScrollBar>
+#include <QWheelEvent>
+#include <algorithm>
+
+#include "matrix/calibrated_color.h"
+#include "matrix/overlay_knob.h"
+#include "matrix/patch_matrix_view.h"
+
+namespace tolvane {
+namespace {
+
+constexpr double kWheelStep = 3.0 * PatchMatrixView::cellSize;  // points for one notch
+constexpr double kNotch = 120.0;                                // what the platform reports for it
+constexpr int kEdge = 14;  // this near to an edge, in points, the pointer brings out the scroll bar
+
+}  // namespace
+
+OverlayScrollView::OverlayScrollView(const QRect& frame, QWidget* parent)
+    : QAbstractScrollArea(parent),
+      across_(new OverlayKnob(*horizontalScrollBar(), *this)),
+      down_(new OverlayKnob(*verticalScrollBar(), *this)) {
+  setGeometry(frame);
+  setFrameShape(QFrame::NoFrame);
+  setFocusPolicy(Qt::NoFocus);
+  setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+  QPalette colours = viewport()->palette();
+  colours.setColor(QPalette::Window, calibratedWhite(0.15));
+  viewport()->setPalette(colours);
+  viewport()->setBackgroundRole(QPalette::Window);
+  viewport()->setAutoFillBackground(true);
+}
+
+void OverlayScrollView::setDocumentView(QWidget* document) {
+  document_ = document;
+  document_->setParent(viewport());
+  document_->move(0, 0);
+  document_->setMouseTracking(true);
+  document_->installEventFilter(this);
+  document_->show();
+  updateRanges();
+}
+
+void OverlayScrollView::setDocumentSize(const QSize& size) {
+  document_->resize(size);
+  updateRanges();
+}
+
+QPoint OverlayScrollView::contentOrigin() const {
+  return {horizontalScrollBar()->value(), verticalScrollBar()->value()};
+}
+
+void OverlayScrollView::scrollTo(const QPoint& origin) {
+  horizontalScrollBar()->setValue(origin.x());
+  verticalScrollBar()->setValue(origin.y());
+}
+
+void OverlayScrollView::reveal(const QRect& area) {
+  const auto nearest = [](int origin, int visible, int first, int end) {
+    return first < origin ? first : std::max(origin, end - visible);
+  };
+  const QPoint origin = contentOrigin();
+  scrollTo({nearest(origin.x(), width(), area.x(), area.x() + area.width()),
+            nearest(origin.y(), height(), area.y(), area.y() + area.height())});
+}
+
+void OverlayScrollView::resizeEvent(QResizeEvent* event) {
+  QAbstractScrollArea::resizeEvent(event);
+  updateRanges();
+}
+
+void OverlayScrollView::scrollContentsBy(int /*dx*/, int /*dy*/) {
+  if (document_ == nullptr) {
+    return;
+  }
+  document_->move(-contentOrigin());
+  if (onBoundsChanged) {
+    onBoundsChanged();
+  }
+}
+
+// Both axes at once and by single points, as touch pads scroll; Shift turns a plain wheel sideways.
+void OverlayScrollView::wheelEvent(QWheelEvent* event) {
+  QPoint turned = event->angleDelta();
+  if (event->modifiers().testFlag(Qt::ShiftModifier) && turned.x() == 0) {
+    turned = turned.transposed();
+  }
+  wheelRest_ += QPointF(turned) * kWheelStep / kNotch;
+  const QPoint whole(static_cast<int>(wheelRest_.x()), static_cast<int>(wheelRest_.y()));
+  wheelRest_ -= whole;
+  const QPoint before = contentOrigin();
+  scrollTo(before - whole);
+  event->setAccepted(contentOrigin() != before);
+}
+
+bool OverlayScrollView::eventFilter(QObject* watched, QEvent* event) {
+  if (watched == document_ && event->type() == QEvent::MouseMove) {
+    flashNear(document_->mapTo(this, static_cast<QMouseEvent*>(event)->position().toPoint()));
+  }
+  return QAbstractScrollArea::eventFilter(watched, event);
+}
+
+void OverlayScrollView::flashNear(const QPoint& point) {
+  if (point.x() >= width() - kEdge) {
+    down_->flash();
+  }
+  if (point.y() >= height() - kEdge) {
+    across_->flash();
+  }
+}
+
+void OverlayScrollView::updateRanges() {
+  if (document_ == nullptr) {
+    return;
+  }
+  const auto update = [](QScrollBar* bar, int document, int visible) {
+    bar->setSingleStep(static_cast<int>(PatchMatrixView::cellSize));
+    bar->setPageStep(visible);
+    bar->setRange(0, std::max(0, document - visible));
+  };
+  update(horizontalScrollBar(), document_->width(), width());
+  update(verticalScrollBar(), document_->height(), height());
+}
+
+}  // namespace tolvane

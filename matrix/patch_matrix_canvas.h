@@ -1,0 +1,89 @@
+#pragma once
+
+#include <QWidget>
+#include <cstdint>
+#include <functional>
+
+#include "matrix/cell_tiles.h"
+#include "matrix/patch_matrix_view.h"
+#include "matrix/route_key.h"
+
+class QHelpEvent;
+
+namespace tolvane {
+
+/// One cell of the grid, zero-based.
+struct MatrixCell {
+  std::int64_t row = 0;     // input
+  std::int64_t column = 0;  // output
+
+  bool operator==(const MatrixCell&) const = default;
+};
+
+/// The grid of route cells, the scrolling content of PatchMatrixView, which writes its fields and then asks
+/// for a redraw. It draws only the cells that meet the area to be painted. All of it [main-thread].
+class PatchMatrixCanvas : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit PatchMatrixCanvas(const QRect& frame, QWidget* parent = nullptr);
+  explicit PatchMatrixCanvas(QWidget* parent = nullptr);
+
+  /// Called with (row, column), zero-based, of a cell that the user toggles; may be empty.
+  std::function<void(std::int64_t, std::int64_t)> onToggled;
+  std::int64_t inputCount = 64;   // rows
+  std::int64_t outputCount = 64;  // columns
+  RouteKeys connections;          // the cells shown as active
+  const double cs = PatchMatrixView::cellSize;
+
+  /// Called when the focus cell has moved, which should then become visible; may be empty.
+  std::function<void()> onFocusMoved;
+
+  [[nodiscard]] bool contains(const MatrixCell& cell) const noexcept;
+  /// True when the cell's route is among the connections.
+  [[nodiscard]] bool isActive(const MatrixCell& cell) const;
+  /// The cell's square on the canvas.
+  [[nodiscard]] QRect cellRect(const MatrixCell& cell) const;
+  /// The cell that holds a point of the canvas, truncated toward zero; it may lie outside the grid.
+  [[nodiscard]] MatrixCell cellAt(const QPointF& point) const noexcept;
+
+  /// Calls onToggled for a cell of the grid; does nothing for any other.
+  void toggle(const MatrixCell& cell);
+
+  /// The cell that keys act on, always within the grid.
+  [[nodiscard]] MatrixCell focusCell() const noexcept;
+  /// Moves it, kept within the grid, and calls onFocusMoved.
+  void moveFocusTo(const MatrixCell& cell);
+
+ protected:
+  bool event(QEvent* event) override;
+  void paintEvent(QPaintEvent* event) override;
+  void mousePressEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void focusInEvent(QFocusEvent* event) override;
+  void focusOutEvent(QFocusEvent* event) override;
+
+ private:
+  void draw(QPainter& painter, const QRectF& area);
+  void drawCells(QPainter& painter, const QRectF& area, const VisibleRange& columns,
+                 const VisibleRange& rows);
+  void drawTiles(QPainter& painter, const QRectF& area, const VisibleRange& columns,
+                 const VisibleRange& rows);
+  [[nodiscard]] CellLook look(std::int64_t row, std::int64_t column) const;
+  void drawFocusRing(QPainter& painter) const;
+  void updateFocusRing();
+  void showToolTip(const QHelpEvent& event);
+
+  CellTiles tiles_;
+  MatrixCell focus_;
+  bool focusVisible_ = false;  // the ring shows only once keys have been used
+};
+
+/// What the user reads or hears for a channel, counted from one: "In 3" and "Out 7".
+[[nodiscard]] QString inputName(std::int64_t row);
+[[nodiscard]] QString outputName(std::int64_t column);
+
+/// What the user reads or hears for a cell, channels counted from one: "In 3 → Out 7".
+[[nodiscard]] QString cellName(const MatrixCell& cell);
+
+}  // namespace tolvane

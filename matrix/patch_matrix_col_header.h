@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QWidget>
+#include <cstdint>
+
+#include "matrix/patch_matrix_view.h"
+
+namespace tolvane {
+
+class HeaderStyle;
+
+/// The strip of output numbers above the grid, counted from one. PatchMatrixView writes its fields and then
+/// asks for a redraw. All of it [main-thread].
+class PatchMatrixColHeader : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit PatchMatrixColHeader(const QRect& frame, QWidget* parent = nullptr);
+  explicit PatchMatrixColHeader(QWidget* parent = nullptr);
+
+  std::int64_t outputCount = 64;
+  double scrollOffset = 0.0;  // content x at the left edge of the visible grid, points
+  const double cs = PatchMatrixView::cellSize;
+  const double lH = PatchMatrixView::labelH;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  void drawColumn(QPainter& painter, const HeaderStyle& style, std::int64_t column) const;
+};
+
+}  // namespace tolvane

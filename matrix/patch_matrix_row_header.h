@@ -1,0 +1,33 @@
+#pragma once
+
+#include <QWidget>
+#include <cstdint>
+
+#include "matrix/patch_matrix_view.h"
+
+namespace tolvane {
+
+class HeaderStyle;
+
+/// The strip of input numbers left of the grid, counted from one. PatchMatrixView writes its fields and then
+/// asks for a redraw. All of it [main-thread].
+class PatchMatrixRowHeader : public QWidget {
+  Q_OBJECT
+
+ public:
+  explicit PatchMatrixRowHeader(const QRect& frame, QWidget* parent = nullptr);
+  explicit PatchMatrixRowHeader(QWidget* parent = nullptr);
+
+  std::int64_t inputCount = 64;
+  double scrollOffset = 0.0;  // content y at the top edge of the visible grid, points
+  const double cs = PatchMatrixView::cellSize;
+  const double lW = PatchMatrixView::labelW;
+
+ protected:
+  void paintEvent(QPaintEvent* event) override;
+
+ private:
+  void drawRow(QPainter& painter, const HeaderStyle& style, std::int64_t row) const;
+};
+
+}  // namespace tolvane

@@ -1,0 +1,29 @@
+#include "alsa_guest/guest_machine.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+
+namespace tolvane::test {
+
+bool runInGuest(const std::string& command) {
+  const std::string line = "chroot /run/guest /bin/sh -c '" + command + "'";
+  return std::system(line.c_str()) == 0;  // NOLINT(cert-env33-c): a test's own words
+}
+
+std::optional<hal::DeviceInfo> find(hal::Driver& driver, const std::string& uid) {
+  const auto devices = driver.devices();
+  const auto found = std::find_if(devices.begin(), devices.end(),
+                                  [&](const hal::DeviceInfo& device) { return device.uid == uid; });
+  if (found == devices.end()) return std::nullopt;
+  return *found;
+}
+
+std::string pcmStatus(const std::string& cardId, const std::string& pcm) {
+  std::ostringstream text;
+  text << std::ifstream("/proc/asound/" + cardId + "/" + pcm + "/sub0/status").rdbuf();
+  return text.str();
+}
+
+}  // namespace tolvane::test

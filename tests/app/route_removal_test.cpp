@@ -1,0 +1,77 @@
+// Remove and Clear, and the selection that Remove goes by.
+#include "app/window_fixture.h"
+
+namespace tolvane::test {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+class RouteRemovalTest : public WindowTest {
+ protected:
+  RouteRemovalTest() {
+    openQuietly();
+    for (const int channel : {0, 1, 2, 3}) clickCell(channel, channel);
+    statusTexts();
+  }
+
+  [[nodiscard]] int selectedRow() const {
+    return control<ConnectionsTableView>("connectionsTableView").selectedRow();
+  }
+};
+
+TEST_F(RouteRemovalTest, RemovesTheSelectedRoute) {
+  clickTableRow(1);
+  press("removeConnection");
+  EXPECT_THAT(routes(), ElementsAre(plainRoute(0, 0), plainRoute(2, 2), plainRoute(3, 3)));
+  EXPECT_THAT(statusTexts(), ElementsAre("3 connection(s) configured — press Start to route."));
+}
+
+TEST_F(RouteRemovalTest, WithoutSelectionNothingHappens) {
+  EXPECT_EQ(selectedRow(), -1);
+  press("removeConnection");
+  EXPECT_EQ(routes().size(), 4U);
+  EXPECT_THAT(statusTexts(), IsEmpty());
+}
+
+TEST_F(RouteRemovalTest, CanBePressedAgainAndAgain) {
+  clickTableRow(1);
+  press("removeConnection");
+  EXPECT_EQ(selectedRow(), 1);
+  press("removeConnection");
+  EXPECT_EQ(selectedRow(), 1);
+  EXPECT_THAT(routes(), ElementsAre(plainRoute(0, 0), plainRoute(3, 3)));
+  press("removeConnection");
+  EXPECT_EQ(selectedRow(), -1) << "there is no second row any more";
+  press("removeConnection");
+  EXPECT_THAT(routes(), ElementsAre(plainRoute(0, 0)));
+}
+
+TEST_F(RouteRemovalTest, TheSelectionStaysOverAnyReload) {
+  clickTableRow(2);
+  clickCell(5, 6);
+  EXPECT_EQ(selectedRow(), 2);
+  press("presetThru12");
+  EXPECT_EQ(selectedRow(), -1);
+}
+
+TEST_F(RouteRemovalTest, AClickBesideTheRowsSelectsNone) {
+  clickTableRow(2);
+  EXPECT_EQ(selectedRow(), 2);
+  auto& table = control<ConnectionsTableView>("connectionsTableView");
+  clickAt(*table.viewport(), {10, table.viewport()->height() - 5});
+  EXPECT_EQ(selectedRow(), -1);
+}
+
+TEST_F(RouteRemovalTest, ClearRemovesAllWithoutAsking) {
+  clickTableRow(2);
+  press("clearConnections");
+  EXPECT_THAT(routes(), IsEmpty());
+  EXPECT_THAT(tableTexts(), IsEmpty());
+  EXPECT_THAT(control<PatchMatrixView>("patchMatrixView").connections, IsEmpty());
+  EXPECT_EQ(selectedRow(), -1);
+  EXPECT_THAT(statusTexts(), ElementsAre("0 connection(s) configured — press Start to route."));
+}
+
+}  // namespace
+}  // namespace tolvane::test

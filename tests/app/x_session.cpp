@@ -1,0 +1,143 @@
+#include "app/x_session.h"
+
+#include <QDir>
+#include <chrono>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <xcb/xcb.h>
+
+namespace tolvane::test {
+namespace {
+
+void endProcess(QProcess& process) {
+  if (process.state() == QProcess::NotRunning) return;
+  process.terminate();
+  if (!process.waitForFinished(5000)) {
+    process.kill();
+    process.waitForFinished(5000);
+  }
+}
+
+xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
+  const auto cookie = xcb_intern_atom(connection, 0, static_cast<std::uint16_t>(std::strlen(name)), name);
+  const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
+      xcb_intern_atom_reply(connection, cookie, nullptr), &std::free);
+  return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+}  // namespace
+
+bool waitFor(const std::function<bool()>& condition, int timeoutMs) {
+  const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(timeoutMs);
+  while (!condition()) {
+    if (std::chrono::steady_clock::now() > deadline) return false;
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+  return true;
+}
+
+XSession::XSession() {
+  server_.start("Xvfb", {"-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"});
+  // The server writes its display's number when it is ready.
+  if (server_.waitForReadyRead(30000)) display_ = ":" + server_.readLine().trimmed().toStdString();
+}
+
+XSession::~XSession() {
+  endProcess(program_);
+  endProcess(server_);
+}
+
+bool XSession::start(const std::string& program, const std::vector<std::string>& arguments) {
+  QStringList list;
+  for (const std::string& argument : arguments) list << QString::fromStdString(argument);
+  QDir().mkdir(folder_.filePath("run"));
+  auto environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("DISPLAY", QString::fromStdString(display_));
+  environment.insert("QT_QPA_PLATFORM", "xcb");
+  environment.insert("QT_SCALE_FACTOR", "1");
+  environment.insert("HOME", folder_.path());
+  environment.insert("XDG_CONFIG_HOME", folder_.filePath("config"));
+  // A folder without sockets: the sound servers of the machine stay out.
+  environment.insert("XDG_RUNTIME_DIR", folder_.filePath("run"));
+  environment.insert("PIPEWIRE_RUNTIME_DIR", folder_.filePath("run"));
+  environment.insert("JACK_DEFAULT_SERVER", "tolvane-test-none");
+  environment.remove("PIPEWIRE_REMOTE");
+  environment.remove("WAYLAND_DISPLAY");
+  environment.remove("DBUS_SESSION_BUS_ADDRESS");
+  program_.setProcessEnvironment(environment);
+  program_.setStandardErrorFile(folder_.filePath("stderr"));
+  program_.start(QString::fromStdString(program), list);
+  return program_.waitForStarted(30000);
+}
+
+std::string XSession::xdotool(const QStringList& arguments) {
+  QProcess process;
+  auto environment = QProcessEnvironment::systemEnvironment();
+  environment.insert("DISPLAY", QString::fromStdString(display_));
+  process.setProcessEnvironment(environment);
+  process.start("xdotool", arguments);
+  EXPECT_TRUE(process.waitForFinished(60000)) << arguments.join(' ').toStdString();
+  return process.readAllStandardOutput().trimmed().toStdString();
+}
+
+std::string XSession::windowTitled(const std::string& title) {
+  std::string window;
+  waitFor([&] {
+    window = xdotool({"search", "--onlyvisible", "--name", QString::fromStdString("^" + title + "$")});
+    return !window.empty();
+  });
+  return window.substr(0, window.find('\n'));
+}
+
+bool XSession::waitUntilGone(const std::string& title) {
+  return waitFor([&] {
+    return xdotool({"search", "--onlyvisible", "--name", QString::fromStdString("^" + title + "$")}).empty();
+  });
+}
+
+void XSession::click(const std::string& window, int x, int y) {
+  xdotool({"mousemove", "--window", QString::fromStdString(window), QString::number(x), QString::number(y)});
+  xdotool({"click", "1"});
+}
+
+void XSession::type(const std::string& text) {
+  xdotool({"type", "--delay", "5", QString::fromStdString(text)});
+}
+
+void XSession::key(const std::string& name) {
+  xdotool({"key", QString::fromStdString(name)});
+}
+
+std::pair<int, int> XSession::sizeOf(const std::string& window) {
+  std::pair<int, int> size;
+  const QString shell =
+      QString::fromStdString(xdotool({"getwindowgeometry", "--shell", QString::fromStdString(window)}));
+  for (const QString& line : shell.split('\n')) {
+    if (line.startsWith("WIDTH=")) size.first = line.mid(6).toInt();
+    if (line.startsWith("HEIGHT=")) size.second = line.mid(7).toInt();
+  }
+  return size;
+}
+
+void XSession::requestClose(const std::string& window) {
+  xcb_connection_t* const connection = xcb_connect(display_.c_str(), nullptr);
+  xcb_client_message_event_t message{};
+  message.response_type = XCB_CLIENT_MESSAGE;
+  message.format = 32;
+  message.window = static_cast<xcb_window_t>(std::stoul(window));
+  message.type = atom(connection, "WM_PROTOCOLS");
+  message.data.data32[0] = atom(connection, "WM_DELETE_WINDOW");
+  message.data.data32[1] = XCB_CURRENT_TIME;
+  xcb_send_event(connection, 0, message.window, XCB_EVENT_MASK_NO_EVENT,
+                 reinterpret_cast<const char*>(&message));
+  // An answer shows that the server has read the message: it may drop what a client sends just before it
+  // goes.
+  std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
+  xcb_disconnect(connection);
+}
+
+}  // namespace tolvane::test

@@ -1,0 +1,55 @@
+// A private X server, and a program in it that is worked by real pointer and key events.
+#pragma once
+
+#include <QProcess>
+#include <QTemporaryDir>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace tolvane::test {
+
+/// Whether the condition came true before the deadline; looks every few milliseconds.
+bool waitFor(const std::function<bool()>& condition, int timeoutMs = 30000);
+
+/// [main-thread]. Ends what it started when it goes.
+class XSession {
+ public:
+  XSession();
+  ~XSession();
+  XSession(const XSession&) = delete;
+  XSession& operator=(const XSession&) = delete;
+
+  [[nodiscard]] bool isUp() const { return !display_.empty(); }
+
+  /// Starts the program in this session, without any sound server to be found.
+  bool start(const std::string& program, const std::vector<std::string>& arguments);
+  [[nodiscard]] QProcess& program() { return program_; }
+
+  /// The window with this title, once it is visible; empty when it does not come.
+  std::string windowTitled(const std::string& title);
+  /// True when no visible window has this title any more.
+  bool waitUntilGone(const std::string& title);
+
+  /// Moves the pointer there in the window and clicks, through the server.
+  void click(const std::string& window, int x, int y);
+  void type(const std::string& text);
+  void key(const std::string& name);
+  /// Width and height of the window.
+  std::pair<int, int> sizeOf(const std::string& window);
+  /// Asks the window to close, as a window manager does when its button is pressed.
+  void requestClose(const std::string& window);
+
+  [[nodiscard]] const QTemporaryDir& folder() const { return folder_; }
+
+ private:
+  /// Runs xdotool; its standard output.
+  std::string xdotool(const QStringList& arguments);
+
+  QTemporaryDir folder_;
+  std::string display_;
+  QProcess server_;
+  QProcess program_;
+};
+
+}  // namespace tolvane::test

@@ -1,0 +1,153 @@
+// Every form of the mixing loops gives the bits of the plain order, whatever the buffers look like.
+#include <cstring>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "core/mix/channel_table.h"
+#include "core/mix/mix_kernels.h"
+#include "core/mix/plain_mixer.h"
+#include "core/mix/route_mixer.h"
+#include "routes_in_memory.h"
+
+namespace tolvane::test {
+namespace {
+
+class KernelForms : public testing::TestWithParam<const MixKernels*> {
+ protected:
+  /// Mixes the same cycle in both orders, in two copies of the memory, and compares all of it.
+  void expectPlainBits(RoutesInMemory cycle) {
+    RoutesInMemory plain = cycle;
+    cycle.mix(*GetParam());
+    plain.mixInPlainOrder();
+    EXPECT_EQ(
+        std::memcmp(cycle.memory().data(), plain.memory().data(), plain.memory().size() * sizeof(float)), 0);
+  }
+};
+
+std::vector<const MixKernels*> forms() {
+  std::vector<const MixKernels*> all;
+  for (const MixKernels* const* form = allMixKernels(); *form != nullptr; ++form) all.push_back(*form);
+  return all;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, KernelForms, testing::ValuesIn(forms()),
+                         [](const auto& form) { return std::string(form.param->name); });
+
+// Every width of interleaving up to two groups and a rest, every frame count around the blocks.
+TEST_P(KernelForms, InterleavedBuffersOfEveryWidth) {
+  for (std::uint32_t width = 1; width <= 40; ++width) {
+    for (const std::int64_t frames : {1, 15, 16, 17, 48, 50}) {
+      SCOPED_TRACE(testing::Message() << width << " channels, " << frames << " frames");
+      RoutesInMemory cycle(frames, {width}, {width});
+      for (std::int32_t c = 0; c < static_cast<std::int32_t>(width); ++c) {
+        cycle.route((c * 7 + 3) % static_cast<std::int32_t>(width), c, 0.7F);
+        if (c % 3 == 0) cycle.route(c, (c * 5) % static_cast<std::int32_t>(width), -1.3F);
+      }
+      expectPlainBits(cycle);
+    }
+  }
+}
+
+TEST_P(KernelForms, PlanarBuffersOfEveryLengthAroundTheVectors) {
+  for (std::int64_t frames = 1; frames <= 140; ++frames) {
+    SCOPED_TRACE(frames);
+    RoutesInMemory cycle(frames, {1, 1, 1}, {1, 1});
+    cycle.route(0, 1, 0.1F);
+    cycle.route(1, 1, 1.0F);
+    cycle.route(2, 1, -0.3F);
+    expectPlainBits(cycle);
+  }
+}
+
+TEST_P(KernelForms, PlanarToInterleavedAndBack) {
+  RoutesInMemory cycle(100, {1, 18, 1}, {20, 1, 2, 1});
+  for (std::int32_t i = 0; i < 60; ++i)
+    cycle.route((i * 3) % 20, (i * 7) % 24, 0.05F * static_cast<float>(i - 30));
+  expectPlainBits(cycle);
+}
+
+// A few channels of a wide buffer: picked one by one; the rest of the output is cleared.
+TEST_P(KernelForms, FewRoutedChannelsOfWideBuffers) {
+  RoutesInMemory cycle(64, {256}, {256});
+  cycle.route(0, 255, 0.5F);
+  cycle.route(100, 17, 0.25F);
+  cycle.route(101, 17, 2.0F);
+  expectPlainBits(cycle);
+}
+
+// Both signs of zero, denormals, infinities and the sums that they cancel in.
+TEST_P(KernelForms, ZerosDenormalsAndInfinities) {
+  RoutesInMemory cycle(64, {4}, {4});
+  const float values[] = {-0.0F, 0.0F, 1e-42F, -1e-42F, 3.4e38F, -3.4e38F, 1.0F, -1.0F};
+  for (std::size_t i = 0; i < cycle.memory().size(); ++i) cycle.memory()[i] = values[i * 5 % 8];
+  cycle.route(0, 0, 1.0F);
+  cycle.route(1, 0, -1.0F);
+  cycle.route(2, 1, -0.0F);
+  cycle.route(3, 2, 1e30F);
+  expectPlainBits(cycle);
+}
+
+// An input that is the output, an input that starts inside one, two outputs that share frames: only the plain
+// order says what comes of it.
+TEST_P(KernelForms, OverlappingBuffersKeepThePlainOrder) {
+  for (std::ptrdiff_t shift = -70; shift <= 70; ++shift) {
+    SCOPED_TRACE(shift);
+    RoutesInMemory cycle(64, {1, 2}, {1, 2, 1});
+    cycle.placeInput(0, cycle.outputPlace(0) + shift);
+    cycle.placeOutput(2, cycle.outputPlace(1) + shift);
+    cycle.route(0, 0, 0.5F);
+    cycle.route(0, 3, 0.25F);
+    cycle.route(1, 2, 2.0F);
+    cycle.route(2, 0, -1.0F);
+    expectPlainBits(cycle);
+  }
+}
+
+// Clearing an output that nothing is routed to silences an input that shares its memory.
+TEST_P(KernelForms, UnroutedOutputOverAnInputIsClearedFirst) {
+  RoutesInMemory cycle(32, {1, 1}, {1, 1});
+  cycle.placeInput(0, cycle.outputPlace(1));
+  cycle.route(0, 0, 1.0F);
+  expectPlainBits(cycle);
+}
+
+// A later output that is shorter than the cycle is written past its end, as the plain order does; what lies
+// there is added to, not overwritten.
+TEST_P(KernelForms, AnOutputShorterThanTheCycle) {
+  RoutesInMemory cycle(64, {1}, {1, 1});
+  cycle.shortenOutput(1, 24);
+  cycle.route(0, 1, 0.5F);
+  expectPlainBits(cycle);
+}
+
+TEST_P(KernelForms, AnOutputLongerThanTheCycleIsClearedToItsEnd) {
+  for (const std::uint32_t width : {1U, 2U, 8U, 18U}) {
+    RoutesInMemory cycle(40, {width}, {1, width});
+    cycle.lengthenOutput(1, 3);
+    cycle.route(0, 1, 0.5F);
+    expectPlainBits(cycle);
+  }
+}
+
+TEST_P(KernelForms, AtAnyAlignmentOfTheSamples) {
+  for (std::ptrdiff_t shift = 1; shift < 16; ++shift) {
+    RoutesInMemory cycle(50, {6, 1}, {5, 1});
+    cycle.placeInput(0, cycle.inputPlace(0) + shift);
+    cycle.placeOutput(0, cycle.outputPlace(0) - shift);
+    for (std::int32_t i = 0; i < 12; ++i) cycle.route(i % 7, i % 6, 0.3F);
+    expectPlainBits(cycle);
+  }
+}
+
+TEST_P(KernelForms, RandomCycles) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 500; ++round) {
+    SCOPED_TRACE(round);
+    expectPlainBits(RoutesInMemory::random(random));
+  }
+}
+
+}  // namespace
+}  // namespace tolvane::test

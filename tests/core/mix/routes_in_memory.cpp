@@ -1,0 +1,100 @@
+#include "routes_in_memory.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "core/mix/channel_table.h"
+#include "core/mix/route_mixer.h"
+
+namespace tolvane::test {
+
+namespace {
+
+constexpr std::size_t kRoom = 256;  // floats around each buffer
+
+std::vector<std::uint32_t> randomStreams(std::mt19937& random) {
+  std::vector<std::uint32_t> streams(1 + random() % 6);
+  for (auto& channels : streams)
+    channels = random() % 2 == 0 ? 1 : 1 + static_cast<std::uint32_t>(random() % 40);
+  return streams;
+}
+
+std::int32_t total(const std::vector<std::uint32_t>& streams) {
+  return static_cast<std::int32_t>(std::accumulate(streams.begin(), streams.end(), 0U));
+}
+
+}  // namespace
+
+RoutesInMemory::RoutesInMemory(std::int64_t frames, const std::vector<std::uint32_t>& inputs,
+                               const std::vector<std::uint32_t>& outputs)
+    : frames_(frames) {
+  memory_.resize(kRoom);
+  add(inputs_, inputs);
+  add(outputs_, outputs);
+  std::mt19937 random(static_cast<unsigned>(frames));
+  std::uniform_real_distribution<float> noise(-1.0F, 1.0F);
+  for (float& sample : memory_) sample = noise(random);
+}
+
+RoutesInMemory RoutesInMemory::random(std::mt19937& random) {
+  const auto inputs = randomStreams(random);
+  const auto outputs = randomStreams(random);
+  RoutesInMemory cycle(1 + static_cast<std::int64_t>(random() % 100), inputs, outputs);
+  const auto count = static_cast<std::int32_t>(random() % (kMaxPatchEntries + 1));
+  for (std::int32_t i = 0; i < count; ++i) {
+    cycle.route(static_cast<std::int32_t>(random() % static_cast<unsigned>(total(inputs))),
+                static_cast<std::int32_t>(random() % static_cast<unsigned>(total(outputs))),
+                random() % 4 == 0 ? 1.0F : static_cast<float>(random() % 1000) / 300.0F - 1.5F);
+  }
+  return cycle;
+}
+
+void RoutesInMemory::add(std::vector<Place>& list, const std::vector<std::uint32_t>& buffers) {
+  for (const std::uint32_t channels : buffers) {
+    const std::size_t floats = channels * static_cast<std::size_t>(frames_);
+    list.push_back({channels, floats, static_cast<std::ptrdiff_t>(memory_.size())});
+    memory_.resize(memory_.size() + floats + kRoom);
+  }
+}
+
+void RoutesInMemory::route(std::int32_t src, std::int32_t dst, float gain) {
+  routes_.entries[routes_.count++] = {src, dst, gain};
+}
+
+std::vector<std::byte> RoutesInMemory::bufferList(const std::vector<Place>& places) {
+  std::vector<std::byte> bytes(sizeof(AudioBufferList) + places.size() * sizeof(AudioBuffer));
+  auto* const list = reinterpret_cast<AudioBufferList*>(bytes.data());
+  list->mNumberBuffers = static_cast<UInt32>(places.size());
+  AudioBuffer* buffer = list->mBuffers;
+  for (const Place& place : places) {
+    *buffer++ = {place.channels, static_cast<UInt32>(place.floats * sizeof(float)),
+                 memory_.data() + place.place};
+  }
+  return bytes;
+}
+
+void RoutesInMemory::mix(const MixKernels& kernels) {
+  auto input = bufferList(inputs_);
+  auto output = bufferList(outputs_);
+  auto& inputList = *reinterpret_cast<AudioBufferList*>(input.data());
+  auto& outputList = *reinterpret_cast<AudioBufferList*>(output.data());
+  ChannelTable in(4096);
+  ChannelTable out(4096);
+  in.addChannelsOf(inputList);
+  out.addChannelsOf(outputList);
+  mixRoutes(routes_, inputList, outputList, in, out, frames_, kernels);
+}
+
+void RoutesInMemory::mixInPlainOrder() {
+  auto input = bufferList(inputs_);
+  auto output = bufferList(outputs_);
+  auto& outputList = *reinterpret_cast<AudioBufferList*>(output.data());
+  ChannelTable in(4096);
+  ChannelTable out(4096);
+  in.addChannelsOf(*reinterpret_cast<AudioBufferList*>(input.data()));
+  out.addChannelsOf(outputList);
+  clearOutputs(outputList);
+  mixPlainly(routes_, in, out, frames_);
+}
+
+}  // namespace tolvane::test

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include "core/mix/mix_kernels.h"
+#include "core/mix/plain_mixer.h"
+#include "hal/core_audio.h"
+
+namespace tolvane::test {
+
+/// The buffers of one cycle inside one block of memory, so that they can be laid over one another, and its
+/// routes. A copy is another block with the same content. The memory starts as noise.
+class RoutesInMemory {
+ public:
+  /// Buffers by their channels, each with room around it.
+  RoutesInMemory(std::int64_t frames, const std::vector<std::uint32_t>& inputs,
+                 const std::vector<std::uint32_t>& outputs);
+
+  /// Random streams, frames and routes, without overlaps.
+  static RoutesInMemory random(std::mt19937& random);
+
+  void route(std::int32_t src, std::int32_t dst, float gain);
+
+  /// Where a buffer begins, in floats from the start of the memory.
+  [[nodiscard]] std::ptrdiff_t inputPlace(std::size_t buffer) const { return inputs_[buffer].place; }
+  [[nodiscard]] std::ptrdiff_t outputPlace(std::size_t buffer) const { return outputs_[buffer].place; }
+  void placeInput(std::size_t buffer, std::ptrdiff_t place) { inputs_[buffer].place = place; }
+  void placeOutput(std::size_t buffer, std::ptrdiff_t place) { outputs_[buffer].place = place; }
+  void shortenOutput(std::size_t buffer, std::size_t floats) { outputs_[buffer].floats -= floats; }
+  void lengthenOutput(std::size_t buffer, std::size_t floats) { outputs_[buffer].floats += floats; }
+
+  std::vector<float>& memory() { return memory_; }
+
+  void mix(const MixKernels& kernels);
+  void mixInPlainOrder();
+
+ private:
+  struct Place {
+    std::uint32_t channels;
+    std::size_t floats;
+    std::ptrdiff_t place;
+  };
+  void add(std::vector<Place>& list, const std::vector<std::uint32_t>& buffers);
+  [[nodiscard]] std::vector<std::byte> bufferList(const std::vector<Place>& places);
+
+  std::int64_t frames_;
+  std::vector<float> memory_;
+  std::vector<Place> inputs_;
+  std::vector<Place> outputs_;
+  CycleRoutes routes_;
+};
+
+}  // namespace tolvane::test

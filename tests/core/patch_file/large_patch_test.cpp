@@ -1,0 +1,114 @@
+// Patches of a size that no hand makes.
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "core/patch_file/bad_patch.h"
+#include "core/patch_file/patch_text.h"
+
+namespace tolvane::test {
+namespace {
+
+constexpr std::size_t kMillion = 1000000;
+
+std::string repeated(std::string_view text, std::size_t count) {
+  std::string result;
+  result.reserve(text.size() * count);
+  for (std::size_t index = 0; index < count; ++index) result += text;
+  return result;
+}
+
+std::vector<PatchConnection> millionRoutes() {
+  std::vector<PatchConnection> routes(kMillion);
+  for (std::size_t index = 0; index < kMillion; ++index) {
+    const auto channel = static_cast<std::int64_t>(index);
+    routes[index] = {channel, -channel, static_cast<float>(index) / 64.0F, index % 3 == 0};
+  }
+  return routes;
+}
+
+// A route with this in front of its members, where what is given opens levels that the rest closes again.
+std::string routeWithNote(const std::string& opening, const std::string& closing) {
+  return R"([{"note":)" + opening + closing +
+         R"(,"inputChannel":0,"outputChannel":1,"gain":1.0,"active":true}])";
+}
+
+void expectOneRoute(const std::string& text) {
+  const auto result = decodePatch(text);
+  ASSERT_TRUE(result) << result.error().message();
+  EXPECT_EQ(result.value(), (std::vector<PatchConnection>{{0, 1, 1.0F, true}}));
+}
+
+TEST(LargePatchTest, MillionRoutesAreWrittenAndReadBack) {
+  const auto routes = millionRoutes();
+  const auto text = encodePatch(routes);
+  ASSERT_TRUE(text);
+  const auto result = decodePatch(text.value());
+  ASSERT_TRUE(result) << result.error().message();
+  EXPECT_TRUE(result.value() == routes);
+}
+
+TEST(LargePatchTest, OneWrongRouteBehindAMillionGoodOnesFailsThemAll) {
+  const std::string good = R"({"inputChannel":0,"outputChannel":1,"gain":1.0,"active":true},)";
+  const std::string text = "[" + repeated(good, kMillion) + "{}]";
+  expectError(text,
+              "element 1000000, member \"inputChannel\", byte " + std::to_string(good.size() * kMillion + 1),
+              "missing");
+}
+
+TEST(LargePatchTest, MillionElementsThatAreNoRoutes) {
+  expectError("[" + repeated("0,", kMillion) + "0]", "element 0, byte 1",
+              "expected an object, found a number");
+}
+
+TEST(LargePatchTest, MillionUnknownMembersAndValues) {
+  expectOneRoute(routeWithNote("0," + repeated("\"note\":1,", kMillion), "\"note\":2"));
+  expectOneRoute(routeWithNote("[" + repeated("0,", kMillion), "0]"));
+  expectOneRoute(routeWithNote("[" + repeated("[],{},", kMillion), "[]]"));
+}
+
+TEST(LargePatchTest, MillionEqualMembersTheLastOfWhichHolds) {
+  expectOneRoute(routeWithNote("0," + repeated("\"gain\":\"x\",", kMillion), "\"note\":0"));
+}
+
+TEST(LargePatchTest, StringsAndNamesOfTenMillionBytes) {
+  const std::string bytes(10 * kMillion, 'x');
+  expectOneRoute(routeWithNote("\"" + bytes, "\""));
+  expectOneRoute(routeWithNote("0,\"" + bytes, "\":0"));
+  expectError("[{\"note\":\"" + bytes, "element 0, byte 10000010",
+              "syntax error while parsing value - invalid string: missing closing quote");
+}
+
+TEST(LargePatchTest, TenMillionBytesOfWhiteSpace) {
+  const std::string blanks(10 * kMillion, ' ');
+  expectOneRoute(blanks + routeWithNote("0", blanks) + blanks);
+  expectError(blanks, "byte 10000000",
+              "syntax error while parsing value - unexpected end of input; expected '[', '{', or a literal");
+}
+
+// The array and the route are two levels themselves.
+TEST(LargePatchTest, NestingUpToFiveHundredAndTwelveLevels) {
+  expectOneRoute(routeWithNote(repeated("[", 510), repeated("]", 510)));
+  expectOneRoute(routeWithNote(repeated("{\"a\":", 509) + "{", repeated("}", 510)));
+  expectOneRoute(routeWithNote(repeated("[{\"a\":", 255) + "0", repeated("}]", 255)));
+}
+
+TEST(LargePatchTest, DeeperNestingIsAnErrorAtItsFirstByte) {
+  const auto reason = "nesting deeper than 512";
+  expectError(routeWithNote(repeated("[", 511), repeated("]", 511)), "element 0, byte 519", reason);
+  expectError(routeWithNote(repeated("{\"a\":", 510) + "{", repeated("}", 511)), "element 0, byte 2559",
+              reason);
+  expectError(R"([{"gain":)" + repeated("[", 511), R"(element 0, member "gain", byte 519)", reason);
+}
+
+TEST(LargePatchTest, MillionLevelsAreAnErrorToo) {
+  expectError(R"([{"note":)" + repeated("[", kMillion), "element 0, byte 519", "nesting deeper than 512");
+  expectError(R"([{"note":)" + repeated("{\"a\":", kMillion), "element 0, byte 2559",
+              "nesting deeper than 512");
+  expectError(repeated("[", kMillion), "element 0, byte 1", "expected an object, found an array");
+  expectError(repeated("{\"a\":", kMillion), "byte 0", "expected an array of routes, found an object");
+}
+
+}  // namespace
+}  // namespace tolvane::test

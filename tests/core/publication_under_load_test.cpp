@@ -1,0 +1,169 @@
+// One thread publishes while another runs cycles, as fast as both can: no cycle reads or writes outside of
+// its buffers, and a cycle that no second publication overtakes hears one list, whole.
+#include <atomic>
+#include <random>
+#include <thread>
+
+#include "core/atomic32.h"
+#include "routing_fixture.h"
+
+namespace tolvane::test {
+namespace {
+
+constexpr std::size_t kChannels = 16;
+constexpr int kReads = 10'000'000;
+// A cycle reads some 30 entries of three fields each. A sanitizer makes it ten times as slow.
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+constexpr int kCycles = kReads / 20;
+#else
+constexpr int kCycles = kReads;
+#endif
+
+/// A device of one-channel streams and one frame a cycle, so that most of a cycle is the reading of routes.
+class PublicationUnderLoadTest : public testing::Test {
+ protected:
+  PublicationUnderLoadTest() {
+    for (std::size_t c = 0; c < kChannels; ++c) {
+      input_.add(1, 1, 1.0F);
+      output_.add(1, 1, 0.0F);
+    }
+  }
+
+  void cycle() { routeCycle(input_.get(), output_.get(), &context_); }
+  [[nodiscard]] float output(std::size_t channel) {
+    return *static_cast<float*>(output_.buffer(channel).mData);
+  }
+
+  BufferList input_;
+  BufferList output_;
+  IOProcContext context_ = initialContext(kChannels, kChannels);
+};
+
+/// Publishes lists of 0 to 64 routes with channels in and out of range, until told to stop.
+class WildWriter {
+ public:
+  explicit WildWriter(IOProcContext& context) : thread_([this, &context] { run(context); }) {}
+  ~WildWriter() {
+    stop_ = true;
+    thread_.join();
+  }
+  WildWriter(const WildWriter&) = delete;
+  WildWriter& operator=(const WildWriter&) = delete;
+
+  [[nodiscard]] int publications() const { return publications_; }
+
+ private:
+  void run(IOProcContext& context) {
+    std::mt19937 random(1);
+    std::uniform_int_distribution<std::size_t> length(0, 64);
+    std::uniform_int_distribution<std::size_t> pick(0, kLimits.size() - 1);
+    while (!stop_) {
+      std::vector<PatchConnection> routes(length(random));
+      for (PatchConnection& route : routes)
+        route = {kLimits[pick(random)], kLimits[pick(random)], 1.0F, true};
+      writeConnections(&context, routes);
+      ++publications_;
+    }
+  }
+
+  static constexpr std::array<std::int64_t, 10> kLimits = {-2147483648LL, -1,        0, 1, 7, 15, 16, 17,
+                                                           1000000,       2147483647};
+
+  std::atomic<bool> stop_ = false;
+  std::atomic<int> publications_ = 0;
+  std::thread thread_;
+};
+
+TEST_F(PublicationUnderLoadTest, NoCycleLeavesItsBuffers) {
+  WildWriter writer(context_);
+  while (writer.publications() < 10) std::this_thread::yield();
+  const int before = writer.publications();
+  int sounding = 0;
+  for (int i = 0; i < kCycles; ++i) {
+    cycle();
+    // Inputs are 1 and gains are 1: whatever mixture a cycle saw, an output counts routes.
+    const float heard = output(0);
+    ASSERT_TRUE(heard >= 0.0F && heard <= 64.0F && heard == static_cast<float>(static_cast<int>(heard)))
+        << heard;
+    sounding += heard > 0.0F ? 1 : 0;
+  }
+  EXPECT_TRUE(output_.guardsIntact());
+  EXPECT_TRUE(input_.guardsIntact());
+  EXPECT_EQ(context_.inputChannelCount, 16);
+  EXPECT_EQ(context_.outputChannelCount, kChannels);
+  EXPECT_GT(sounding, 0);
+  EXPECT_GT(writer.publications() - before, 100) << "the two threads did not run side by side";
+}
+
+TEST_F(PublicationUnderLoadTest, EveryFieldReadIsOneThatWasWritten) {
+  WildWriter writer(context_);
+  for (int i = 0; i < kReads; ++i) {
+    const std::int32_t live = loadAcquire(context_.activeBuf);
+    ASSERT_TRUE(live == 0 || live == 1) << live;
+    const std::int32_t count = loadRelaxed(live == 0 ? context_.countA : context_.countB);
+    ASSERT_TRUE(count >= 0 && count <= kMaxPatchEntries) << count;
+  }
+}
+
+/// What a cycle heard: every output carries the number of the list, in as many outputs as the list has
+/// routes.
+struct Heard {
+  int generation;
+  bool whole;
+};
+
+class SingleFilePublicationTest : public PublicationUnderLoadTest {
+ protected:
+  /// List `generation`: 1 to 16 routes, one to an output, each with the generation as its gain.
+  static std::vector<PatchConnection> listOf(int generation) {
+    std::vector<PatchConnection> routes(lengthOf(generation));
+    std::int64_t channel = 0;
+    for (PatchConnection& route : routes) {
+      route = {channel, channel, static_cast<float>(generation), true};
+      ++channel;
+    }
+    return routes;
+  }
+  static std::size_t lengthOf(int generation) { return static_cast<std::size_t>(generation) % kChannels + 1; }
+
+  Heard heard() {
+    const int generation = static_cast<int>(output(0));
+    bool whole = true;
+    for (std::size_t c = 0; c < kChannels; ++c) {
+      const bool routed = c < lengthOf(generation);
+      whole &= output(c) == (routed ? static_cast<float>(generation) : 0.0F);
+    }
+    return {generation, whole};
+  }
+};
+
+TEST_F(SingleFilePublicationTest, EveryCycleHearsOneListWhole) {
+  constexpr int kLists = 20'000;
+  writeConnections(&context_, listOf(1));
+  std::atomic<int> lastHeard = 0;
+  // The next list comes only when the last one was heard, so that none overtakes a cycle.
+  std::thread writer([&] {
+    for (int generation = 2; generation <= kLists; ++generation) {
+      while (lastHeard.load(std::memory_order_acquire) < generation - 1) std::this_thread::yield();
+      writeConnections(&context_, listOf(generation));
+    }
+  });
+  int previous = 0;
+  // A busy machine may take a time slice for each list: the number of cycles bounds the test as well.
+  for (int i = 0; i < kCycles && previous < kLists && !HasFailure(); ++i) {
+    cycle();
+    const Heard now = heard();
+    EXPECT_TRUE(now.whole) << "list " << now.generation;
+    EXPECT_TRUE(now.generation == previous || now.generation == previous + 1)
+        << previous << " then " << now.generation;
+    if (now.generation == previous) std::this_thread::yield();
+    previous = now.generation;
+    lastHeard.store(previous, std::memory_order_release);
+  }
+  EXPECT_GT(previous, 100) << "the two threads did not run side by side";
+  lastHeard = kLists;  // lets the writer finish
+  writer.join();
+}
+
+}  // namespace
+}  // namespace tolvane::test

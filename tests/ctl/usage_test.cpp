@@ -1,0 +1,67 @@
+// Arguments: what is asked of the program, and what it says to nonsense.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "ctl/child_process.h"
+
+namespace tolvane::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+TEST(Usage, VersionIsOneLineOnStandardOutput) {
+  const Finished run = runProgram({"--version"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "tolvanectl 0.1.0\n");
+  EXPECT_EQ(run.err, "");
+}
+
+TEST(Usage, HelpNamesEveryCommandOnStandardOutput) {
+  const Finished run = runProgram({"--help"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  for (const char* command : {"devices", "check", "render", "run"}) EXPECT_THAT(run.out, HasSubstr(command));
+}
+
+TEST(Usage, HelpOfACommandNamesItsOptions) {
+  const Finished run = runProgram({"run", "--help"});
+  EXPECT_EQ(run.status, 0);
+  for (const char* option : {"--patch", "--device", "--watch", "--meters", "--seconds"}) {
+    EXPECT_THAT(run.out, HasSubstr(option));
+  }
+}
+
+class Nonsense : public testing::TestWithParam<std::vector<std::string>> {};
+
+TEST_P(Nonsense, IsAUsageErrorOnStandardError) {
+  const Finished run = runProgram(GetParam());
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, StartsWith("tolvanectl: "));
+  EXPECT_THAT(run.err, HasSubstr("try 'tolvanectl --help'"));
+}
+
+using Words = std::vector<std::string>;
+INSTANTIATE_TEST_SUITE_P(
+    Usage, Nonsense,
+    testing::Values(Words{}, Words{"play"}, Words{"devices", "--xml"}, Words{"devices", "extra"},
+                    Words{"check"}, Words{"render"}, Words{"render", "in.wav", "out.wav"},
+                    Words{"render", "--patch", "p.json", "in.wav"},
+                    Words{"render", "--patch", "p.json", "in.wav", "-"},
+                    Words{"render", "--patch", "p.json", "in.wav", "out.wav", "third.wav"},
+                    Words{"render", "--patch", "p.json", "--buffer", "0", "in.wav", "out.wav"},
+                    Words{"render", "--patch", "p.json", "--buffer", "ten", "in.wav", "out.wav"},
+                    Words{"render", "--patch", "p.json", "--buffer", "65537", "in.wav", "out.wav"},
+                    Words{"render", "--patch", "p.json", "--outputs", "0", "in.wav", "out.wav"},
+                    Words{"render", "--patch", "p.json", "--outputs", "1025", "in.wav", "out.wav"},
+                    Words{"render", "--patch", "p.json", "--outputs", "-1", "in.wav", "out.wav"},
+                    Words{"run"}, Words{"run", "--patch"},
+                    Words{"run", "--patch", "p.json", "--seconds", "0"},
+                    Words{"run", "--patch", "p.json", "--seconds", "-1"},
+                    Words{"run", "--patch", "p.json", "--seconds", "nan"},
+                    Words{"run", "--patch", "p.json", "--seconds", "1,5"},
+                    Words{"run", "--patch", "p.json", "--seconds", "inf"}));
+
+}  // namespace
+}  // namespace tolvane::test

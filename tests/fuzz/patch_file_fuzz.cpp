@@ -1,0 +1,34 @@
+// Any bytes at all as a patch file: what is read must be written and read again as the same list, and what is
+// refused must be refused in printable words that point into the text.
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+
+#include "core/patch_file.h"
+
+namespace {
+
+void require(bool condition) {
+  if (!condition) std::abort();
+}
+
+void checkError(const tolvane::PatchFileError& error, std::size_t size) {
+  const std::string message = error.message();
+  require(!error.reason.empty() && error.byteOffset && *error.byteOffset <= size);
+  require(std::all_of(message.begin(), message.end(), [](char byte) { return byte >= ' ' && byte <= '~'; }));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
+  const auto routes = tolvane::decodePatch({reinterpret_cast<const char*>(bytes), size});
+  if (!routes) {
+    checkError(routes.error(), size);
+    return 0;
+  }
+  const auto text = tolvane::encodePatch(routes.value());
+  require(static_cast<bool>(text));
+  const auto again = tolvane::decodePatch(text.value());
+  require(again && again.value() == routes.value());
+  return 0;
+}

@@ -1,0 +1,133 @@
+// Which devices the machine's cards make, and what is remembered of them.
+#include "hal/alsa/shown_cards.h"
+
+#include <map>
+
+#include <gtest/gtest.h>
+
+namespace tolvane::hal::alsa {
+namespace {
+
+using Outcome = Probe::Outcome;
+
+DuplexFormat format(unsigned inputs, unsigned outputs) {
+  return {48000, inputs, outputs, 256, 32, 4096};
+}
+
+class ShownCardsTest : public testing::Test {
+ protected:
+  std::vector<DeviceInfo> show(const std::vector<Card>& cards, const std::set<int>& held = {},
+                               const std::set<std::string>& running = {}) {
+    return shown_.show(cards, held, running);
+  }
+  static Card card(int index, const char* id, const char* name) { return {index, id, name, 0, 0}; }
+
+  std::map<std::string, Probe> probes_;  // what the next look finds, by the card's id
+  std::vector<std::string> looks_;
+  unsigned askedPeriodFrames_ = 0;
+  ShownCards shown_{[this](const Card& looked, unsigned periodFrames) {
+    looks_.push_back(looked.id);
+    askedPeriodFrames_ = periodFrames;
+    return probes_[looked.id];
+  }};
+};
+
+TEST_F(ShownCardsTest, ACardIsADevice) {
+  probes_["PCH"] = {Outcome::known, format(2, 4)};
+  const auto devices = show({card(0, "PCH", "HDA Intel PCH")});
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_EQ(devices[0].uid, "alsa:PCH");
+  EXPECT_EQ(devices[0].name, "HDA Intel PCH");
+  EXPECT_EQ(devices[0].transportType, UInt32{kAudioDeviceTransportTypeAlsa});
+  EXPECT_EQ(devices[0].inputStreams, (StreamLayout{1, 1}));
+  EXPECT_EQ(devices[0].outputStreams, (StreamLayout{1, 1, 1, 1}));
+  EXPECT_EQ(devices[0].sampleRateHz, 48000.0);
+  EXPECT_EQ(devices[0].bufferFrames, 256U);
+  EXPECT_EQ(devices[0].minBufferFrames, 32U);
+  EXPECT_EQ(devices[0].maxBufferFrames, 4096U);
+}
+
+TEST_F(ShownCardsTest, ACardIsLookedAtOnce) {
+  probes_["PCH"] = {Outcome::known, format(2, 2)};
+  const auto first = show({card(0, "PCH", "Card")});
+  probes_["PCH"] = {Outcome::useless, {}};
+  EXPECT_EQ(show({card(0, "PCH", "Card")}), first);
+  EXPECT_EQ(looks_, std::vector<std::string>{"PCH"});
+}
+
+TEST_F(ShownCardsTest, ACardThatWasAwayIsLookedAtAgain) {
+  probes_["USB"] = {Outcome::known, format(2, 2)};
+  show({card(1, "USB", "Card")});
+  EXPECT_TRUE(show({}).empty());
+  probes_["USB"] = {Outcome::known, format(8, 8)};
+  EXPECT_EQ(show({card(3, "USB", "Card")}).at(0).inputStreams.size(), 8U);
+}
+
+TEST_F(ShownCardsTest, ABusyCardKeepsWhatWasKnown) {
+  probes_["USB"] = {Outcome::known, format(18, 20)};
+  const auto before = show({card(1, "USB", "Card")});
+  shown_.lookAgain("alsa:USB");
+  probes_["USB"] = {Outcome::notNow, format(2, 0)};
+  EXPECT_EQ(show({card(1, "USB", "Card")}), before);
+  EXPECT_EQ(looks_.size(), 2U);
+}
+
+TEST_F(ShownCardsTest, ACardBusyFromTheFirstOnIsShownAsItIsUsedUntilMoreIsKnown) {
+  probes_["USB"] = {Outcome::notNow, {44100, 0, 2, 441, 0, 0}};
+  const auto busy = show({card(1, "USB", "Card")});
+  ASSERT_EQ(busy.size(), 1U);
+  EXPECT_EQ(busy[0].outputStreams.size(), 2U);
+  EXPECT_EQ(busy[0].maxBufferFrames, 0U);
+  probes_["USB"] = {Outcome::known, format(18, 20)};
+  EXPECT_EQ(show({card(1, "USB", "Card")}).at(0).outputStreams.size(), 20U);
+}
+
+TEST_F(ShownCardsTest, ACardWithNothingForUsIsNotShown) {
+  probes_["Odd"] = {Outcome::useless, {}};
+  probes_["Used"] = {Outcome::notNow, {}};
+  EXPECT_TRUE(show({card(0, "Odd", "Odd"), card(1, "Used", "Used")}).empty());
+}
+
+TEST_F(ShownCardsTest, ACardOfASoundServerIsTheServers) {
+  probes_["PCH"] = {Outcome::known, format(2, 2)};
+  probes_["USB"] = {Outcome::known, format(2, 2)};
+  const std::vector<Card> cards{card(0, "PCH", "A"), card(1, "USB", "B")};
+  const auto devices = show(cards, {0});
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_EQ(devices[0].uid, "alsa:USB");
+  EXPECT_EQ(looks_, std::vector<std::string>{"USB"});
+  EXPECT_EQ(show(cards).size(), 2U);
+}
+
+TEST_F(ShownCardsTest, ACardThatASessionOfOursRunsOnStaysAndIsLeftAlone) {
+  probes_["PCH"] = {Outcome::known, format(2, 2)};
+  const auto before = show({card(0, "PCH", "A")});
+  shown_.lookAgain("alsa:PCH");
+  probes_["PCH"] = {Outcome::notNow, format(1, 1)};
+  EXPECT_EQ(show({card(0, "PCH", "A")}, {0}, {"alsa:PCH"}), before);
+  EXPECT_EQ(looks_.size(), 1U);
+}
+
+TEST_F(ShownCardsTest, NamesakesAreToldApartByTheirIdentities) {
+  for (const char* id : {"USB", "USB_1", "PCH"}) probes_[id] = {Outcome::known, format(2, 2)};
+  const auto devices =
+      show({card(0, "USB", "Scarlett"), card(1, "USB_1", "Scarlett"), card(2, "PCH", "PCH")});
+  ASSERT_EQ(devices.size(), 3U);
+  EXPECT_EQ(devices[0].name, "Scarlett (USB)");
+  EXPECT_EQ(devices[1].name, "Scarlett (USB_1)");
+  EXPECT_EQ(devices[2].name, "PCH");
+}
+
+TEST_F(ShownCardsTest, ThePeriodAskedForIsTriedAndKept) {
+  probes_["PCH"] = {Outcome::known, format(2, 2)};
+  show({card(0, "PCH", "A")});
+  EXPECT_EQ(askedPeriodFrames_, 256U);
+  shown_.setPeriodFrames("alsa:PCH", 64);
+  EXPECT_EQ(shown_.periodFrames("alsa:PCH"), 64U);
+  EXPECT_EQ(shown_.periodFrames("alsa:other"), 256U);
+  show({card(0, "PCH", "A")});
+  EXPECT_EQ(askedPeriodFrames_, 64U);
+}
+
+}  // namespace
+}  // namespace tolvane::hal::alsa

@@ -1,0 +1,60 @@
+#pragma once
+
+#include <algorithm>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "hal/jack/jack_driver.h"
+#include "support/jack_eventually.h"
+#include "support/jack_server.h"
+#include "support/jack_session_client.h"
+#include "support/jack_test_client.h"
+
+namespace tolvane::test {
+
+using namespace std::chrono_literals;
+
+/// A driver, and a private server that each test starts when it wants one.
+class JackFixture : public ::testing::Test {
+ protected:
+  JackFixture() { JackServer::choosePrivateName(); }
+
+  void startServer(std::uint32_t bufferFrames = 256) { server_.emplace(bufferFrames); }
+
+  /// The listed device of this client, waiting for it to come up.
+  hal::DeviceInfo device(const std::string& client) {
+    hal::DeviceInfo found;
+    const bool listed = eventually(3s, [&] {
+      const auto devices = driver_->devices();
+      const auto at = std::find_if(devices.begin(), devices.end(),
+                                   [&](const auto& info) { return info.uid == "jack:" + client; });
+      if (at != devices.end()) found = *at;
+      return at != devices.end();
+    });
+    EXPECT_TRUE(listed) << client;
+    return found;
+  }
+
+  /// Starts the device of this client with `session` as the HAL's side.
+  std::unique_ptr<hal::Session> start(const std::string& client, hal::SessionClient& session) {
+    hal::StartResult result = driver_->start(device(client), session);
+    EXPECT_EQ(result.status, noErr);
+    return std::move(result.session);
+  }
+
+  std::optional<JackServer> server_;
+  std::unique_ptr<hal::Driver> driver_ = hal::makeJackDriver();
+};
+
+/// Routes from every input to the output of the same number.
+inline std::vector<PatchConnection> straightRoutes(std::int64_t count) {
+  std::vector<PatchConnection> routes;
+  for (std::int64_t n = 0; n < count; ++n) routes.push_back({n, n, 1.0F, true});
+  return routes;
+}
+
+}  // namespace tolvane::test

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <cmath>
+#include <cstdint>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "engine/core_audio_engine.h"
+#include "hal/jack/jack_fixture.h"
+
+namespace tolvane::test {
+
+inline constexpr std::size_t kSecond = 48000;  // frames
+#if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
+inline constexpr std::size_t kLongWhile = kSecond;  // these builds fall far behind the clock
+#else
+inline constexpr std::size_t kLongWhile = 5 * kSecond;
+#endif
+
+/// The whole way: a card's signal through the server, the driver, the HAL's surface, the engine's callback
+/// and back, heard by an ear in the very cycle.
+class JackRoutingFixture : public JackFixture {
+ protected:
+  void TearDown() override { engine_.stop(); }
+
+  void route(const std::string& card, std::span<const PatchConnection> routes) {
+    AudioDeviceID id = kAudioObjectUnknown;
+    EXPECT_TRUE(eventually(5s, [&] {
+      for (const AudioDeviceInfo& info : engine_.getAllDevices()) {
+        if (info.name == card) id = info.id;
+      }
+      return id != kAudioObjectUnknown;
+    })) << card;
+    const auto error = engine_.start(id, routes);
+    EXPECT_FALSE(error) << error->errorDescription();
+  }
+
+  void publish(std::span<const PatchConnection> routes) {
+    engine_.writeConnections(engine_.contextPtr(), routes);
+  }
+
+  /// Waits until connections that were just made carry.
+  static void settle(const JackTestClient& ear) {
+    const std::uint64_t before = ear.cycles();
+    EXPECT_TRUE(eventually(10s, [&] { return ear.cycles() > before + 10; }));
+  }
+
+  static void listen(JackTestClient& ear, std::size_t outputs) {
+    for (std::size_t n = 0; n < outputs; ++n) ear.listen(n, "Tolvane:out_" + std::to_string(n + 1));
+  }
+
+  CoreAudioEngine engine_;
+};
+
+/// What codedSample() was made of.
+inline std::uint32_t codeOf(float sample) {
+  return static_cast<std::uint32_t>(std::lround(sample * static_cast<float>(1U << 24)));
+}
+inline std::uint32_t frameOf(float sample) {
+  return codeOf(sample) & 0xFFFF;
+}
+
+/// The samples of two recordings are the same, bit for bit; says where they first are not.
+inline void expectSame(const std::vector<float>& heard, const std::vector<float>& wanted,
+                       const std::string& what) {
+  ASSERT_EQ(heard.size(), wanted.size());
+  for (std::size_t i = 0; i < heard.size(); ++i) {
+    ASSERT_EQ(heard[i], wanted[i]) << what << " at frame " << i << ": channel " << (codeOf(heard[i]) >> 16)
+                                   << " frame " << frameOf(heard[i]);
+  }
+}
+
+/// A recording of channel 0 straight from the card has every frame, in order: nothing was lost on the way.
+inline void expectUnbroken(const std::vector<float>& reference) {
+  for (std::size_t i = 0; i < reference.size(); ++i) {
+    ASSERT_EQ(reference[i], codedSample(0, frameOf(reference[0]) + i)) << "at frame " << i;
+  }
+}
+
+/// What `channel` carries where channel 0 carries the reference.
+inline std::vector<float> codedLike(const std::vector<float>& reference, std::size_t channel) {
+  std::vector<float> result;
+  result.reserve(reference.size());
+  for (const float sample : reference) result.push_back(codedSample(channel, frameOf(sample)));
+  return result;
+}
+
+}  // namespace tolvane::test

@@ -1,0 +1,128 @@
+#include <chrono>
+
+#include <gmock/gmock.h>
+
+#include "hal/jack/jack_fixture.h"
+
+namespace tolvane::test {
+namespace {
+
+using ::testing::IsEmpty;
+using Clock = std::chrono::steady_clock;
+
+/// The dummy driver's own device, so that no other client of this process is touched by the death.
+class JackServerDeath : public JackFixture {
+ protected:
+  std::unique_ptr<hal::Session> startSystem(JackSessionClient& client) {
+    auto session = start("system", client);
+    EXPECT_TRUE(eventually(5s, [&] { return client.cycles > 2; }));
+    return session;
+  }
+
+  /// One life and death of a server, under a session.
+  void surviveOne(void (JackServer::*end)()) {
+    startServer();
+    JackSessionClient client(2, 2, straightRoutes(2));
+    auto session = startSystem(client);
+    ASSERT_NE(session, nullptr);
+    (*server_.*end)();
+    EXPECT_TRUE(eventually(5s, [&] { return !client.alive; }));
+    EXPECT_TRUE(stopsInASecond(session));
+    EXPECT_TRUE(eventually(1s, [this] { return driver_->devices().empty(); }));
+    server_.reset();
+  }
+
+  static bool stopsInASecond(std::unique_ptr<hal::Session>& session) {
+    const auto before = Clock::now();
+    session.reset();
+    return Clock::now() - before < 1s;
+  }
+};
+
+TEST_F(JackServerDeath, IsSurvivedTwentyCrashes) {
+  for (int round = 0; round < 20; ++round) surviveOne(&JackServer::kill);
+}
+
+TEST_F(JackServerDeath, IsSurvivedTwentyShutdowns) {
+  for (int round = 0; round < 20; ++round) surviveOne(&JackServer::terminate);
+}
+
+TEST_F(JackServerDeath, LeavesTheSessionSilentUntilItIsStopped) {
+  startServer();
+  JackSessionClient client(2, 2, straightRoutes(2));
+  auto session = startSystem(client);
+  server_->kill();
+  ASSERT_TRUE(eventually(5s, [&] { return !client.alive; }));
+  const std::uint64_t cycles = client.cycles;
+  server_.reset();
+  startServer();
+  EXPECT_EQ(device("system").inputStreams.size(), 2U);  // listed anew, while the dead session is still there
+  EXPECT_EQ(client.cycles, cycles);
+  EXPECT_FALSE(client.alive);
+  EXPECT_TRUE(stopsInASecond(session));
+}
+
+class JackServerHang : public JackServerDeath {
+ protected:
+  static std::chrono::milliseconds timeOf(const std::function<void()>& action) {
+    const auto before = Clock::now();
+    action();
+    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - before);
+  }
+};
+
+TEST_F(JackServerHang, LeavesTheListEmptyInTime) {
+  startServer();
+  device("system");
+  server_->pause();
+  std::this_thread::sleep_for(150ms);  // until the last answer has lost its worth
+  for (int ask = 0; ask < 5; ++ask) {
+    EXPECT_LE(timeOf([this] { EXPECT_THAT(driver_->devices(), IsEmpty()); }), 190ms);
+  }
+  server_->resume();
+  EXPECT_EQ(device("system").inputStreams.size(), 2U);
+}
+
+TEST_F(JackServerHang, LetsASessionStopInASecondAndLeaveTheGraphLater) {
+  startServer();
+  JackTestClient card = JackTestClient::card("card", 2, 2);
+  card.activate();
+  JackSessionClient client(2, 2, straightRoutes(2));
+  auto session = start("card", client);
+  ASSERT_TRUE(eventually(5s, [&] { return client.cycles > 2; }));
+  server_->pause();
+  EXPECT_TRUE(stopsInASecond(session));
+  const std::uint64_t cycles = client.cycles;
+  server_->resume();
+  EXPECT_TRUE(eventually(10s, [&] { return card.connectionsOf("card:capture_1").empty(); }));
+  EXPECT_EQ(client.cycles, cycles);
+}
+
+TEST_F(JackServerHang, StopsAStartThatFindsIt) {
+  startServer();
+  const hal::DeviceInfo system = device("system");
+  server_->pause();
+  {
+    JackSessionClient client(2, 2, straightRoutes(2));
+    EXPECT_EQ(driver_->start(system, client).status, kAudioHardwareNotReadyError);
+  }
+  server_->resume();
+  // What was begun is undone once the server is back, and the next start finds it as it was.
+  JackSessionClient client(2, 2, straightRoutes(2));
+  EXPECT_NE(startSystem(client), nullptr);
+}
+
+TEST_F(JackServerHang, MayEndInACrash) {
+  startServer();
+  JackSessionClient client(2, 2, straightRoutes(2));
+  auto session = startSystem(client);
+  server_->pause();
+  EXPECT_TRUE(stopsInASecond(session));
+  EXPECT_THAT(driver_->devices(), IsEmpty());
+  server_->kill();
+  server_.reset();
+  surviveOne(&JackServer::kill);
+}
+
+}  // namespace
+}  // namespace tolvane::test

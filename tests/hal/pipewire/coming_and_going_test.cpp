@@ -1,0 +1,195 @@
+// A device that goes away while it is routed, and comes back.
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <malloc.h>
+
+#include "hal/pipewire/patch_rig.h"
+#include "hal/pipewire/pipewire_driver.h"
+#include "hal/pipewire/routing_client.h"
+
+namespace tolvane::test {
+namespace {
+
+using ::testing::IsEmpty;
+
+const PipeWireCard kCard{.name = "card", .inputs = 4, .outputs = 4, .cardId = 900};
+
+std::size_t openDescriptors() {
+  const std::filesystem::directory_iterator all("/proc/self/fd");
+  return static_cast<std::size_t>(std::distance(begin(all), end(all)));
+}
+
+/// A routed card on a private server.
+class PipeWireComingAndGoing : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ASSERT_EQ(driver_->devices().size(), 1U);
+    device_ = driver_->devices()[0];
+    client_.emplace(device_, routes_);
+    started_ = driver_->start(device_, *client_);
+    ASSERT_EQ(started_.status, noErr);
+  }
+
+  /// Whether the routed audio arrives, as it is to, at a rig of the moment.
+  [[nodiscard]] bool isHeard() const {
+    PatchRig rig(kCard, routes_);
+    return rig.settle();
+  }
+
+  PipeWireServer server_{{kCard}};
+  std::unique_ptr<hal::Driver> driver_ = hal::makePipeWireDriver();
+  hal::DeviceInfo device_;
+  std::vector<PatchConnection> routes_ = straightThrough(4);
+  std::optional<RoutingClient> client_;
+  hal::StartResult started_;
+};
+
+TEST_F(PipeWireComingAndGoing, AServerThatIsKilledAndStartedAgainIsHeardAgain) {
+  ASSERT_TRUE(isHeard());
+  server_.kill();
+  EXPECT_TRUE(eventually([&] { return !client_->isAlive(); }));
+  const std::uint64_t cycles = client_->cycles();
+  EXPECT_THAT(driver_->devices(), IsEmpty());
+  EXPECT_EQ(client_->cycles(), cycles);
+  server_.start();
+  EXPECT_TRUE(eventually([&] { return client_->isAlive(); }));
+  EXPECT_TRUE(isHeard());
+  EXPECT_EQ(driver_->devices().size(), 1U);
+}
+
+TEST_F(PipeWireComingAndGoing, ACardThatIsPulledAndPutBackIsHeardAgain) {
+  PipeWireClient hardware;
+  hardware.removeCard(kCard);
+  EXPECT_TRUE(eventually([&] { return !client_->isAlive(); }));
+  EXPECT_THAT(driver_->devices(), IsEmpty());
+  hardware.addCard(kCard);
+  EXPECT_TRUE(eventually([&] { return client_->isAlive(); }));
+  EXPECT_TRUE(isHeard());
+  EXPECT_EQ(driver_->devices().at(0).uid, device_.uid);
+}
+
+TEST_F(PipeWireComingAndGoing, ACardThatLosesItsSinkIsLostUntilTheSinkIsBack) {
+  PipeWireClient hardware;
+  hardware.removeNode("card.sink");
+  EXPECT_TRUE(eventually([&] { return !client_->isAlive(); }));
+  hardware.addNode(nodesOf(kCard)[1]);
+  EXPECT_TRUE(eventually([&] { return client_->isAlive(); }));
+  EXPECT_TRUE(isHeard());
+}
+
+TEST_F(PipeWireComingAndGoing, AnotherCardNeverTakesThePlaceOfOneThatIsAway) {
+  PipeWireClient hardware;
+  const PipeWireCard other{.name = "other", .inputs = 4, .outputs = 4, .cardId = 901};
+  hardware.removeCard(kCard);
+  EXPECT_TRUE(eventually([&] { return !client_->isAlive(); }));
+  // The server gives it the identifiers that the first one had.
+  hardware.addCard(other);
+  ASSERT_EQ(driver_->devices().size(), 1U);
+  EXPECT_EQ(driver_->devices()[0].uid, "pipewire:other");
+  EXPECT_EQ(hardware.linkCount(), 0U);
+  EXPECT_FALSE(client_->isAlive());
+}
+
+TEST_F(PipeWireComingAndGoing, ALinkThatSomebodyTakesAwayIsMadeAgain) {
+  PipeWireClient user;
+  ASSERT_EQ(user.linkCount(), 8U);
+  user.removeLinks();
+  EXPECT_TRUE(eventually([&] { return user.linkCount() == 8; }));
+  EXPECT_TRUE(eventually([&] { return client_->isAlive(); }));
+  EXPECT_TRUE(isHeard());
+}
+
+TEST_F(PipeWireComingAndGoing, AStopWhileTheDeviceIsAwayIsAsGoodAsAny) {
+  server_.kill();
+  EXPECT_TRUE(eventually([&] { return !client_->isAlive(); }));
+  started_.session.reset();
+  server_.start();
+  ASSERT_EQ(driver_->devices().size(), 1U);
+  PipeWireClient observer;
+  EXPECT_EQ(observer.linkCount(), 0U);
+}
+
+TEST_F(PipeWireComingAndGoing, AHundredServersOneAfterAnother) {
+  const auto endAndBeginAnew = [&] {
+    server_.kill();
+    ASSERT_TRUE(eventually([&] { return !client_->isAlive(); }));
+    server_.start();
+    ASSERT_TRUE(eventually([&] { return client_->isAlive(); }));
+  };
+  for (int round = 0; round < 20; ++round) endAndBeginAnew();
+  const std::size_t descriptors = openDescriptors();
+  const std::size_t bytes = ::mallinfo2().uordblks;
+  for (int round = 20; round < 100; ++round) endAndBeginAnew();
+  EXPECT_LE(openDescriptors(), descriptors + 2);
+  EXPECT_LT(::mallinfo2().uordblks, bytes + std::size_t{256} * 1024);
+  EXPECT_TRUE(isHeard());
+}
+
+TEST_F(PipeWireComingAndGoing, AHundredRemovalsAndReturns) {
+  PipeWireClient hardware;
+  const auto pullAndPutBack = [&] {
+    hardware.removeCard(kCard);
+    ASSERT_TRUE(eventually([&] { return !client_->isAlive(); }));
+    hardware.addCard(kCard);
+    ASSERT_TRUE(eventually([&] { return client_->isAlive(); }));
+  };
+  for (int round = 0; round < 20; ++round) pullAndPutBack();
+  const std::size_t descriptors = openDescriptors();
+  for (int round = 20; round < 100; ++round) pullAndPutBack();
+  // The client of the test keeps something of each object that it has made; the driver does not.
+  EXPECT_LE(openDescriptors(), descriptors + 4);
+  EXPECT_TRUE(isHeard());
+}
+
+TEST_F(PipeWireComingAndGoing, AThousandChangesOfTheQuantum) {
+  PipeWireClient session;
+  for (int round = 0; round < 1000; ++round) {
+    const unsigned quantum = 64U << (static_cast<unsigned>(round) % 5);
+    session.setSetting("clock.force-quantum", std::to_string(quantum));
+  }
+  session.setSetting("clock.force-quantum", "128");
+  EXPECT_TRUE(eventually([&] { return client_->bufferFrames() == 128; }));
+  EXPECT_TRUE(client_->isAlive());
+  EXPECT_TRUE(isHeard());
+}
+
+/// Counts how often it was told.
+class CountingObserver final : public hal::DeviceObserver {
+ public:
+  void devicesChanged(hal::Driver& /*driver*/) noexcept override { told_.fetch_add(1); }
+  [[nodiscard]] int told() const { return told_; }
+
+ private:
+  std::atomic<int> told_ = 0;
+};
+
+TEST(PipeWireNews, AnObserverIsToldOfArrivalsDeparturesAndTheServersReturn) {
+  PipeWireServer server({kCard});
+  CountingObserver observer;
+  const auto driver = hal::makePipeWireDriver();
+  ASSERT_TRUE(driver->setObserver(observer));
+  ASSERT_EQ(driver->devices().size(), 1U);
+  EXPECT_TRUE(eventually([&] { return observer.told() >= 1; }));
+  PipeWireClient hardware;
+  int told = observer.told();
+  hardware.addCard({.name = "usb", .inputs = 2, .outputs = 2, .cardId = 901});
+  EXPECT_TRUE(eventually([&] { return observer.told() > told; }));
+  told = observer.told();
+  server.kill();
+  EXPECT_TRUE(eventually([&] { return observer.told() > told; }));
+  told = observer.told();
+  server.start();
+  EXPECT_TRUE(eventually([&] { return observer.told() > told; }));
+  EXPECT_EQ(driver->devices().size(), 1U);
+}
+
+}  // namespace
+}  // namespace tolvane::test

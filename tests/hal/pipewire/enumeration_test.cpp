@@ -1,0 +1,136 @@
+// The devices of a private server: what is listed, as what, in which order, and when.
+#include <algorithm>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "hal/pipewire/pipewire_driver.h"
+#include "support/pipewire_client.h"
+#include "support/pipewire_server.h"
+
+namespace tolvane::test {
+namespace {
+
+using hal::DeviceInfo;
+using hal::StreamLayout;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+
+std::vector<std::string> textsOf(const std::vector<DeviceInfo>& devices, std::string DeviceInfo::*text) {
+  std::vector<std::string> texts(devices.size());
+  std::transform(devices.begin(), devices.end(), texts.begin(),
+                 [&](const DeviceInfo& device) { return device.*text; });
+  return texts;
+}
+
+std::vector<std::string> namesOf(const std::vector<DeviceInfo>& devices) {
+  return textsOf(devices, &DeviceInfo::name);
+}
+
+std::vector<std::string> uidsOf(const std::vector<DeviceInfo>& devices) {
+  return textsOf(devices, &DeviceInfo::uid);
+}
+
+TEST(PipeWireEnumeration, SinkAndSourceOfOneCardAreOneDevice) {
+  const PipeWireServer server({{.name = "card", .inputs = 18, .outputs = 20, .cardId = 900}});
+  const auto driver = hal::makePipeWireDriver();
+  const auto devices = driver->devices();
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_EQ(devices[0].uid, "pipewire:card");
+  EXPECT_EQ(devices[0].name, "card");
+  EXPECT_EQ(devices[0].transportType, kAudioDeviceTransportTypePipeWire);
+  EXPECT_EQ(devices[0].inputStreams, StreamLayout(18, 1));
+  EXPECT_EQ(devices[0].outputStreams, StreamLayout(20, 1));
+  EXPECT_EQ(devices[0].sampleRateHz, 48000.0);
+  EXPECT_EQ(devices[0].bufferFrames, 256U);
+}
+
+TEST(PipeWireEnumeration, NodesWithoutCardAreDevicesOfTheirOwnAndMonitorsAreNone) {
+  const PipeWireServer server({{.name = "interface", .inputs = 3, .outputs = 5}});
+  const auto devices = hal::makePipeWireDriver()->devices();
+  ASSERT_EQ(devices.size(), 2U);
+  EXPECT_THAT(uidsOf(devices), ElementsAre("pipewire:interface.source", "pipewire:interface.sink"));
+  EXPECT_EQ(devices[0].inputStreams, StreamLayout(3, 1));
+  EXPECT_THAT(devices[0].outputStreams, IsEmpty());
+  EXPECT_THAT(devices[1].inputStreams, IsEmpty());
+  EXPECT_EQ(devices[1].outputStreams, StreamLayout(5, 1));
+}
+
+TEST(PipeWireEnumeration, ADuplexNodeGivesBothDirections) {
+  const PipeWireServer server({{.name = "loop", .inputs = 4, .outputs = 4, .isDuplexNode = true}});
+  const auto devices = hal::makePipeWireDriver()->devices();
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_EQ(devices[0].inputStreams, StreamLayout(4, 1));
+  EXPECT_EQ(devices[0].outputStreams, StreamLayout(4, 1));
+}
+
+TEST(PipeWireEnumeration, EqualDescriptionsAreMadeDistinct) {
+  const PipeWireServer server(
+      {{.name = "a", .inputs = 1, .outputs = 1, .description = "USB Audio", .cardId = 901},
+       {.name = "b", .inputs = 1, .outputs = 1, .description = "USB Audio", .cardId = 902}});
+  const auto devices = hal::makePipeWireDriver()->devices();
+  EXPECT_THAT(namesOf(devices), ElementsAre("USB Audio", "USB Audio (2)"));
+  EXPECT_THAT(uidsOf(devices), ElementsAre("pipewire:a", "pipewire:b"));
+}
+
+TEST(PipeWireEnumeration, TheDefaultSinksDeviceComesFirstThenTheServersOrder) {
+  const PipeWireServer server({{.name = "a", .inputs = 2, .outputs = 2, .cardId = 901},
+                               {.name = "b", .inputs = 2, .outputs = 2, .cardId = 902},
+                               {.name = "c", .inputs = 2, .outputs = 2, .cardId = 903}});
+  const auto driver = hal::makePipeWireDriver();
+  EXPECT_THAT(namesOf(driver->devices()), ElementsAre("a", "b", "c"));
+  PipeWireClient session;
+  session.setDefaultSink("c.sink");
+  EXPECT_THAT(namesOf(driver->devices()), ElementsAre("c", "a", "b"));
+  session.setDefaultSink("b.sink");
+  EXPECT_THAT(namesOf(driver->devices()), ElementsAre("b", "a", "c"));
+}
+
+TEST(PipeWireEnumeration, CardsComeAndGo) {
+  const PipeWireCard arriving{.name = "usb", .inputs = 6, .outputs = 2, .cardId = 905};
+  const PipeWireServer server({{.name = "a", .inputs = 2, .outputs = 2, .cardId = 901}});
+  const auto driver = hal::makePipeWireDriver();
+  EXPECT_THAT(namesOf(driver->devices()), ElementsAre("a"));
+  PipeWireClient hardware;
+  hardware.addCard(arriving);
+  const auto devices = driver->devices();
+  EXPECT_THAT(uidsOf(devices), ElementsAre("pipewire:a", "pipewire:usb"));
+  EXPECT_EQ(devices.back().inputStreams, StreamLayout(6, 1));
+  hardware.removeCard(arriving);
+  EXPECT_THAT(namesOf(driver->devices()), ElementsAre("a"));
+}
+
+TEST(PipeWireEnumeration, AForcedQuantumAndRateAreTheDevices) {
+  const PipeWireServer server({{.name = "a", .inputs = 2, .outputs = 2, .cardId = 901}});
+  const auto driver = hal::makePipeWireDriver();
+  PipeWireClient session;
+  session.setSetting("clock.force-quantum", "64");
+  session.setSetting("clock.force-rate", "96000");
+  const auto devices = driver->devices();
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_EQ(devices[0].bufferFrames, 64U);
+  EXPECT_EQ(devices[0].sampleRateHz, 96000.0);
+}
+
+TEST(PipeWireEnumeration, AServerThatIsKilledHasNoDevicesAndOneThatReturnsHasThemAgain) {
+  PipeWireServer server({{.name = "a", .inputs = 2, .outputs = 2, .cardId = 901}});
+  const auto driver = hal::makePipeWireDriver();
+  EXPECT_THAT(uidsOf(driver->devices()), ElementsAre("pipewire:a"));
+  server.kill();
+  EXPECT_THAT(driver->devices(), IsEmpty());
+  server.start();
+  EXPECT_THAT(uidsOf(driver->devices()), ElementsAre("pipewire:a"));
+}
+
+TEST(PipeWireEnumeration, SixtyFourChannelsEachWay) {
+  const PipeWireServer server({{.name = "large", .inputs = 64, .outputs = 64, .cardId = 901}});
+  const auto devices = hal::makePipeWireDriver()->devices();
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_EQ(devices[0].inputStreams, StreamLayout(64, 1));
+  EXPECT_EQ(devices[0].outputStreams, StreamLayout(64, 1));
+}
+
+}  // namespace
+}  // namespace tolvane::test

@@ -1,0 +1,131 @@
+// What sessions say while they run.
+#include "hal/registry/scripted_hal_test.h"
+
+namespace tolvane::test {
+
+namespace {
+
+class Sessions : public ScriptedHal {};
+
+TEST_F(Sessions, startsAndStopsReachTheDriver) {
+  const AudioObjectID device = listOne(3, 2);
+  std::atomic<int> cycles{0};
+  RegisteredProc proc(device, [&](const AudioBufferList& input, AudioBufferList& output) {
+    EXPECT_EQ(input.mNumberBuffers, 3U);
+    EXPECT_EQ(output.mNumberBuffers, 2U);
+    ++cycles;
+  });
+  EXPECT_EQ(first_.starts(), 0);
+  ASSERT_EQ(proc.start(), noErr);
+  EXPECT_EQ(first_.liveSessions(), 1);
+  EXPECT_EQ(first_.startedWith().at(0), scriptedDevice("one", 3, 2));
+  EXPECT_TRUE(first_.cycle(256));
+  EXPECT_TRUE(first_.cycle(64));
+  EXPECT_EQ(cycles.load(), 2);
+  ASSERT_EQ(proc.stop(), noErr);
+  EXPECT_EQ(first_.liveSessions(), 0);
+}
+
+TEST_F(Sessions, failedStartsGiveTheDriversStatus) {
+  const AudioObjectID device = listOne();
+  RegisteredProc proc(device, [](auto&, auto&) {});
+  for (const OSStatus status : {OSStatus{kAudioDevicePermissionsError}, OSStatus{kAudioHardwareNotReadyError},
+                                OSStatus{kAudioHardwareUnspecifiedError}}) {
+    first_.setStartStatus(status);
+    EXPECT_EQ(proc.start(), status);
+    EXPECT_EQ(proc.stop(), noErr);
+  }
+  first_.setStartStatus(noErr);
+  EXPECT_EQ(proc.start(), noErr);
+  EXPECT_EQ(first_.starts(), 1);
+}
+
+TEST_F(Sessions, overloadsAreCountedAndHeardOneByOne) {
+  const AudioObjectID device = listOne();
+  RegisteredProc proc(device, [](auto&, auto&) {});
+  Listening overloads(device, kAudioDeviceProcessorOverload);
+  ASSERT_EQ(proc.start(), noErr);
+  for (int i = 0; i < 1000; ++i) first_.overload();
+  EXPECT_EQ(valueOf<UInt32>(device, kAudioDeviceProcessorOverload), 1000U);
+  EXPECT_TRUE(overloads.hears(1000));
+  ASSERT_EQ(proc.stop(), noErr);
+  Listening afterwards(device, kAudioDeviceProcessorOverload);
+  EXPECT_EQ(overloads.count(), 1000);
+  EXPECT_EQ(afterwards.count(), 0);
+}
+
+TEST_F(Sessions, overloadsJustBeforeAStopAreHeard) {
+  const AudioObjectID device = listOne();
+  RegisteredProc proc(device, [](auto&, auto&) {});
+  Listening overloads(device, kAudioDeviceProcessorOverload);
+  ASSERT_EQ(proc.start(), noErr);
+  first_.overload();
+  ASSERT_EQ(proc.stop(), noErr);
+  EXPECT_TRUE(overloads.hears(1));
+}
+
+TEST_F(Sessions, formatsAreReadAndHeardUntilTheSessionEnds) {
+  const AudioObjectID device = listOne();
+  RegisteredProc proc(device, [](auto&, auto&) {});
+  Listening rate(device, kAudioDevicePropertyNominalSampleRate);
+  Listening frames(device, kAudioDevicePropertyBufferFrameSize);
+  ASSERT_EQ(proc.start(), noErr);
+  first_.setFormat(44100.0, 1024);
+  EXPECT_EQ(valueOf<Float64>(device, kAudioDevicePropertyNominalSampleRate), 44100.0);
+  EXPECT_EQ(valueOf<UInt32>(device, kAudioDevicePropertyBufferFrameSize), 1024U);
+  EXPECT_TRUE(rate.hears(1));
+  EXPECT_TRUE(frames.hears(1));
+  first_.setFormat(44100.0, 64);
+  EXPECT_TRUE(frames.hears(2));
+  ASSERT_EQ(proc.stop(), noErr);
+  EXPECT_EQ(valueOf<Float64>(device, kAudioDevicePropertyNominalSampleRate), 48000.0);
+  EXPECT_EQ(valueOf<UInt32>(device, kAudioDevicePropertyBufferFrameSize), 256U);
+  EXPECT_TRUE(rate.hears(2));
+  EXPECT_TRUE(frames.hears(3));
+}
+
+TEST_F(Sessions, bufferFramesAreSetThroughTheDriver) {
+  const AudioObjectID device = listOne();
+  const auto where = address(kAudioDevicePropertyBufferFrameSize);
+  const auto range = valueOf<AudioValueRange>(device, kAudioDevicePropertyBufferFrameSizeRange);
+  EXPECT_EQ(range.mMinimum, 32.0);
+  EXPECT_EQ(range.mMaximum, 4096.0);
+  Listening frames(device, kAudioDevicePropertyBufferFrameSize);
+  UInt32 wanted = 128;
+  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), noErr);
+  EXPECT_EQ(valueOf<UInt32>(device, kAudioDevicePropertyBufferFrameSize), 128U);
+  EXPECT_TRUE(frames.hears(1));
+  wanted = 31;
+  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted),
+            kAudioHardwareIllegalOperationError);
+  wanted = 512;
+  first_.setBufferFramesStatus(kAudioDevicePermissionsError);
+  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), kAudioDevicePermissionsError);
+  first_.setBufferFramesStatus(noErr);
+  first_.setting.close();
+  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), kAudioHardwareNotReadyError);
+  EXPECT_EQ(valueOf<UInt32>(device, kAudioDevicePropertyBufferFrameSize), 128U);
+  first_.setDevices({});
+  deviceList();
+  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), kAudioHardwareBadDeviceError);
+}
+
+TEST_F(Sessions, bufferFramesOfADeviceWithoutARangeCannotBeSet) {
+  auto fixed = scriptedDevice("fixed", 1, 1);
+  fixed.minBufferFrames = fixed.maxBufferFrames = 0;
+  first_.setDevices({fixed});
+  const AudioObjectID device = deviceList().at(0);
+  const auto where = address(kAudioDevicePropertyBufferFrameSize);
+  const auto range = valueOf<AudioValueRange>(device, kAudioDevicePropertyBufferFrameSizeRange);
+  EXPECT_EQ(range.mMinimum, 256.0);
+  EXPECT_EQ(range.mMaximum, 256.0);
+  UInt32 wanted = 128;
+  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted),
+            kAudioHardwareUnsupportedOperationError);
+  wanted = 256;
+  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), noErr);
+}
+
+}  // namespace
+
+}  // namespace tolvane::test

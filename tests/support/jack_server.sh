@@ -1,0 +1,49 @@
+#!/bin/sh
+# A private jackd for one test program: jack_server.sh NAME RATE_HZ BUFFER_FRAMES
+#
+# Prints jackd's process id once it takes clients, and keeps jackd until its own standard input ends, which it does however the test
+# program ends. Then jackd goes, running, stopped or dead, and nothing of it stays behind.
+name=$1 rate=$2 frames=$3
+log=$(mktemp)
+
+# A signal for the whole group of processes ends the waiting below, and not the clearing up after it.
+trap : HUP INT TERM
+
+# -S: a cycle ends when all clients are through, however long that takes on a busy machine (-t).
+serve() {
+  exec jackd -n "$name" -p 512 --no-realtime -S -t 20000 -d dummy -r "$rate" -p "$frames" </dev/null >"$log" 2>&1
+}
+
+await_clients() {
+  tries=0
+  until JACK_NO_START_SERVER=1 jack_lsp -s "$name" >/dev/null 2>&1 || [ "$tries" -ge 200 ]; do
+    sleep 0.05
+    tries=$((tries + 1))
+  done
+}
+
+serve &
+pid=$!
+await_clients
+echo "$pid"
+exec 1>&2
+cat >/dev/null
+
+kill -TERM "$pid" 2>/dev/null
+kill -CONT "$pid" 2>/dev/null
+(sleep 3; kill -KILL "$pid") </dev/null >/dev/null 2>&1 &
+guard=$!
+wait "$pid"
+status=$?
+kill "$guard" 2>/dev/null
+
+# What a killed server leaves in shared memory is cleared away by the next one of its name.
+if [ "$status" -eq 137 ]; then
+  serve &
+  pid=$!
+  await_clients
+  kill -TERM "$pid" 2>/dev/null
+  wait "$pid"
+fi
+rm -f "/dev/shm/jack_sem.$(id -u)_${name}"_*
+rm -f "$log"

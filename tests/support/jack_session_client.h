@@ -1,0 +1,48 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "core/patch_connection.h"
+#include "core/routing_context.h"
+#include "hal/driver/driver.h"
+
+namespace tolvane::test {
+
+/// The HAL's side of a session in the driver's own tests: routes by a context as the engine's callback does,
+/// and counts what it is told.
+class JackSessionClient final : public hal::SessionClient {
+ public:
+  JackSessionClient(std::int64_t inputs, std::int64_t outputs, std::span<const PatchConnection> routes);
+
+  void cycle(const hal::IoCycle& cycle) noexcept override;
+  void overload() noexcept override { ++overloads; }
+  void aliveChanged(bool isAlive) noexcept override { alive = isAlive; }
+  void formatChanged(double rateHz, std::uint32_t frames) noexcept override {
+    sampleRateHz = rateHz;
+    bufferFrames = frames;
+  }
+
+  /// Another patch, from the next cycle on. [main-thread]
+  void publish(std::span<const PatchConnection> routes) { writeConnections(&context_, routes); }
+
+  std::atomic<std::uint64_t> cycles{0};
+  std::atomic<std::uint64_t> overloads{0};
+  std::atomic<bool> alive{true};
+  std::atomic<double> sampleRateHz{0.0};
+  std::atomic<std::uint32_t> bufferFrames{0};
+
+  /// Of the last cycle, written before `cycles` is.
+  AudioTimeStamp now{};
+  AudioTimeStamp inputTime{};
+  AudioTimeStamp outputTime{};
+  std::vector<AudioBuffer> inputBuffers;
+  std::vector<AudioBuffer> outputBuffers;
+
+ private:
+  IOProcContext context_;
+};
+
+}  // namespace tolvane::test

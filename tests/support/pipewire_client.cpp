@@ -1,0 +1,265 @@
+#include "support/pipewire_client.h"
+
+#include <algorithm>
+#include <optional>
+#include <stdexcept>
+
+#include "hal/pipewire/pipewire_headers.h"
+
+namespace tolvane::test {
+
+namespace pipewire = hal::pipewire;
+
+namespace {
+
+constexpr int kPatienceSeconds = 10;
+
+class LoopLock {
+ public:
+  explicit LoopLock(pw_thread_loop* loop) : loop_(loop) { pw_thread_loop_lock(loop_); }
+  ~LoopLock() { pw_thread_loop_unlock(loop_); }
+  LoopLock(const LoopLock&) = delete;
+  LoopLock& operator=(const LoopLock&) = delete;
+
+ private:
+  pw_thread_loop* loop_;
+};
+
+std::string textOf(const spa_dict* properties, const char* key) {
+  const char* text = properties != nullptr ? spa_dict_lookup(properties, key) : nullptr;
+  return text != nullptr ? text : "";
+}
+
+std::uint32_t numberOf(const spa_dict* properties, const char* key) {
+  const std::string text = textOf(properties, key);
+  return text.empty() ? SPA_ID_INVALID : static_cast<std::uint32_t>(std::stoul(text));
+}
+
+pw_proxy* create(pw_core* core, const char* factory, const char* type, std::uint32_t version,
+                 const PipeWireProperties& properties) {
+  std::vector<spa_dict_item> items;
+  for (const auto& [key, value] : properties) items.push_back({key.c_str(), value.c_str()});
+  const spa_dict dictionary{0, static_cast<std::uint32_t>(items.size()), items.data()};
+  return pipewire::createObject(core, factory, type, version, &dictionary);
+}
+
+}  // namespace
+
+struct PipeWireClient::State {
+  struct Port {
+    std::uint32_t nodeId;
+    bool isInput;
+    unsigned index;
+  };
+
+  pw_thread_loop* loop = nullptr;
+  pw_context* context = nullptr;
+  pw_core* core = nullptr;
+  pw_registry* registry = nullptr;
+  spa_hook coreHook{};
+  spa_hook registryHook{};
+  std::map<std::uint32_t, std::string> nodes;
+  std::map<std::uint32_t, Port> ports;
+  std::map<std::uint32_t, bool> links;
+  std::map<std::string, pw_proxy*> metadata;
+  std::vector<pw_proxy*> made;  // what we had the server make; a proxy outlives what it stood for
+  int answered = -1;
+
+  void onGlobal(std::uint32_t id, const char* type, const spa_dict* properties) {
+    const std::string kind = type;
+    if (kind == PW_TYPE_INTERFACE_Node) nodes[id] = textOf(properties, PW_KEY_NODE_NAME);
+    if (kind == PW_TYPE_INTERFACE_Link) links[id] = true;
+    if (kind == PW_TYPE_INTERFACE_Port) {
+      ports[id] = {numberOf(properties, PW_KEY_NODE_ID), textOf(properties, PW_KEY_PORT_DIRECTION) == "in",
+                   numberOf(properties, PW_KEY_PORT_ID)};
+    }
+    if (kind == PW_TYPE_INTERFACE_Metadata) {
+      metadata[textOf(properties, PW_KEY_METADATA_NAME)] =
+          pipewire::bind(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA);
+    }
+    pw_thread_loop_signal(loop, false);
+  }
+
+  void onGlobalRemove(std::uint32_t id) {
+    nodes.erase(id);
+    ports.erase(id);
+    links.erase(id);
+    pw_thread_loop_signal(loop, false);
+  }
+
+  /// With the loop locked.
+  void waitUntil(const std::function<bool()>& condition, const std::string& what) const {
+    timespec deadline{};
+    pw_thread_loop_get_time(loop, &deadline, std::int64_t{kPatienceSeconds} * SPA_NSEC_PER_SEC);
+    while (!condition()) {
+      if (pw_thread_loop_timed_wait_full(loop, &deadline) != 0) {
+        throw std::runtime_error("the server has not " + what);
+      }
+    }
+  }
+
+  void roundTripLocked() {
+    const int asked = pipewire::sync(core);
+    waitUntil([&] { return answered == asked; }, "answered");
+  }
+
+  [[nodiscard]] std::optional<std::uint32_t> nodeId(const std::string& name) const {
+    for (const auto& [id, nodeName] : nodes) {
+      if (nodeName == name) return id;
+    }
+    return std::nullopt;
+  }
+
+  [[nodiscard]] std::optional<std::uint32_t> portId(const PipeWirePort& wanted) const {
+    const auto node = nodeId(wanted.node);
+    for (const auto& [id, port] : ports) {
+      if (port.nodeId == node && port.isInput == wanted.isInput && port.index == wanted.index) return id;
+    }
+    return std::nullopt;
+  }
+};
+
+PipeWireClient::PipeWireClient() : state_(std::make_unique<State>()) {
+  static const pw_core_events kCoreEvents = [] {
+    pw_core_events events{};
+    events.version = PW_VERSION_CORE_EVENTS;
+    events.done = [](void* data, std::uint32_t /*id*/, int sequence) {
+      auto& state = *static_cast<State*>(data);
+      state.answered = sequence;
+      pw_thread_loop_signal(state.loop, false);
+    };
+    return events;
+  }();
+  static const pw_registry_events kRegistryEvents = [] {
+    pw_registry_events events{};
+    events.version = PW_VERSION_REGISTRY_EVENTS;
+    events.global = [](void* data, std::uint32_t id, std::uint32_t /*permissions*/, const char* type,
+                       std::uint32_t /*version*/, const spa_dict* properties) {
+      static_cast<State*>(data)->onGlobal(id, type, properties);
+    };
+    events.global_remove = [](void* data, std::uint32_t id) {
+      static_cast<State*>(data)->onGlobalRemove(id);
+    };
+    return events;
+  }();
+  pw_init(nullptr, nullptr);
+  State& state = *state_;
+  state.loop = pw_thread_loop_new("test-client", nullptr);
+  const spa_dict_item item{PW_KEY_CONFIG_NAME, "client-rt.conf"};
+  const spa_dict properties{0, 1, &item};
+  state.context = pw_context_new(pw_thread_loop_get_loop(state.loop), pw_properties_new_dict(&properties), 0);
+  pw_thread_loop_start(state.loop);
+  const LoopLock lock(state.loop);
+  state.core = pw_context_connect(state.context, nullptr, 0);
+  if (state.core == nullptr) throw std::runtime_error("the test's client cannot connect");
+  pipewire::addListener(state.core, &state.coreHook, &kCoreEvents, &state);
+  state.registry = pipewire::getRegistry(state.core);
+  if (state.registry == nullptr) throw std::runtime_error("the test's client has no registry");
+  pipewire::addListener(state.registry, &state.registryHook, &kRegistryEvents, &state);
+  state.roundTripLocked();
+}
+
+PipeWireClient::~PipeWireClient() {
+  pw_thread_loop_stop(state_->loop);
+  for (const auto& [name, proxy] : state_->metadata) state_->made.push_back(proxy);
+  state_->made.push_back(reinterpret_cast<pw_proxy*>(state_->registry));
+  for (pw_proxy* const proxy : state_->made) {
+    if (proxy != nullptr) pw_proxy_destroy(proxy);
+  }
+  if (state_->core != nullptr) pw_core_disconnect(state_->core);
+  pw_context_destroy(state_->context);
+  pw_thread_loop_destroy(state_->loop);
+}
+
+void PipeWireClient::addNode(const PipeWireProperties& properties) {
+  const LoopLock lock(state_->loop);
+  state_->made.push_back(
+      create(state_->core, "adapter", PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, properties));
+  const std::string& name = properties.at("node.name");
+  const auto channels = std::stoul(properties.at("audio.channels"));
+  const auto isThere = [&] {
+    const auto id = state_->nodeId(name);
+    const auto ports = std::count_if(state_->ports.begin(), state_->ports.end(),
+                                     [&](const auto& entry) { return entry.second.nodeId == id; });
+    return id && ports == static_cast<std::ptrdiff_t>(2 * channels);
+  };
+  state_->waitUntil(isThere, "made " + name);
+}
+
+void PipeWireClient::addCard(const PipeWireCard& card) {
+  for (const PipeWireProperties& node : nodesOf(card)) addNode(node);
+}
+
+void PipeWireClient::removeNode(const std::string& name) {
+  const LoopLock lock(state_->loop);
+  const auto id = state_->nodeId(name);
+  if (!id) throw std::runtime_error("there is no node " + name);
+  pipewire::destroyGlobal(state_->registry, *id);
+  state_->waitUntil([&] { return !state_->nodeId(name); }, "removed " + name);
+}
+
+void PipeWireClient::removeCard(const PipeWireCard& card) {
+  for (const PipeWireProperties& node : nodesOf(card)) removeNode(node.at("node.name"));
+}
+
+void PipeWireClient::link(const PipeWirePort& from, const PipeWirePort& to) {
+  const LoopLock lock(state_->loop);
+  state_->waitUntil([&] { return state_->portId(from) && state_->portId(to); },
+                    "made the ports of " + from.node + " and " + to.node);
+  state_->made.push_back(create(state_->core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK,
+                                {{"link.output.node", std::to_string(*state_->nodeId(from.node))},
+                                 {"link.output.port", std::to_string(*state_->portId(from))},
+                                 {"link.input.node", std::to_string(*state_->nodeId(to.node))},
+                                 {"link.input.port", std::to_string(*state_->portId(to))},
+                                 {"object.linger", "false"}}));
+}
+
+void PipeWireClient::setSetting(const std::string& key, const std::string& value) {
+  const LoopLock lock(state_->loop);
+  pipewire::setProperty(reinterpret_cast<pw_metadata*>(state_->metadata.at("settings")), PW_ID_CORE,
+                        key.c_str(), nullptr, value.empty() ? nullptr : value.c_str());
+  state_->roundTripLocked();
+}
+
+void PipeWireClient::setDefaultSink(const std::string& nodeName) {
+  const std::string value = "{\"name\":\"" + nodeName + "\"}";
+  const LoopLock lock(state_->loop);
+  pipewire::setProperty(reinterpret_cast<pw_metadata*>(state_->metadata.at("default")), PW_ID_CORE,
+                        "default.audio.sink", "Spa:String:JSON", value.c_str());
+  state_->roundTripLocked();
+}
+
+std::vector<std::string> PipeWireClient::nodeNames() {
+  const LoopLock lock(state_->loop);
+  state_->roundTripLocked();
+  std::vector<std::string> names;
+  for (const auto& [id, name] : state_->nodes) names.push_back(name);
+  return names;
+}
+
+unsigned PipeWireClient::linkCount() {
+  const LoopLock lock(state_->loop);
+  state_->roundTripLocked();
+  return static_cast<unsigned>(state_->links.size());
+}
+
+void PipeWireClient::removeLinks() {
+  const LoopLock lock(state_->loop);
+  state_->roundTripLocked();
+  for (const auto& [id, isThere] : state_->links) pipewire::destroyGlobal(state_->registry, id);
+}
+
+void PipeWireClient::roundTrip() {
+  const LoopLock lock(state_->loop);
+  state_->roundTripLocked();
+}
+
+pw_core* PipeWireClient::core() const noexcept {
+  return state_->core;
+}
+
+pw_thread_loop* PipeWireClient::loop() const noexcept {
+  return state_->loop;
+}
+
+}  // namespace tolvane::test

@@ -1,0 +1,209 @@
+#include "support/pipewire_signal.h"
+
+#include <algorithm>
+#include <array>
+#include <bitset>
+#include <cmath>
+#include <mutex>
+#include <optional>
+#include <span>
+
+#include "hal/pipewire/pipewire_headers.h"
+
+namespace tolvane::test {
+
+namespace {
+
+// A sample is an odd whole number below 2^24, divided by 2^24, so that it is exact and never zero: the
+// channel in the upper bits, the frame in the lower ones.
+constexpr unsigned kFrameBits = 16;
+constexpr std::uint32_t kFrameMask = (1U << kFrameBits) - 1;
+constexpr float kScale = 16777216.0F;
+
+float sampleOf(unsigned channel, std::uint64_t frame) {
+  const std::uint32_t code = (channel << kFrameBits) | (static_cast<std::uint32_t>(frame) & kFrameMask);
+  return static_cast<float>(2 * code + 1) / kScale;
+}
+
+struct Decoded {
+  unsigned channel;
+  std::uint32_t frame;  // its lower bits
+};
+
+std::optional<Decoded> decode(float sample) {
+  const float scaled = sample * kScale;
+  if (!(scaled > 0.0F && scaled < kScale) || scaled != std::floor(scaled)) return std::nullopt;
+  const auto number = static_cast<std::uint32_t>(scaled);
+  if (number % 2 == 0) return std::nullopt;
+  return Decoded{(number / 2) >> kFrameBits, (number / 2) & kFrameMask};
+}
+
+/// The frames between a frame's lower bits and a later or earlier one, whichever is nearer.
+std::int64_t delayOf(std::uint32_t sentFrame, std::uint64_t receivedFrame) {
+  const auto difference = static_cast<std::uint32_t>(receivedFrame - sentFrame) & kFrameMask;
+  return difference > kFrameMask / 2 ? static_cast<std::int64_t>(difference) - kFrameMask - 1
+                                     : static_cast<std::int64_t>(difference);
+}
+
+/// A node with ports of one direction, calling its owner once a cycle.
+class SignalNode {
+ public:
+  using Process = void (*)(void* owner, const spa_io_clock& clock, std::span<float* const> buffers);
+
+  SignalNode(PipeWireClient& client, const std::string& name, pw_direction direction, std::size_t ports,
+             Process process, void* owner)
+      : client_(client), process_(process), owner_(owner), buffers_(ports) {
+    static const pw_filter_events kEvents = [] {
+      pw_filter_events events{};
+      events.version = PW_VERSION_FILTER_EVENTS;
+      events.process = [](void* data, spa_io_position* position) {
+        static_cast<SignalNode*>(data)->onProcess(position);
+      };
+      return events;
+    }();
+    pw_thread_loop_lock(client_.loop());
+    // It takes part in the cards' cycle even while none of its links is up.
+    const std::array<spa_dict_item, 4> items = {{{PW_KEY_NODE_NAME, name.c_str()},
+                                                 {PW_KEY_NODE_AUTOCONNECT, "false"},
+                                                 {PW_KEY_NODE_GROUP, "cards"},
+                                                 {PW_KEY_NODE_ALWAYS_PROCESS, "true"}}};
+    const spa_dict properties{0, static_cast<std::uint32_t>(items.size()), items.data()};
+    filter_ = pw_filter_new(client_.core(), name.c_str(), pw_properties_new_dict(&properties));
+    pw_filter_add_listener(filter_, &hook_, &kEvents, this);
+    for (std::size_t i = 0; i < ports; ++i) addPort(direction, i);
+    pw_filter_connect(filter_, PW_FILTER_FLAG_RT_PROCESS, nullptr, 0);
+    pw_thread_loop_unlock(client_.loop());
+  }
+
+  ~SignalNode() {
+    pw_thread_loop_lock(client_.loop());
+    pw_filter_destroy(filter_);
+    pw_thread_loop_unlock(client_.loop());
+  }
+  SignalNode(const SignalNode&) = delete;
+  SignalNode& operator=(const SignalNode&) = delete;
+
+ private:
+  void addPort(pw_direction direction, std::size_t index) {
+    const std::string name = "port_" + std::to_string(index);
+    const std::array<spa_dict_item, 2> items = {
+        {{PW_KEY_FORMAT_DSP, "32 bit float mono audio"}, {PW_KEY_PORT_NAME, name.c_str()}}};
+    const spa_dict properties{0, static_cast<std::uint32_t>(items.size()), items.data()};
+    ports_.push_back(pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS, sizeof(void*),
+                                        pw_properties_new_dict(&properties), nullptr, 0));
+  }
+
+  void onProcess(const spa_io_position* position) {
+    if (position == nullptr) return;
+    const auto frames = static_cast<std::uint32_t>(position->clock.duration);
+    for (std::size_t i = 0; i < ports_.size(); ++i) {
+      buffers_[i] = static_cast<float*>(pw_filter_get_dsp_buffer(ports_[i], frames));
+    }
+    process_(owner_, position->clock, buffers_);
+  }
+
+  PipeWireClient& client_;
+  Process process_;
+  void* owner_;
+  pw_filter* filter_ = nullptr;
+  spa_hook hook_{};
+  std::vector<void*> ports_;
+  std::vector<float*> buffers_;
+};
+
+}  // namespace
+
+struct SignalFeeder::State {
+  std::optional<SignalNode> node;
+
+  static void process(void* /*owner*/, const spa_io_clock& clock, std::span<float* const> buffers) {
+    for (unsigned channel = 0; channel < buffers.size(); ++channel) {
+      if (buffers[channel] == nullptr) continue;
+      for (std::uint64_t i = 0; i < clock.duration; ++i) {
+        buffers[channel][i] = sampleOf(channel, clock.position + i);
+      }
+    }
+  }
+};
+
+SignalFeeder::SignalFeeder(PipeWireClient& client, const std::string& nodeName, unsigned channels)
+    : state_(std::make_unique<State>()) {
+  state_->node.emplace(client, nodeName, PW_DIRECTION_OUTPUT, channels, &State::process, state_.get());
+}
+
+SignalFeeder::~SignalFeeder() = default;
+
+struct SignalRecorder::State {
+  explicit State(const std::vector<int>& expectedChannels)
+      : channels(expectedChannels), received(expectedChannels.size()) {}
+
+  std::vector<int> channels;
+  // A lock on the graph's thread is well enough for a test, and gives whole cycles.
+  mutable std::mutex mutex;
+  std::vector<ReceivedSignal> received;
+  std::bitset<8193> cycleFrames;
+  std::optional<SignalNode> node;
+
+  static void process(void* owner, const spa_io_clock& clock, std::span<float* const> buffers) {
+    auto& state = *static_cast<State*>(owner);
+    const std::lock_guard lock(state.mutex);
+    state.cycleFrames.set(std::min<std::uint64_t>(clock.duration, 8192));
+    for (std::size_t i = 0; i < buffers.size(); ++i) {
+      record(state.received[i], state.channels[i], clock, buffers[i]);
+    }
+  }
+
+  static void record(ReceivedSignal& received, int channel, const spa_io_clock& clock, const float* samples) {
+    received.frames += clock.duration;
+    for (std::uint64_t i = 0; i < clock.duration; ++i) {
+      const float sample = samples != nullptr ? samples[i] : 0.0F;
+      recordSample(received, channel, clock.position + i, sample);
+    }
+  }
+
+  static void recordSample(ReceivedSignal& received, int channel, std::uint64_t frame, float sample) {
+    if (sample == 0.0F) {
+      ++(channel < 0 ? received.rightFrames : received.missingFrames);
+      return;
+    }
+    const auto decoded = decode(sample);
+    if (!decoded || static_cast<int>(decoded->channel) != channel) {
+      ++received.wrongFrames;
+      return;
+    }
+    const std::int64_t delay = delayOf(decoded->frame, frame);
+    const bool isFirst = received.rightFrames++ == 0;
+    received.minDelayFrames = isFirst ? delay : std::min(received.minDelayFrames, delay);
+    received.maxDelayFrames = isFirst ? delay : std::max(received.maxDelayFrames, delay);
+  }
+};
+
+SignalRecorder::SignalRecorder(PipeWireClient& client, const std::string& nodeName,
+                               const std::vector<int>& channels)
+    : state_(std::make_unique<State>(channels)) {
+  state_->node.emplace(client, nodeName, PW_DIRECTION_INPUT, channels.size(), &State::process, state_.get());
+}
+
+SignalRecorder::~SignalRecorder() = default;
+
+void SignalRecorder::reset() {
+  const std::lock_guard lock(state_->mutex);
+  std::fill(state_->received.begin(), state_->received.end(), ReceivedSignal{});
+  state_->cycleFrames.reset();
+}
+
+std::vector<ReceivedSignal> SignalRecorder::received() const {
+  const std::lock_guard lock(state_->mutex);
+  return state_->received;
+}
+
+std::vector<std::uint32_t> SignalRecorder::cycleFrames() const {
+  const std::lock_guard lock(state_->mutex);
+  std::vector<std::uint32_t> counts;
+  for (std::uint32_t frames = 0; frames < state_->cycleFrames.size(); ++frames) {
+    if (state_->cycleFrames.test(frames)) counts.push_back(frames);
+  }
+  return counts;
+}
+
+}  // namespace tolvane::test

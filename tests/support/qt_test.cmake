@@ -1,0 +1,40 @@
+include_guard(DIRECTORY)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets Test)
+
+if(NOT TARGET qt_test_precompiled)
+  add_executable(qt_test_precompiled EXCLUDE_FROM_ALL ${CMAKE_SOURCE_DIR}/tests/support/precompiled_main.cpp)
+  target_compile_options(qt_test_precompiled PRIVATE -O1 -g1)
+  target_link_libraries(qt_test_precompiled PRIVATE Qt6::Widgets GTest::gmock)
+  target_precompile_headers(qt_test_precompiled PRIVATE
+    <gmock/gmock.h> <gtest/gtest.h> <QImage> <QPainter> <QWidget>)
+endif()
+
+# tolvane_qt_test(<name> SOURCES ... LINK ... [SCALES ...] [LABELS ...] [TIMEOUT s]): one test program on the
+# offscreen platform, run once for every display scale (1 unless said otherwise). Sources are given with paths;
+# "scale 2/" and the like stand before the names of the cases at other scales.
+function(tolvane_qt_test name)
+  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;SCALES;LABELS" ${ARGN})
+  if(NOT TEST_SCALES)
+    set(TEST_SCALES 1)
+  endif()
+  if(NOT TEST_TIMEOUT)
+    set(TEST_TIMEOUT 120)
+  endif()
+  add_executable(${name} ${TEST_SOURCES} ${CMAKE_SOURCE_DIR}/tests/support/qt_main.cpp)
+  target_include_directories(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests)
+  target_link_libraries(${name} PRIVATE ${TEST_LINK} Qt6::Widgets Qt6::Test GTest::gmock)
+  tolvane_test_options(${name} qt_test_precompiled)
+  foreach(scale IN LISTS TEST_SCALES)
+    set(prefix "")
+    if(NOT scale EQUAL 1)
+      set(prefix "scale ${scale}/")
+    endif()
+    # Two properties for two variables: a list does not survive the way through test discovery.
+    set(properties TIMEOUT ${TEST_TIMEOUT} ENVIRONMENT QT_QPA_PLATFORM=offscreen
+        ENVIRONMENT_MODIFICATION QT_SCALE_FACTOR=set:${scale})
+    if(TEST_LABELS)
+      list(APPEND properties LABELS ${TEST_LABELS})
+    endif()
+    gtest_discover_tests(${name} TEST_PREFIX ${prefix} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
+  endforeach()
+endfunction()

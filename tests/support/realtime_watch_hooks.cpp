@@ -1,0 +1,29 @@
+// The watch in sanitized builds.
+#include <cstddef>
+
+#include "support/realtime_watch.h"
+
+// Not every compiler installs the sanitizer's header that declares it.
+extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
+                                                         void (*onFree)(const volatile void*));
+
+namespace tolvane::test {
+
+bool watchesBlockingCalls() {
+  return false;
+}
+
+namespace {
+
+void onMalloc(const volatile void* /*block*/, std::size_t /*size*/) {
+  noteAllocation();
+}
+
+void onFree(const volatile void* /*block*/) {
+  noteFree();
+}
+
+[[maybe_unused]] const int kInstalled = __sanitizer_install_malloc_and_free_hooks(onMalloc, onFree);
+
+}  // namespace
+}  // namespace tolvane::test
