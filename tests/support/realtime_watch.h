@@ -13,9 +13,6 @@ struct RealtimeReport {
   const char* firstBlockingCall = nullptr;  // its name, or null
 };
 
-/// Whether this build sees blocking calls.
-[[nodiscard]] bool watchesBlockingCalls();
-
 /// From its making to `report`, every allocation, release and blocking call of this thread is counted. One at
 /// a time on a thread.
 class RealtimeWatch {

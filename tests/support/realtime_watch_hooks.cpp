@@ -9,10 +9,6 @@ extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const 
 
 namespace tolvane::test {
 
-bool watchesBlockingCalls() {
-  return false;
-}
-
 namespace {
 
 void onMalloc(const volatile void* /*block*/, std::size_t /*size*/) {

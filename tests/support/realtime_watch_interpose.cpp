@@ -16,13 +16,7 @@
 
 #include "support/realtime_watch.h"
 
-namespace tolvane::test {
-
-bool watchesBlockingCalls() {
-  return true;
-}
-
-}  // namespace tolvane::test
+namespace tolvane::test {}  // namespace tolvane::test
 
 using tolvane::test::noteAllocation;
 using tolvane::test::noteBlockingCall;
