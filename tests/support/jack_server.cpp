@@ -17,7 +17,7 @@
 #include <unistd.h>
 
 #include "core/fatal.h"
-#include "support/jack_eventually.h"
+#include "support/eventually.h"
 
 extern char** environ;
 

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 #include <jack/midiport.h>
 
-#include "support/jack_eventually.h"
+#include "support/eventually.h"
 
 #if defined(__SANITIZE_THREAD__)
 // Clients hand samples to each other through the server's shared memory, one after the other as the server's

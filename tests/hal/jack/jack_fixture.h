@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "hal/jack/jack_driver.h"
-#include "support/jack_eventually.h"
+#include "support/eventually.h"
 #include "support/jack_server.h"
 #include "support/jack_session_client.h"
 #include "support/jack_test_client.h"

@@ -5,6 +5,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "hal/pipewire/listed_devices.h"
 #include "hal/pipewire/patch_rig.h"
 #include "hal/pipewire/pipewire_driver.h"
 #include "hal/pipewire/routing_client.h"
@@ -31,7 +32,7 @@ std::chrono::steady_clock::duration timeOf(const Action& action) {
 TEST(PipeWireHungServer, ItsDevicesAreLeftOutInTimeUntilItAnswersAgain) {
   PipeWireServer server({kCard});
   const auto driver = hal::makePipeWireDriver();
-  ASSERT_EQ(driver->devices().size(), 1U);
+  ASSERT_EQ(listedDevices(*driver, 1).size(), 1U);
   server.hang();
   for (int call = 0; call < 5; ++call) {
     std::vector<hal::DeviceInfo> devices;
@@ -56,7 +57,7 @@ TEST(PipeWireHungServer, OneThatHangsBeforeItIsAskedAtAllHasNoDevices) {
 TEST(PipeWireHungServer, AStartIsRefusedAsNotReady) {
   PipeWireServer server({kCard});
   const auto driver = hal::makePipeWireDriver();
-  const auto device = driver->devices().at(0);
+  const auto device = onlyDevice(*driver);
   server.hang();
   RoutingClient client(device, {});
   EXPECT_EQ(driver->start(device, client).status, kAudioHardwareNotReadyError);
@@ -68,7 +69,7 @@ TEST(PipeWireHungServer, AStartIsRefusedAsNotReady) {
 TEST(PipeWireHungServer, AStopEndsInTimeAndTheClientIsCalledNoMore) {
   PipeWireServer server({kCard});
   const auto driver = hal::makePipeWireDriver();
-  const auto device = driver->devices().at(0);
+  const auto device = onlyDevice(*driver);
   RoutingClient client(device, {});
   hal::StartResult started = driver->start(device, client);
   ASSERT_EQ(started.status, noErr);

@@ -2,30 +2,18 @@
 #pragma once
 
 #include <algorithm>
-#include <chrono>
-#include <functional>
-#include <thread>
 #include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "core/patch_connection.h"
+#include "support/eventually.h"
 #include "support/pipewire_client.h"
 #include "support/pipewire_server.h"
 #include "support/pipewire_signal.h"
 
 namespace tolvane::test {
-
-/// Waits for what must come; the limit only ends a test that has failed.
-inline bool eventually(const std::function<bool()>& condition) {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > limit) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(5));
-  }
-  return true;
-}
 
 /// For each of the outputs the one input that is routed to it, or -1.
 inline std::vector<int> sourcesOf(const std::vector<PatchConnection>& routes, std::size_t outputs) {

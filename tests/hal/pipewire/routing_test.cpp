@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "hal/pipewire/listed_devices.h"
 #include "hal/pipewire/patch_rig.h"
 #include "hal/pipewire/pipewire_driver.h"
 #include "hal/pipewire/routing_client.h"
@@ -57,7 +58,7 @@ TEST_P(PipeWireRouting, EverySampleOnItsOutputInItsCycleWhileTheQuantumChanges) 
   const PipeWireCard card{.name = "card", .inputs = inputs, .outputs = outputs, .cardId = 900};
   const PipeWireServer server({card}, PipeWirePace::unpaced);
   const auto driver = hal::makePipeWireDriver();
-  const auto devices = driver->devices();
+  const auto devices = listedDevices(*driver, 1);
   ASSERT_EQ(devices.size(), 1U);
   const auto routes = crossed(inputs, outputs);
   ASSERT_EQ(routes.size(), 64U);
@@ -89,7 +90,7 @@ TEST(PipeWireRoutingPace, AServerAtTheMachinesPaceGivesTheSuggestedCycleAndTheSe
   const PipeWireCard card{.name = "card", .inputs = 2, .outputs = 2, .cardId = 900};
   const PipeWireServer server({card});
   const auto driver = hal::makePipeWireDriver();
-  const auto device = driver->devices().at(0);
+  const auto device = onlyDevice(*driver);
   const auto routes = straightThrough(2);
   RoutingClient client(device, routes);
   PatchRig rig(card, routes);
@@ -104,11 +105,11 @@ TEST(PipeWireRoutingPace, TheCycleLengthCanBeSetBeforeAndWhileItRuns) {
   const PipeWireCard card{.name = "card", .inputs = 2, .outputs = 2, .cardId = 900};
   const PipeWireServer server({card});
   const auto driver = hal::makePipeWireDriver();
-  const auto device = driver->devices().at(0);
+  const auto device = onlyDevice(*driver);
   EXPECT_EQ(device.minBufferFrames, 32U);
   EXPECT_EQ(device.maxBufferFrames, 2048U);
   ASSERT_EQ(driver->setBufferFrames(device, 512), noErr);
-  EXPECT_EQ(driver->devices().at(0).bufferFrames, 512U);
+  EXPECT_EQ(onlyDevice(*driver).bufferFrames, 512U);
   RoutingClient client(device, {});
   const hal::StartResult started = driver->start(device, client);
   ASSERT_EQ(started.status, noErr);
@@ -122,7 +123,7 @@ TEST(PipeWireRoutingPace, TheUsersOwnSettingOverridesOurs) {
   const PipeWireServer server({card});
   ::setenv("PIPEWIRE_LATENCY", "128/48000", 1);
   const auto driver = hal::makePipeWireDriver();
-  const auto device = driver->devices().at(0);
+  const auto device = onlyDevice(*driver);
   RoutingClient client(device, {});
   const hal::StartResult started = driver->start(device, client);
   ::unsetenv("PIPEWIRE_LATENCY");
@@ -134,7 +135,7 @@ TEST(PipeWireRoutingPace, AfterAStopTheClientIsCalledNoMoreAndNothingOfOursIsLef
   const PipeWireCard card{.name = "card", .inputs = 4, .outputs = 4, .cardId = 900};
   const PipeWireServer server({card});
   const auto driver = hal::makePipeWireDriver();
-  const auto device = driver->devices().at(0);
+  const auto device = onlyDevice(*driver);
   PipeWireClient observer;
   const auto nodesBefore = observer.nodeNames();
   for (int run = 0; run < 20; ++run) {
@@ -153,7 +154,7 @@ TEST(PipeWireRoutingPace, AfterAStopTheClientIsCalledNoMoreAndNothingOfOursIsLef
 TEST(PipeWireRoutingPace, ADeviceThatIsNotThereIsABadDevice) {
   const PipeWireServer server({{.name = "card", .inputs = 4, .outputs = 4, .cardId = 900}});
   const auto driver = hal::makePipeWireDriver();
-  hal::DeviceInfo device = driver->devices().at(0);
+  hal::DeviceInfo device = onlyDevice(*driver);
   RoutingClient client(device, {});
   hal::DeviceInfo other = device;
   other.uid = "pipewire:other";

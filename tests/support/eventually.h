@@ -1,3 +1,4 @@
+// Waiting for what must come.
 #pragma once
 
 #include <chrono>
@@ -14,6 +15,12 @@ bool eventually(std::chrono::milliseconds timeout, Predicate done) {
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
   return true;
+}
+
+/// The same with a limit that only ends a test that has failed.
+template <class Predicate>
+bool eventually(Predicate done) {
+  return eventually(std::chrono::seconds(30), done);
 }
 
 }  // namespace tolvane::test
