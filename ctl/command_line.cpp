@@ -21,7 +21,7 @@ constexpr const char* kPatchHelp = "the patch file";
 
 /// What the arguments are read into.
 struct Arguments {
-  bool json = false;
+  DevicesOptions devices;
   std::vector<std::string> checkedPaths;
   RenderOptions render;
   RunOptions run;
@@ -29,8 +29,9 @@ struct Arguments {
 
 void declareDevices(CLI::App& program, Arguments& arguments, ExitStatus& status) {
   CLI::App* command = program.add_subcommand("devices", "List the audio devices");
-  command->add_flag("--json", arguments.json, "as a JSON array");
-  command->callback([&] { status = devicesCommand(arguments.json); });
+  command->add_flag("--json", arguments.devices.json, "as a JSON array; with --watch one object a line");
+  command->add_flag("--watch", arguments.devices.watch, "then tell of those that come and go");
+  command->callback([&] { status = devicesCommand(arguments.devices); });
 }
 
 void declareCheck(CLI::App& program, Arguments& arguments, ExitStatus& status) {
@@ -74,6 +75,9 @@ void declareRun(CLI::App& program, Arguments& arguments, ExitStatus& status) {
   command->add_option("--patch", options.patchPath, kPatchHelp)->required()->type_name("FILE");
   command->add_option("--device", options.device, "name, part of a name, or id [the first device]")
       ->type_name("NAME|ID");
+  command->add_option("--buffer", options.bufferFrames, "frames a cycle, set on the device [as it is]")
+      ->check(CLI::Range(1, 65536))
+      ->type_name("FRAMES");
   command->add_flag("--watch", options.watch, "take over the patch whenever its file changes");
   command->add_flag("--meters", options.meters, "show the levels of the routed channels");
   command->add_option("--seconds", options.seconds, "stop by itself after this time")

@@ -53,6 +53,15 @@ nlohmann::ordered_json jsonOf(const DeviceDetails& device) {
           {"bufferFrames", orNull(device.bufferFrames)}};
 }
 
+std::string textOf(const nlohmann::ordered_json& json, int indent) {
+  // A name is the hardware's own text and need not be UTF-8.
+  return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+}
+
+std::string counted(std::int64_t count, const std::string& unit) {
+  return std::to_string(count) + ' ' + unit + (count == 1 ? "" : "s");
+}
+
 }  // namespace
 
 std::string transportName(std::uint32_t transportType) {
@@ -103,8 +112,20 @@ std::string deviceTable(const std::vector<DeviceDetails>& devices) {
 std::string deviceJson(const std::vector<DeviceDetails>& devices) {
   auto array = nlohmann::ordered_json::array();
   for (const DeviceDetails& device : devices) array.push_back(jsonOf(device));
-  // A name is the hardware's own text and need not be UTF-8.
-  return array.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
+  return textOf(array, 2);
+}
+
+std::string deviceEventLine(const std::string& event, const DeviceDetails& device) {
+  const AudioDeviceInfo& info = device.info;
+  return event + ": " + std::to_string(info.id) + "  " + TextTable::printable(info.name) + "  (" +
+         counted(info.inputChannels, "input") + ", " + counted(info.outputChannels, "output") + ", " +
+         device.driver + ")\n";
+}
+
+std::string deviceEventJson(const std::string& event, const DeviceDetails& device) {
+  nlohmann::ordered_json object = {{"event", event}};
+  object.update(jsonOf(device));
+  return textOf(object, -1);
 }
 
 }  // namespace tolvane::ctl

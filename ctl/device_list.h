@@ -31,4 +31,9 @@ struct DeviceDetails {
 /// As a JSON array of objects, ended by a line feed; what a device does not tell is null. [not-io]
 [[nodiscard]] std::string deviceJson(const std::vector<DeviceDetails>& devices);
 
+/// What has happened to one device, as a line for people, and as a JSON object on a line with the member
+/// "event" before those of the list. [not-io]
+[[nodiscard]] std::string deviceEventLine(const std::string& event, const DeviceDetails& device);
+[[nodiscard]] std::string deviceEventJson(const std::string& event, const DeviceDetails& device);
+
 }  // namespace tolvane::ctl

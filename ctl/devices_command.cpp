@@ -3,13 +3,15 @@
 #include <cstdio>
 
 #include "ctl/device_list.h"
+#include "ctl/device_watch.h"
 
 namespace tolvane::ctl {
 
-ExitStatus devicesCommand(bool json) {
+ExitStatus devicesCommand(const DevicesOptions& options) {
+  if (options.watch) return watchDevices(options.json);
   const CoreAudioEngine engine;
   const std::vector<DeviceDetails> devices = listDevices(engine);
-  std::fputs((json ? deviceJson(devices) : deviceTable(devices)).c_str(), stdout);
+  std::fputs((options.json ? deviceJson(devices) : deviceTable(devices)).c_str(), stdout);
   return ExitStatus::done;
 }
 

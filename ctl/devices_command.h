@@ -4,7 +4,12 @@
 
 namespace tolvane::ctl {
 
-/// Prints the audio devices, as a table or as JSON. [main-thread]
-[[nodiscard]] ExitStatus devicesCommand(bool json);
+struct DevicesOptions {
+  bool json = false;   // instead of a table
+  bool watch = false;  // go on as watchDevices does
+};
+
+/// Prints the audio devices. [main-thread]
+[[nodiscard]] ExitStatus devicesCommand(const DevicesOptions& options);
 
 }  // namespace tolvane::ctl

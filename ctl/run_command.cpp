@@ -2,6 +2,7 @@
 
 #include <csignal>
 
+#include "ctl/buffer_size.h"
 #include "ctl/device_choice.h"
 #include "ctl/live_session.h"
 
@@ -17,6 +18,9 @@ ExitStatus runCommand(const RunOptions& options) {
 
   const DeviceChoice device = chooseDevice(CoreAudioEngine().getAllDevices(), options.device);
   if (!device) return fail(device.error());
+  if (options.bufferFrames) {
+    if (const auto failure = setBufferFrames(device.value(), *options.bufferFrames)) return fail(*failure);
+  }
   return LiveSession(options, device.value(), patch, routes.value(), signals).run();
 }
 

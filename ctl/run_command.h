@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -9,7 +10,8 @@ namespace tolvane::ctl {
 
 struct RunOptions {
   std::string patchPath;
-  std::string device;  // as chooseDevice takes it; empty: the first
+  std::string device;                         // as chooseDevice takes it; empty: the first
+  std::optional<std::uint32_t> bufferFrames;  // none: as the device has it
   bool watch = false;
   bool meters = false;
   std::optional<double> seconds;  // none: until a signal

@@ -1,6 +1,7 @@
 #include "ctl/text_table.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace tolvane::ctl {
 
@@ -19,9 +20,14 @@ bool isControl(char byte) {
 
 }  // namespace
 
+std::string TextTable::printable(std::string text) {
+  std::replace_if(text.begin(), text.end(), isControl, '?');
+  return text;
+}
+
 void TextTable::addRow(std::vector<std::string> cells) {
   cells.resize(columns_.size());
-  for (std::string& cell : cells) std::replace_if(cell.begin(), cell.end(), isControl, '?');
+  for (std::string& cell : cells) cell = printable(std::move(cell));
   rows_.push_back(std::move(cells));
 }
 

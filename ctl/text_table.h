@@ -15,9 +15,12 @@ class TextTable {
     Align align = Align::left;
   };
 
+  /// The text with its control characters, which would drive the terminal, as "?".
+  [[nodiscard]] static std::string printable(std::string text);
+
   explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
-  /// One cell a column. Control characters, which would drive the terminal, are shown as "?".
+  /// One cell a column, each shown as printable() has it.
   void addRow(std::vector<std::string> cells);
 
   /// The titles and the rows, each line ended by a line feed and without blanks before it.

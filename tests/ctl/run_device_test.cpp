@@ -92,6 +92,72 @@ TEST_F(RunDevice, SaysThatTheDeviceWentAndCameBack) {
   EXPECT_EQ(err_, "tolvanectl: Box: is gone; waiting for it to come back\ntolvanectl: Box: is back\n");
 }
 
+TEST_F(RunDevice, SetsTheBufferBeforeTheStart) {
+  hal_.devices[0].bufferFramesRange = {32.0, 2048.0};
+  options_.bufferFrames = 128;
+  std::size_t setAt = 0;
+  std::size_t startedAt = 0;
+  hal_.onCall = [&](const std::string& call) {
+    if (call == "AudioObjectSetPropertyData(7, fsiz glob 0, 128)") setAt = hal_.calls().size();
+    if (!call.starts_with("AudioDeviceStart")) return;
+    startedAt = hal_.calls().size();
+    end();
+  };
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_EQ(err_, "");
+  EXPECT_EQ(hal_.devices[0].bufferFrames, 128U);
+  EXPECT_GT(setAt, 0U);
+  EXPECT_GT(startedAt, setAt);
+}
+
+TEST_F(RunDevice, LeavesTheBufferAloneUnasked) {
+  atStart([] { end(); });
+  EXPECT_EQ(run(), ExitStatus::done);
+  for (const std::string& call : hal_.calls()) EXPECT_FALSE(call.starts_with("AudioObjectSetPropertyData"));
+}
+
+class RefusedBuffer : public RunDevice {
+ protected:
+  /// Runs, which ends without a start.
+  std::string message(std::uint32_t frames) {
+    options_.bufferFrames = frames;
+    EXPECT_EQ(run(), ExitStatus::failed);
+    for (const std::string& call : hal_.calls()) EXPECT_FALSE(call.starts_with("AudioDeviceStart"));
+    return err_;
+  }
+};
+
+TEST_F(RefusedBuffer, OutOfTheRange) {
+  hal_.devices[0].bufferFramesRange = {32.0, 2048.0};
+  EXPECT_EQ(message(31), "tolvanectl: Box: a buffer of 31 frames is out of its range, 32 to 2048 frames\n");
+  EXPECT_EQ(message(2049),
+            "tolvanectl: Box: a buffer of 2049 frames is out of its range, 32 to 2048 frames\n");
+}
+
+TEST_F(RefusedBuffer, OfADeviceThatHasOneSizeAlone) {
+  EXPECT_EQ(message(256), "tolvanectl: Box: its buffer size cannot be set, and is 512 frames\n");
+}
+
+TEST_F(RefusedBuffer, OfADeviceThatDoesNotSayWhatItTakes) {
+  hal_.failProperty(test::HalCall::getPropertyData, 7, kAudioDevicePropertyBufferFrameSizeRange,
+                    kAudioObjectPropertyScopeGlobal, kAudioHardwareUnknownPropertyError);
+  EXPECT_EQ(message(256), "tolvanectl: Box: its buffer size cannot be set\n");
+}
+
+TEST_F(RefusedBuffer, ByTheDevice) {
+  hal_.devices[0].bufferFramesRange = {32.0, 2048.0};
+  hal_.answerNext(test::HalCall::setPropertyData, -50);
+  EXPECT_EQ(message(256), "tolvanectl: Box: a buffer of 256 frames is refused (-50)\n");
+}
+
+TEST_F(RefusedBuffer, ThatTheDeviceMakesAnother) {
+  hal_.devices[0].bufferFramesRange = {32.0, 2048.0};
+  hal_.onCall = [this](const std::string& call) {
+    if (call.starts_with("AudioObjectGetPropertyData(7, fsiz")) hal_.devices[0].bufferFrames = 240;
+  };
+  EXPECT_EQ(message(256), "tolvanectl: Box: takes a buffer of 240 frames instead of 256\n");
+}
+
 TEST_F(RunDevice, LeavesNothingBehindInTheHal) {
   atStart([] { end(); });
   EXPECT_EQ(run(), ExitStatus::done);

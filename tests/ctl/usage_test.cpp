@@ -27,7 +27,7 @@ TEST(Usage, HelpNamesEveryCommandOnStandardOutput) {
 TEST(Usage, HelpOfACommandNamesItsOptions) {
   const Finished run = runProgram({"run", "--help"});
   EXPECT_EQ(run.status, 0);
-  for (const char* option : {"--patch", "--device", "--watch", "--meters", "--seconds"}) {
+  for (const char* option : {"--patch", "--device", "--buffer", "--watch", "--meters", "--seconds"}) {
     EXPECT_THAT(run.out, HasSubstr(option));
   }
 }
@@ -56,7 +56,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Words{"render", "--patch", "p.json", "--outputs", "0", "in.wav", "out.wav"},
                     Words{"render", "--patch", "p.json", "--outputs", "1025", "in.wav", "out.wav"},
                     Words{"render", "--patch", "p.json", "--outputs", "-1", "in.wav", "out.wav"},
-                    Words{"run"}, Words{"run", "--patch"},
+                    Words{"devices", "--watch", "2"}, Words{"run"}, Words{"run", "--patch"},
+                    Words{"run", "--patch", "p.json", "--buffer"},
+                    Words{"run", "--patch", "p.json", "--buffer", "0"},
+                    Words{"run", "--patch", "p.json", "--buffer", "-256"},
+                    Words{"run", "--patch", "p.json", "--buffer", "2.5"},
+                    Words{"run", "--patch", "p.json", "--buffer", "65537"},
                     Words{"run", "--patch", "p.json", "--seconds", "0"},
                     Words{"run", "--patch", "p.json", "--seconds", "-1"},
                     Words{"run", "--patch", "p.json", "--seconds", "nan"},

@@ -74,6 +74,8 @@ std::optional<Bytes> globalValue(const ScriptedDevice& device, AudioObjectProper
       return bytesOf(device.sampleRate);
     case kAudioDevicePropertyBufferFrameSize:
       return bytesOf(device.bufferFrames);
+    case kAudioDevicePropertyBufferFrameSizeRange:
+      return bytesOf(device.bufferFramesRange);
     case kAudioDevicePropertyDeviceIsAlive:
       return bytesOf(UInt32{device.alive ? 1U : 0U});
     case kAudioDevicePropertyTransportType:
@@ -170,6 +172,23 @@ OSStatus ScriptedHal::propertyData(AudioObjectID object, const AudioObjectProper
   size = std::min(size, static_cast<UInt32>(value->size()));
   std::memcpy(data, value->data(), size);
   return failure != nullptr ? failure->status : noErr;
+}
+
+OSStatus ScriptedHal::setPropertyData(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                                      UInt32 size, const void* data) {
+  UInt32 value = 0;
+  if (size != sizeof value) return kAudioHardwareBadPropertySizeError;
+  std::memcpy(&value, data, sizeof value);
+  log("AudioObjectSetPropertyData(" + describe(object, address) + ", " + std::to_string(value) + ")");
+  const OSStatus status = nextStatus(HalCall::setPropertyData);
+  if (status != noErr) return status;
+  const auto device = std::find_if(devices.begin(), devices.end(),
+                                   [object](const ScriptedDevice& d) { return d.id == object; });
+  if (device == devices.end()) return kAudioHardwareBadObjectError;
+  if (address.mSelector != kAudioDevicePropertyBufferFrameSize)
+    return kAudioHardwareUnsupportedOperationError;
+  device->bufferFrames = value;
+  return noErr;
 }
 
 OSStatus ScriptedHal::addListener(AudioObjectID object, const AudioObjectPropertyAddress& address,
@@ -284,6 +303,13 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPrope
   if (current == nullptr) return kAudioHardwareNotReadyError;
   const bool qualified = qualifierDataSize != 0 || qualifierData != nullptr;
   return current->propertyData(object, *address, qualified, *dataSize, data);
+}
+
+OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
+                                    UInt32 /*qualifierDataSize*/, const void* /*qualifierData*/,
+                                    UInt32 dataSize, const void* data) {
+  if (current == nullptr) return kAudioHardwareNotReadyError;
+  return current->setPropertyData(object, *address, dataSize, data);
 }
 
 OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,

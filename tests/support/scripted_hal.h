@@ -25,6 +25,7 @@ struct ScriptedDevice {
   std::string uid = {};
   Float64 sampleRate = 48000.0;
   UInt32 bufferFrames = 512;
+  AudioValueRange bufferFramesRange = {512.0, 512.0};
   bool alive = true;
   UInt32 transport = kAudioDeviceTransportTypeVirtual;
 };
@@ -32,6 +33,7 @@ struct ScriptedDevice {
 enum class HalCall {
   getPropertyDataSize,
   getPropertyData,
+  setPropertyData,
   addPropertyListener,
   removePropertyListener,
   createIOProcID,
@@ -66,7 +68,8 @@ class ScriptedHal {
   /// The calls so far, in order, as texts:
   ///   AudioObjectGetPropertyDataSize(1, dev# glob 0)
   ///   AudioObjectGetPropertyData(1, dev# glob 0, size 8)
-  ///   AudioObjectAddPropertyListener(7, livn glob 0), AudioObjectRemovePropertyListener(7, livn glob 0)
+  ///   AudioObjectSetPropertyData(7, fsiz glob 0, 256), which sets the device's frames a cycle and nothing
+  ///   else AudioObjectAddPropertyListener(7, livn glob 0), AudioObjectRemovePropertyListener(7, livn glob 0)
   ///   AudioDeviceCreateIOProcID(7), AudioDeviceStart(7, proc 1), AudioDeviceStop(7, proc 1),
   ///   AudioDeviceDestroyIOProcID(7, proc 1)
   /// A property query that passes a qualifier ends in ", qualifier" before the parenthesis.
@@ -81,8 +84,8 @@ class ScriptedHal {
   /// Makes the size query of the property say `bytes`, whatever its value takes.
   void reportSize(AudioObjectID object, AudioObjectPropertySelector selector, AudioObjectPropertyScope scope,
                   UInt32 bytes);
-  /// Lines up the status of a coming create, start, stop or destroy; with none lined up the call succeeds. A
-  /// stop or destroy that is to fail takes effect all the same.
+  /// Lines up the status of a coming set, create, start, stop or destroy; with none lined up the call
+  /// succeeds. A stop or destroy that is to fail takes effect all the same.
   void answerNext(HalCall call, OSStatus status);
   /// Makes the next registration succeed without handing out an identifier.
   void withholdNextProcID() { withholdsProcID_ = true; }
@@ -99,6 +102,8 @@ class ScriptedHal {
                             UInt32& size);
   OSStatus propertyData(AudioObjectID object, const AudioObjectPropertyAddress& address, bool qualified,
                         UInt32& size, void* data);
+  OSStatus setPropertyData(AudioObjectID object, const AudioObjectPropertyAddress& address, UInt32 size,
+                           const void* data);
   OSStatus addListener(AudioObjectID object, const AudioObjectPropertyAddress& address,
                        AudioObjectPropertyListenerProc listener, void* clientData);
   OSStatus removeListener(AudioObjectID object, const AudioObjectPropertyAddress& address,

@@ -1,0 +1,48 @@
+#include "ctl/buffer_size.h"
+
+#include <string>
+
+#include "ctl/decimal.h"
+#include "ctl/device_property.h"
+
+namespace tolvane::ctl {
+
+namespace {
+
+std::string frameCount(double frames) {
+  return plainDecimal(frames) + (frames == 1.0 ? " frame" : " frames");
+}
+
+/// Why `frames` is out of the question; none when the device may take it.
+std::optional<std::string> objection(const std::optional<AudioValueRange>& range, std::uint32_t frames) {
+  if (!range) return "its buffer size cannot be set";
+  if (frames >= range->mMinimum && frames <= range->mMaximum) return std::nullopt;
+  if (range->mMinimum == range->mMaximum) {
+    return "its buffer size cannot be set, and is " + frameCount(range->mMinimum);
+  }
+  return "a buffer of " + frameCount(frames) + " is out of its range, " + plainDecimal(range->mMinimum) +
+         " to " + frameCount(range->mMaximum);
+}
+
+OSStatus write(AudioDeviceID device, std::uint32_t frames) {
+  const AudioObjectPropertyAddress address = globalAddress(kAudioDevicePropertyBufferFrameSize);
+  const UInt32 value = frames;
+  return AudioObjectSetPropertyData(device, &address, 0, nullptr, sizeof value, &value);
+}
+
+}  // namespace
+
+std::optional<Failure> setBufferFrames(const AudioDeviceInfo& device, std::uint32_t frames) {
+  const auto range = deviceProperty<AudioValueRange>(device.id, kAudioDevicePropertyBufferFrameSizeRange);
+  if (const auto why = objection(range, frames)) return Failure{device.name + ": " + *why};
+  if (const OSStatus status = write(device.id, frames); status != noErr) {
+    return Failure{device.name + ": a buffer of " + frameCount(frames) + " is refused (" +
+                   std::to_string(status) + ")"};
+  }
+  const auto now = deviceProperty<UInt32>(device.id, kAudioDevicePropertyBufferFrameSize);
+  if (now.value_or(frames) == frames) return std::nullopt;
+  return Failure{device.name + ": takes a buffer of " + frameCount(*now) + " instead of " +
+                 std::to_string(frames)};
+}
+
+}  // namespace tolvane::ctl
