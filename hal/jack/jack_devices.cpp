@@ -8,6 +8,11 @@
 namespace tolvane::hal {
 namespace {
 
+// What servers take; some hardware takes less, and then the server refuses. A server lets a newcomer in once
+// a cycle: with twice the longest of these it would be too slow to be listed.
+constexpr std::uint32_t kMinBufferFrames = 16;
+constexpr std::uint32_t kMaxBufferFrames = 4096;
+
 struct NumberedName {
   std::string_view stem;
   std::uint64_t number;
@@ -76,16 +81,34 @@ std::vector<JackPort> physicalJackPorts(const JackLibrary& library, jack_client_
   return ports;
 }
 
-DeviceInfo describeJackDevice(const JackDevice& device, double sampleRateHz, std::uint32_t bufferFrames) {
+JackClock jackClock(const JackLibrary& library, jack_client_t* client) {
+  return {static_cast<double>(library.getSampleRate(client)), library.getBufferSize(client),
+          !library.isPipeWire};
+}
+
+DeviceInfo describeJackDevice(const JackDevice& device, const JackClock& clock) {
   DeviceInfo info;
   info.uid = "jack:" + device.client;
   info.name = device.client;
   info.transportType = kAudioDeviceTransportTypeJack;
   info.inputStreams.assign(device.capturePorts.size(), 1);
   info.outputStreams.assign(device.playbackPorts.size(), 1);
-  info.sampleRateHz = sampleRateHz;
-  info.bufferFrames = bufferFrames;
+  info.sampleRateHz = clock.sampleRateHz;
+  info.bufferFrames = clock.bufferFrames;
+  if (clock.canBeSet) {
+    info.minBufferFrames = std::min(kMinBufferFrames, clock.bufferFrames);
+    info.maxBufferFrames = std::max(kMaxBufferFrames, clock.bufferFrames);
+  }
   return info;
+}
+
+std::vector<DeviceInfo> listJackDevices(const JackLibrary& library, jack_client_t* client) {
+  const JackClock clock = jackClock(library, client);
+  std::vector<DeviceInfo> devices;
+  for (const JackDevice& device : groupJackPorts(physicalJackPorts(library, client))) {
+    devices.push_back(describeJackDevice(device, clock));
+  }
+  return devices;
 }
 
 }  // namespace tolvane::hal

@@ -38,8 +38,21 @@ struct JackDevice {
 /// The server's physical audio ports; MIDI ports and those of ordinary programs are not among them.
 [[nodiscard]] std::vector<JackPort> physicalJackPorts(const JackLibrary& library, jack_client_t* client);
 
-/// What the HAL says of the device, on a server of this rate and cycle length.
-[[nodiscard]] DeviceInfo describeJackDevice(const JackDevice& device, double sampleRateHz,
-                                            std::uint32_t bufferFrames);
+/// A server's rate, its cycle length, and whether it can have another.
+struct JackClock {
+  double sampleRateHz = 0.0;
+  std::uint32_t bufferFrames = 0;
+  bool canBeSet = true;
+};
+
+/// The clock of the server that the client is on. PipeWire's libjack can have another cycle length as long as
+/// the client that asked for it is there, and no longer. [not-io]
+[[nodiscard]] JackClock jackClock(const JackLibrary& library, jack_client_t* client);
+
+/// What the HAL says of the device, on a server of this clock.
+[[nodiscard]] DeviceInfo describeJackDevice(const JackDevice& device, const JackClock& clock);
+
+/// All devices of the server that the client is on. [not-io]
+[[nodiscard]] std::vector<DeviceInfo> listJackDevices(const JackLibrary& library, jack_client_t* client);
 
 }  // namespace tolvane::hal

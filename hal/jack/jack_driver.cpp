@@ -6,7 +6,9 @@
 
 #include "hal/jack/jack_library.h"
 #include "hal/jack/jack_prober.h"
+#include "hal/jack/jack_setting.h"
 #include "hal/jack/jack_stream.h"
+#include "hal/jack/jack_watch.h"
 #include "hal/jack/late_answer.h"
 #include "hal/support/thread.h"
 
@@ -69,9 +71,26 @@ class JackDriver final : public Driver {
     return {noErr, std::make_unique<JackSession>(std::move(hosting))};
   }
 
+  bool setObserver(DeviceObserver& observer) override {
+    watch_.emplace(library_, [this, &observer] {
+      prober_.forget();
+      observer.devicesChanged(*this);
+    });
+    prober_.askThrough(watch_->asker());
+    return true;
+  }
+
+  OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {
+    if (device.maxBufferFrames == 0) return kAudioHardwareUnsupportedOperationError;
+    const OSStatus status = setJackBufferFrames(library_, frames);
+    prober_.forget();
+    return status;
+  }
+
  private:
   const JackLibrary& library_;
   JackProber prober_;
+  std::optional<JackWatch> watch_;  // the last: its threads use the rest
 };
 
 /// On a machine without libjack.

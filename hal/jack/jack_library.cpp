@@ -36,11 +36,14 @@ class Resolver {
 void resolveClient(Resolver& from, JackLibrary& to) noexcept {
   from.resolve(to.clientOpen, "jack_client_open");
   from.resolve(to.clientClose, "jack_client_close");
+  from.resolve(to.getClientName, "jack_get_client_name");
+  from.resolve(to.getUuidForClientName, "jack_get_uuid_for_client_name");
   from.resolve(to.activate, "jack_activate");
   from.resolve(to.deactivate, "jack_deactivate");
   from.resolve(to.free, "jack_free");
   from.resolve(to.getSampleRate, "jack_get_sample_rate");
   from.resolve(to.getBufferSize, "jack_get_buffer_size");
+  from.resolve(to.setBufferSize, "jack_set_buffer_size");
   from.resolve(to.getCycleTimes, "jack_get_cycle_times");
   from.resolve(to.setErrorFunction, "jack_set_error_function");
   from.resolve(to.setInfoFunction, "jack_set_info_function");

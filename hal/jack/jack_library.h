@@ -2,6 +2,7 @@
 #pragma once
 
 #include <jack/jack.h>
+#include <jack/session.h>
 
 namespace tolvane::hal {
 
@@ -9,12 +10,15 @@ namespace tolvane::hal {
 struct JackLibrary {
   decltype(&jack_client_open) clientOpen = nullptr;
   decltype(&jack_client_close) clientClose = nullptr;
+  decltype(&jack_get_client_name) getClientName = nullptr;
+  decltype(&jack_get_uuid_for_client_name) getUuidForClientName = nullptr;
   decltype(&jack_activate) activate = nullptr;
   decltype(&jack_deactivate) deactivate = nullptr;
   decltype(&jack_free) free = nullptr;
 
   decltype(&jack_get_sample_rate) getSampleRate = nullptr;
   decltype(&jack_get_buffer_size) getBufferSize = nullptr;
+  decltype(&jack_set_buffer_size) setBufferSize = nullptr;
   decltype(&jack_get_cycle_times) getCycleTimes = nullptr;
 
   decltype(&jack_get_ports) getPorts = nullptr;

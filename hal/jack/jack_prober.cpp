@@ -2,7 +2,6 @@
 
 #include <chrono>
 #include <condition_variable>
-#include <mutex>
 #include <utility>
 
 #include "hal/jack/jack_client.h"
@@ -12,22 +11,16 @@
 namespace tolvane::hal {
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
 constexpr std::chrono::milliseconds kAnswerTimeout{140};
 constexpr std::chrono::milliseconds kAnswerLifetime{100};
 
-std::vector<DeviceInfo> askServer(const JackLibrary& library) {
+std::vector<DeviceInfo> askServer(const JackLibrary& library, const JackWatch::Asker& asker) {
+  if (asker) {
+    if (auto devices = asker()) return *std::move(devices);
+  }
   jack_status_t status;
   const JackClientPtr client = openJackClient(library, "Tolvane-look", status);
-  if (!client) return {};
-  const double sampleRateHz = library.getSampleRate(client.get());
-  const std::uint32_t bufferFrames = library.getBufferSize(client.get());
-  std::vector<DeviceInfo> devices;
-  for (const JackDevice& device : groupJackPorts(physicalJackPorts(library, client.get()))) {
-    devices.push_back(describeJackDevice(device, sampleRateHz, bufferFrames));
-  }
-  return devices;
+  return client ? listJackDevices(library, client.get()) : std::vector<DeviceInfo>{};
 }
 
 }  // namespace
@@ -38,17 +31,20 @@ struct JackProber::Question {
   bool open = false;
   Clock::time_point askedAt;
   Clock::time_point answeredAt;
-  bool everAnswered = false;
+  bool worthKeeping = false;  // nothing has changed since it was asked
   std::vector<DeviceInfo> answer;
 
-  [[nodiscard]] bool isFresh(Clock::time_point now) const {
-    return everAnswered && now - answeredAt < kAnswerLifetime;
+  [[nodiscard]] bool isFresh() const { return worthKeeping && Clock::now() - answeredAt < kAnswerLifetime; }
+
+  void begin() {
+    askedAt = Clock::now();
+    open = true;
+    worthKeeping = true;
   }
 
   void settle(std::vector<DeviceInfo> devices) {
     const std::lock_guard lock(mutex);
     answer = std::move(devices);
-    everAnswered = true;
     answeredAt = Clock::now();
     open = false;
     answered.notify_all();
@@ -60,18 +56,31 @@ JackProber::JackProber(const JackLibrary& library)
 
 std::vector<DeviceInfo> JackProber::devices() {
   std::unique_lock lock(question_->mutex);
-  const Clock::time_point now = Clock::now();
-  if (!question_->open && !question_->isFresh(now)) {
-    question_->askedAt = now;
-    question_->open = true;
-    lock.unlock();
-    runDetached("tolvane-jack",
-                [&library = library_, question = question_] { question->settle(askServer(library)); });
-    lock.lock();
-  }
-  const bool known = question_->answered.wait_until(lock, question_->askedAt + kAnswerTimeout,
-                                                    [this] { return !question_->open; });
-  return known ? question_->answer : std::vector<DeviceInfo>{};
+  const bool wasOpen = question_->open;
+  const Clock::time_point deadline = (wasOpen ? question_->askedAt : Clock::now()) + kAnswerTimeout;
+  if (!wasOpen && !question_->isFresh()) ask(lock);
+  if (!awaitAnswer(lock, deadline)) return {};
+  // One that was asked before the last change is asked again.
+  if (!question_->isFresh()) ask(lock);
+  return awaitAnswer(lock, deadline) ? question_->answer : std::vector<DeviceInfo>{};
+}
+
+void JackProber::forget() {
+  const std::lock_guard lock(question_->mutex);
+  question_->worthKeeping = false;
+}
+
+void JackProber::ask(std::unique_lock<std::mutex>& lock) {
+  question_->begin();
+  lock.unlock();
+  runDetached("tolvane-jack", [&library = library_, asker = asker_, question = question_] {
+    question->settle(askServer(library, asker));
+  });
+  lock.lock();
+}
+
+bool JackProber::awaitAnswer(std::unique_lock<std::mutex>& lock, Clock::time_point deadline) {
+  return question_->answered.wait_until(lock, deadline, [this] { return !question_->open; });
 }
 
 }  // namespace tolvane::hal

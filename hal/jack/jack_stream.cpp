@@ -2,12 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
-#include <csignal>
-#include <thread>
 #include <utility>
-
-#include <unistd.h>
 
 namespace tolvane::hal {
 namespace {
@@ -58,31 +53,18 @@ void JackStream::leave() noexcept {
   // libjack ends its threads asynchronously when the server is dead: none may be with the client then.
   shut();
   if (jack_ != nullptr) {
-    awaitLibraryAfterLoss();
+    loss_.await();
     library_.deactivate(jack_);
-    awaitLibraryAfterLoss();  // the server may have died just now
+    loss_.await();  // the server may have died just now
     library_.clientClose(jack_);
   }
   JackFarewells::end();
 }
 
-void JackStream::awaitLibraryAfterLoss() const noexcept {
-  // The thread that told of the loss still has work to do in libjack, under locks, and then ends by itself.
-  // Closing would cancel it where it stands, and leave the locks locked. PipeWire's libjack keeps its thread:
-  // hence the limit.
-  const int thread = lossThread_.load();
-  if (thread == 0) return;
-  for (int ms = 0; ms < 200 && tgkill(getpid(), thread, 0) == 0; ++ms) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  // So does the thread of the cycles, which finds out by itself and does not say.
-  std::this_thread::sleep_for(std::chrono::milliseconds(20));
-}
-
 OSStatus JackStream::findDevice() {
   const std::vector<JackDevice> devices = groupJackPorts(physicalJackPorts(library_, jack_));
   const auto found = std::find_if(devices.begin(), devices.end(), [this](const JackDevice& device) {
-    const DeviceInfo info = describeJackDevice(device, info_.sampleRateHz, info_.bufferFrames);
+    const DeviceInfo info = describeJackDevice(device, {info_.sampleRateHz, info_.bufferFrames});
     return info.uid == info_.uid && info.inputStreams == info_.inputStreams &&
            info.outputStreams == info_.outputStreams;
   });
@@ -228,7 +210,7 @@ void JackStream::lose() noexcept {
 
 void JackStream::loseServer() noexcept {
   lose();
-  lossThread_.store(gettid());
+  loss_.note();
   requestEnd();  // the last thing: from here on the thread that runs this may be ended
 }
 

@@ -10,6 +10,7 @@
 #include "hal/jack/cycle_clock.h"
 #include "hal/jack/jack_client.h"
 #include "hal/jack/jack_devices.h"
+#include "hal/jack/jack_loss.h"
 #include "hal/jack/port_buffers.h"
 
 namespace tolvane::hal {
@@ -58,7 +59,6 @@ class JackStream {
   void reportOverload() noexcept;
   void lose() noexcept;
   void loseServer() noexcept;
-  void awaitLibraryAfterLoss() const noexcept;
   void portRemoved(jack_port_id_t port) noexcept;
 
   const JackLibrary& library_;
@@ -74,7 +74,7 @@ class JackStream {
 
   std::atomic<bool> lost_{false};  // the server or the device: for good
   std::atomic<bool> ending_{false};
-  std::atomic<int> lossThread_{0};  // libjack's thread that told of the server's death
+  JackLoss loss_;
   std::atomic<jack_nframes_t> sampleRateHz_{0};
   std::atomic<jack_nframes_t> bufferFrames_{0};
   std::atomic<jack_nframes_t> reportedSampleRateHz_;

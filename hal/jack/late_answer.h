@@ -21,6 +21,12 @@ class LateAnswer {
     return true;
   }
 
+  /// Somebody waits for the answer, or may still come for it.
+  bool isWanted() {
+    const std::lock_guard lock(mutex_);
+    return !abandoned_;
+  }
+
   /// The answer, or none when it did not come in time: then it is never taken.
   std::optional<T> take(std::chrono::milliseconds timeout) {
     std::unique_lock lock(mutex_);

@@ -8,7 +8,7 @@ namespace {
 
 /// A device with one input that somebody once listed.
 hal::DeviceInfo deviceCalled(const std::string& client) {
-  return hal::describeJackDevice({client, {client + ":capture_1"}, {}}, 48000.0, 256);
+  return hal::describeJackDevice({client, {client + ":capture_1"}, {}}, {48000.0, 256});
 }
 
 class JackStart : public JackFixture {

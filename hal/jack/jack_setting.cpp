@@ -1,0 +1,33 @@
+#include "hal/jack/jack_setting.h"
+
+#include <chrono>
+#include <memory>
+
+#include "hal/jack/jack_client.h"
+#include "hal/jack/late_answer.h"
+#include "hal/support/thread.h"
+
+namespace tolvane::hal {
+
+namespace {
+
+constexpr std::chrono::milliseconds kTimeout{450};
+
+OSStatus set(const JackLibrary& library, std::uint32_t frames, LateAnswer<OSStatus>& answer) {
+  jack_status_t status;
+  const JackClientPtr client = openJackClient(library, "Tolvane-set", status);
+  if (!client || !answer.isWanted()) return kAudioHardwareNotReadyError;
+  const bool done =
+      library.setBufferSize(client.get(), frames) == 0 && library.getBufferSize(client.get()) == frames;
+  return done ? OSStatus{noErr} : OSStatus{kAudioHardwareUnsupportedOperationError};
+}
+
+}  // namespace
+
+OSStatus setJackBufferFrames(const JackLibrary& library, std::uint32_t frames) {
+  const auto answer = std::make_shared<LateAnswer<OSStatus>>();
+  runDetached("tolvane-jack", [&library, frames, answer] { answer->give(set(library, frames, *answer)); });
+  return answer->take(kTimeout).value_or(OSStatus{kAudioHardwareNotReadyError});
+}
+
+}  // namespace tolvane::hal

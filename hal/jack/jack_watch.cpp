@@ -1,0 +1,205 @@
+#include "hal/jack/jack_watch.h"
+
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <mutex>
+#include <utility>
+
+#include "hal/driver/call_gate.h"
+#include "hal/jack/jack_client.h"
+#include "hal/jack/jack_devices.h"
+#include "hal/jack/jack_loss.h"
+#include "hal/support/thread.h"
+
+namespace tolvane::hal {
+
+namespace {
+
+using namespace std::chrono_literals;
+
+/// How often a server that is not there is looked for.
+constexpr auto kLookInterval = 1s;
+/// What the end waits for the client to leave: a server that is ending itself takes long over one that is
+/// leaving just then, and a hung one lets nobody go.
+constexpr auto kLeaveLimit = 400ms;
+
+}  // namespace
+
+class JackWatch::Watcher {
+ public:
+  Watcher(const JackLibrary& library, std::function<void()> changed)
+      : library_(library), changed_(std::move(changed)) {
+    gate_.open();
+  }
+
+  /// On a thread of its own, until end().
+  void work() {
+    while (!hasEnded()) {
+      Stay stay(*this);
+      if (connect(stay)) {
+        tell();
+        awaitLossOrEnd(stay);
+        leave(stay);
+        tell();
+      }
+      awaitNextLook();
+    }
+    const std::lock_guard lock(mutex_);
+    over_ = true;
+    changedHere_.notify_all();
+  }
+
+  void end() {
+    gate_.shut();
+    std::unique_lock lock(mutex_);
+    ended_ = true;
+    changedHere_.notify_all();
+    changedHere_.wait_for(lock, kLeaveLimit, [this] { return over_; });
+  }
+
+  std::optional<std::vector<DeviceInfo>> ask() {
+    const std::lock_guard oneRequest(requesting_);
+    if (askable_ == nullptr) return std::nullopt;
+    // Ports are read from shared memory: that the server answers is found out by asking it anything.
+    if (!answers(askable_)) return std::vector<DeviceInfo>{};
+    return listJackDevices(library_, askable_);
+  }
+
+ private:
+  /// One connection to a server, from its coming to its going.
+  struct Stay {
+    explicit Stay(Watcher& owner) : watcher(owner) {}
+
+    Watcher& watcher;
+    JackLoss loss;
+    std::atomic<jack_nframes_t> bufferFrames{0};
+    std::atomic<bool> lost{false};
+    std::atomic<bool> leaving{false};
+    std::atomic<jack_client_t*> client{nullptr};  // closed by leave()
+
+    void beginFarewell() noexcept {
+      if (!leaving.exchange(true)) JackFarewells::begin();
+    }
+  };
+
+  static Stay& stayOf(void* argument) noexcept { return *static_cast<Stay*>(argument); }
+
+  bool connect(Stay& stay) {
+    jack_status_t status;
+    jack_client_t* const client = openJackClient(library_, "Tolvane-watch", status).release();
+    if (client == nullptr) return false;
+    stay.client = client;
+    stay.bufferFrames = library_.getBufferSize(client);
+    setCallbacks(client, stay);
+    // The server tells active clients alone.
+    if (library_.activate(client) != 0) {
+      leave(stay);
+      return false;
+    }
+    // PipeWire's libjack answers by itself, whatever the server does.
+    const std::lock_guard oneRequest(requesting_);
+    if (!library_.isPipeWire) askable_ = client;
+    return true;
+  }
+
+  bool answers(jack_client_t* client) const {
+    char* const uuid = library_.getUuidForClientName(client, library_.getClientName(client));
+    if (uuid != nullptr) library_.free(uuid);
+    return uuid != nullptr;
+  }
+
+  void setCallbacks(jack_client_t* client, Stay& stay) const {
+    library_.setPortRegistrationCallback(
+        client,
+        [](jack_port_id_t port, int /*registered*/, void* argument) {
+          stayOf(argument).watcher.portChanged(stayOf(argument), port);
+        },
+        &stay);
+    library_.setBufferSizeCallback(
+        client,
+        [](jack_nframes_t frames, void* argument) {
+          // The server also tells what it told before, at every activation.
+          if (stayOf(argument).bufferFrames.exchange(frames) != frames) stayOf(argument).watcher.tell();
+          return 0;
+        },
+        &stay);
+    // One server calls only the one, another only the other.
+    library_.onShutdown(
+        client, [](void* argument) { stayOf(argument).watcher.lose(stayOf(argument)); }, &stay);
+    library_.onInfoShutdown(
+        client,
+        [](jack_status_t, const char*, void* argument) { stayOf(argument).watcher.lose(stayOf(argument)); },
+        &stay);
+  }
+
+  void portChanged(const Stay& stay, jack_port_id_t id) {
+    // One library still knows a port that has gone, the other does not: then any may be meant.
+    const jack_port_t* const port = library_.portById(stay.client, id);
+    if (port == nullptr || (library_.portFlags(port) & JackPortIsPhysical) != 0) tell();
+  }
+
+  void lose(Stay& stay) {
+    stay.loss.note();
+    stay.beginFarewell();
+    tell();
+    const std::lock_guard lock(mutex_);  // the last thing: from here on the thread may be ended
+    stay.lost = true;
+    changedHere_.notify_all();
+  }
+
+  void leave(Stay& stay) {
+    const std::lock_guard oneRequest(requesting_);
+    askable_ = nullptr;
+    stay.beginFarewell();
+    stay.loss.await();
+    library_.deactivate(stay.client);
+    stay.loss.await();  // the server may have died just now
+    library_.clientClose(stay.client);
+    JackFarewells::end();
+  }
+
+  void tell() {
+    if (const CallGate::Pass pass(gate_); pass) changed_();
+  }
+
+  bool hasEnded() {
+    const std::lock_guard lock(mutex_);
+    return ended_;
+  }
+
+  void awaitLossOrEnd(const Stay& stay) {
+    std::unique_lock lock(mutex_);
+    changedHere_.wait(lock, [&] { return ended_ || stay.lost; });
+  }
+
+  void awaitNextLook() {
+    std::unique_lock lock(mutex_);
+    changedHere_.wait_for(lock, kLookInterval, [this] { return ended_; });
+  }
+
+  const JackLibrary& library_;
+  const std::function<void()> changed_;
+  CallGate gate_;
+  std::mutex requesting_;             // one request at a time on the client's connection
+  jack_client_t* askable_ = nullptr;  // guarded by requesting_
+  std::mutex mutex_;
+  std::condition_variable changedHere_;
+  bool ended_ = false;  // asked to end
+  bool over_ = false;
+};
+
+JackWatch::JackWatch(const JackLibrary& library, std::function<void()> changed)
+    : watcher_(std::make_shared<Watcher>(library, std::move(changed))) {
+  runDetached("tolvane-jack", [watcher = watcher_] { watcher->work(); });
+}
+
+JackWatch::Asker JackWatch::asker() const {
+  return [watcher = watcher_] { return watcher->ask(); };
+}
+
+JackWatch::~JackWatch() {
+  watcher_->end();
+}
+
+}  // namespace tolvane::hal

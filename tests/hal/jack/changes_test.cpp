@@ -1,0 +1,162 @@
+// What the driver tells of by itself: devices and servers that come and go.
+#include <atomic>
+
+#include "hal/jack/jack_fixture.h"
+
+namespace tolvane::test {
+namespace {
+
+/// Counts what it is told.
+class Observer final : public hal::DeviceObserver {
+ public:
+  void devicesChanged(hal::Driver& /*driver*/) noexcept override { ++told; }
+  std::atomic<int> told{0};
+};
+
+class JackChanges : public JackFixture {
+ protected:
+  /// Observed, with what the watching began with told.
+  void observe() {
+    EXPECT_TRUE(driver_->setObserver(observer_));
+    EXPECT_TRUE(eventually(5s, [this] { return observer_.told > 0; }));
+  }
+
+  /// Takes what was told so far for known.
+  void settle() {
+    int before = -1;
+    eventually(5s, [&] {
+      const bool still = before == observer_.told;
+      before = observer_.told;
+      std::this_thread::sleep_for(100ms);
+      return still;
+    });
+    known_ = observer_.told;
+  }
+
+  bool hears() {
+    return eventually(5s, [this] { return observer_.told > known_; });
+  }
+
+  /// As a HAL does that asks when it is told, and never else.
+  bool isListedWhenTold(const std::string& uid, bool wanted) {
+    return eventually(5s, [&] {
+      const int told = observer_.told;
+      if (told == known_) return false;
+      known_ = told;
+      const auto devices = driver_->devices();
+      return wanted ==
+             std::any_of(devices.begin(), devices.end(), [&](const auto& info) { return info.uid == uid; });
+    });
+  }
+
+  ~JackChanges() override { driver_.reset(); }  // before the observer
+
+  Observer observer_;
+  int known_ = 0;
+};
+
+TEST_F(JackChanges, ADeviceThatComesAndGoesIsTold) {
+  startServer();
+  observe();
+  settle();
+  {
+    JackTestClient card = JackTestClient::card("card", 2, 2);
+    card.activate();
+    EXPECT_TRUE(isListedWhenTold("jack:card", true));
+    settle();
+  }
+  EXPECT_TRUE(isListedWhenTold("jack:card", false));
+}
+
+TEST_F(JackChanges, TheAnswerBeforeTheChangeDoesNotServe) {
+  startServer();
+  observe();
+  settle();
+  JackTestClient card = JackTestClient::card("card", 2, 2);
+  for (int round = 0; round < 10; ++round) {
+    driver_->devices();
+    const std::string name = "other" + std::to_string(round);
+    JackTestClient other = JackTestClient::card(name, 1, 1);
+    other.activate();
+    EXPECT_TRUE(isListedWhenTold("jack:" + name, true));
+  }
+}
+
+TEST_F(JackChanges, AnOrdinaryProgramsPortsAreNotTold) {
+  startServer();
+  observe();
+  settle();
+  {
+    JackTestClient ear = JackTestClient::ear("ear", 2);
+    ear.activate();
+    JackTestClient card = JackTestClient::card("card", 1, 1);  // told after what the ear would have been
+    EXPECT_EQ(observer_.told, known_);
+    card.activate();
+    EXPECT_TRUE(hears());
+  }
+}
+
+TEST_F(JackChanges, AnotherBufferSizeIsTold) {
+  startServer(256);
+  observe();
+  settle();
+  JackTestClient other = JackTestClient::ear("other", 1);
+  other.activate();
+  other.setBufferSize(512);
+  EXPECT_TRUE(hears());
+  EXPECT_TRUE(eventually(5s, [this] { return device("system").bufferFrames == 512U; }));
+}
+
+TEST_F(JackChanges, AServerThatComesDiesAndComesBackIsTold) {
+  EXPECT_TRUE(driver_->setObserver(observer_));
+  for (int round = 0; round < 3; ++round) {
+    startServer();
+    EXPECT_TRUE(isListedWhenTold("jack:system", true)) << round;
+    settle();
+    server_->kill();
+    EXPECT_TRUE(isListedWhenTold("jack:system", false)) << round;
+    settle();
+    server_.reset();
+  }
+}
+
+TEST_F(JackChanges, TheServerEndsInNoTimeWhenItsUserEndsIt) {
+  EXPECT_TRUE(driver_->setObserver(observer_));
+  for (int round = 0; round < 3; ++round) {
+    startServer();
+    ASSERT_TRUE(isListedWhenTold("jack:system", true)) << round;
+    settle();
+    const auto before = std::chrono::steady_clock::now();
+    server_->terminate();
+    EXPECT_LT(std::chrono::steady_clock::now() - before, 1s) << round;
+    EXPECT_TRUE(isListedWhenTold("jack:system", false)) << round;
+    settle();
+    server_.reset();
+  }
+}
+
+TEST_F(JackChanges, NothingIsToldAfterTheDriver) {
+  startServer();
+  observe();
+  driver_.reset();
+  const int told = observer_.told;
+  JackTestClient card = JackTestClient::card("card", 1, 1);
+  card.activate();
+  EXPECT_EQ(observer_.told, told);
+  driver_ = hal::makeJackDriver();
+  EXPECT_EQ(device("card").inputStreams.size(), 1U);
+  EXPECT_EQ(observer_.told, told);
+}
+
+TEST_F(JackChanges, AHungServerHoldsNeitherTheListNorTheEndUp) {
+  startServer();
+  observe();
+  server_->pause();
+  const auto before = std::chrono::steady_clock::now();
+  driver_.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - before, 1s);
+  server_->kill();
+}
+
+}  // namespace
+}  // namespace tolvane::test
