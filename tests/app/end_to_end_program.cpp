@@ -1,5 +1,8 @@
-// The program as it ships, with a tap on the virtual device's outputs. Usage: TAPFILE (at least as large as a
-// TapRecord).
+// The program as it ships, with a tap on the virtual device's outputs and a count of the window's heartbeats.
+// Usage: TAPFILE (at least as large as a TapRecord).
+#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QTimer>
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
@@ -56,6 +59,22 @@ class PeakTap : public tolvane::hal::VirtualTap {
   std::array<float, kTapChannels> last_{};
 };
 
+TapRecord* sharedRecord = nullptr;
+
+/// Called by the application when it has been made.
+void startHeartbeat() {
+  auto* const timer = new QTimer(QCoreApplication::instance());
+  static QElapsedTimer sinceLast;
+  sinceLast.start();
+  QObject::connect(timer, &QTimer::timeout, [] {
+    const auto silenceMs = static_cast<std::uint32_t>(sinceLast.restart());
+    sharedRecord->longestSilenceMs = std::max(sharedRecord->longestSilenceMs.load(), silenceMs);
+    ++sharedRecord->heartbeats;
+  });
+  timer->start(5);
+}
+Q_COREAPP_STARTUP_FUNCTION(startHeartbeat)
+
 TapRecord* mapRecord(const char* path) {
   const int file = open(path, O_RDWR | O_CLOEXEC);
   if (file < 0) return nullptr;
@@ -71,6 +90,7 @@ int main(int argc, char** argv) {
     std::fputs("usage: tolvane_end_to_end TAPFILE\n", stderr);
     return 2;
   }
+  sharedRecord = record;
   // Never destroyed: the device may still run when main returns.
   tolvane::hal::VirtualDeviceConfig config;
   config.outputTap = new PeakTap(*record);

@@ -1,13 +1,6 @@
 // The whole program in a real X window: pointer and keys go in through the X server, and what comes out is
 // heard on the device and read on standard output.
-#include <QFile>
-
-#include <fcntl.h>
-#include <gmock/gmock.h>
-#include <sys/mman.h>
-
-#include "app/tap_record.h"
-#include "app/x_session.h"
+#include "app/end_to_end_fixture.h"
 
 namespace tolvane::test {
 namespace {
@@ -15,115 +8,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::MatchesRegex;
 
-constexpr double kSampleRateHz = 48000.0;
 constexpr float kSinePeak = 0.12589F;  // -18 dBFS
-
-// What the user is promised; instrumented code has more to do at its end.
-#ifdef __SANITIZE_ADDRESS__
-constexpr int kExitTimeoutMs = 30000;
-#else
-constexpr int kExitTimeoutMs = 1000;
-#endif
-
-struct Point {
-  int x, y;
-};
-constexpr Point kStart{872, 18};
-constexpr Point kClear{419, 451};
-constexpr Point kSave{73, 691};
-constexpr Point kLoad{191, 691};
-
-/// The middle of a cell of the matrix, row and column zero-based.
-constexpr Point cell(int row, int column) {
-  return {56 + 16 * column + 8, 150 + 16 * row + 8};
-}
-
-class EndToEndTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    ASSERT_TRUE(session.isUp()) << "Xvfb does not start";
-    const QString tapFile = session.folder().filePath("tap");
-    QFile file(tapFile);
-    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    ASSERT_TRUE(file.resize(sizeof(TapRecord)));
-    void* const memory =
-        mmap(nullptr, sizeof(TapRecord), PROT_READ | PROT_WRITE, MAP_SHARED, file.handle(), 0);
-    ASSERT_NE(memory, MAP_FAILED);
-    tap = static_cast<TapRecord*>(memory);
-    ASSERT_TRUE(session.start(TOLVANE_END_TO_END_PROGRAM, {tapFile.toStdString()}));
-    window = session.windowTitled("Tolvane");
-    ASSERT_NE(window, "");
-  }
-  void TearDown() override {
-    if (tap != nullptr) munmap(tap, sizeof(TapRecord));
-  }
-
-  void click(Point point) { session.click(window, point.x, point.y); }
-
-  /// The outputs, one-based, that sounded in the last cycle.
-  [[nodiscard]] std::vector<int> sounding() const {
-    std::vector<int> outputs;
-    for (std::size_t i = 0; i < kTapChannels; ++i) {
-      if (tap->channels.at(i).peak > 0.0F) outputs.push_back(static_cast<int>(i) + 1);
-    }
-    return outputs;
-  }
-  /// Waits until exactly these outputs sound, and have done so for some cycles.
-  [[nodiscard]] bool waitForOutputs(const std::vector<int>& outputs) const {
-    std::uint64_t since = 0;
-    return waitFor([&] {
-      const std::uint64_t cycle = tap->cycles;
-      if (cycle == 0 || sounding() != outputs) since = 0;
-      if (since == 0) since = cycle;
-      return since != 0 && cycle >= since + 20 && sounding() == outputs;
-    });
-  }
-  /// The frequency on an output, counted over half a second of the device's time.
-  [[nodiscard]] double frequencyHz(int output) const {
-    const TapChannel& channel = tap->channels.at(static_cast<std::size_t>(output - 1));
-    const std::uint64_t firstFrame = tap->frames;
-    const std::uint32_t firstCrossing = channel.crossings;
-    EXPECT_TRUE(waitFor([&] { return tap->frames >= firstFrame + 24000; }));
-    const auto crossings = static_cast<double>(channel.crossings - firstCrossing);
-    return crossings * kSampleRateHz / static_cast<double>(tap->frames - firstFrame);
-  }
-  [[nodiscard]] float peak(int output) const {
-    return tap->channels.at(static_cast<std::size_t>(output - 1)).peak;
-  }
-
-  /// Closes the window; the program has one second to end well, whatever it is doing.
-  void closeAndWaitForTheEnd() {
-    session.requestClose(window);
-    ASSERT_TRUE(session.program().waitForFinished(kExitTimeoutMs));
-    EXPECT_EQ(session.program().exitStatus(), QProcess::NormalExit);
-    EXPECT_EQ(session.program().exitCode(), 0);
-  }
-
-  /// Types a path into the panel with this title and confirms it.
-  void confirmPanel(const std::string& title, const QString& path) {
-    const std::string panel = session.windowTitled(title);
-    ASSERT_NE(panel, "") << title;
-    // A click beside its controls brings the keys to it; its name field has the focus.
-    session.click(panel, 4, session.sizeOf(panel).second - 4);
-    session.key("ctrl+a");
-    session.type(path.toStdString());
-    session.key("Return");
-    ASSERT_TRUE(session.waitUntilGone(title));
-  }
-
-  [[nodiscard]] std::vector<std::string> traceLines(const char* prefix) {
-    std::vector<std::string> lines;
-    for (const QByteArray& line : standardOutput.split('\n')) {
-      if (line.startsWith(prefix)) lines.push_back(line.toStdString());
-    }
-    return lines;
-  }
-
-  XSession session;
-  std::string window;
-  TapRecord* tap = nullptr;
-  QByteArray standardOutput;
-};
 
 TEST_F(EndToEndTest, FromTheFirstClickToTheLast) {
   click(cell(3, 5));

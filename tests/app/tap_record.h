@@ -1,4 +1,4 @@
-// What the end-to-end test sees of the device's outputs, in a file that both processes map.
+// What the end-to-end tests see of the program's device and window, in a file that both processes map.
 #pragma once
 
 #include <array>
@@ -19,6 +19,10 @@ struct TapRecord {
   std::atomic<std::uint64_t> cycles;
   std::atomic<std::uint64_t> frames;
   std::array<TapChannel, kTapChannels> channels;
+  // The window's thread counts here every few milliseconds, and notes the longest time between two counts;
+  // whoever stores 0 there begins anew.
+  std::atomic<std::uint64_t> heartbeats;
+  std::atomic<std::uint32_t> longestSilenceMs;
 };
 
 static_assert(std::atomic<float>::is_always_lock_free && std::atomic<std::uint64_t>::is_always_lock_free);

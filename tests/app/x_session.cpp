@@ -61,9 +61,9 @@ bool XSession::start(const std::string& program, const std::vector<std::string>&
   environment.insert("QT_SCALE_FACTOR", "1");
   environment.insert("HOME", folder_.path());
   environment.insert("XDG_CONFIG_HOME", folder_.filePath("config"));
-  // A folder without sockets: the sound servers of the machine stay out.
-  environment.insert("XDG_RUNTIME_DIR", folder_.filePath("run"));
-  environment.insert("PIPEWIRE_RUNTIME_DIR", folder_.filePath("run"));
+  // The sound servers of the machine stay out.
+  environment.insert("XDG_RUNTIME_DIR", runtimeFolder_);
+  environment.insert("PIPEWIRE_RUNTIME_DIR", runtimeFolder_);
   environment.insert("JACK_DEFAULT_SERVER", "tolvane-test-none");
   environment.remove("PIPEWIRE_REMOTE");
   environment.remove("WAYLAND_DISPLAY");

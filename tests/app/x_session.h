@@ -22,7 +22,10 @@ class XSession {
 
   [[nodiscard]] bool isUp() const { return !display_.empty(); }
 
-  /// Starts the program in this session, without any sound server to be found.
+  /// The folder in which programs started from now on look for sound servers; at first one without any.
+  void lookForServersIn(const std::string& folder) { runtimeFolder_ = QString::fromStdString(folder); }
+
+  /// Starts the program in this session.
   bool start(const std::string& program, const std::vector<std::string>& arguments);
   [[nodiscard]] QProcess& program() { return program_; }
 
@@ -47,6 +50,7 @@ class XSession {
   std::string xdotool(const QStringList& arguments);
 
   QTemporaryDir folder_;
+  QString runtimeFolder_ = folder_.filePath("run");
   std::string display_;
   QProcess server_;
   QProcess program_;
