@@ -1,81 +1,18 @@
 #include "ctl/render_command.h"
 
-#include <algorithm>
 #include <csignal>
-#include <vector>
 
 #include "ctl/messages.h"
-#include "ctl/offline_router.h"
 #include "ctl/patch_source.h"
 #include "ctl/pending_file.h"
-#include "ctl/progress_bar.h"
 #include "ctl/render_plan.h"
+#include "ctl/renderer.h"
 #include "ctl/signal_pipe.h"
 #include "ctl/sound_file.h"
 
 namespace tolvane::ctl {
 
 namespace {
-
-/// Frames to read and write at once: whole cycles, about a quarter of a megabyte.
-std::size_t framesAtOnce(std::size_t cycleFrames, std::int32_t channels) {
-  constexpr std::size_t kSamplesAtOnce = 65536;
-  const std::size_t samplesACycle = cycleFrames * static_cast<std::size_t>(channels);
-  return cycleFrames * std::max<std::size_t>(1, kSamplesAtOnce / samplesACycle);
-}
-
-/// Whether a file takes long enough for a progress bar: a minute of sound.
-bool isLong(const SoundReader& reader) {
-  return reader.frames().value_or(0) >= std::int64_t{60} * reader.sampleRateHz();
-}
-
-class Renderer {
- public:
-  Renderer(SoundReader& reader, SoundWriter& writer, const Routes& routes, std::int32_t outputs,
-           std::int32_t cycleFrames)
-      : reader_(reader),
-        writer_(writer),
-        router_(routes, reader.channels(), outputs),
-        inputs_(static_cast<std::size_t>(reader.channels())),
-        outputs_(static_cast<std::size_t>(outputs)),
-        cycleFrames_(static_cast<std::size_t>(cycleFrames)),
-        blockFrames_(framesAtOnce(cycleFrames_, std::max(reader.channels(), outputs))),
-        input_(blockFrames_ * inputs_),
-        output_(blockFrames_ * outputs_) {}
-
-  /// Everything from the reader into the writer. Failure: one of theirs, or a signal that ends the program.
-  std::optional<Failure> run(const SignalPipe& signals) {
-    ProgressBar bar(reader_.frames(), isLong(reader_));
-    for (std::int64_t done = 0;;) {
-      if (signals.next()) return Failure{"interrupted, nothing was written"};
-      const auto frames = reader_.read(input_.data(), blockFrames_);
-      if (!frames) return frames.error();
-      if (frames.value() == 0) return std::nullopt;
-      routeBlock(frames.value());
-      if (auto failure = writer_.write(output_.data(), frames.value())) return failure;
-      done += static_cast<std::int64_t>(frames.value());
-      bar.show(done);
-    }
-  }
-
- private:
-  void routeBlock(std::size_t frames) noexcept {
-    for (std::size_t first = 0; first < frames; first += cycleFrames_) {
-      router_.route(&input_[first * inputs_], &output_[first * outputs_],
-                    std::min(cycleFrames_, frames - first));
-    }
-  }
-
-  SoundReader& reader_;
-  SoundWriter& writer_;
-  OfflineRouter router_;
-  std::size_t inputs_;
-  std::size_t outputs_;
-  std::size_t cycleFrames_;
-  std::size_t blockFrames_;
-  std::vector<float> input_;
-  std::vector<float> output_;
-};
 
 std::optional<Failure> renderFile(const RenderOptions& options, const Routes& routes,
                                   const SignalPipe& signals) {
