@@ -1,9 +1,6 @@
 #include "core/routing_context.h"
 
-#include <algorithm>
-#include <iterator>
 #include <limits>
-#include <vector>
 
 #include "core/atomic32.h"
 #include "core/fatal.h"
@@ -16,13 +13,6 @@ std::int32_t toInt32(std::int64_t value, const char* otherwise) noexcept {
   using Limits = std::numeric_limits<std::int32_t>;
   if (value < Limits::min() || value > Limits::max()) fatal(otherwise);
   return static_cast<std::int32_t>(value);
-}
-
-std::vector<PatchConnection> activeRoutes(std::span<const PatchConnection> connections) {
-  std::vector<PatchConnection> active;
-  std::copy_if(connections.begin(), connections.end(), std::back_inserter(active),
-               [](const PatchConnection& route) { return route.active; });
-  return active;
 }
 
 void storeEntry(PatchEntry& entry, const PatchConnection& route) noexcept {
@@ -49,11 +39,13 @@ IOProcContext initialContext(std::int64_t inputChannels, std::int64_t outputChan
 
 void writeConnections(IOProcContext* context, std::span<const PatchConnection> connections) {
   const bool liveIsA = loadAcquire(context->activeBuf) == 0;
-  const std::vector<PatchConnection> active = activeRoutes(connections);
-  const auto count = static_cast<std::int32_t>(std::min<std::size_t>(active.size(), kMaxPatchEntries));
-
   auto& entries = liveIsA ? context->patchesB : context->patchesA;
-  for (std::size_t k = 0; k < static_cast<std::size_t>(count); ++k) storeEntry(entries[k], active[k]);
+  std::int32_t count = 0;
+  for (const PatchConnection& route : connections) {
+    if (!route.active) continue;
+    if (count == kMaxPatchEntries) break;
+    storeEntry(entries[static_cast<std::size_t>(count++)], route);
+  }
   storeRelaxed(liveIsA ? context->countB : context->countA, count);
   addRelease(context->activeBuf, liveIsA ? 1 : -1);
 }

@@ -20,24 +20,31 @@ ChannelTable::ChannelTable(std::int64_t capacity) noexcept
 }
 
 void ChannelTable::addChannelsOf(const AudioBufferList& list) noexcept {
-  const AudioBuffer* const buffers = list.mBuffers;
+  const AudioBuffer* const end = list.mBuffers + list.mNumberBuffers;
   ChannelSlot* const slots = slots_.get();
+  const std::int64_t capacity = capacity_;
   std::int64_t k = channelCount_;
-  for (UInt32 b = 0; b < list.mNumberBuffers; ++b) {
-    const UInt32 channels = buffers[b].mNumberChannels;
-    auto* const data = static_cast<float*>(buffers[b].mData);
-    if (channels == 1 && k < capacity_) {
+  for (const AudioBuffer* buffer = list.mBuffers; buffer != end; ++buffer) {
+    auto* const data = static_cast<float*>(buffer->mData);
+    if (buffer->mNumberChannels == 1 && k < capacity) {
       slots[k++] = {data, 1, -1};
-      continue;
+    } else {
+      k = addChannels(*buffer, k);
     }
-    if (channels > kMaxChannels) fatal("a buffer of the device has more channels than 32 bits hold");
-    const std::int64_t end = std::min<std::int64_t>(k + channels, capacity_);
-    const std::int32_t stride = data == nullptr ? 1 : static_cast<std::int32_t>(channels);
-    for (std::int64_t c = k; c < end; ++c)
-      slots[c] = {data == nullptr ? nullptr : data + (c - k), stride, -1};
-    k += channels;
   }
   channelCount_ = k;
+}
+
+/// Numbers the channels of a buffer from `first` on; the number after them.
+std::int64_t ChannelTable::addChannels(const AudioBuffer& buffer, std::int64_t first) noexcept {
+  const UInt32 channels = buffer.mNumberChannels;
+  if (channels > kMaxChannels) fatal("a buffer of the device has more channels than 32 bits hold");
+  auto* const data = static_cast<float*>(buffer.mData);
+  const std::int64_t end = std::min<std::int64_t>(first + channels, capacity_);
+  const std::int32_t stride = data == nullptr ? 1 : static_cast<std::int32_t>(channels);
+  for (std::int64_t c = first; c < end; ++c)
+    slots_[static_cast<std::size_t>(c)] = {data == nullptr ? nullptr : data + (c - first), stride, -1};
+  return first + channels;
 }
 
 }  // namespace tolvane

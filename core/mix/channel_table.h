@@ -41,6 +41,8 @@ class ChannelTable {
   }
 
  private:
+  std::int64_t addChannels(const AudioBuffer& buffer, std::int64_t first) noexcept;
+
   std::int64_t capacity_;
   std::int64_t channelCount_ = 0;
   // Slots are written as channels are numbered, and none beyond them is read: no need to fill the table

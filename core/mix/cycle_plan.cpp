@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/mix/overlap.h"
-
 namespace tolvane {
 
 namespace {
@@ -52,30 +50,37 @@ MemoryRange rangeOf(const ChannelSlot& slot, std::int64_t frames) noexcept {
           reinterpret_cast<std::uintptr_t>(slot.data + (frames - 1) * slot.stride + 1)};
 }
 
+/// Whether a route goes into one of the buffer's channels, of which the first is number `first`.
+bool isRouted(const AudioBuffer& buffer, std::int64_t first, const ChannelTable& out) noexcept {
+  const std::int64_t end = std::min<std::int64_t>(first + buffer.mNumberChannels, out.slotCount());
+  for (std::int64_t c = first; c < end; ++c) {
+    if (out[c].link != kUnused) return true;
+  }
+  return false;
+}
+
+MemoryRange rangeOf(const AudioBuffer& buffer) noexcept {
+  const auto begin = reinterpret_cast<std::uintptr_t>(buffer.mData);
+  return {begin, begin + buffer.mDataByteSize};
+}
+
 }  // namespace
 
 CyclePlan::CyclePlan(const CycleRoutes& routes, ChannelTable& in, ChannelTable& out, std::int64_t frames,
                      const MixKernels& kernels) noexcept
-    : routes_(routes), in_(in), out_(out), frames_(frames), kernels_(kernels) {
+    : routes_(routes),
+      in_(in),
+      out_(out),
+      frames_(frames),
+      kernels_(kernels),
+      lanes_(routes, nextRoute_, in, out, frames, kernels) {
   // From the last route to the first, so that each output's chain comes out in route order.
   for (std::int32_t i = routes.count - 1; i >= 0; --i) {
     ChannelSlot& target = out[routes.entries[i].dst];
     nextRoute_[i] = target.link;
     target.link = i;
-    ChannelSlot& source = in[routes.entries[i].src];
-    if (source.stride > 1) {
-      source.link = kWanted;
-      readsInterleaved_ = true;
-    }
+    inputSpan_ = spanOf(inputSpan_, rangeOf(in[routes.entries[i].src], frames));
   }
-}
-
-bool CyclePlan::isRouted(std::int64_t first, const AudioBuffer& buffer) const noexcept {
-  const std::int64_t end = std::min<std::int64_t>(first + buffer.mNumberChannels, out_.slotCount());
-  for (std::int64_t c = first; c < end; ++c) {
-    if (out_[c].link != kUnused) return true;
-  }
-  return false;
 }
 
 void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexcept {
@@ -83,6 +88,34 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
   clearUnrouted(output);
   if (routedCount_ == 0) return;
   if (!canReorder()) return mixInPlainOrder();
+  std::int32_t left = 0;
+  for (std::int32_t b = 0; b < routedCount_; ++b) {
+    const RoutedBuffer routed = routed_[b];
+    const bool isPlanar = routed.buffer->mNumberChannels == 1;
+    const bool mixed =
+        isPlanar ? mixPlanar(*routed.buffer, out_[routed.first]) : lanes_.mix(*routed.buffer, routed.first);
+    if (!mixed) routed_[left++] = routed;
+  }
+  routedCount_ = left;
+  if (routedCount_ > 0) mixInTiles(input);
+}
+
+/// Mixes a one-channel buffer; false, and nothing done, when it has an interleaved source.
+bool CyclePlan::mixPlanar(AudioBuffer& buffer, const ChannelSlot& slot) noexcept {
+  std::int32_t count = 0;
+  for (std::int32_t route = slot.link; route != kUnused; route = nextRoute_[route]) {
+    const PatchEntry& entry = routes_.entries[route];
+    const ChannelSlot& source = in_[entry.src];
+    if (source.stride != 1) return false;
+    sources_[count++] = {source.data, kBlockFrames, entry.gain};
+  }
+  kernels_.mixPlanar(slot.data, sources_, count, frames_);
+  clearFrom(buffer, bytesOf(buffer, frames_));
+  return true;
+}
+
+void CyclePlan::mixInTiles(const AudioBufferList& input) noexcept {
+  wantInputs();
   if (readsInterleaved_) planInputs(input);
   for (std::int32_t b = 0; b < routedCount_; ++b) {
     if (routed_[b].buffer->mNumberChannels == 1) {
@@ -91,52 +124,69 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
       planInterleaved(*routed_[b].buffer, routed_[b].first);
     }
   }
-  for (std::int32_t t = 0; t < planarCount_; ++t) {
-    kernels_.mixPlanar(planar_[t].data, planar_[t].sources, planar_[t].sourceCount, frames_);
-  }
-  if (tiledCount_ + spreadCount_ > 0) {
-    mixBlocks();
-    mixTail();
+  mixBlocks();
+  mixTail();
+}
+
+/// Marks the interleaved inputs that the routes into the buffers in routed_ read.
+void CyclePlan::wantInputs() noexcept {
+  for (std::int32_t b = 0; b < routedCount_; ++b) {
+    const std::int64_t first = routed_[b].first;
+    const std::int64_t end =
+        std::min<std::int64_t>(first + routed_[b].buffer->mNumberChannels, out_.slotCount());
+    for (std::int64_t c = first; c < end; ++c) {
+      for (std::int32_t route = out_[c].link; route != kUnused; route = nextRoute_[route]) {
+        ChannelSlot& source = in_[routes_.entries[route].src];
+        if (source.stride == 1) continue;
+        source.link = kWanted;
+        readsInterleaved_ = true;
+      }
+    }
   }
 }
 
 void CyclePlan::clearUnrouted(AudioBufferList& output) noexcept {
-  AudioBuffer* const buffers = output.mBuffers;
+  // What the loop keeps is in locals, as every cycle passes here for every buffer of the device.
+  const AudioBuffer* const end = output.mBuffers + output.mNumberBuffers;
+  RoutedBuffer* routed = routed_;
+  MemoryRange span = kNoMemory;
+  bool inOrder = true;
+  bool longEnough = true;
   std::int64_t first = 0;
-  for (UInt32 b = 0; b < output.mNumberBuffers; ++b) {
-    AudioBuffer& buffer = buffers[b];
-    if (isUsable(buffer)) {
-      if (isRouted(first, buffer)) {
-        routed_[routedCount_++] = {&buffer, first};
-      } else {
-        std::memset(buffer.mData, 0, buffer.mDataByteSize);
-      }
+  for (AudioBuffer* buffer = output.mBuffers; buffer != end; first += buffer++->mNumberChannels) {
+    if (!isUsable(*buffer)) continue;
+    if (!isRouted(*buffer, first, out_)) {
+      std::memset(buffer->mData, 0, buffer->mDataByteSize);
+      continue;
     }
-    first += buffer.mNumberChannels;
+    const MemoryRange range = rangeOf(*buffer);
+    inOrder = inOrder && span.end <= range.begin;
+    longEnough = longEnough && buffer->mDataByteSize >= bytesOf(*buffer, frames_);
+    span = spanOf(span, range);
+    *routed++ = {buffer, first};
   }
+  routedCount_ = static_cast<std::int32_t>(routed - routed_);
+  outputSpan_ = span;
+  inOrder_ = inOrder;
+  longEnough_ = longEnough;
 }
 
 /// Whether filling output by output gives what the plain order gives: every routed output holds the whole
 /// cycle and shares no memory with an input that is read or with another one.
 bool CyclePlan::canReorder() const noexcept {
+  // Most devices lay their buffers out in order, outputs apart from inputs; only others pay for the pairs.
+  if (!longEnough_) return false;
+  return (inOrder_ && !overlap(inputSpan_, outputSpan_)) || !sharesMemory();
+}
+
+bool CyclePlan::sharesMemory() const noexcept {
   MemoryRanges outputs;
-  for (std::int32_t b = 0; b < routedCount_; ++b) {
-    const AudioBuffer& buffer = *routed_[b].buffer;
-    if (buffer.mDataByteSize < bytesOf(buffer, frames_)) return false;
-    const auto begin = reinterpret_cast<std::uintptr_t>(buffer.mData);
-    outputs.add({begin, begin + buffer.mDataByteSize});
-  }
-  if (outputs.overlap()) return false;
-  MemoryRange inputs = {UINTPTR_MAX, 0};
+  for (std::int32_t b = 0; b < routedCount_; ++b) outputs.add(rangeOf(*routed_[b].buffer));
+  if (!inOrder_ && outputs.overlap()) return true;
   for (std::int32_t i = 0; i < routes_.count; ++i) {
-    const MemoryRange input = rangeOf(in_[routes_.entries[i].src], frames_);
-    inputs = {std::min(inputs.begin, input.begin), std::max(inputs.end, input.end)};
+    if (outputs.touch(rangeOf(in_[routes_.entries[i].src], frames_))) return true;
   }
-  if (inputs.end <= outputs.span().begin || outputs.span().end <= inputs.begin) return true;
-  for (std::int32_t i = 0; i < routes_.count; ++i) {
-    if (outputs.touch(rangeOf(in_[routes_.entries[i].src], frames_))) return false;
-  }
-  return true;
+  return false;
 }
 
 void CyclePlan::mixInPlainOrder() noexcept {
@@ -180,26 +230,22 @@ void CyclePlan::gatherGroup(std::int64_t first, std::int32_t width) noexcept {
   }
 }
 
-/// Appends the sources of the chain that starts at a route; whether all of them are planar.
-bool CyclePlan::addSources(std::int32_t route) noexcept {
-  bool planar = true;
+/// Appends the sources of the chain that starts at a route.
+void CyclePlan::addSources(std::int32_t route) noexcept {
   for (; route != kUnused; route = nextRoute_[route]) {
     const PatchEntry& entry = routes_.entries[route];
     const ChannelSlot& slot = in_[entry.src];
     const bool inRow = slot.stride > 1;
-    planar = planar && !inRow;
     sources_[sourceCount_] = {inRow ? inputRows_[slot.link] : slot.data, inRow ? 0 : kBlockFrames,
                               entry.gain};
     origins_[sourceCount_++] = slot;
   }
-  return planar;
 }
 
 void CyclePlan::planPlanar(AudioBuffer& buffer, ChannelSlot& slot) noexcept {
   const std::int32_t firstSource = sourceCount_;
-  const bool planar = addSources(slot.link);
-  MixTarget& target = planar ? planar_[planarCount_++] : tiled_[tiledCount_++];
-  target = {slot.data, &sources_[firstSource], sourceCount_ - firstSource};
+  addSources(slot.link);
+  tiled_[tiledCount_++] = {slot.data, &sources_[firstSource], sourceCount_ - firstSource};
   clearFrom(buffer, bytesOf(buffer, frames_));
 }
 

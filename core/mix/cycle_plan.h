@@ -3,14 +3,16 @@
 #include <cstdint>
 
 #include "core/mix/channel_table.h"
+#include "core/mix/lane_plan.h"
 #include "core/mix/mix_kernels.h"
+#include "core/mix/overlap.h"
 #include "core/mix/plain_mixer.h"
 #include "hal/core_audio.h"
 
 namespace tolvane {
 
 /// One cycle's mixing, sorted by output: what to read where, and where each output's sum goes. It lives on
-/// the IO thread's stack (about 64 KiB at the most, of which a cycle touches what its routes need).
+/// the IO thread's stack (about 80 KiB at the most, of which a cycle touches what its routes need).
 /// [io-thread]
 class CyclePlan {
  public:
@@ -28,18 +30,21 @@ class CyclePlan {
     std::int64_t first;
   };
 
-  [[nodiscard]] bool isRouted(std::int64_t first, const AudioBuffer& buffer) const noexcept;
   void clearUnrouted(AudioBufferList& output) noexcept;
   [[nodiscard]] bool canReorder() const noexcept;
+  [[nodiscard]] bool sharesMemory() const noexcept;
   void mixInPlainOrder() noexcept;
 
+  [[nodiscard]] bool mixPlanar(AudioBuffer& buffer, const ChannelSlot& slot) noexcept;
+  void mixInTiles(const AudioBufferList& input) noexcept;
+  void wantInputs() noexcept;
   void planInputs(const AudioBufferList& input) noexcept;
   [[nodiscard]] std::int32_t wantedIn(std::int64_t first, std::int32_t width) const noexcept;
   void gatherGroup(std::int64_t first, std::int32_t width) noexcept;
 
   void planPlanar(AudioBuffer& buffer, ChannelSlot& slot) noexcept;
   void planInterleaved(AudioBuffer& buffer, std::int64_t first) noexcept;
-  bool addSources(std::int32_t route) noexcept;
+  void addSources(std::int32_t route) noexcept;
   bool scatterGroup(const AudioBuffer& buffer, std::int64_t first, std::int64_t channel,
                     std::int32_t width) noexcept;
 
@@ -57,20 +62,23 @@ class CyclePlan {
   const MixKernels& kernels_;
 
   std::int32_t nextRoute_[kMaxPatchEntries];  // the next route into the same output, in route order
+  MemoryRange inputSpan_ = kNoMemory;         // all inputs that are read
+  MemoryRange outputSpan_ = kNoMemory;        // all outputs in routed_
+  bool inOrder_ = true;                       // each of those lies behind the one before it
+  bool longEnough_ = true;                    // each of those holds the whole cycle
   bool readsInterleaved_ = false;
   std::int32_t routedCount_ = 0;
   std::int32_t sourceCount_ = 0;
-  std::int32_t planarCount_ = 0;
   std::int32_t tiledCount_ = 0;
   std::int32_t spreadCount_ = 0;
   std::int32_t gatherCount_ = 0;
   std::int32_t scatterCount_ = 0;
   std::int32_t inputRowCount_ = 0;
   RoutedBuffer routed_[kMaxPatchEntries];
+  LanePlan lanes_;
   MixSource sources_[kMaxPatchEntries];
   ChannelSlot
       origins_[kMaxPatchEntries];       // each source's channel itself, for the frames after the last block
-  MixTarget planar_[kMaxPatchEntries];  // one-channel outputs all of whose sources are planar, too
   MixTarget tiled_[kMaxPatchEntries];   // one-channel outputs with an interleaved source: block by block
   MixTarget spread_[kMaxPatchEntries];  // channels of interleaved outputs, written by groups
   ChannelSlot spreadOutputs_[kMaxPatchEntries];

@@ -43,10 +43,37 @@ struct ScatterGroup {
   const MixTarget* targets[16];
 };
 
+/// One route, at most, into each lane of a group of interleaved outputs; all of them from one vector of
+/// adjacent samples of an interleaved input. Lanes without one have gain 0 and mask 0.
+struct LaneLayer {
+  enum class Order {
+    whole,     // every lane's sample lies at the lane's own place, and every lane has one
+    masked,    // every sample lies at its lane's own place
+    permuted,  // sample lanes[i] goes to lane i
+  };
+
+  const float* data;  // the vector in frame 0
+  std::ptrdiff_t stride;
+  Order order;
+  alignas(64) float gains[16];
+  std::int32_t lanes[16];
+  std::int32_t mask[16];  // all bits or none
+};
+
+/// maxWidth adjacent channels of an interleaved output, each the sum of its lane of the layers, in their
+/// order.
+struct LaneGroup {
+  float* data;  // the first channel's sample in frame 0
+  std::ptrdiff_t stride;
+  const LaneLayer* layers;
+  std::int32_t layerCount;
+};
+
 /// One form of the loops. All [io-thread].
 struct MixKernels {
   const char* name;
   std::int32_t maxWidth;
+  bool permutes;  // whether the form has layers of every order
 
   /// Sums `sourceCount` planar sources into `frames` frames at `target`. Steps of the sources are not used.
   void (*mixPlanar)(float* target, const MixSource* sources, std::int32_t sourceCount,
@@ -60,6 +87,9 @@ struct MixKernels {
 
   /// Sums the sources of each group's targets and writes them to one block of its channels.
   void (*scatterBlock)(const ScatterGroup* groups, std::int32_t count, std::int64_t block) noexcept;
+
+  /// Sums the layers of each group into its channels, frames 0 to `frames`. The groups have one stride.
+  void (*mixLanes)(const LaneGroup* groups, std::int32_t count, std::int64_t frames) noexcept;
 };
 
 /// The fastest form that this processor runs. [any-thread]

@@ -4,6 +4,7 @@
 
 namespace tolvane {
 
-const MixKernels kAvx2MixKernels = {"avx2", kMaxWidth, mixPlanar, gatherBlock, mixBlock, scatterBlock};
+const MixKernels kAvx2MixKernels = {"avx2",      kMaxWidth, kPermutes,    mixPlanar,
+                                    gatherBlock, mixBlock,  scatterBlock, mixLanes};
 
 }  // namespace tolvane

@@ -4,6 +4,7 @@
 
 namespace tolvane {
 
-const MixKernels kAvx512MixKernels = {"avx512", kMaxWidth, mixPlanar, gatherBlock, mixBlock, scatterBlock};
+const MixKernels kAvx512MixKernels = {"avx512",    kMaxWidth, kPermutes,    mixPlanar,
+                                      gatherBlock, mixBlock,  scatterBlock, mixLanes};
 
 }  // namespace tolvane

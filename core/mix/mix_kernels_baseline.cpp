@@ -4,7 +4,7 @@
 
 namespace tolvane {
 
-const MixKernels kBaselineMixKernels = {"baseline",  kMaxWidth, mixPlanar,
-                                        gatherBlock, mixBlock,  scatterBlock};
+const MixKernels kBaselineMixKernels = {"baseline",  kMaxWidth, kPermutes,    mixPlanar,
+                                        gatherBlock, mixBlock,  scatterBlock, mixLanes};
 
 }  // namespace tolvane

@@ -13,17 +13,22 @@
 #define TOLVANE_UNROLLED _Pragma("GCC unroll 16")
 #endif
 
+// Floats in a vector of the form. A test may set it to what the processor does not have: the compiler then
+// puts the vectors together from shorter ones.
+#if !defined(TOLVANE_MIX_WIDTH)
+#if defined(__AVX512F__)
+#define TOLVANE_MIX_WIDTH 16
+#elif defined(__AVX2__)
+#define TOLVANE_MIX_WIDTH 8
+#else
+#define TOLVANE_MIX_WIDTH 4
+#endif
+#endif
+
 namespace tolvane {
 namespace {
 
-// Floats in a vector of the form.
-#if defined(__AVX512F__)
-inline constexpr int kMaxWidth = 16;
-#elif defined(__AVX2__)
-inline constexpr int kMaxWidth = 8;
-#else
-inline constexpr int kMaxWidth = 4;
-#endif
+inline constexpr int kMaxWidth = TOLVANE_MIX_WIDTH;
 
 template <std::size_t Width>
 struct Lanes {
@@ -57,7 +62,7 @@ __attribute__((always_inline)) inline void transpose(Vector<4> (&r)[4]) noexcept
   r[3] = __builtin_shufflevector(b, d, 2, 3, 6, 7);
 }
 
-#if defined(__AVX2__)
+#if TOLVANE_MIX_WIDTH >= 8
 __attribute__((always_inline)) inline void transposeLanes(Vector<8> (&r)[8], int q) noexcept {
   const auto a = __builtin_shufflevector(r[q], r[q + 1], 0, 8, 1, 9, 4, 12, 5, 13);
   const auto b = __builtin_shufflevector(r[q], r[q + 1], 2, 10, 3, 11, 6, 14, 7, 15);
@@ -82,7 +87,7 @@ __attribute__((always_inline)) inline void transpose(Vector<8> (&r)[8]) noexcept
 }
 #endif
 
-#if defined(__AVX512F__)
+#if TOLVANE_MIX_WIDTH >= 16
 __attribute__((always_inline)) inline void transposeLanes(Vector<16> (&r)[16], int q) noexcept {
   const auto a =
       __builtin_shufflevector(r[q], r[q + 1], 0, 16, 1, 17, 4, 20, 5, 21, 8, 24, 9, 25, 12, 28, 13, 29);
@@ -125,12 +130,12 @@ __attribute__((always_inline)) inline void transpose(Vector<16> (&r)[16]) noexce
 
 // A row is stored by whole vectors of the form: one that is put together in memory from narrower stores would
 // stall the load that follows. So squares that lie side by side are joined, and split, in registers.
-#if defined(__AVX2__)
+#if TOLVANE_MIX_WIDTH >= 8
 __attribute__((always_inline)) inline Vector<8> join(Vector<4> a, Vector<4> b) noexcept {
   return __builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7);
 }
 #endif
-#if defined(__AVX512F__)
+#if TOLVANE_MIX_WIDTH >= 16
 __attribute__((always_inline)) inline Vector<16> join(Vector<8> a, Vector<8> b) noexcept {
   return __builtin_shufflevector(a, b, 0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15);
 }
@@ -181,11 +186,11 @@ __attribute__((always_inline)) inline void gatherOne(const GatherGroup& group, c
 
 __attribute__((always_inline)) inline void gather(const GatherGroup& group, const float* from) noexcept {
   switch (group.width) {
-#if defined(__AVX512F__)
+#if TOLVANE_MIX_WIDTH >= 16
     case 16:
       return gatherSquares<16>(group, from);
 #endif
-#if defined(__AVX2__)
+#if TOLVANE_MIX_WIDTH >= 8
     case 8:
       return gatherSquares<8>(group, from);
 #endif
@@ -202,49 +207,67 @@ inline void gatherBlock(const GatherGroup* groups, std::int32_t count, std::int6
   }
 }
 
-/// Sums one vector of every source (there is at least one), from a frame on.
-template <std::size_t Width>
-__attribute__((always_inline)) inline void sumOne(float* to, const MixSource* sources,
-                                                  std::int32_t sourceCount, std::int64_t frame) noexcept {
+/// Sums one vector of each of `Count` sources, from frame `f` on, upon what is there, or upon positive zero.
+template <std::size_t Width, std::size_t Count, bool First>
+__attribute__((always_inline)) inline void addVectors(float* to, const float* const (&from)[Count],
+                                                      const float (&gains)[Count], std::int64_t f) noexcept {
   Vector<Width> sum = {};
-  std::int32_t s = 0;
-  do {
-    sum += load<Width>(sources[s].data + frame) * sources[s].gain;
-  } while (++s < sourceCount);
-  store<Width>(to, sum);
+  if constexpr (!First) sum = load<Width>(to + f);
+  TOLVANE_UNROLLED
+  for (std::size_t s = 0; s < Count; ++s) sum += load<Width>(from[s] + f) * gains[s];
+  store<Width>(to + f, sum);
 }
 
-/// The same for four vectors in a row: enough sums under way to hide the latency of each.
-template <std::size_t Width>
-__attribute__((always_inline)) inline void sumFour(float* to, const MixSource* sources,
-                                                   std::int32_t sourceCount, std::int64_t frame) noexcept {
-  Vector<Width> sum0 = {};
-  Vector<Width> sum1 = {};
-  Vector<Width> sum2 = {};
-  Vector<Width> sum3 = {};
-  std::int32_t s = 0;
-  do {
-    const float* const from = sources[s].data + frame;
-    const float gain = sources[s].gain;
-    sum0 += load<Width>(from) * gain;
-    sum1 += load<Width>(from + Width) * gain;
-    sum2 += load<Width>(from + 2 * Width) * gain;
-    sum3 += load<Width>(from + 3 * Width) * gain;
-  } while (++s < sourceCount);
-  store<Width>(to, sum0);
-  store<Width>(to + Width, sum1);
-  store<Width>(to + 2 * Width, sum2);
-  store<Width>(to + 3 * Width, sum3);
+/// The same for frames `f` to `end`, their addresses and gains held in registers.
+template <std::size_t Count, bool First>
+__attribute__((always_inline)) inline void addSources(float* to, const MixSource* sources, std::int64_t f,
+                                                      std::int64_t end) noexcept {
+  const float* from[Count];
+  float gains[Count];
+  TOLVANE_UNROLLED
+  for (std::size_t s = 0; s < Count; ++s) {
+    from[s] = sources[s].data;
+    gains[s] = sources[s].gain;
+  }
+  constexpr std::int64_t kVectors = 4;
+  for (; f + kVectors * kMaxWidth <= end; f += kVectors * kMaxWidth) {
+    TOLVANE_UNROLLED
+    for (std::int64_t v = 0; v < kVectors; ++v)
+      addVectors<kMaxWidth, Count, First>(to, from, gains, f + v * kMaxWidth);
+  }
+  for (; f + kMaxWidth <= end; f += kMaxWidth) addVectors<kMaxWidth, Count, First>(to, from, gains, f);
+  for (; f < end; ++f) addVectors<1, Count, First>(to, from, gains, f);
+}
+
+/// At most four sources at a time, as many as the processor follows ahead through memory.
+template <bool First>
+__attribute__((always_inline)) inline void addFewSources(float* to, const MixSource* sources,
+                                                         std::int32_t count, std::int64_t f,
+                                                         std::int64_t end) noexcept {
+  switch (count) {
+    case 1:
+      return addSources<1, First>(to, sources, f, end);
+    case 2:
+      return addSources<2, First>(to, sources, f, end);
+    case 3:
+      return addSources<3, First>(to, sources, f, end);
+    default:
+      return addSources<4, First>(to, sources, f, end);
+  }
 }
 
 inline void mixPlanar(float* target, const MixSource* sources, std::int32_t sourceCount,
                       std::int64_t frames) noexcept {
-  std::int64_t f = 0;
-  for (; f + std::int64_t{4} * kMaxWidth <= frames; f += std::int64_t{4} * kMaxWidth) {
-    sumFour<kMaxWidth>(target + f, sources, sourceCount, f);
+  if (sourceCount == 1) return addSources<1, true>(target, sources, 0, frames);
+  // The sums of so many frames stay in the first cache from four sources to the next.
+  constexpr std::int64_t kFramesInCache = 1024;
+  for (std::int64_t f = 0; f < frames; f += kFramesInCache) {
+    const std::int64_t end = frames - f < kFramesInCache ? frames : f + kFramesInCache;
+    addFewSources<true>(target, sources, sourceCount, f, end);
+    for (std::int32_t s = 4; s < sourceCount; s += 4) {
+      addFewSources<false>(target, sources + s, sourceCount - s, f, end);
+    }
   }
-  for (; f + kMaxWidth <= frames; f += kMaxWidth) sumOne<kMaxWidth>(target + f, sources, sourceCount, f);
-  for (; f < frames; ++f) sumOne<1>(target + f, sources, sourceCount, f);
 }
 
 /// A vector of one target's block, from its frame `first` on. A source's `blockStep` is 0 for a row of the
@@ -312,12 +335,12 @@ inline void scatterBlock(const ScatterGroup* groups, std::int32_t count, std::in
     const ScatterGroup& group = groups[g];
     float* const to = group.data + block * kBlockFrames * group.stride;
     switch (group.width) {
-#if defined(__AVX512F__)
+#if TOLVANE_MIX_WIDTH >= 16
       case 16:
         scatterSquares<16>(group, to, block);
         break;
 #endif
-#if defined(__AVX2__)
+#if TOLVANE_MIX_WIDTH >= 8
       case 8:
         scatterSquares<8>(group, to, block);
         break;
@@ -333,3 +356,5 @@ inline void scatterBlock(const ScatterGroup* groups, std::int32_t count, std::in
 
 }  // namespace
 }  // namespace tolvane
+
+#include "core/mix/lane_kernels_impl.h"

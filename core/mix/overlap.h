@@ -12,6 +12,19 @@ struct MemoryRange {
   std::uintptr_t end;
 };
 
+/// No byte; what a span grows from.
+inline constexpr MemoryRange kNoMemory = {UINTPTR_MAX, 0};
+
+/// The smallest range that holds both.
+[[nodiscard]] constexpr MemoryRange spanOf(MemoryRange a, MemoryRange b) noexcept {
+  return {a.begin < b.begin ? a.begin : b.begin, a.end > b.end ? a.end : b.end};
+}
+
+/// Whether they share a byte.
+[[nodiscard]] constexpr bool overlap(MemoryRange a, MemoryRange b) noexcept {
+  return a.begin < b.end && b.begin < a.end;
+}
+
 /// Ranges of memory, at most one a route. [io-thread]
 class MemoryRanges {
  public:
@@ -24,14 +37,10 @@ class MemoryRanges {
   /// Whether two of them share a byte.
   [[nodiscard]] bool overlap() const noexcept;
 
-  /// From the lowest byte to the highest.
-  [[nodiscard]] MemoryRange span() const noexcept { return span_; }
-
  private:
   MemoryRange list_[kMaxPatchEntries];
   std::int32_t count_ = 0;
-  MemoryRange span_ = {UINTPTR_MAX, 0};
-  bool ascending_ = true;  // each begins where the one before it ends, or later
+  MemoryRange span_ = kNoMemory;
 };
 
 }  // namespace tolvane

@@ -1,39 +1,12 @@
 // Every form of the mixing loops gives the bits of the plain order, whatever the buffers look like.
-#include <cstring>
+#include "kernel_forms.h"
+
 #include <random>
-#include <vector>
-
-#include <gtest/gtest.h>
-
-#include "core/mix/channel_table.h"
-#include "core/mix/mix_kernels.h"
-#include "core/mix/plain_mixer.h"
-#include "core/mix/route_mixer.h"
-#include "routes_in_memory.h"
 
 namespace tolvane::test {
 namespace {
 
-class KernelForms : public testing::TestWithParam<const MixKernels*> {
- protected:
-  /// Mixes the same cycle in both orders, in two copies of the memory, and compares all of it.
-  void expectPlainBits(RoutesInMemory cycle) {
-    RoutesInMemory plain = cycle;
-    cycle.mix(*GetParam());
-    plain.mixInPlainOrder();
-    EXPECT_EQ(
-        std::memcmp(cycle.memory().data(), plain.memory().data(), plain.memory().size() * sizeof(float)), 0);
-  }
-};
-
-std::vector<const MixKernels*> forms() {
-  std::vector<const MixKernels*> all;
-  for (const MixKernels* const* form = allMixKernels(); *form != nullptr; ++form) all.push_back(*form);
-  return all;
-}
-
-INSTANTIATE_TEST_SUITE_P(All, KernelForms, testing::ValuesIn(forms()),
-                         [](const auto& form) { return std::string(form.param->name); });
+INSTANTIATE_TEST_SUITE_P(All, KernelForms, testing::ValuesIn(everyForm()), formName);
 
 // Every width of interleaving up to two groups and a rest, every frame count around the blocks.
 TEST_P(KernelForms, InterleavedBuffersOfEveryWidth) {

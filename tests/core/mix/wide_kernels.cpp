@@ -1,0 +1,11 @@
+// The loops for vectors of 16 floats on any processor: what a processor with them would compute.
+#define TOLVANE_MIX_WIDTH 16
+#include "core/mix/mix_kernels_impl.h"
+
+namespace tolvane::test {
+
+extern const MixKernels kWideMixKernels;
+const MixKernels kWideMixKernels = {"wide",      kMaxWidth, kPermutes,    mixPlanar,
+                                    gatherBlock, mixBlock,  scatterBlock, mixLanes};
+
+}  // namespace tolvane::test
