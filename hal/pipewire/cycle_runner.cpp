@@ -1,14 +1,11 @@
 #include "hal/pipewire/cycle_runner.h"
 
 #include <algorithm>
-#include <cstring>
 #include <utility>
 
 namespace tolvane::hal::pipewire {
 
 namespace {
-
-constexpr std::uint32_t kMaxCycleFrames = 65536;  // beyond any quantum that a server runs with
 
 AudioTimeStamp timeStamp(double sampleTime, std::uint64_t hostTimeNs) noexcept {
   AudioTimeStamp stamp{};
@@ -20,8 +17,8 @@ AudioTimeStamp timeStamp(double sampleTime, std::uint64_t hostTimeNs) noexcept {
 
 }  // namespace
 
-CycleRunner::CycleRunner(const Library& library, SessionClient& client, std::size_t inputs,
-                         std::size_t outputs)
+CycleRunner::CycleRunner(const Library& library, SessionClient& client, const StreamLayout& inputs,
+                         const StreamLayout& outputs)
     : library_(library), client_(client), inputs_(inputs), outputs_(outputs) {
   gate_.open();
 }
@@ -39,7 +36,7 @@ void CycleRunner::process(const spa_io_position* position) noexcept {
   const bool isWanted = moment.frames != 0 && running_.load(std::memory_order_acquire);
   const CallGate::Pass pass(gate_);
   if (!isWanted || !pass) {
-    clearOutputs();
+    outputs_.silence();
     last_ = {};
     return;
   }
@@ -74,19 +71,13 @@ void* CycleRunner::takeBuffer(void* port, bool isOutput, std::uint32_t frames) n
 
 void CycleRunner::fetchBuffers(std::uint32_t frames) noexcept {
   for (std::size_t i = 0; i < inputPorts_.size(); ++i) {
-    inputs_.set(i, takeBuffer(inputPorts_[i], false, frames), frames);
+    inputs_.set(i, takeBuffer(inputPorts_[i], false, frames));
   }
   for (std::size_t i = 0; i < outputPorts_.size(); ++i) {
-    outputs_.set(i, takeBuffer(outputPorts_[i], true, frames), frames);
+    outputs_.set(i, takeBuffer(outputPorts_[i], true, frames));
   }
-}
-
-void CycleRunner::clearOutputs() noexcept {
-  AudioBufferList& list = outputs_.list();
-  for (std::size_t i = 0; i < outputPorts_.size(); ++i) {
-    const AudioBuffer& buffer = list.mBuffers[i];
-    if (buffer.mData != nullptr) std::memset(buffer.mData, 0, buffer.mDataByteSize);
-  }
+  inputs_.begin(frames);
+  outputs_.begin(frames);
 }
 
 void CycleRunner::noteClock(const Moment& moment) noexcept {
@@ -106,7 +97,9 @@ void CycleRunner::callClient(const Moment& moment) noexcept {
   const AudioTimeStamp now = timeStamp(position, moment.nsec);
   const AudioTimeStamp input = timeStamp(position - moment.frames, moment.nsec - cycleNs);
   const AudioTimeStamp output = timeStamp(position + moment.frames, moment.nsec + cycleNs);
+  inputs_.gather();
   client_.cycle({&now, &inputs_.list(), &input, &outputs_.list(), &output});
+  outputs_.scatter();
 }
 
 }  // namespace tolvane::hal::pipewire

@@ -14,7 +14,8 @@ namespace tolvane::hal::pipewire {
 
 class CycleRunner {
  public:
-  CycleRunner(const Library& library, SessionClient& client, std::size_t inputs, std::size_t outputs);
+  CycleRunner(const Library& library, SessionClient& client, const StreamLayout& inputs,
+              const StreamLayout& outputs);
 
   /// The filter's ports, in channel order. While no filter runs. [not-io]
   void setPorts(std::vector<void*> inputs, std::vector<void*> outputs);
@@ -41,7 +42,6 @@ class CycleRunner {
   static Moment momentOf(const spa_io_clock& clock) noexcept;
   void* takeBuffer(void* port, bool isOutput, std::uint32_t frames) noexcept;
   void fetchBuffers(std::uint32_t frames) noexcept;
-  void clearOutputs() noexcept;
   void noteClock(const Moment& moment) noexcept;
   void callClient(const Moment& moment) noexcept;
 

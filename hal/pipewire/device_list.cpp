@@ -5,6 +5,7 @@
 #include <iterator>
 #include <limits>
 #include <string_view>
+#include <utility>
 
 namespace tolvane::hal::pipewire {
 
@@ -52,18 +53,6 @@ bool naturallyLess(std::string_view a, std::string_view b) {
 
 constexpr std::uint32_t kSuggestedQuantumFrames = 256;
 
-/// What a cycle of the device is, or will be when nobody else in the graph asks for less.
-void describeClock(const GraphClock& clock, std::uint32_t askedQuantum, DeviceInfo& info) {
-  info.sampleRateHz = clock.forcedRateHz > 0.0 ? clock.forcedRateHz : clock.rateHz;
-  if (clock.forcedQuantum != 0) {
-    info.bufferFrames = clock.forcedQuantum;
-    return;
-  }
-  info.minBufferFrames = clock.minQuantum;
-  info.maxBufferFrames = std::max(clock.minQuantum, clock.maxQuantum);
-  info.bufferFrames = std::clamp(askedQuantum, info.minBufferFrames, info.maxBufferFrames);
-}
-
 }  // namespace
 
 /// The nodes of one device.
@@ -98,6 +87,8 @@ struct DeviceList::Group {
     return spokesman.description.empty() ? spokesman.name : spokesman.description;
   }
 
+  [[nodiscard]] bool isCard() const { return members.front().node->cardId.has_value(); }
+
   /// All of it has said what it is.
   [[nodiscard]] bool hasAnswered() const {
     return std::all_of(members.begin(), members.end(),
@@ -118,7 +109,7 @@ bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& n
   const std::size_t before = channels.size();
   for (const auto& [portId, port] : graph.ports) {
     if (port.nodeId != nodeId || port.isInput != ofInputPorts) continue;
-    channels.push_back({node.name, port.index, nodeId, portId});
+    channels.push_back({.nodeName = node.name, .index = port.index, .nodeId = nodeId, .portId = portId});
   }
   std::sort(channels.begin() + static_cast<std::ptrdiff_t>(before), channels.end(),
             [](const Channel& a, const Channel& b) { return a.index < b.index; });
@@ -126,8 +117,16 @@ bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& n
   return node.channels && *node.channels != 0 && found == *node.channels;
 }
 
-void makeNamesDistinct(std::vector<ListedDevice>& devices) {
-  std::set<std::string> taken;
+void placeChannels(ListedDevice& device) {
+  for (std::vector<Channel>* const channels : {&device.inputs, &device.outputs}) {
+    for (std::size_t place = 0; place < channels->size(); ++place) {
+      (*channels)[place].deviceUid = device.info.uid;
+      (*channels)[place].place = static_cast<std::uint32_t>(place);
+    }
+  }
+}
+
+void makeNamesDistinct(std::vector<ListedDevice>& devices, std::set<std::string> taken) {
   for (ListedDevice& device : devices) {
     const std::string described = device.info.name;
     for (int number = 2; !taken.insert(device.info.name).second; ++number) {
@@ -194,7 +193,18 @@ std::uint32_t DeviceList::quantum(const std::string& uid) const {
   return set != quanta_.end() ? set->second : kSuggestedQuantumFrames;
 }
 
-std::vector<ListedDevice> DeviceList::build(const Graph& graph) {
+void DeviceList::describeCycle(const GraphClock& clock, DeviceInfo& info) const {
+  info.sampleRateHz = clock.forcedRateHz > 0.0 ? clock.forcedRateHz : clock.rateHz;
+  if (clock.forcedQuantum != 0) {
+    info.bufferFrames = clock.forcedQuantum;
+    return;
+  }
+  info.minBufferFrames = clock.minQuantum;
+  info.maxBufferFrames = std::max(clock.minQuantum, clock.maxQuantum);
+  info.bufferFrames = std::clamp(quantum(info.uid), info.minBufferFrames, info.maxBufferFrames);
+}
+
+std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::string> reservedNames) {
   const std::vector<Group> groups = groupsOf(graph);
   forgetAllBut(groups);
   std::vector<ListedDevice> devices;
@@ -218,10 +228,12 @@ std::vector<ListedDevice> DeviceList::build(const Graph& graph) {
     device.info.transportType = kAudioDeviceTransportTypePipeWire;
     device.info.inputStreams.assign(device.inputs.size(), 1);
     device.info.outputStreams.assign(device.outputs.size(), 1);
-    describeClock(graph.clock, quantum(device.info.uid), device.info);
+    device.isCard = group.isCard();
+    placeChannels(device);
+    describeCycle(graph.clock, device.info);
     devices.push_back(std::move(device));
   }
-  makeNamesDistinct(devices);
+  makeNamesDistinct(devices, std::move(reservedNames));
   return devices;
 }
 

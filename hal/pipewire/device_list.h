@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "hal/aggregates/aggregate.h"
 #include "hal/driver/device_info.h"
 #include "hal/pipewire/graph.h"
 
@@ -15,8 +16,10 @@ namespace tolvane::hal::pipewire {
 /// One channel of a device: where it is to be found again after the device has been away, and where it is
 /// now.
 struct Channel {
-  std::string nodeName;
-  std::uint32_t index = 0;  // among the node's channels of this direction
+  std::string deviceUid = {};
+  std::uint32_t place = 0;    // among the device's channels of this direction
+  std::string nodeName = {};  // empty while nothing of its device has been seen
+  std::uint32_t index = 0;    // among the node's channels of this direction
 
   std::uint32_t nodeId = 0;
   std::uint32_t portId = 0;
@@ -31,21 +34,28 @@ struct ListedDevice {
   DeviceInfo info;
   std::vector<Channel> inputs;
   std::vector<Channel> outputs;
-  bool isComplete = false;  // every channel has its port; only then is it shown
+  std::vector<AggregateMember> members =
+      {};  // of an aggregate, whose channels are theirs, one after the other
+  bool isCard = false;
+  bool isComplete = false;  // every channel that is there has its port; only then is it shown
 };
 
 /// One device per card, one per node without a card. Remembers which identity it gave to what, so that an
 /// identity never passes from one thing to another while the first is there. Not thread-safe.
 class DeviceList {
  public:
-  /// All devices, complete or not, in menu order: that of the default sink first, then the server's order.
-  [[nodiscard]] std::vector<ListedDevice> build(const Graph& graph);
+  /// All devices but aggregates, complete or not, in menu order: that of the default sink first, then the
+  /// server's order. None has one of the `reservedNames`.
+  [[nodiscard]] std::vector<ListedDevice> build(const Graph& graph, std::set<std::string> reservedNames);
 
   /// Asks for this many frames a cycle when the device runs.
   void setQuantum(const std::string& uid, std::uint32_t frames) { quanta_[uid] = frames; }
 
   /// What is asked for: 256 where nothing was set.
   [[nodiscard]] std::uint32_t quantum(const std::string& uid) const;
+
+  /// Says what a cycle of the device is, or will be when nobody else in the graph asks for less.
+  void describeCycle(const GraphClock& clock, DeviceInfo& info) const;
 
  private:
   struct Group;

@@ -21,18 +21,52 @@ OwnPorts ownPorts(const Graph& graph, std::uint32_t nodeId, bool areInputs) {
   return ports;
 }
 
-/// Where each of the channels that a device was started with is now; null for one that is away.
-std::vector<const Channel*> locate(const std::vector<Channel>& started, const std::vector<Channel>& current) {
-  std::vector<const Channel*> found(started.size(), nullptr);
-  bool isAnyOfTheSameNodes = false;
-  for (std::size_t i = 0; i < started.size(); ++i) {
-    for (const Channel& channel : current) {
-      isAnyOfTheSameNodes = isAnyOfTheSameNodes || channel.nodeName == started[i].nodeName;
-      if (channel.isSameAs(started[i])) found[i] = &channel;
+const ListedDevice* deviceOf(const Channel& channel, const std::vector<ListedDevice>& devices) {
+  const auto found = std::find_if(devices.begin(), devices.end(), [&](const ListedDevice& device) {
+    return device.info.uid == channel.deviceUid;
+  });
+  return found == devices.end() ? nullptr : &*found;
+}
+
+/// Whether any of the nodes that the device's channels were started with is there.
+bool hasAnyOfTheNodes(const std::vector<Channel>& started, const std::string& uid,
+                      const std::vector<Channel>& current) {
+  return std::any_of(started.begin(), started.end(), [&](const Channel& channel) {
+    return channel.deviceUid == uid && std::any_of(current.begin(), current.end(), [&](const Channel& other) {
+             return other.nodeName == channel.nodeName;
+           });
+  });
+}
+
+const Channel* sameIn(const std::vector<Channel>& current, const Channel& started) {
+  const auto found = std::find_if(current.begin(), current.end(),
+                                  [&](const Channel& channel) { return channel.isSameAs(started); });
+  return found == current.end() ? nullptr : &*found;
+}
+
+/// Where each of the channels that a session was started with is now; null for one that is away. A channel
+/// that is seen for the first time is known by its node from then on.
+std::vector<const Channel*> locate(std::vector<Channel>& started, const std::vector<ListedDevice>& devices,
+                                   std::vector<Channel> ListedDevice::*direction) {
+  std::vector<const Channel*> found;
+  for (const Channel& channel : started) {
+    const ListedDevice* const device = deviceOf(channel, devices);
+    const Channel* now = nullptr;
+    if (device != nullptr) {
+      const std::vector<Channel>& current = device->*direction;
+      if (hasAnyOfTheNodes(started, channel.deviceUid, current)) {
+        now = sameIn(current, channel);
+      } else if (device->isComplete && channel.place < current.size()) {
+        now = &current[channel.place];
+      }
     }
+    found.push_back(now);
   }
-  if (isAnyOfTheSameNodes) return found;
-  for (std::size_t i = 0; i < std::min(started.size(), current.size()); ++i) found[i] = &current[i];
+  for (std::size_t i = 0; i < started.size(); ++i) {
+    if (found[i] == nullptr || !started[i].nodeName.empty()) continue;
+    started[i].nodeName = found[i]->nodeName;
+    started[i].index = found[i]->index;
+  }
   return found;
 }
 
@@ -48,19 +82,27 @@ FilterSession::FilterSession(const Library& library, const ListedDevice& device,
       client_(client),
       changed_(std::move(changed)),
       uid_(device.info.uid),
+      members_(device.members),
       quantumFrames_(quantumFrames),
       rateHz_(static_cast<std::uint32_t>(device.info.sampleRateHz)),
       inputs_(device.inputs),
       outputs_(device.outputs),
-      runner_(library, client, device.inputs.size(), device.outputs.size()),
+      runner_(library, client, device.info.inputStreams, device.info.outputStreams),
       links_(library, device.inputs.size() + device.outputs.size(), changed_) {
   eventGate_.open();
 }
 
-void FilterSession::reconcile(const Connection& connection, const ListedDevice* device) {
+bool FilterSession::isAnyThere(const std::vector<ListedDevice>& devices) const {
+  const auto isThere = [&](const Channel& channel) { return deviceOf(channel, devices) != nullptr; };
+  return std::any_of(inputs_.begin(), inputs_.end(), isThere) ||
+         std::any_of(outputs_.begin(), outputs_.end(), isThere);
+}
+
+void FilterSession::reconcile(const Connection& connection, const std::vector<ListedDevice>& devices) {
   if (ended_) return;
-  if (device == nullptr || (filter_ && filter_->isDead())) takeDown();
-  if (device == nullptr) return;
+  const bool isThere = isAnyThere(devices);
+  if (!isThere || (filter_ && filter_->isDead())) takeDown();
+  if (!isThere) return;
   if (!filter_) {
     const auto now = std::chrono::steady_clock::now();
     if (now < nextAttempt_) return;
@@ -69,15 +111,16 @@ void FilterSession::reconcile(const Connection& connection, const ListedDevice* 
                                        latencyText(quantumFrames_, rateHz_), changed_);
   }
   if (filter_->nodeId() == SPA_ID_INVALID) return;
-  const std::size_t inputs = linkInputs(connection, *device);
-  const std::size_t outputs = linkOutputs(connection, *device);
+  const std::size_t inputs = linkInputs(connection, devices);
+  const std::size_t outputs = linkOutputs(connection, devices);
   publish(inputs + outputs);
 }
 
 /// Returns how many of the inputs are there to be linked.
-std::size_t FilterSession::linkInputs(const Connection& connection, const ListedDevice& device) {
+std::size_t FilterSession::linkInputs(const Connection& connection,
+                                      const std::vector<ListedDevice>& devices) {
   const OwnPorts own = ownPorts(connection.graph(), filter_->nodeId(), true);
-  const std::vector<const Channel*> theirs = locate(inputs_, device.inputs);
+  const std::vector<const Channel*> theirs = locate(inputs_, devices, &ListedDevice::inputs);
   for (std::size_t i = 0; i < theirs.size(); ++i) {
     const auto port = own.find(static_cast<std::uint32_t>(i));
     if (theirs[i] == nullptr || port == own.end()) {
@@ -91,9 +134,10 @@ std::size_t FilterSession::linkInputs(const Connection& connection, const Listed
 }
 
 /// Returns how many of the outputs are there to be linked.
-std::size_t FilterSession::linkOutputs(const Connection& connection, const ListedDevice& device) {
+std::size_t FilterSession::linkOutputs(const Connection& connection,
+                                       const std::vector<ListedDevice>& devices) {
   const OwnPorts own = ownPorts(connection.graph(), filter_->nodeId(), false);
-  const std::vector<const Channel*> theirs = locate(outputs_, device.outputs);
+  const std::vector<const Channel*> theirs = locate(outputs_, devices, &ListedDevice::outputs);
   for (std::size_t i = 0; i < theirs.size(); ++i) {
     const auto port = own.find(static_cast<std::uint32_t>(i));
     const std::size_t place = inputs_.size() + i;
@@ -124,13 +168,19 @@ void FilterSession::end() {
   takeDown();
 }
 
+/// `inputs` and `outputs`: links that are up.
+bool FilterSession::isEnough(std::size_t inputs, std::size_t outputs) const noexcept {
+  if (!members_.empty()) return inputs + outputs != 0;
+  return (inputs_.empty() || inputs != 0) && (outputs_.empty() || outputs != 0);
+}
+
 /// `wanted`: links that are to come up.
 void FilterSession::publish(std::size_t wanted) {
   const std::size_t inputs = links_.ready(0, inputs_.size());
   const std::size_t outputs = links_.ready(inputs_.size(), outputs_.size());
-  const bool hasEachDirection = (inputs_.empty() || inputs != 0) && (outputs_.empty() || outputs != 0);
+  isWhole_ = inputs + outputs == wanted;
   // It begins whole; then it goes on with what there is.
-  const bool alive = hasEachDirection && (isAlive() || inputs + outputs == wanted);
+  const bool alive = isEnough(inputs, outputs) && (isAlive() || isWhole_);
   if (alive) runner_.setRunning(true);
   if (inputs + outputs == 0) runner_.setRunning(false);
   wasAlive_ = wasAlive_ || alive;

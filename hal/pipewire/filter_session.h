@@ -20,19 +20,20 @@ namespace tolvane::hal::pipewire {
 
 /// Made, used and destroyed on the loop thread but for what says otherwise. The channels are those that the
 /// device had when it was started, each known by its place in a node: what comes back is the same channel as
-/// before, and what is away is a stream without data. Only when all the nodes of a direction have been
-/// replaced by others, as by another profile of the card, do channels go by their order.
+/// before, and what is away is without data. Only when all the nodes of a direction have been replaced by
+/// others, as by another profile of the card, do channels go by their order; and those of an aggregate's
+/// member that was not there at the start, when it first comes.
 ///
-/// The device is alive while it has something of each of its directions.
+/// The device is alive while it has something of each of its directions; an aggregate while it has anything.
 class FilterSession {
  public:
   /// `changed` is called when reconcile() has something new to look at.
   FilterSession(const Library& library, const ListedDevice& device, SessionClient& client,
                 std::uint32_t quantumFrames, Task changed);
 
-  /// Brings filter and links to what the graph now allows. `device` is the session's device as it is now, or
-  /// null when it is not there. Does nothing once the session has ended.
-  void reconcile(const Connection& connection, const ListedDevice* device);
+  /// Brings filter and links to what the graph now allows. `devices` are those that are there now, but for
+  /// aggregates. Does nothing once the session has ended.
+  void reconcile(const Connection& connection, const std::vector<ListedDevice>& devices);
 
   /// Asks for another cycle length, in frames.
   void setQuantum(std::uint32_t frames);
@@ -44,10 +45,17 @@ class FilterSession {
   void end();
 
   [[nodiscard]] const std::string& uid() const noexcept { return uid_; }
+
+  /// What an aggregate was made of when it was started; none of any other device.
+  [[nodiscard]] const std::vector<AggregateMember>& members() const noexcept { return members_; }
+
   [[nodiscard]] bool isAlive() const;  // [not-io]
 
   /// It has been alive and is not: it waits for its device.
   [[nodiscard]] bool isLost() const { return wasAlive_ && !isAlive(); }
+
+  /// Something of it has not come up, so that reconcile() is to be called again.
+  [[nodiscard]] bool isUnfinished() const { return !isWhole_ || !isAlive(); }
 
   /// Waits until the device runs with all its channels; false when it does not within `timeout`. [not-io]
   bool waitUntilAlive(std::chrono::milliseconds timeout);
@@ -56,8 +64,10 @@ class FilterSession {
   void shut() noexcept;
 
  private:
-  std::size_t linkInputs(const Connection& connection, const ListedDevice& device);
-  std::size_t linkOutputs(const Connection& connection, const ListedDevice& device);
+  [[nodiscard]] bool isAnyThere(const std::vector<ListedDevice>& devices) const;
+  std::size_t linkInputs(const Connection& connection, const std::vector<ListedDevice>& devices);
+  std::size_t linkOutputs(const Connection& connection, const std::vector<ListedDevice>& devices);
+  [[nodiscard]] bool isEnough(std::size_t inputs, std::size_t outputs) const noexcept;
   void publish(std::size_t wanted);
   void setAlive(bool alive);
 
@@ -65,6 +75,7 @@ class FilterSession {
   SessionClient& client_;
   Task changed_;
   std::string uid_;
+  std::vector<AggregateMember> members_;
   std::uint32_t quantumFrames_;
   std::uint32_t rateHz_;
   std::vector<Channel> inputs_;
@@ -75,6 +86,7 @@ class FilterSession {
   CallGate eventGate_;
   bool ended_ = false;
   bool wasAlive_ = false;
+  bool isWhole_ = false;  // all links that can be there are there
   std::chrono::steady_clock::time_point nextAttempt_;
 
   mutable std::mutex mutex_;  // guards alive_

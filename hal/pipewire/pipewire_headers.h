@@ -74,6 +74,10 @@ inline void updateTimer(pw_loop* loop, spa_source* timer, timespec* first, times
   pw_loop_update_timer(loop, timer, first, interval, false);
 }
 
+inline spa_source* addReader(pw_loop* loop, int descriptor, spa_source_io_func_t handler, void* data) {
+  return pw_loop_add_io(loop, descriptor, SPA_IO_IN, false, handler, data);
+}
+
 inline void destroySource(pw_loop* loop, spa_source* source) {
   pw_loop_destroy_source(loop, source);
 }

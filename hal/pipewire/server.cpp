@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <set>
 #include <utility>
+
+#include "hal/pipewire/aggregate_list.h"
 
 namespace tolvane::hal::pipewire {
 
@@ -72,6 +75,8 @@ Server::Server(const Library& library, std::unique_ptr<LoopThread> thread)
             noteChange();
           },
           [this] { noteChange(); }),
+      aggregates_(aggregateFilePath()),
+      aggregatesWatch_(*thread_, aggregates_.path(), [this] { noteChange(); }),
       retry_(*thread_, [this] {
         connection_.ensure();
         reconcile();
@@ -98,13 +103,8 @@ void Server::reconcile() {
 
 void Server::reconcileSessions() {
   if (sessions_.empty()) return;
-  const std::vector<ListedDevice> devices = list_.build(connection_.graph());
-  for (const auto& session : sessions_) {
-    const auto device = std::find_if(devices.begin(), devices.end(), [&](const ListedDevice& listed) {
-      return listed.info.uid == session->uid();
-    });
-    session->reconcile(connection_, device == devices.end() ? nullptr : &*device);
-  }
+  const std::vector<ListedDevice> devices = plainDevices();
+  for (const auto& session : sessions_) session->reconcile(connection_, devices);
 }
 
 void Server::tellOfChanges() {
@@ -118,7 +118,7 @@ void Server::tellOfChanges() {
 /// What has failed is tried again, also when no event says that anything has changed.
 void Server::scheduleRetry() {
   const bool isAnyMissing = std::any_of(sessions_.begin(), sessions_.end(),
-                                        [](const auto& session) { return !session->isAlive(); });
+                                        [](const auto& session) { return session->isUnfinished(); });
   const milliseconds whileIdle = observer_ && !connection_.isConnected() ? kReconnectPeriod : milliseconds{0};
   retry_.every(isAnyMissing ? kRetryPeriod : whileIdle);
 }
@@ -140,12 +140,32 @@ void Server::setQuantum(const std::string& uid, std::uint32_t frames) {
   });
 }
 
+std::vector<ListedDevice> Server::plainDevices() {
+  std::set<std::string> reserved{kAllInterfacesName};
+  for (const Aggregate& aggregate : aggregates_.aggregates()) reserved.insert(aggregate.name);
+  return list_.build(connection_.graph(), std::move(reserved));
+}
+
+std::vector<ListedDevice> Server::allDevices() {
+  std::vector<ListedDevice> devices = plainDevices();
+  const auto running = [&](const std::string& uid) -> const std::vector<AggregateMember>* {
+    const auto session = std::find_if(sessions_.begin(), sessions_.end(),
+                                      [&](const auto& candidate) { return candidate->uid() == uid; });
+    return session == sessions_.end() ? nullptr : &(*session)->members();
+  };
+  for (ListedDevice& aggregate : aggregatesOf(devices, aggregates_.aggregates(), running)) {
+    list_.describeCycle(connection_.graph().clock, aggregate.info);
+    devices.push_back(std::move(aggregate));
+  }
+  return devices;
+}
+
 /// A device that a session has lost is not shown before that session has it back, lest half of it be taken
 /// for all of it.
 std::vector<DeviceInfo> Server::completeDevices() {
   if (!connection_.isReady()) return {};
   std::vector<DeviceInfo> complete;
-  for (ListedDevice& device : list_.build(connection_.graph())) {
+  for (ListedDevice& device : allDevices()) {
     const bool isLost = std::any_of(sessions_.begin(), sessions_.end(), [&](const auto& session) {
       return session->uid() == device.info.uid && session->isLost();
     });
@@ -182,7 +202,7 @@ std::vector<DeviceInfo> Server::devices() {
 }
 
 void Server::startNow(const DeviceInfo& device, SessionClient& client, Starting& starting) {
-  const std::vector<ListedDevice> devices = list_.build(connection_.graph());
+  const std::vector<ListedDevice> devices = allDevices();
   const auto listed = std::find_if(devices.begin(), devices.end(), [&](const ListedDevice& candidate) {
     return candidate.isComplete && candidate.info.uid == device.uid;
   });

@@ -8,7 +8,9 @@
 #include <string>
 #include <vector>
 
+#include "hal/aggregates/aggregate_file.h"
 #include "hal/driver/driver.h"
+#include "hal/pipewire/config_watch.h"
 #include "hal/pipewire/connection.h"
 #include "hal/pipewire/device_list.h"
 #include "hal/pipewire/filter_session.h"
@@ -60,6 +62,8 @@ class Server {
   void scheduleRetry();
   void noteChange();
   void startNow(const DeviceInfo& device, SessionClient& client, Starting& starting);
+  [[nodiscard]] std::vector<ListedDevice> plainDevices();
+  [[nodiscard]] std::vector<ListedDevice> allDevices();
   [[nodiscard]] std::vector<DeviceInfo> completeDevices();
 
   const Library& library_;
@@ -68,6 +72,8 @@ class Server {
   // On the loop thread only.
   Connection connection_;
   DeviceList list_;
+  AggregateFile aggregates_;
+  ConfigWatch aggregatesWatch_;
   std::vector<std::shared_ptr<FilterSession>> sessions_;
   LoopTimer retry_;
   bool changeNoted_ = false;

@@ -160,6 +160,8 @@ PipeWireServer::PipeWireServer(const std::vector<PipeWireCard>& cards, PipeWireP
   ::close(ends[0]);
 
   ::setenv("XDG_RUNTIME_DIR", folder_.c_str(), 1);
+  // Nothing of the user's own counts.
+  ::setenv("XDG_CONFIG_HOME", configFolder().c_str(), 1);
   ::unsetenv("PIPEWIRE_RUNTIME_DIR");
   ::unsetenv("PIPEWIRE_REMOTE");
   // Nobody is to be asked for real-time scheduling but the system itself.

@@ -34,8 +34,8 @@ enum class PipeWirePace {
 };
 
 /// Runs from its construction to its destruction, or at the most as long as the test does. Sets
-/// XDG_RUNTIME_DIR, so that every client of this process finds this server and no other. Every failure throws
-/// std::runtime_error.
+/// XDG_RUNTIME_DIR, so that every client of this process finds this server and no other, and XDG_CONFIG_HOME.
+/// Every failure throws std::runtime_error.
 class PipeWireServer {
  public:
   explicit PipeWireServer(const std::vector<PipeWireCard>& cards, PipeWirePace pace = PipeWirePace::realTime);
@@ -49,6 +49,9 @@ class PipeWireServer {
   void unhang();
 
   [[nodiscard]] pid_t pid() const noexcept { return pid_; }
+
+  /// Not there before somebody makes it.
+  [[nodiscard]] std::string configFolder() const { return folder_ + "/config"; }
 
  private:
   std::string folder_;

@@ -74,7 +74,7 @@ TEST(PipeWireEnumeration, EqualDescriptionsAreMadeDistinct) {
       {{.name = "a", .inputs = 1, .outputs = 1, .description = "USB Audio", .cardId = 901},
        {.name = "b", .inputs = 1, .outputs = 1, .description = "USB Audio", .cardId = 902}});
   const auto driver = hal::makePipeWireDriver();
-  const auto devices = listedDevices(*driver, 2);
+  const auto devices = plainDevices(*driver, 2);
   EXPECT_THAT(namesOf(devices), ElementsAre("USB Audio", "USB Audio (2)"));
   EXPECT_THAT(uidsOf(devices), ElementsAre("pipewire:a", "pipewire:b"));
 }
@@ -84,26 +84,26 @@ TEST(PipeWireEnumeration, TheDefaultSinksDeviceComesFirstThenTheServersOrder) {
                                {.name = "b", .inputs = 2, .outputs = 2, .cardId = 902},
                                {.name = "c", .inputs = 2, .outputs = 2, .cardId = 903}});
   const auto driver = hal::makePipeWireDriver();
-  EXPECT_THAT(namesOf(listedDevices(*driver, 3)), ElementsAre("a", "b", "c"));
+  EXPECT_THAT(namesOf(plainDevices(*driver, 3)), ElementsAre("a", "b", "c"));
   PipeWireClient session;
   session.setDefaultSink("c.sink");
-  EXPECT_THAT(namesOf(listedDevices(*driver, 3)), ElementsAre("c", "a", "b"));
+  EXPECT_THAT(namesOf(plainDevices(*driver, 3)), ElementsAre("c", "a", "b"));
   session.setDefaultSink("b.sink");
-  EXPECT_THAT(namesOf(listedDevices(*driver, 3)), ElementsAre("b", "a", "c"));
+  EXPECT_THAT(namesOf(plainDevices(*driver, 3)), ElementsAre("b", "a", "c"));
 }
 
 TEST(PipeWireEnumeration, CardsComeAndGo) {
   const PipeWireCard arriving{.name = "usb", .inputs = 6, .outputs = 2, .cardId = 905};
   const PipeWireServer server({{.name = "a", .inputs = 2, .outputs = 2, .cardId = 901}});
   const auto driver = hal::makePipeWireDriver();
-  EXPECT_THAT(namesOf(listedDevices(*driver, 1)), ElementsAre("a"));
+  EXPECT_THAT(namesOf(plainDevices(*driver, 1)), ElementsAre("a"));
   PipeWireClient hardware;
   hardware.addCard(arriving);
-  const auto devices = listedDevices(*driver, 2);
+  const auto devices = plainDevices(*driver, 2);
   EXPECT_THAT(uidsOf(devices), ElementsAre("pipewire:a", "pipewire:usb"));
   EXPECT_EQ(devices.back().inputStreams, StreamLayout(6, 1));
   hardware.removeCard(arriving);
-  EXPECT_THAT(namesOf(listedDevices(*driver, 1)), ElementsAre("a"));
+  EXPECT_THAT(namesOf(plainDevices(*driver, 1)), ElementsAre("a"));
 }
 
 TEST(PipeWireEnumeration, AForcedQuantumAndRateAreTheDevices) {

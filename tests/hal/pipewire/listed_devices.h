@@ -19,6 +19,19 @@ inline std::vector<hal::DeviceInfo> listedDevices(hal::Driver& driver, std::size
   return devices;
 }
 
+/// The same without what is made of other devices.
+inline std::vector<hal::DeviceInfo> plainDevices(hal::Driver& driver, std::size_t count) {
+  std::vector<hal::DeviceInfo> devices;
+  eventually([&] {
+    devices = driver.devices();
+    std::erase_if(devices, [](const hal::DeviceInfo& device) {
+      return device.transportType == kAudioDeviceTransportTypeAggregate;
+    });
+    return devices.size() == count;
+  });
+  return devices;
+}
+
 /// The one device of a server that has one.
 inline hal::DeviceInfo onlyDevice(hal::Driver& driver) {
   return listedDevices(driver, 1).at(0);

@@ -1,4 +1,5 @@
-// A device of a private server with a signal at its inputs, a recorder at its outputs, and one wire past it.
+// Devices of a private server with a signal at their inputs, a recorder at their outputs, and one wire past
+// them.
 #pragma once
 
 #include <algorithm>
@@ -24,32 +25,46 @@ inline std::vector<int> sourcesOf(const std::vector<PatchConnection>& routes, st
   return sources;
 }
 
-/// The graph around a device, on the server that is there. The recorder's last channel is the wire.
+/// The channels of all cards in one direction.
+inline unsigned sumOf(const std::vector<PipeWireCard>& cards, unsigned PipeWireCard::*channels) {
+  unsigned sum = 0;
+  for (const PipeWireCard& card : cards) sum += card.*channels;
+  return sum;
+}
+
+/// The graph around some cards, on the server that is there: signal and recorder count their channels one
+/// card after the other. The recorder's last channel is the wire.
 class PatchRig {
  public:
-  PatchRig(PipeWireCard card, const std::vector<PatchConnection>& routes)
-      : card_(std::move(card)),
-        feeder_(client_, "feeder", card_.inputs),
-        recorder_(client_, "recorder", withWire(sourcesOf(routes, card_.outputs))) {
-    client_.link({"feeder", false, 0}, {"recorder", true, card_.outputs});
-    linkInputs();
-    linkOutputs();
+  PatchRig(const PipeWireCard& card, const std::vector<PatchConnection>& routes)
+      : PatchRig(std::vector<PipeWireCard>{card}, routes) {}
+
+  PatchRig(std::vector<PipeWireCard> cards, const std::vector<PatchConnection>& routes)
+      : cards_(std::move(cards)),
+        feeder_(client_, "feeder", sumOf(cards_, &PipeWireCard::inputs)),
+        recorder_(client_, "recorder", withWire(sourcesOf(routes, sumOf(cards_, &PipeWireCard::outputs)))) {
+    client_.link({"feeder", false, 0}, {"recorder", true, sumOf(cards_, &PipeWireCard::outputs)});
+    for (std::size_t card = 0; card < cards_.size(); ++card) linkCard(card);
   }
 
   /// Again, after the card's nodes have been away.
-  void linkInputs() {
-    for (unsigned n = 0; n < card_.inputs; ++n) {
-      client_.link({"feeder", false, n}, {card_.name + ".source", true, n});
+  void linkCard(std::size_t number) {
+    const PipeWireCard& card = cards_[number];
+    const std::vector<PipeWireCard> before(cards_.begin(),
+                                           cards_.begin() + static_cast<std::ptrdiff_t>(number));
+    const unsigned firstInput = sumOf(before, &PipeWireCard::inputs);
+    const unsigned firstOutput = sumOf(before, &PipeWireCard::outputs);
+    for (unsigned n = 0; n < card.inputs; ++n) {
+      client_.link({"feeder", false, firstInput + n}, {card.name + ".source", true, n});
     }
-  }
-  void linkOutputs() {
-    for (unsigned n = 0; n < card_.outputs; ++n) {
-      client_.link({card_.name + ".sink", false, n}, {"recorder", true, n});
+    for (unsigned n = 0; n < card.outputs; ++n) {
+      client_.link({card.name + ".sink", false, n}, {"recorder", true, firstOutput + n});
     }
   }
 
   [[nodiscard]] PipeWireClient& client() noexcept { return client_; }
   [[nodiscard]] SignalRecorder& recorder() noexcept { return recorder_; }
+  [[nodiscard]] const SignalRecorder& recorder() const noexcept { return recorder_; }
 
   /// There have been cycles since the last reset, and every sample in them was the right one in the right
   /// cycle.
@@ -84,7 +99,7 @@ class PatchRig {
   }
 
   PipeWireClient client_;
-  PipeWireCard card_;
+  std::vector<PipeWireCard> cards_;
   SignalFeeder feeder_;
   SignalRecorder recorder_;
 };

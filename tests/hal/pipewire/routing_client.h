@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cstdint>
 #include <mutex>
+#include <numeric>
 #include <span>
 #include <vector>
 
@@ -13,11 +14,14 @@
 
 namespace tolvane::test {
 
+inline std::int64_t channelsOf(const hal::StreamLayout& streams) {
+  return std::accumulate(streams.begin(), streams.end(), std::int64_t{0});
+}
+
 class RoutingClient final : public hal::SessionClient {
  public:
   RoutingClient(const hal::DeviceInfo& device, std::span<const PatchConnection> routes)
-      : context_(initialContext(static_cast<std::int64_t>(device.inputStreams.size()),
-                                static_cast<std::int64_t>(device.outputStreams.size()))) {
+      : context_(initialContext(channelsOf(device.inputStreams), channelsOf(device.outputStreams))) {
     writeConnections(&context_, routes);
   }
 

@@ -1,0 +1,69 @@
+#include "hal/pipewire/config_watch.h"
+
+#include <array>
+#include <utility>
+
+#include <sys/inotify.h>
+#include <unistd.h>
+
+namespace tolvane::hal::pipewire {
+
+namespace {
+
+constexpr std::uint32_t kEvents = IN_CREATE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_CLOSE_WRITE |
+                                  IN_DELETE_SELF | IN_MOVE_SELF | IN_ONLYDIR;
+
+std::string parentOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == 0 || slash == std::string::npos ? "/" : path.substr(0, slash);
+}
+
+}  // namespace
+
+ConfigWatch::ConfigWatch(LoopThread& thread, std::string path, Task changed)
+    : loop_(thread.loop()),
+      path_(std::move(path)),
+      changed_(std::move(changed)),
+      descriptor_(path_.empty() ? -1 : ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+  if (descriptor_ < 0) return;
+  source_ = addReader(
+      loop_, descriptor_,
+      [](void* data, int /*descriptor*/, std::uint32_t /*mask*/) {
+        static_cast<ConfigWatch*>(data)->onReadable();
+      },
+      this);
+  arm();
+}
+
+ConfigWatch::~ConfigWatch() {
+  if (source_ != nullptr) destroySource(loop_, source_);
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+/// Watches the file's folder, or the nearest one above it that is there.
+void ConfigWatch::arm() {
+  std::string armed;
+  const auto armNearest = [&] {
+    std::string folder = parentOf(path_);
+    int watch = ::inotify_add_watch(descriptor_, folder.c_str(), kEvents);
+    while (watch < 0 && folder != "/") {
+      folder = parentOf(folder);
+      watch = ::inotify_add_watch(descriptor_, folder.c_str(), kEvents);
+    }
+    if (watch_ >= 0 && watch_ != watch) ::inotify_rm_watch(descriptor_, watch_);
+    watch_ = watch;
+    return folder;
+  };
+  // A folder that was made just before its parent was watched would be missed: look once more.
+  for (std::string nearest = armNearest(); nearest != armed; nearest = armNearest()) armed = nearest;
+}
+
+void ConfigWatch::onReadable() {
+  std::array<char, 4096> events{};
+  while (::read(descriptor_, events.data(), events.size()) > 0) {
+  }
+  arm();
+  changed_();
+}
+
+}  // namespace tolvane::hal::pipewire

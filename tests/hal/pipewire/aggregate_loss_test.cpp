@@ -1,0 +1,204 @@
+// Members of an aggregate that go away and come back while the others play.
+#include <chrono>
+#include <memory>
+#include <optional>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "hal/pipewire/aggregate_fixture.h"
+#include "hal/pipewire/patch_rig.h"
+#include "hal/pipewire/pipewire_driver.h"
+#include "hal/pipewire/routing_client.h"
+
+namespace tolvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+using ::testing::IsEmpty;
+
+constexpr auto kReturnBound = 2s;  // what is promised, not what is usual
+constexpr auto kStopBound = 1s;
+
+/// A running aggregate of the first and the second card, each input n to output n; what is heard of it.
+class PipeWireAggregateLoss : public testing::TestWithParam<const char*> {
+ protected:
+  void SetUp() override {
+    // Long cycles, of which the machine needs but a small part however busy it is.
+    hardware_.setSetting("clock.force-quantum", "2048");
+    writeAggregates(server_, aggregateText("Stage", {kFirst, kSecond}));
+    device_ = deviceNamed(*driver_, GetParam());
+    client_.emplace(device_, routes_);
+    rig_ = std::make_unique<PatchRig>(std::vector<PipeWireCard>{kFirst, kSecond}, routes_);
+    started_ = driver_->start(device_, *client_);
+    ASSERT_EQ(started_.status, noErr);
+    ASSERT_TRUE(rig_->settle());
+  }
+
+  /// Between two cycles: a server that loses a node in the middle of one does not run those after it in that
+  /// cycle, whoever they are.
+  void removeFirst() {
+    const auto framesNow = [&] { return rig_->recorder().received().front().frames; };
+    const std::uint64_t before = framesNow();
+    while (framesNow() == before) std::this_thread::sleep_for(1ms);
+    hardware_.removeCard(kFirst);
+  }
+
+  [[nodiscard]] ReceivedSignal heardAt(std::size_t output) const {
+    return rig_->recorder().received().at(output);
+  }
+
+  /// As long as the recorder was not reset, every sample of the output was right.
+  void expectUnbroken(std::size_t output) const {
+    const ReceivedSignal signal = heardAt(output);
+    EXPECT_EQ(signal.rightFrames, signal.frames) << output;
+    EXPECT_EQ(signal.minDelayFrames, 0) << output;
+    EXPECT_EQ(signal.maxDelayFrames, 0) << output;
+  }
+
+  /// Some thousands of frames more have been heard.
+  [[nodiscard]] bool waitForMore() const {
+    return rig_->waitForFrames(rig_->recorder().received().front().frames + 20000);
+  }
+
+  // Routes stay within the cards and cross between them: outputs 0 and 1 are the first card's, 2 to 4 the
+  // second's; inputs 0 to 3 the first card's, 4 and 5 the second's.
+  const std::vector<PatchConnection> routes_{
+      {3, 0, 1.0F, true}, {4, 1, 1.0F, true}, {5, 2, 1.0F, true}, {4, 3, 1.0F, true}, {2, 4, 1.0F, true}};
+  PipeWireServer server_{{kFirst, kSecond}};
+  std::unique_ptr<hal::Driver> driver_ = hal::makePipeWireDriver();
+  hal::DeviceInfo device_;
+  std::optional<RoutingClient> client_;
+  std::unique_ptr<PatchRig> rig_;
+  hal::StartResult started_;
+  PipeWireClient hardware_;
+};
+
+TEST_P(PipeWireAggregateLoss, TheOtherPlaysOnWithoutAWrongSampleAndTheLostOneSoundsAgain) {
+  removeFirst();
+  ASSERT_TRUE(waitForMore());
+  EXPECT_TRUE(client_->isAlive());
+  // What comes from the lost card is silence; nothing else is in its place.
+  const ReceivedSignal fromLost = heardAt(4);
+  EXPECT_EQ(fromLost.wrongFrames, 0U);
+  EXPECT_GT(fromLost.missingFrames, 0U);
+  // It keeps its place.
+  EXPECT_EQ(deviceNamed(*driver_, device_.name).inputStreams, device_.inputStreams);
+  EXPECT_EQ(deviceNamed(*driver_, device_.name).outputStreams, device_.outputStreams);
+
+  hardware_.addCard(kFirst);
+  const auto back = std::chrono::steady_clock::now();
+  rig_->linkCard(0);
+  const std::uint64_t silent = heardAt(0).rightFrames;
+  EXPECT_TRUE(eventually([&] { return heardAt(0).rightFrames > silent && client_->isAlive(); }));
+  EXPECT_LT(std::chrono::steady_clock::now() - back, kReturnBound);
+  ASSERT_TRUE(waitForMore());
+  // From before the loss until now, without a gap.
+  expectUnbroken(2);
+  expectUnbroken(3);
+  EXPECT_EQ(heardAt(0).wrongFrames, 0U);
+  EXPECT_EQ(heardAt(4).wrongFrames, 0U);
+  // The same channels as ever.
+  EXPECT_TRUE(rig_->settle());
+}
+
+TEST_P(PipeWireAggregateLoss, AnotherCardNeverTakesThePlaceOfTheLostOne) {
+  const PipeWireCard other{.name = "other", .inputs = 4, .outputs = 2, .cardId = 903};
+  removeFirst();
+  // The server gives it the identifiers that the first one had.
+  hardware_.addCard(other);
+  EXPECT_EQ(deviceNamed(*driver_, "other").uid, "pipewire:other");
+  EXPECT_EQ(deviceNamed(*driver_, device_.name).inputStreams, device_.inputStreams);
+  rig_->recorder().reset();
+  ASSERT_TRUE(waitForMore());
+  expectUnbroken(2);
+  expectUnbroken(3);
+  EXPECT_EQ(heardAt(4).missingFrames, heardAt(4).frames);
+}
+
+TEST_P(PipeWireAggregateLoss, ItIsLostOnlyWithTheLastMember) {
+  hardware_.removeCard(kSecond);
+  ASSERT_TRUE(waitForMore());
+  EXPECT_TRUE(client_->isAlive());
+  removeFirst();
+  EXPECT_TRUE(eventually([&] { return !client_->isAlive(); }));
+  EXPECT_THAT(listedDevices(*driver_, 0), IsEmpty());
+  hardware_.addCard(kSecond);
+  EXPECT_TRUE(eventually([&] { return client_->isAlive(); }));
+  EXPECT_EQ(deviceNamed(*driver_, device_.name).inputStreams, device_.inputStreams);
+  hardware_.addCard(kFirst);
+  rig_->linkCard(0);
+  rig_->linkCard(1);
+  EXPECT_TRUE(rig_->settle());
+}
+
+TEST_P(PipeWireAggregateLoss, AServerThatIsKilledAndStartedAgainIsHeardAgain) {
+  rig_.reset();
+  server_.kill();
+  EXPECT_TRUE(eventually([&] { return !client_->isAlive(); }));
+  server_.start();
+  EXPECT_TRUE(eventually([&] { return client_->isAlive(); }));
+  rig_ = std::make_unique<PatchRig>(std::vector<PipeWireCard>{kFirst, kSecond}, routes_);
+  EXPECT_TRUE(rig_->settle());
+}
+
+TEST_P(PipeWireAggregateLoss, AStopIsInTimeWhileAMemberIsAwayAndThereIsNoCallAfterIt) {
+  removeFirst();
+  const auto begin = std::chrono::steady_clock::now();
+  started_.session.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, kStopBound);
+  const std::uint64_t cycles = client_->cycles();
+  ASSERT_TRUE(waitForMore());
+  EXPECT_EQ(client_->cycles(), cycles);
+}
+
+TEST_P(PipeWireAggregateLoss, TwentyLossesAndReturnsAndTheOtherUnbroken) {
+  for (int round = 0; round < 20; ++round) {
+    removeFirst();
+    hardware_.addCard(kFirst);
+  }
+  rig_->linkCard(0);
+  ASSERT_TRUE(waitForMore());
+  expectUnbroken(2);
+  expectUnbroken(3);
+  EXPECT_TRUE(rig_->settle());
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, PipeWireAggregateLoss, testing::Values("All Interfaces", "Stage"),
+                         [](const auto& kind) { return std::string(kind.param).substr(0, 3); });
+
+TEST(PipeWireAggregateStart, AMemberThatIsMissingAtTheStartPlaysInItsPlaceWhenItComes) {
+  const PipeWireServer server({kSecond}, PipeWirePace::unpaced);
+  writeAggregates(server, aggregateText("Stage", {kFirst, kSecond}));
+  const auto driver = hal::makePipeWireDriver();
+  const hal::DeviceInfo device = deviceNamed(*driver, "Stage");
+  const std::vector<PatchConnection> routes{{3, 0, 1.0F, true}, {4, 2, 1.0F, true}, {5, 4, 1.0F, true}};
+  RoutingClient client(device, routes);
+  const hal::StartResult started = driver->start(device, client);
+  ASSERT_EQ(started.status, noErr);
+  PipeWireClient hardware;
+  hardware.addCard(kFirst);
+  PatchRig rig({kFirst, kSecond}, routes);
+  EXPECT_TRUE(rig.settle());
+}
+
+TEST(PipeWireAggregateStart, AllInterfacesKeepsItsCardsWhileItRunsAndTakesNewOnesAtTheNextStart) {
+  const PipeWireCard third{.name = "third", .inputs = 1, .outputs = 1, .cardId = 903};
+  const PipeWireServer server({kFirst, kSecond});
+  const auto driver = hal::makePipeWireDriver();
+  const hal::DeviceInfo device = deviceNamed(*driver, "All Interfaces");
+  RoutingClient client(device, {});
+  hal::StartResult started = driver->start(device, client);
+  ASSERT_EQ(started.status, noErr);
+  PipeWireClient hardware;
+  hardware.addCard(third);
+  EXPECT_EQ(deviceNamed(*driver, "All Interfaces").inputStreams, (hal::StreamLayout{4, 2}));
+  started.session.reset();
+  EXPECT_EQ(deviceNamed(*driver, "All Interfaces").inputStreams, (hal::StreamLayout{4, 2, 1}));
+}
+
+}  // namespace
+}  // namespace tolvane::test

@@ -1,0 +1,76 @@
+// Routed audio through aggregates: every sample, on the right member's output, in the right cycle.
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "hal/pipewire/aggregate_fixture.h"
+#include "hal/pipewire/patch_rig.h"
+#include "hal/pipewire/pipewire_driver.h"
+#include "hal/pipewire/routing_client.h"
+
+namespace tolvane::test {
+namespace {
+
+/// Every output from another input, across the members.
+std::vector<PatchConnection> across(unsigned inputs, unsigned outputs) {
+  std::vector<PatchConnection> routes;
+  for (unsigned n = 0; n < outputs; ++n) {
+    routes.push_back(
+        {static_cast<std::int64_t>((n * 5 + 3) % inputs), static_cast<std::int64_t>(n), 1.0F, true});
+  }
+  return routes;
+}
+
+void expectRightInTheRightCycle(const PatchRig& rig) {
+  for (const ReceivedSignal& signal : rig.recorder().received()) {
+    EXPECT_EQ(signal.rightFrames, signal.frames);
+    EXPECT_EQ(signal.missingFrames, 0U);
+    EXPECT_EQ(signal.wrongFrames, 0U);
+    // The wire past the device is among them: nobody is later than it.
+    EXPECT_EQ(signal.minDelayFrames, 0);
+    EXPECT_EQ(signal.maxDelayFrames, 0);
+  }
+}
+
+void routeThrough(const std::string& name, const std::vector<PipeWireCard>& members) {
+  const auto driver = hal::makePipeWireDriver();
+  const hal::DeviceInfo device = deviceNamed(*driver, name);
+  const auto routes = across(sumOf(members, &PipeWireCard::inputs), sumOf(members, &PipeWireCard::outputs));
+  RoutingClient client(device, routes);
+  PatchRig rig(members, routes);
+  const hal::StartResult started = driver->start(device, client);
+  ASSERT_EQ(started.status, noErr);
+  ASSERT_TRUE(rig.settle());
+  std::uint64_t frames = 0;
+  for (const std::uint32_t quantum : {64U, 1024U, 256U}) {
+    rig.client().setSetting("clock.force-quantum", std::to_string(quantum));
+    ASSERT_TRUE(eventually([&] { return client.bufferFrames() == quantum; }));
+    frames += 32000;
+    ASSERT_TRUE(rig.waitForFrames(frames));
+  }
+  expectRightInTheRightCycle(rig);
+  EXPECT_TRUE(client.isAlive());
+}
+
+TEST(PipeWireAggregateRouting, AllInterfacesWhileTheQuantumChanges) {
+  const PipeWireServer server({kFirst, kSecond}, PipeWirePace::unpaced);
+  routeThrough("All Interfaces", {kFirst, kSecond});
+}
+
+TEST(PipeWireAggregateRouting, ANamedOneInItsOwnOrder) {
+  const PipeWireServer server({kFirst, kSecond}, PipeWirePace::unpaced);
+  writeAggregates(server, aggregateText("Stage", {kSecond, kFirst}));
+  routeThrough("Stage", {kSecond, kFirst});
+}
+
+TEST(PipeWireAggregateRouting, ThreeCardsOfManyChannels) {
+  const std::vector<PipeWireCard> cards{{.name = "a", .inputs = 64, .outputs = 8, .cardId = 901},
+                                        {.name = "b", .inputs = 1, .outputs = 1, .cardId = 902},
+                                        {.name = "c", .inputs = 18, .outputs = 20, .cardId = 903}};
+  const PipeWireServer server(cards, PipeWirePace::unpaced);
+  routeThrough("All Interfaces", cards);
+}
+
+}  // namespace
+}  // namespace tolvane::test
