@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "ctl/aggregate_command.h"
 #include "ctl/check_command.h"
 #include "ctl/devices_command.h"
 #include "ctl/messages.h"
@@ -25,6 +26,7 @@ struct Arguments {
   std::vector<std::string> checkedPaths;
   RenderOptions render;
   RunOptions run;
+  AggregateOptions aggregate;
 };
 
 void declareDevices(CLI::App& program, Arguments& arguments, ExitStatus& status) {
@@ -86,6 +88,22 @@ void declareRun(CLI::App& program, Arguments& arguments, ExitStatus& status) {
   command->callback([&] { status = runCommand(options); });
 }
 
+void declareAggregate(CLI::App& program, Arguments& arguments, ExitStatus& status) {
+  AggregateOptions& options = arguments.aggregate;
+  CLI::App* command = program.add_subcommand("aggregate", "Use several devices as one");
+  command->require_subcommand(1);
+  CLI::App* list = command->add_subcommand("list", "List the aggregates and the channels of their devices");
+  list->add_flag("--json", options.json, "as a JSON array");
+  list->callback([&] { status = aggregateListCommand(options); });
+  CLI::App* create = command->add_subcommand("create", "Make one of devices, in this order");
+  create->add_option("NAME", options.name, "what it is to be called")->required();
+  create->add_option("DEVICE", options.devices, "names, identifiers, or lasting identities")->required();
+  create->callback([&] { status = aggregateCreateCommand(options); });
+  CLI::App* remove = command->add_subcommand("delete", "Forget one; its devices stay");
+  remove->add_option("NAME", options.name, "what it is called")->required();
+  remove->callback([&] { status = aggregateDeleteCommand(options); });
+}
+
 ExitStatus afterParseError(const CLI::App& program, const CLI::ParseError& error) {
   if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
     program.exit(error);  // help or version, on standard output
@@ -109,6 +127,7 @@ ExitStatus runCommandLine(int argc, char** argv) {
   declareCheck(program, arguments, status);
   declareRender(program, arguments, status);
   declareRun(program, arguments, status);
+  declareAggregate(program, arguments, status);
   try {
     program.parse(argc, argv);
   } catch (const CLI::ParseError& error) {

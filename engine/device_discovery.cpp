@@ -4,11 +4,11 @@
 #include <memory>
 #include <span>
 #include <string>
-#include <type_traits>
 #include <utility>
 
 #include "core/fatal.h"
 #include "engine/core_audio_engine.h"
+#include "engine/device_text.h"
 
 namespace tolvane {
 
@@ -23,31 +23,6 @@ std::int64_t checkedSum(std::int64_t a, std::int64_t b) noexcept {
   std::int64_t sum = 0;
   if (__builtin_add_overflow(a, b, &sum)) fatal("the number of channels of a device is beyond 64 bits");
   return sum;
-}
-
-struct StringReleaser {
-  using pointer = CFStringRef;
-  void operator()(CFStringRef string) const noexcept { CFRelease(string); }
-};
-using OwnedString = std::unique_ptr<std::remove_pointer_t<CFStringRef>, StringReleaser>;
-
-std::string utf8(CFStringRef string) {
-  const CFIndex size =
-      CFStringGetMaximumSizeForEncoding(CFStringGetLength(string), kCFStringEncodingUTF8) + 1;
-  std::string text(static_cast<std::size_t>(size), '\0');
-  if (CFStringGetCString(string, text.data(), size, kCFStringEncodingUTF8) == 0) return {};
-  text.resize(text.find('\0'));
-  return text;
-}
-
-std::optional<std::string> deviceName(AudioDeviceID device) {
-  const auto name = address(kAudioObjectPropertyName, kAudioObjectPropertyScopeGlobal);
-  CFStringRef reference = nullptr;
-  UInt32 size = sizeof(void*);
-  const OSStatus status = AudioObjectGetPropertyData(device, &name, 0, nullptr, &size, &reference);
-  const OwnedString owned(reference);  // released also when it comes with a failing status
-  if (status != noErr || reference == nullptr) return std::nullopt;
-  return utf8(reference);
 }
 
 /// The channels of all buffers of the list that lies in these bytes; buffers beyond them do not count.
@@ -81,7 +56,7 @@ std::vector<AudioDeviceInfo> CoreAudioEngine::getAllDevices() const {
   ids.resize(count);
   std::vector<AudioDeviceInfo> devices;
   for (const AudioDeviceID id : ids) {
-    std::optional<std::string> name = deviceName(id);
+    std::optional<std::string> name = deviceText(id, kAudioObjectPropertyName);
     if (!name) continue;
     const std::int64_t inputs = channelCount(id, true);
     const std::int64_t outputs = channelCount(id, false);

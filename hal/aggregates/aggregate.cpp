@@ -2,7 +2,22 @@
 
 #include <algorithm>
 
+#include <nlohmann/json.hpp>
+
 namespace tolvane::hal {
+
+namespace {
+
+bool isUtf8(std::string_view text) {
+  try {
+    static_cast<void>(nlohmann::json(text).dump());
+    return true;
+  } catch (const nlohmann::json::type_error&) {
+    return false;
+  }
+}
+
+}  // namespace
 
 std::string whyNoAggregateName(std::string_view name) {
   const auto isControl = [](char byte) { return (byte >= 0 && byte < 0x20) || byte == 0x7F; };
@@ -10,6 +25,7 @@ std::string whyNoAggregateName(std::string_view name) {
   if (std::any_of(name.begin(), name.end(), isControl)) {
     return "an aggregate's name cannot have control characters";
   }
+  if (!isUtf8(name)) return "an aggregate's name must be UTF-8 text";
   if (name == kAllInterfacesName) {
     return std::string("\"") + kAllInterfacesName + "\" is the name of the aggregate of all sound cards";
   }

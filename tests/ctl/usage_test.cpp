@@ -21,7 +21,8 @@ TEST(Usage, HelpNamesEveryCommandOnStandardOutput) {
   const Finished run = runProgram({"--help"});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "");
-  for (const char* command : {"devices", "check", "render", "run"}) EXPECT_THAT(run.out, HasSubstr(command));
+  for (const char* command : {"devices", "check", "render", "run", "aggregate"})
+    EXPECT_THAT(run.out, HasSubstr(command));
 }
 
 TEST(Usage, HelpOfACommandNamesItsOptions) {
@@ -67,6 +68,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Words{"run", "--patch", "p.json", "--seconds", "nan"},
                     Words{"run", "--patch", "p.json", "--seconds", "1,5"},
                     Words{"run", "--patch", "p.json", "--seconds", "inf"}));
+
+INSTANTIATE_TEST_SUITE_P(Aggregates, Nonsense,
+                         testing::Values(Words{"aggregate"}, Words{"aggregate", "rename", "a", "b"},
+                                         Words{"aggregate", "list", "extra"}, Words{"aggregate", "create"},
+                                         Words{"aggregate", "create", "Stage"}, Words{"aggregate", "delete"},
+                                         Words{"aggregate", "delete", "a", "b"}));
 
 }  // namespace
 }  // namespace tolvane::test

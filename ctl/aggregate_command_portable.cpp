@@ -1,0 +1,27 @@
+// Aggregates on a system that keeps them itself.
+#include "ctl/aggregate_command.h"
+#include "ctl/messages.h"
+
+namespace tolvane::ctl {
+
+namespace {
+
+ExitStatus refuse() {
+  return fail({"aggregates are made, shown and deleted with the system's own setup tool"});
+}
+
+}  // namespace
+
+ExitStatus aggregateListCommand(const AggregateOptions& /*options*/) {
+  return refuse();
+}
+
+ExitStatus aggregateCreateCommand(const AggregateOptions& /*options*/) {
+  return refuse();
+}
+
+ExitStatus aggregateDeleteCommand(const AggregateOptions& /*options*/) {
+  return refuse();
+}
+
+}  // namespace tolvane::ctl
