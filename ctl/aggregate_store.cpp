@@ -1,6 +1,7 @@
 #include "ctl/aggregate_store.h"
 
 #include <cerrno>
+#include <csignal>
 #include <utility>
 
 #include <fcntl.h>
@@ -74,6 +75,7 @@ AggregateStore::~AggregateStore() {
 }
 
 std::optional<Failure> AggregateStore::write(const std::string& text) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file size limit is then a failed write, which cleans up
   auto pending = PendingFile::create(path_);
   if (!pending) return pending.error();
   PendingFile file = std::move(pending).value();

@@ -1,4 +1,5 @@
 // Every kind of bad file of aggregates: what is wrong, and where.
+#include <ostream>
 #include <string>
 #include <utility>
 
@@ -31,6 +32,10 @@ struct Bad {
   std::string error;
 };
 
+void PrintTo(const Bad& bad, std::ostream* out) {
+  *out << bad.text;
+}
+
 class BadAggregates : public testing::TestWithParam<Bad> {};
 
 TEST_P(BadAggregates, AreRefusedWithTheMemberAndThePlace) {
@@ -62,7 +67,7 @@ INSTANTIATE_TEST_SUITE_P(
             "line 2, column 26: /aggregates/0/members: expected 1 to 64 devices"},
         Bad{withAggregate(std::string(R"({"name": "A", "members": [)") + kRight + "]},\n{\"members\": [" +
                           kRight + "], \"name\": \"A\"}"),
-            "line 3, column 101: /aggregates/1/name: the same name twice"}));
+            "line 3, column 100: /aggregates/1/name: the same name twice"}));
 
 INSTANTIATE_TEST_SUITE_P(
     Members, BadAggregates,
