@@ -41,6 +41,7 @@ Result<hal::AggregateMember, Failure> chooseMember(const std::vector<MemberCandi
                                   [&](const MemberCandidate& device) { return device.uid == wanted; });
   if (byUid != devices.end()) return memberOf(*byUid, devices);
   std::vector<AudioDeviceInfo> infos;
+  infos.reserve(devices.size());
   for (const MemberCandidate& device : devices) infos.push_back(device.info);
   const DeviceChoice choice = chooseDevice(infos, wanted);
   if (!choice) return choice.error();

@@ -9,6 +9,7 @@ namespace tolvane::hal::pipewire {
 namespace {
 
 constexpr std::chrono::milliseconds kAttemptPeriod{50};  // between attempts that a server refuses
+constexpr std::chrono::milliseconds kPatience{1500};     // for all of an aggregate that is there to come up
 
 /// Our own node's ports of one direction by their index.
 using OwnPorts = std::map<std::uint32_t, std::uint32_t>;
@@ -107,6 +108,7 @@ void FilterSession::reconcile(const Connection& connection, const std::vector<Li
     const auto now = std::chrono::steady_clock::now();
     if (now < nextAttempt_) return;
     nextAttempt_ = now + kAttemptPeriod;
+    patientUntil_ = now + kPatience;
     filter_ = std::make_unique<Filter>(library_, connection.core(), runner_, inputs_.size(), outputs_.size(),
                                        latencyText(quantumFrames_, rateHz_), changed_);
   }
@@ -179,8 +181,9 @@ void FilterSession::publish(std::size_t wanted) {
   const std::size_t inputs = links_.ready(0, inputs_.size());
   const std::size_t outputs = links_.ready(inputs_.size(), outputs_.size());
   isWhole_ = inputs + outputs == wanted;
-  // It begins whole; then it goes on with what there is.
-  const bool alive = isEnough(inputs, outputs) && (isAlive() || isWhole_);
+  // It begins whole, unless a member of an aggregate does not come up; then it goes on with what there is.
+  const bool isPatient = members_.empty() || std::chrono::steady_clock::now() < patientUntil_;
+  const bool alive = isEnough(inputs, outputs) && (isAlive() || isWhole_ || !isPatient);
   if (alive) runner_.setRunning(true);
   if (inputs + outputs == 0) runner_.setRunning(false);
   wasAlive_ = wasAlive_ || alive;

@@ -24,7 +24,8 @@ namespace tolvane::hal::pipewire {
 /// others, as by another profile of the card, do channels go by their order; and those of an aggregate's
 /// member that was not there at the start, when it first comes.
 ///
-/// The device is alive while it has something of each of its directions; an aggregate while it has anything.
+/// The device is alive while it has something of each of its directions; an aggregate while it has anything,
+/// also when it could not be started with all of it.
 class FilterSession {
  public:
   /// `changed` is called when reconcile() has something new to look at.
@@ -57,7 +58,7 @@ class FilterSession {
   /// Something of it has not come up, so that reconcile() is to be called again.
   [[nodiscard]] bool isUnfinished() const { return !isWhole_ || !isAlive(); }
 
-  /// Waits until the device runs with all its channels; false when it does not within `timeout`. [not-io]
+  /// Waits until the device runs; false when it does not within `timeout`. [not-io]
   bool waitUntilAlive(std::chrono::milliseconds timeout);
 
   /// When it has returned, the client is called no more. [not-io]
@@ -88,6 +89,7 @@ class FilterSession {
   bool wasAlive_ = false;
   bool isWhole_ = false;  // all links that can be there are there
   std::chrono::steady_clock::time_point nextAttempt_;
+  std::chrono::steady_clock::time_point patientUntil_;
 
   mutable std::mutex mutex_;  // guards alive_
   std::condition_variable aliveChanged_;

@@ -10,7 +10,11 @@ namespace tolvane::hal::pipewire {
 
 namespace {
 
-constexpr std::chrono::milliseconds kAttemptPeriod{50};
+using std::chrono::milliseconds;
+
+// Lest we and the server quarrel without pause.
+constexpr milliseconds kFirstPause{50};
+constexpr milliseconds kLongestPause{800};
 
 }  // namespace
 
@@ -35,11 +39,10 @@ class LinkSet::Link {
   }
   [[nodiscard]] bool isReady() const noexcept { return isReady_; }
 
-  /// Gone on the server's side, or never made; and not just now, lest we and the server quarrel without
-  /// pause.
-  [[nodiscard]] bool mayBeRetried() const noexcept {
+  /// Gone on the server's side, or never made; and asked for longer ago than this.
+  [[nodiscard]] bool mayBeRetried(milliseconds pause) const noexcept {
     const bool isDead = isDead_ || proxy_ == nullptr;
-    return isDead && std::chrono::steady_clock::now() - asked_ >= kAttemptPeriod;
+    return isDead && std::chrono::steady_clock::now() - asked_ >= pause;
   }
 
  private:
@@ -107,29 +110,33 @@ const pw_link_events LinkSet::Link::kLinkEvents = [] {
 }();
 
 LinkSet::LinkSet(const Library& library, std::size_t places, Task changed)
-    : library_(library), changed_(std::move(changed)), links_(places) {}
+    : library_(library), changed_(std::move(changed)), places_(places) {}
 
 LinkSet::~LinkSet() = default;
 
 void LinkSet::want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to) {
-  std::unique_ptr<Link>& link = links_[place];
-  if (link && link->isBetween(from, to) && !link->mayBeRetried()) return;
+  auto& [link, pause] = places_[place];
+  const bool isSame = link && link->isBetween(from, to);
+  if (!isSame || link->isReady()) pause = kFirstPause;
+  if (isSame && !link->mayBeRetried(pause)) return;
+  if (isSame) pause = std::min(2 * pause, kLongestPause);
   link.reset();
   link = std::make_unique<Link>(*this, core, from, to);
 }
 
 void LinkSet::drop(std::size_t place) {
-  links_[place].reset();
+  places_[place].link.reset();
 }
 
 void LinkSet::dropAll() {
-  for (auto& link : links_) link.reset();
+  for (Place& place : places_) place.link.reset();
 }
 
 std::size_t LinkSet::ready(std::size_t first, std::size_t count) const noexcept {
-  const auto begin = links_.begin() + static_cast<std::ptrdiff_t>(first);
-  return static_cast<std::size_t>(std::count_if(begin, begin + static_cast<std::ptrdiff_t>(count),
-                                                [](const auto& link) { return link && link->isReady(); }));
+  const auto begin = places_.begin() + static_cast<std::ptrdiff_t>(first);
+  return static_cast<std::size_t>(
+      std::count_if(begin, begin + static_cast<std::ptrdiff_t>(count),
+                    [](const Place& place) { return place.link && place.link->isReady(); }));
 }
 
 }  // namespace tolvane::hal::pipewire

@@ -1,6 +1,7 @@
 // The connections in the server's graph between our filter's ports and a device's.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -27,7 +28,8 @@ class LinkSet {
   LinkSet(const LinkSet&) = delete;
   LinkSet& operator=(const LinkSet&) = delete;
 
-  /// Asks for a link between these two unless the place has it already; instead of any other it has.
+  /// Asks for a link between these two unless the place has it already; instead of any other it has. One that
+  /// fails is asked for again, less and less often.
   void want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to);
 
   /// The place is to have no link.
@@ -40,10 +42,14 @@ class LinkSet {
 
  private:
   class Link;
+  struct Place {
+    std::unique_ptr<Link> link;
+    std::chrono::milliseconds pause{0};  // before the link is asked for again, should it fail
+  };
 
   const Library& library_;
   Task changed_;
-  std::vector<std::unique_ptr<Link>> links_;
+  std::vector<Place> places_;
 };
 
 }  // namespace tolvane::hal::pipewire

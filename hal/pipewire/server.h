@@ -43,7 +43,8 @@ class Server {
   /// Asks for another cycle length of the device, also while it runs. [not-io]
   void setQuantum(const std::string& uid, std::uint32_t frames);
 
-  /// A session on the device, running with all its channels. [not-io]
+  /// A session on the device, running with all its channels; on an aggregate, with those of the members that
+  /// can be used. [not-io]
   Started start(const DeviceInfo& device, SessionClient& client);
 
   /// Ends the session: when it has returned, within a second whatever the server does, its client is called

@@ -155,6 +155,18 @@ TEST_P(PipeWireAggregateLoss, AStopIsInTimeWhileAMemberIsAwayAndThereIsNoCallAft
   EXPECT_EQ(client_->cycles(), cycles);
 }
 
+TEST_P(PipeWireAggregateLoss, AStopIsInTimeWhileAMemberIsAwayAndTheServerHangs) {
+  removeFirst();
+  server_.hang();
+  const auto begin = std::chrono::steady_clock::now();
+  started_.session.reset();
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, kStopBound);
+  const std::uint64_t cycles = client_->cycles();
+  server_.unhang();
+  ASSERT_TRUE(waitForMore());
+  EXPECT_EQ(client_->cycles(), cycles);
+}
+
 TEST_P(PipeWireAggregateLoss, TwentyLossesAndReturnsAndTheOtherUnbroken) {
   for (int round = 0; round < 20; ++round) {
     removeFirst();
