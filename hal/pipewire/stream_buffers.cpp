@@ -48,7 +48,7 @@ void StreamBuffers::begin(std::uint32_t frames) noexcept {
   std::size_t first = 0;
   for (std::size_t s = 0; s < streams_.size(); ++s) {
     const std::uint32_t channels = streams_[s];
-    const auto bytes = static_cast<UInt32>(frames * channels * sizeof(float));
+    const auto bytes = static_cast<UInt32>(sizeof(float) * frames * channels);
     list().mBuffers[s] = {channels, bytes, channels == 1 ? channels_[first] : nullptr};
     first += channels;
   }
