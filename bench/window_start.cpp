@@ -1,7 +1,7 @@
 // Times two programs from their start to their first window, in turns, and reads their memory at rest.
 //
 // Usage: window_start PAIRS PROGRAM RIVAL, on a display without a window manager. Prints one line for each
-// figure: case|ours|rival, medians with their units.
+// figure: what it is, the program's median, the rival's, and the median of the pairs' ratios, between bars.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -28,7 +28,7 @@ using Milliseconds = std::chrono::duration<double, std::milli>;
 
 constexpr int kSmallestWindow = 200;  // pixels; what is smaller is a helper of the toolkit
 constexpr int kTimeoutMs = 20000;
-constexpr auto kAtRestAfter = std::chrono::seconds(2);
+constexpr auto kAtRestAfter = std::chrono::seconds(1);
 
 template <typename T>
 using Reply = std::unique_ptr<T, decltype(&std::free)>;
@@ -141,16 +141,14 @@ pid_t spawn(const char* program) {
   return pid;
 }
 
-Start measure(Screen& screen, const char* program, bool withMemory) {
+Start measure(Screen& screen, const char* program) {
   screen.drain();
   const auto begin = Clock::now();
   const pid_t pid = spawn(program);
   try {
     Start start = screen.waitForWindow(begin);
-    if (withMemory) {
-      std::this_thread::sleep_for(kAtRestAfter);
-      start.residentMb = residentMb(pid);
-    }
+    std::this_thread::sleep_for(kAtRestAfter);
+    start.residentMb = residentMb(pid);
     end(pid);
     return start;
   } catch (...) {
@@ -159,35 +157,41 @@ Start measure(Screen& screen, const char* program, bool withMemory) {
   }
 }
 
-double median(const std::vector<Start>& starts, double Start::*figure) {
-  std::vector<double> values;
-  for (const Start& start : starts) {
-    if (start.*figure > 0.0) values.push_back(start.*figure);
-  }
+double median(std::vector<double> values) {
   std::sort(values.begin(), values.end());
   return values.at(values.size() / 2);
 }
 
-void print(const char* name, const char* unit, const std::vector<Start>& ours,
-           const std::vector<Start>& rivals, double Start::*figure) {
-  std::printf("%s|%.1f %s|%.1f %s\n", name, median(ours, figure), unit, median(rivals, figure), unit);
+struct Pair {
+  Start ours;
+  Start rival;
+};
+
+void print(const char* name, const char* unit, const std::vector<Pair>& pairs, double Start::*figure) {
+  std::vector<double> ours;
+  std::vector<double> rivals;
+  std::vector<double> ratios;
+  for (const Pair& pair : pairs) {
+    ours.push_back(pair.ours.*figure);
+    rivals.push_back(pair.rival.*figure);
+    ratios.push_back(ours.back() / rivals.back());
+  }
+  std::printf("%s|%.1f %s|%.1f %s|%.3f\n", name, median(ours), unit, median(rivals), unit, median(ratios));
 }
 
 void run(int pairs, const char* program, const char* rival) {
   Screen screen;
   // Once each, so that both are in the page cache.
-  measure(screen, program, false);
-  measure(screen, rival, false);
-  std::vector<Start> ours;
-  std::vector<Start> rivals;
+  measure(screen, program);
+  measure(screen, rival);
+  std::vector<Pair> measured;
   for (int pair = 0; pair < pairs; ++pair) {
-    const bool withMemory = pair < 5;
-    ours.push_back(measure(screen, program, withMemory));
-    rivals.push_back(measure(screen, rival, withMemory));
+    const Start ours = measure(screen, program);
+    measured.push_back({ours, measure(screen, rival)});
   }
-  print("first window on the screen", "ms", ours, rivals, &Start::mappedMs);
-  print("first window drawn", "ms", ours, rivals, &Start::drawnMs);
-  print("resident memory at rest", "MB", ours, rivals, &Start::residentMb);
+  print("first window on the screen", "ms", measured, &Start::mappedMs);
+  print("first window drawn", "ms", measured, &Start::drawnMs);
+  print("resident memory at rest", "MB", measured, &Start::residentMb);
 }
 
 }  // namespace
