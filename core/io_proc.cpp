@@ -40,6 +40,11 @@ LiveRoutes liveRoutes(const IOProcContext& context) noexcept {
           loadRelaxed(liveIsA ? context.countA : context.countB)};
 }
 
+/// Whether a channel is one of the first `count`; a negative one is not.
+bool isBelow(std::int32_t channel, std::int64_t count) noexcept {
+  return static_cast<std::uint64_t>(std::int64_t{channel}) < static_cast<std::uint64_t>(count);
+}
+
 /// The live routes, in order, that name a channel below the bounds and with data on either side.
 CycleRoutes audibleRoutes(const LiveRoutes& live, const ChannelTable& in, const ChannelTable& out,
                           std::int64_t nIn, std::int64_t nOut) noexcept {
@@ -51,7 +56,7 @@ CycleRoutes audibleRoutes(const LiveRoutes& live, const ChannelTable& in, const 
     // used.
     const PatchEntry entry = {loadRelaxed(live.entries[i].src), loadRelaxed(live.entries[i].dst),
                               loadRelaxed(live.entries[i].gain)};
-    if (entry.src < 0 || entry.src >= nIn || entry.dst < 0 || entry.dst >= nOut) continue;
+    if (!isBelow(entry.src, nIn) || !isBelow(entry.dst, nOut)) continue;
     if (in[entry.src].data == nullptr || out[entry.dst].data == nullptr) continue;
     routes.entries[routes.count++] = entry;
   }

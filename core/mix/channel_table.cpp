@@ -21,30 +21,37 @@ ChannelTable::ChannelTable(std::int64_t capacity) noexcept
 
 void ChannelTable::addChannelsOf(const AudioBufferList& list) noexcept {
   const AudioBuffer* const end = list.mBuffers + list.mNumberBuffers;
-  ChannelSlot* const slots = slots_.get();
-  const std::int64_t capacity = capacity_;
-  std::int64_t k = channelCount_;
-  for (const AudioBuffer* buffer = list.mBuffers; buffer != end; ++buffer) {
-    auto* const data = static_cast<float*>(buffer->mData);
-    if (buffer->mNumberChannels == 1 && k < capacity) {
-      slots[k++] = {data, 1, -1};
-    } else {
-      k = addChannels(*buffer, k);
-    }
+  for (const AudioBuffer* buffer = list.mBuffers; buffer != end;) {
+    buffer = addPlanarChannels(buffer, end);
+    if (buffer != end) addChannels(*buffer++);
   }
-  channelCount_ = k;
 }
 
-/// Numbers the channels of a buffer from `first` on; the number after them.
-std::int64_t ChannelTable::addChannels(const AudioBuffer& buffer, std::int64_t first) noexcept {
+/// Numbers the channels of the one-channel buffers from `buffer` on, as far as they go without another one
+/// between them and there are slots; the buffer after them.
+const AudioBuffer* ChannelTable::addPlanarChannels(const AudioBuffer* buffer,
+                                                   const AudioBuffer* end) noexcept {
+  if (channelCount_ >= capacity_) return buffer;
+  ChannelSlot* const first = &slots_[static_cast<std::size_t>(channelCount_)];
+  const ChannelSlot* const last = &slots_[0] + capacity_;
+  ChannelSlot* slot = first;
+  for (; buffer != end && slot != last && buffer->mNumberChannels == 1; ++buffer) {
+    *slot++ = {static_cast<float*>(buffer->mData), 1, -1};
+  }
+  channelCount_ += slot - first;
+  return buffer;
+}
+
+void ChannelTable::addChannels(const AudioBuffer& buffer) noexcept {
   const UInt32 channels = buffer.mNumberChannels;
   if (channels > kMaxChannels) fatal("a buffer of the device has more channels than 32 bits hold");
   auto* const data = static_cast<float*>(buffer.mData);
+  const std::int64_t first = channelCount_;
   const std::int64_t end = std::min<std::int64_t>(first + channels, capacity_);
   const std::int32_t stride = data == nullptr ? 1 : static_cast<std::int32_t>(channels);
   for (std::int64_t c = first; c < end; ++c)
     slots_[static_cast<std::size_t>(c)] = {data == nullptr ? nullptr : data + (c - first), stride, -1};
-  return first + channels;
+  channelCount_ = first + channels;
 }
 
 }  // namespace tolvane

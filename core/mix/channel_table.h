@@ -41,7 +41,8 @@ class ChannelTable {
   }
 
  private:
-  std::int64_t addChannels(const AudioBuffer& buffer, std::int64_t first) noexcept;
+  const AudioBuffer* addPlanarChannels(const AudioBuffer* buffer, const AudioBuffer* end) noexcept;
+  void addChannels(const AudioBuffer& buffer) noexcept;
 
   std::int64_t capacity_;
   std::int64_t channelCount_ = 0;

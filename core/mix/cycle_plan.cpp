@@ -52,6 +52,7 @@ MemoryRange rangeOf(const ChannelSlot& slot, std::int64_t frames) noexcept {
 
 /// Whether a route goes into one of the buffer's channels, of which the first is number `first`.
 bool isRouted(const AudioBuffer& buffer, std::int64_t first, const ChannelTable& out) noexcept {
+  if (buffer.mNumberChannels == 1) return first < out.slotCount() && out[first].link != kUnused;
   const std::int64_t end = std::min<std::int64_t>(first + buffer.mNumberChannels, out.slotCount());
   for (std::int64_t c = first; c < end; ++c) {
     if (out[c].link != kUnused) return true;
@@ -102,14 +103,19 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
 
 /// Mixes a one-channel buffer; false, and nothing done, when it has an interleaved source.
 bool CyclePlan::mixPlanar(AudioBuffer& buffer, const ChannelSlot& slot) noexcept {
-  std::int32_t count = 0;
-  for (std::int32_t route = slot.link; route != kUnused; route = nextRoute_[route]) {
-    const PatchEntry& entry = routes_.entries[route];
-    const ChannelSlot& source = in_[entry.src];
-    if (source.stride != 1) return false;
-    sources_[count++] = {source.data, kBlockFrames, entry.gain};
+  const PatchEntry& only = routes_.entries[slot.link];
+  if (nextRoute_[slot.link] == kUnused && in_[only.src].stride == 1) {
+    kernels_.scalePlanar(slot.data, in_[only.src].data, only.gain, frames_);
+  } else {
+    std::int32_t count = 0;
+    for (std::int32_t route = slot.link; route != kUnused; route = nextRoute_[route]) {
+      const PatchEntry& entry = routes_.entries[route];
+      const ChannelSlot& source = in_[entry.src];
+      if (source.stride != 1) return false;
+      sources_[count++] = {source.data, kBlockFrames, entry.gain};
+    }
+    kernels_.mixPlanar(slot.data, sources_, count, frames_);
   }
-  kernels_.mixPlanar(slot.data, sources_, count, frames_);
   clearFrom(buffer, bytesOf(buffer, frames_));
   return true;
 }

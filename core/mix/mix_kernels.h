@@ -75,6 +75,9 @@ struct MixKernels {
   std::int32_t maxWidth;
   bool permutes;  // whether the form has layers of every order
 
+  /// One planar source, scaled, into `frames` frames at `target`.
+  void (*scalePlanar)(float* target, const float* source, float gain, std::int64_t frames) noexcept;
+
   /// Sums `sourceCount` planar sources into `frames` frames at `target`. Steps of the sources are not used.
   void (*mixPlanar)(float* target, const MixSource* sources, std::int32_t sourceCount,
                     std::int64_t frames) noexcept;

@@ -4,7 +4,7 @@
 
 namespace tolvane {
 
-const MixKernels kAvx2MixKernels = {"avx2",      kMaxWidth, kPermutes,    mixPlanar,
+const MixKernels kAvx2MixKernels = {"avx2",      kMaxWidth, kPermutes,    scalePlanar, mixPlanar,
                                     gatherBlock, mixBlock,  scatterBlock, mixLanes};
 
 }  // namespace tolvane

@@ -4,7 +4,7 @@
 
 namespace tolvane {
 
-const MixKernels kAvx512MixKernels = {"avx512",    kMaxWidth, kPermutes,    mixPlanar,
+const MixKernels kAvx512MixKernels = {"avx512",    kMaxWidth, kPermutes,    scalePlanar, mixPlanar,
                                       gatherBlock, mixBlock,  scatterBlock, mixLanes};
 
 }  // namespace tolvane

@@ -4,7 +4,7 @@
 
 namespace tolvane {
 
-const MixKernels kBaselineMixKernels = {"baseline",  kMaxWidth, kPermutes,    mixPlanar,
+const MixKernels kBaselineMixKernels = {"baseline",  kMaxWidth, kPermutes,    scalePlanar, mixPlanar,
                                         gatherBlock, mixBlock,  scatterBlock, mixLanes};
 
 }  // namespace tolvane

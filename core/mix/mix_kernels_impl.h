@@ -256,9 +256,13 @@ __attribute__((always_inline)) inline void addFewSources(float* to, const MixSou
   }
 }
 
+inline void scalePlanar(float* target, const float* source, float gain, std::int64_t frames) noexcept {
+  const MixSource only = {source, 0, gain};
+  addSources<1, true>(target, &only, 0, frames);
+}
+
 inline void mixPlanar(float* target, const MixSource* sources, std::int32_t sourceCount,
                       std::int64_t frames) noexcept {
-  if (sourceCount == 1) return addSources<1, true>(target, sources, 0, frames);
   // The sums of so many frames stay in the first cache from four sources to the next.
   constexpr std::int64_t kFramesInCache = 1024;
   for (std::int64_t f = 0; f < frames; f += kFramesInCache) {

@@ -5,7 +5,7 @@
 namespace tolvane::test {
 
 extern const MixKernels kWideMixKernels;
-const MixKernels kWideMixKernels = {"wide",      kMaxWidth, kPermutes,    mixPlanar,
+const MixKernels kWideMixKernels = {"wide",      kMaxWidth, kPermutes,    scalePlanar, mixPlanar,
                                     gatherBlock, mixBlock,  scatterBlock, mixLanes};
 
 }  // namespace tolvane::test
