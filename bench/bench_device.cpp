@@ -32,20 +32,23 @@ BenchStreams::BenchStreams(Arrangement arrangement, std::size_t channels, std::s
   }
 }
 
-BenchDevice::BenchDevice(Arrangement arrangement, std::size_t inputs, std::size_t outputs, std::size_t frames)
+BenchDevice::BenchDevice(Arrangement arrangement, std::size_t inputs, std::size_t outputs,
+                         std::size_t cycleFrames)
     : inputChannels(inputs),
       outputChannels(outputs),
-      input(arrangement, inputs, frames),
-      output(arrangement, outputs, frames),
+      frames(cycleFrames),
+      input(arrangement, inputs, cycleFrames),
+      output(arrangement, outputs, cycleFrames),
       context(initialContext(static_cast<std::int64_t>(inputs), static_cast<std::int64_t>(outputs))) {}
 
-void BenchDevice::publish(std::size_t count, std::size_t into, float gain) {
-  std::vector<PatchConnection> routes(count);
+const std::vector<PatchConnection>& BenchDevice::publish(std::size_t count, std::size_t into, float gain) {
+  routes.resize(count);
   for (std::size_t k = 0; k < count; ++k) {
     routes[k] = {static_cast<std::int64_t>(k % inputChannels),
                  static_cast<std::int64_t>(k % into % outputChannels), gain, true};
   }
   writeConnections(&context, routes);
+  return routes;
 }
 
 void BenchDevice::cycle() {

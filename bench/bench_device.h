@@ -39,10 +39,11 @@ class BenchStreams {
 
 /// A device with as many inputs as outputs (or not), its routes published.
 struct BenchDevice {
-  BenchDevice(Arrangement arrangement, std::size_t inputs, std::size_t outputs, std::size_t frames);
+  BenchDevice(Arrangement arrangement, std::size_t inputs, std::size_t outputs, std::size_t cycleFrames);
 
   /// Publishes `count` routes: route k goes from input k to output k % `into`, both around the end.
-  void publish(std::size_t count, std::size_t into, float gain);
+  /// The list stays the device's.
+  const std::vector<PatchConnection>& publish(std::size_t count, std::size_t into, float gain);
 
   /// One call of the routing.
   void cycle();
@@ -53,9 +54,11 @@ struct BenchDevice {
 
   std::size_t inputChannels;
   std::size_t outputChannels;
+  std::size_t frames;
   BenchStreams input;
   BenchStreams output;
   IOProcContext context;
+  std::vector<PatchConnection> routes;  // the published ones
 };
 
 }  // namespace tolvane::bench

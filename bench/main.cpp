@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "bench/cycle_bench.h"
+#include "bench/limit_bench.h"
 #include "bench/table_reporter.h"
 #include "core/io_proc.h"
 
@@ -41,6 +42,8 @@ int main(int argc, char** argv) {
   if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 2;
   runFirstCycleSilently();
   tolvane::bench::registerCycleBenchmarks();
+  tolvane::bench::registerLimitBenchmarks();
+  tolvane::bench::registerCurveBenchmarks();
   tolvane::bench::TableReporter reporter;
   benchmark::RunSpecifiedBenchmarks(tables ? &reporter : nullptr);
   benchmark::Shutdown();

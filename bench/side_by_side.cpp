@@ -34,8 +34,7 @@ double median(std::vector<double> values) {
 
 }  // namespace
 
-void measureSideBySide(benchmark::State& state, const std::function<void()>& work,
-                       const std::function<void()>& rival) {
+Comparison compare(const std::function<void()>& work, const std::function<void()>& rival) {
   const int workCalls = callsPerTurn(work);
   const int rivalCalls = callsPerTurn(rival);
   std::vector<double> workTimes;
@@ -46,11 +45,16 @@ void measureSideBySide(benchmark::State& state, const std::function<void()>& wor
     rivalTimes.push_back(nanosecondsOf(rival, rivalCalls) / rivalCalls);
     ratios.push_back(workTimes.back() / rivalTimes.back());
   }
-  const double nanoseconds = median(workTimes);
-  for ([[maybe_unused]] const auto iteration : state) state.SetIterationTime(nanoseconds * 1e-9);
-  state.counters[kNanoseconds] = nanoseconds;
-  state.counters[kRivalNanoseconds] = median(rivalTimes);
-  state.counters[kRatio] = median(ratios);
+  return {median(workTimes), median(rivalTimes), median(ratios)};
+}
+
+void measureSideBySide(benchmark::State& state, const std::function<void()>& work,
+                       const std::function<void()>& rival) {
+  const Comparison result = compare(work, rival);
+  for ([[maybe_unused]] const auto iteration : state) state.SetIterationTime(result.workNs * 1e-9);
+  state.counters[kNanoseconds] = result.workNs;
+  state.counters[kRivalNanoseconds] = result.rivalNs;
+  state.counters[kRatio] = result.ratio;
 }
 
 }  // namespace tolvane::bench

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "bench/cycle_bench.h"
+#include "bench/limit_bench.h"
 #include "bench/side_by_side.h"
 
 namespace tolvane::bench {
@@ -15,6 +16,10 @@ namespace tolvane::bench {
 namespace {
 
 constexpr std::array kRouteColumns = {1, 8, 64};
+
+bool has(const benchmark::BenchmarkReporter::Run& run, const char* name) {
+  return run.counters.find(name) != run.counters.end();
+}
 
 int counter(const benchmark::BenchmarkReporter::Run& run, const char* name) {
   return static_cast<int>(run.counters.at(name).value);
@@ -32,11 +37,28 @@ bool TableReporter::ReportContext(const Context& context) {
 
 void TableReporter::ReportRuns(const std::vector<Run>& runs) {
   for (const Run& run : runs) {
-    if (run.counters.find(kInterleaved) == run.counters.end()) continue;
+    if (has(run, kLimit)) printLimit(run);
+    if (has(run, kRouteFrameNs)) printPoint(run);
+    if (!has(run, kInterleaved)) continue;
     cells_.push_back({counter(run, kInterleaved) != 0, counter(run, kChannels), counter(run, kFrames),
                       counter(run, kRoutes), run.counters.at(kNanoseconds).value,
                       run.counters.at(kRatio).value});
   }
+}
+
+void TableReporter::printLimit(const Run& run) {
+  const auto bar = run.report_label.find('|');
+  GetOutputStream() << std::fixed << run.report_label.substr(0, bar) << std::setprecision(0) << "|"
+                    << run.counters.at(kNanoseconds).value << " ns|" << run.report_label.substr(bar + 1)
+                    << ", " << run.counters.at(kRivalNanoseconds).value << " ns|" << std::setprecision(3)
+                    << run.counters.at(kRatio).value << "|" << std::defaultfloat
+                    << run.counters.at(kLimit).value << std::endl;
+}
+
+void TableReporter::printPoint(const Run& run) {
+  GetOutputStream() << "curve|" << counter(run, kRoutes) << "|" << counter(run, kFrames) << "|" << std::fixed
+                    << std::setprecision(5) << run.counters.at(kRouteFrameNs).value << "|"
+                    << run.counters.at(kRatio).value / 2 << std::endl;
 }
 
 void TableReporter::Finalize() {

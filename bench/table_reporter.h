@@ -7,7 +7,9 @@
 namespace tolvane::bench {
 
 /// Prints the measurements as tables that a person can read: one row for a number of channels and frames, one
-/// column for a number of routes, nanoseconds and the ratio to the rival in each cell.
+/// column for a number of routes, nanoseconds and the ratio to the rival in each cell. Measurements with a
+/// limit are lines "case|ours|rival|ratio|limit", points of the cost curve
+/// "curve|routes|frames|nanoseconds|beside half as many frames".
 class TableReporter : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context& context) override;
@@ -24,6 +26,8 @@ class TableReporter : public benchmark::BenchmarkReporter {
     double ratio;
   };
 
+  void printLimit(const Run& run);
+  void printPoint(const Run& run);
   void printTable(bool interleaved);
   void printRow(const Cell& first);
 
