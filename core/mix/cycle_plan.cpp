@@ -51,11 +51,12 @@ MemoryRange rangeOf(const ChannelSlot& slot, std::int64_t frames) noexcept {
 }
 
 /// Whether a route goes into one of the buffer's channels, of which the first is number `first`.
-bool isRouted(const AudioBuffer& buffer, std::int64_t first, const ChannelTable& out) noexcept {
-  if (buffer.mNumberChannels == 1) return first < out.slotCount() && out[first].link != kUnused;
-  const std::int64_t end = std::min<std::int64_t>(first + buffer.mNumberChannels, out.slotCount());
+bool isRouted(const AudioBuffer& buffer, std::int64_t first, const ChannelSlot* slots,
+              std::int64_t slotCount) noexcept {
+  if (buffer.mNumberChannels == 1) return first < slotCount && slots[first].link != kUnused;
+  const std::int64_t end = std::min<std::int64_t>(first + buffer.mNumberChannels, slotCount);
   for (std::int64_t c = first; c < end; ++c) {
-    if (out[c].link != kUnused) return true;
+    if (slots[c].link != kUnused) return true;
   }
   return false;
 }
@@ -89,6 +90,7 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
   clearUnrouted(output);
   if (routedCount_ == 0) return;
   if (!canReorder()) return mixInPlainOrder();
+  mixOnes();
   std::int32_t left = 0;
   for (std::int32_t b = 0; b < routedCount_; ++b) {
     const RoutedBuffer routed = routed_[b];
@@ -101,21 +103,41 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
   if (routedCount_ > 0) mixInTiles(input);
 }
 
+/// Mixes the one-channel buffers that have one route, from a one-channel buffer, and leaves the others in
+/// routed_: a loop of its own, as on many devices these are all.
+void CyclePlan::mixOnes() noexcept {
+  const ChannelSlot* const in = &in_[0];
+  const ChannelSlot* const out = &out_[0];
+  const PatchEntry* const entries = routes_.entries;
+  const std::int64_t frames = frames_;
+  const auto scale = kernels_.scalePlanar;
+  RoutedBuffer* left = routed_;
+  const RoutedBuffer* const end = routed_ + routedCount_;
+  for (const RoutedBuffer* routed = routed_; routed != end; ++routed) {
+    const ChannelSlot& target = out[routed->first];
+    // A buffer of one channel is here because that channel has a route.
+    const bool isOne = routed->buffer->mNumberChannels == 1 && nextRoute_[target.link] == kUnused;
+    if (!isOne || in[entries[target.link].src].stride != 1) {
+      *left++ = *routed;
+      continue;
+    }
+    const PatchEntry& entry = entries[target.link];
+    scale(target.data, in[entry.src].data, entry.gain, frames);
+    clearFrom(*routed->buffer, static_cast<std::uint64_t>(frames) * sizeof(float));
+  }
+  routedCount_ = static_cast<std::int32_t>(left - routed_);
+}
+
 /// Mixes a one-channel buffer; false, and nothing done, when it has an interleaved source.
 bool CyclePlan::mixPlanar(AudioBuffer& buffer, const ChannelSlot& slot) noexcept {
-  const PatchEntry& only = routes_.entries[slot.link];
-  if (nextRoute_[slot.link] == kUnused && in_[only.src].stride == 1) {
-    kernels_.scalePlanar(slot.data, in_[only.src].data, only.gain, frames_);
-  } else {
-    std::int32_t count = 0;
-    for (std::int32_t route = slot.link; route != kUnused; route = nextRoute_[route]) {
-      const PatchEntry& entry = routes_.entries[route];
-      const ChannelSlot& source = in_[entry.src];
-      if (source.stride != 1) return false;
-      sources_[count++] = {source.data, kBlockFrames, entry.gain};
-    }
-    kernels_.mixPlanar(slot.data, sources_, count, frames_);
+  std::int32_t count = 0;
+  for (std::int32_t route = slot.link; route != kUnused; route = nextRoute_[route]) {
+    const PatchEntry& entry = routes_.entries[route];
+    const ChannelSlot& source = in_[entry.src];
+    if (source.stride != 1) return false;
+    sources_[count++] = {source.data, kBlockFrames, entry.gain};
   }
+  kernels_.mixPlanar(slot.data, sources_, count, frames_);
   clearFrom(buffer, bytesOf(buffer, frames_));
   return true;
 }
@@ -154,6 +176,9 @@ void CyclePlan::wantInputs() noexcept {
 void CyclePlan::clearUnrouted(AudioBufferList& output) noexcept {
   // What the loop keeps is in locals, as every cycle passes here for every buffer of the device.
   const AudioBuffer* const end = output.mBuffers + output.mNumberBuffers;
+  const std::int64_t frames = frames_;
+  const ChannelSlot* const slots = &out_[0];
+  const std::int64_t slotCount = out_.slotCount();
   RoutedBuffer* routed = routed_;
   MemoryRange span = kNoMemory;
   bool inOrder = true;
@@ -161,13 +186,13 @@ void CyclePlan::clearUnrouted(AudioBufferList& output) noexcept {
   std::int64_t first = 0;
   for (AudioBuffer* buffer = output.mBuffers; buffer != end; first += buffer++->mNumberChannels) {
     if (!isUsable(*buffer)) continue;
-    if (!isRouted(*buffer, first, out_)) {
+    if (!isRouted(*buffer, first, slots, slotCount)) {
       std::memset(buffer->mData, 0, buffer->mDataByteSize);
       continue;
     }
     const MemoryRange range = rangeOf(*buffer);
-    inOrder = inOrder && span.end <= range.begin;
-    longEnough = longEnough && buffer->mDataByteSize >= bytesOf(*buffer, frames_);
+    inOrder &= span.end <= range.begin;
+    longEnough &= buffer->mDataByteSize >= bytesOf(*buffer, frames);
     span = spanOf(span, range);
     *routed++ = {buffer, first};
   }

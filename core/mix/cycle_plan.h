@@ -35,6 +35,7 @@ class CyclePlan {
   [[nodiscard]] bool sharesMemory() const noexcept;
   void mixInPlainOrder() noexcept;
 
+  void mixOnes() noexcept;
   [[nodiscard]] bool mixPlanar(AudioBuffer& buffer, const ChannelSlot& slot) noexcept;
   void mixInTiles(const AudioBufferList& input) noexcept;
   void wantInputs() noexcept;

@@ -42,6 +42,12 @@ __attribute__((always_inline)) inline LaneVector masked(LaneVector v, LaneIndice
   return reinterpret_cast<LaneVector>(reinterpret_cast<LaneIndices>(v) & mask);
 }
 
+/// Keeps the loads of one branch from being joined with those of another in front of both, which takes more
+/// registers than there are.
+__attribute__((always_inline)) inline void keepHere(const float*& from) noexcept {
+  __asm__("" : "+r"(from));
+}
+
 /// Adds one layer to the sums of `Frames` frames from `from` on. A lane that the layer leaves out gets 0 · 0
 /// added, which changes no sum: none is ever negative zero, as each starts from positive zero.
 template <std::size_t Frames>
@@ -50,6 +56,7 @@ __attribute__((always_inline)) inline void addLayer(LaneVector (&sums)[Frames], 
   const std::ptrdiff_t stride = layer.stride;
   const auto gains = load<kMaxWidth>(layer.gains);
   if (layer.order == LaneLayer::Order::whole) {
+    keepHere(from);
     TOLVANE_UNROLLED
     for (std::size_t i = 0; i < Frames; ++i)
       sums[i] += load<kMaxWidth>(from + static_cast<std::ptrdiff_t>(i) * stride) * gains;
@@ -57,11 +64,13 @@ __attribute__((always_inline)) inline void addLayer(LaneVector (&sums)[Frames], 
   }
   const LaneIndices mask = loadIndices(layer.mask);
   if (!kPermutes || layer.order == LaneLayer::Order::masked) {
+    keepHere(from);
     TOLVANE_UNROLLED
     for (std::size_t i = 0; i < Frames; ++i)
       sums[i] += masked(load<kMaxWidth>(from + static_cast<std::ptrdiff_t>(i) * stride), mask) * gains;
     return;
   }
+  keepHere(from);
   const LaneIndices order = loadIndices(layer.lanes);
   TOLVANE_UNROLLED
   for (std::size_t i = 0; i < Frames; ++i) {
@@ -86,7 +95,7 @@ __attribute__((always_inline)) inline void mixLaneFrames(const LaneGroup& group,
 }
 
 /// Frames at a time: as many sums as stay in registers.
-inline constexpr std::int64_t kLaneFrames = 4;
+inline constexpr std::int64_t kLaneFrames = 8;
 
 /// A stretch of frames whose lines all stay in the first cache while group after group goes over it.
 __attribute__((always_inline)) inline std::int64_t framesInCache(std::ptrdiff_t stride) noexcept {

@@ -8,6 +8,8 @@ namespace tolvane {
 
 namespace {
 
+constexpr auto kSampleBytes = static_cast<std::intptr_t>(sizeof(float));
+
 constexpr std::uint32_t bit(std::int32_t lane) noexcept {
   return std::uint32_t{1} << static_cast<unsigned>(lane);
 }
@@ -16,15 +18,15 @@ std::int32_t lowest(std::uint32_t lanes) noexcept {
   return std::countr_zero(lanes);
 }
 
-/// Samples from `base` to the slot's first, when they are of one stride and it is among the next `width`; -1
-/// otherwise.
-std::int32_t offsetFrom(const float* base, std::int32_t stride, const ChannelSlot& slot,
-                        std::int32_t width) noexcept {
-  const std::uintptr_t bytes =
-      reinterpret_cast<std::uintptr_t>(slot.data) - reinterpret_cast<std::uintptr_t>(base);
-  const bool inside = slot.stride == stride && bytes / sizeof(float) < static_cast<std::uintptr_t>(width) &&
-                      bytes % sizeof(float) == 0;
-  return inside ? static_cast<std::int32_t>(bytes / sizeof(float)) : -1;
+/// Bytes from one sample to another, of one buffer or not.
+std::intptr_t bytesBetween(const float* from, const float* to) noexcept {
+  return static_cast<std::intptr_t>(reinterpret_cast<std::uintptr_t>(to) -
+                                    reinterpret_cast<std::uintptr_t>(from));
+}
+
+/// Whether the slot's sample lies `offset` samples behind `base`'s in every frame.
+bool liesAt(const ChannelSlot& slot, const ChannelSlot& base, std::int32_t offset) noexcept {
+  return slot.stride == base.stride && bytesBetween(base.data, slot.data) == offset * kSampleBytes;
 }
 
 /// Up to how many layers lanes are faster than tiles, as measured: turning a group of channels into rows and
@@ -115,33 +117,31 @@ std::uint32_t LanePlan::addInPlace(const Round& round, std::uint32_t lanes) noex
   // Where lane 0 reads has to be a channel of the same buffer.
   if (&slot - &in_[0] < lead) return 0;
   const ChannelSlot& base = *(&slot - lead);
-  if (base.stride != slot.stride || offsetFrom(base.data, base.stride, slot, 16) != lead) return 0;
+  if (!liesAt(slot, base, lead)) return 0;
   LaneLayer& layer = addLayer(base.data, base.stride);
   std::uint32_t added = 0;
   for (std::uint32_t left = lanes; left != 0; left &= left - 1) {
     const std::int32_t lane = lowest(left);
-    if (offsetFrom(base.data, base.stride, *round.slots[lane], 16) != lane) continue;
+    if (!liesAt(*round.slots[lane], base, lane)) continue;
     layer.gains[lane] = round.gains[lane];
     layer.mask[lane] = -1;
     added |= bit(lane);
   }
-  const std::int32_t last = 31 - std::countl_zero(added);
-  layer.order = added == bit(kernels_.maxWidth) - 1 ? LaneLayer::Order::whole : LaneLayer::Order::masked;
-  keepInside(last, base.stride);
+  const bool all = added == bit(kernels_.maxWidth) - 1;
+  layer.order = all ? LaneLayer::Order::whole : LaneLayer::Order::masked;
+  keepInside(31 - std::countl_zero(added), base.stride);
   return added;
 }
 
 /// Adds a layer of as many samples as lie within one vector of the first lane's.
 std::uint32_t LanePlan::addPermuted(const Round& round, std::uint32_t lanes) noexcept {
-  const std::int32_t width = kernels_.maxWidth;
   const ChannelSlot& lead = *round.slots[lowest(lanes)];
+  const std::intptr_t width = kernels_.maxWidth * kSampleBytes;
   const float* base = lead.data;
   for (std::uint32_t left = lanes; left != 0; left &= left - 1) {
     const ChannelSlot& slot = *round.slots[lowest(left)];
-    if (slot.stride == lead.stride && offsetFrom(slot.data, slot.stride, lead, width) >= 0 &&
-        offsetFrom(slot.data, slot.stride, {const_cast<float*>(base), lead.stride, -1}, width) >= 0) {
-      base = slot.data;
-    }
+    const bool isNear = slot.stride == lead.stride && bytesBetween(slot.data, lead.data) < width;
+    if (isNear && bytesBetween(base, slot.data) < 0) base = slot.data;
   }
   LaneLayer& layer = addLayer(base, lead.stride);
   layer.order = LaneLayer::Order::permuted;
@@ -149,12 +149,13 @@ std::uint32_t LanePlan::addPermuted(const Round& round, std::uint32_t lanes) noe
   std::uint32_t added = 0;
   for (std::uint32_t left = lanes; left != 0; left &= left - 1) {
     const std::int32_t lane = lowest(left);
-    const std::int32_t offset = offsetFrom(base, lead.stride, *round.slots[lane], width);
-    if (offset < 0) continue;
+    const ChannelSlot& slot = *round.slots[lane];
+    const std::intptr_t bytes = bytesBetween(base, slot.data);
+    if (slot.stride != lead.stride || bytes < 0 || bytes >= width || bytes % kSampleBytes != 0) continue;
     layer.gains[lane] = round.gains[lane];
-    layer.lanes[lane] = offset;
+    layer.lanes[lane] = static_cast<std::int32_t>(bytes / kSampleBytes);
     layer.mask[lane] = -1;
-    last = std::max(last, offset);
+    last = std::max(last, layer.lanes[lane]);
     added |= bit(lane);
   }
   keepInside(last, lead.stride);
