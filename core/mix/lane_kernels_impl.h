@@ -1,6 +1,9 @@
-// The loop over lanes of mix_kernels.h, from interleaved buffers to interleaved buffers frame by frame.
-// Included by mix_kernels_impl.h, whose rules hold here.
+// The loop over lanes of mix_kernels.h, from interleaved buffers to interleaved buffers frame by frame. It
+// comes with mix_kernels_impl.h, whose rules hold here.
 #pragma once
+
+#include "core/mix/mix_kernels.h"
+#include "core/mix/mix_vectors_impl.h"
 
 #if defined(__AVX2__)
 #include <immintrin.h>

@@ -4,50 +4,12 @@
 // program.
 #pragma once
 
+#include "core/mix/lane_kernels_impl.h"
 #include "core/mix/mix_kernels.h"
-
-// Squares of vectors live in registers only when every loop over them is unrolled.
-#if defined(__clang__)
-#define TOLVANE_UNROLLED _Pragma("clang loop unroll(full)")
-#else
-#define TOLVANE_UNROLLED _Pragma("GCC unroll 16")
-#endif
-
-// Floats in a vector of the form. A test may set it to what the processor does not have: the compiler then
-// puts the vectors together from shorter ones.
-#if !defined(TOLVANE_MIX_WIDTH)
-#if defined(__AVX512F__)
-#define TOLVANE_MIX_WIDTH 16
-#elif defined(__AVX2__)
-#define TOLVANE_MIX_WIDTH 8
-#else
-#define TOLVANE_MIX_WIDTH 4
-#endif
-#endif
+#include "core/mix/mix_vectors_impl.h"
 
 namespace tolvane {
 namespace {
-
-inline constexpr int kMaxWidth = TOLVANE_MIX_WIDTH;
-
-template <std::size_t Width>
-struct Lanes {
-  typedef float Type __attribute__((vector_size(Width * sizeof(float))));
-};
-template <std::size_t Width>
-using Vector = typename Lanes<Width>::Type;
-
-template <std::size_t Width>
-__attribute__((always_inline)) inline Vector<Width> load(const float* from) noexcept {
-  Vector<Width> v;
-  __builtin_memcpy(&v, from, sizeof v);
-  return v;
-}
-
-template <std::size_t Width>
-__attribute__((always_inline)) inline void store(float* to, Vector<Width> v) noexcept {
-  __builtin_memcpy(to, &v, sizeof v);
-}
 
 // Transposes a square of vectors in registers: row i, lane j becomes row j, lane i. Each step is an
 // instruction that the set has: pairs of floats, then pairs of doubles, then quarters of the vector.
@@ -360,5 +322,3 @@ inline void scatterBlock(const ScatterGroup* groups, std::int32_t count, std::in
 
 }  // namespace
 }  // namespace tolvane
-
-#include "core/mix/lane_kernels_impl.h"
