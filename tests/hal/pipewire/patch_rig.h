@@ -49,6 +49,7 @@ class PatchRig {
 
   /// Again, after the card's nodes have been away.
   void linkCard(std::size_t number) {
+    client_.roundTrip();  // what somebody else has removed may still be in this client's view
     const PipeWireCard& card = cards_[number];
     const std::vector<PipeWireCard> before(cards_.begin(),
                                            cards_.begin() + static_cast<std::ptrdiff_t>(number));
