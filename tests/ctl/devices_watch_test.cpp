@@ -41,8 +41,9 @@ TEST_P(DevicesWatch, TellsOfArrivalAndDepartureUntilTheSignal) {
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "");
   const std::string events = after(run.out, "Tolvane Virtual Device");
-  EXPECT_THAT(events, testing::MatchesRegex("arrived: [0-9]+  Visitor  \\(3 inputs, 0 outputs, pipewire\\)\n"
-                                            "departed: [0-9]+  Visitor  \\(3 inputs, 0 outputs, pipewire\\)\n"));
+  EXPECT_THAT(events,
+              testing::MatchesRegex("arrived: [0-9]+  Visitor  \\(3 inputs, 0 outputs, pipewire\\)\n"
+                                    "departed: [0-9]+  Visitor  \\(3 inputs, 0 outputs, pipewire\\)\n"));
 }
 
 INSTANTIATE_TEST_SUITE_P(Signals, DevicesWatch, testing::Values(SIGINT, SIGTERM));
