@@ -45,6 +45,8 @@ std::vector<DeviceInfo> ShownCards::show(const std::vector<Card>& cards, const s
     if (known == nullptr || known->format.inputChannels + known->format.outputChannels == 0) continue;
     devices.push_back(describe(card, known->format));
     devices.back().name = distinctName(card, cards);
+    // One that runs stays listed, though a sound server that came later may list its card, too.
+    if (!isRunning) devices.back().alsaCards = {card.index};
   }
   return devices;
 }

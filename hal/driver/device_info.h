@@ -23,6 +23,9 @@ struct DeviceInfo {
   // What the frames a cycle may be set to; both 0 when they are as they are.
   std::uint32_t minBufferFrames = 0;
   std::uint32_t maxBufferFrames = 0;
+  // The sound cards behind it, by ALSA's numbers, where they are known. When earlier drivers list devices
+  // that have all of these, this is another way to the same cards, and left out of the list.
+  std::vector<int> alsaCards = {};
 
   bool operator==(const DeviceInfo&) const = default;
 };

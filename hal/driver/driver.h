@@ -81,6 +81,11 @@ class Driver {
   /// 150 ms: a driver that does not is left out of the list until it has answered. [not-io]
   virtual std::vector<DeviceInfo> devices() = 0;
 
+  /// The sound server that the answer of the last devices() came from, where another driver may be a way to
+  /// the same one: "pipewire"; else empty. Of two drivers for one server, the first alone is listed. Called
+  /// after devices(), on its thread. [not-io]
+  [[nodiscard]] virtual std::string server() const { return {}; }
+
   /// Starts calling `client` with the buffers of `device`, a value that devices() gave, in its stream layout.
   /// Errors: those of AudioDeviceStart. [not-io]
   virtual StartResult start(const DeviceInfo& device, SessionClient& client) = 0;

@@ -17,6 +17,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// A server that has not said anything by now hangs.
+constexpr std::chrono::milliseconds kSignOfLifeTimeout = 800ms;
 /// A busy server takes some milliseconds a port; one that has not done it all by now hangs.
 constexpr std::chrono::milliseconds kStartTimeout = 3s;
 /// What a stop waits for the server, which takes a few cycles, to let us go.
@@ -62,7 +64,10 @@ class JackDriver final : public Driver {
 
   std::vector<DeviceInfo> devices() override { return prober_.devices(); }
 
+  [[nodiscard]] std::string server() const override { return library_.isPipeWire ? "pipewire" : ""; }
+
   StartResult start(const DeviceInfo& device, SessionClient& client) override {
+    if (!prober_.answers(kSignOfLifeTimeout)) return {kAudioHardwareNotReadyError, nullptr};
     Hosting hosting{std::make_shared<JackStream>(library_, device, client)};
     runDetached("tolvane-jack", [hosting] { host(hosting); });
     const OSStatus status =

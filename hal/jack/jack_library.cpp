@@ -66,6 +66,7 @@ void resolveCallbacks(Resolver& from, JackLibrary& to) noexcept {
   from.resolve(to.setSampleRateCallback, "jack_set_sample_rate_callback");
   from.resolve(to.setXrunCallback, "jack_set_xrun_callback");
   from.resolve(to.setPortRegistrationCallback, "jack_set_port_registration_callback");
+  from.resolve(to.setClientRegistrationCallback, "jack_set_client_registration_callback");
   from.resolve(to.onShutdown, "jack_on_shutdown");
   from.resolve(to.onInfoShutdown, "jack_on_info_shutdown");
 }

@@ -35,6 +35,7 @@ struct JackLibrary {
   decltype(&jack_set_sample_rate_callback) setSampleRateCallback = nullptr;
   decltype(&jack_set_xrun_callback) setXrunCallback = nullptr;
   decltype(&jack_set_port_registration_callback) setPortRegistrationCallback = nullptr;
+  decltype(&jack_set_client_registration_callback) setClientRegistrationCallback = nullptr;
   decltype(&jack_on_shutdown) onShutdown = nullptr;
   decltype(&jack_on_info_shutdown) onInfoShutdown = nullptr;
 

@@ -65,6 +65,12 @@ std::vector<DeviceInfo> JackProber::devices() {
   return awaitAnswer(lock, deadline) ? question_->answer : std::vector<DeviceInfo>{};
 }
 
+bool JackProber::answers(std::chrono::milliseconds timeout) {
+  std::unique_lock lock(question_->mutex);
+  if (!question_->open) ask(lock);
+  return awaitAnswer(lock, Clock::now() + timeout);
+}
+
 void JackProber::forget() {
   const std::lock_guard lock(question_->mutex);
   question_->worthKeeping = false;

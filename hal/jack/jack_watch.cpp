@@ -112,10 +112,23 @@ class JackWatch::Watcher {
   void setCallbacks(jack_client_t* client, Stay& stay) const {
     library_.setPortRegistrationCallback(
         client,
-        [](jack_port_id_t port, int /*registered*/, void* argument) {
-          stayOf(argument).watcher.portChanged(stayOf(argument), port);
+        [](jack_port_id_t port, int registered, void* argument) {
+          // What a port was that has gone cannot be told any more.
+          if (registered == 0 || stayOf(argument).watcher.isPhysical(stayOf(argument), port)) {
+            stayOf(argument).watcher.tell();
+          }
         },
         &stay);
+    // jackd tells of a leaving client's ports while they are still there, and of the client when they are
+    // not. With PipeWire's libjack the questions' own clients would be told of, and asked about, without end.
+    if (!library_.isPipeWire) {
+      library_.setClientRegistrationCallback(
+          client,
+          [](const char* /*name*/, int registered, void* argument) {
+            if (registered == 0) stayOf(argument).watcher.tell();
+          },
+          &stay);
+    }
     library_.setBufferSizeCallback(
         client,
         [](jack_nframes_t frames, void* argument) {
@@ -133,10 +146,9 @@ class JackWatch::Watcher {
         &stay);
   }
 
-  void portChanged(const Stay& stay, jack_port_id_t id) {
-    // One library still knows a port that has gone, the other does not: then any may be meant.
+  bool isPhysical(const Stay& stay, jack_port_id_t id) const {
     const jack_port_t* const port = library_.portById(stay.client, id);
-    if (port == nullptr || (library_.portFlags(port) & JackPortIsPhysical) != 0) tell();
+    return port == nullptr || (library_.portFlags(port) & JackPortIsPhysical) != 0;
   }
 
   void lose(Stay& stay) {

@@ -117,6 +117,11 @@ bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& n
   return node.channels && *node.channels != 0 && found == *node.channels;
 }
 
+void addAlsaCard(const GraphNode& node, DeviceInfo& info) {
+  const auto known = std::find(info.alsaCards.begin(), info.alsaCards.end(), node.alsaCard);
+  if (node.alsaCard && known == info.alsaCards.end()) info.alsaCards.push_back(*node.alsaCard);
+}
+
 void placeChannels(ListedDevice& device) {
   for (std::vector<Channel>* const channels : {&device.inputs, &device.outputs}) {
     for (std::size_t place = 0; place < channels->size(); ++place) {
@@ -216,6 +221,7 @@ std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::st
     device.isComplete = true;
     for (const Group::Member& member : group.members) {
       const GraphNode& node = *member.node;
+      addAlsaCard(node, device.info);
       if (givesInputs(node) && !appendChannels(graph, member.id, node, false, device.inputs)) {
         device.isComplete = false;
       }

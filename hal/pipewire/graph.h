@@ -23,8 +23,9 @@ struct GraphNode {
   std::string description;  // for people
   std::string mediaClass;
   std::optional<std::uint32_t> cardId;
-  bool hasAnswered = false;  // to being asked about itself; what follows is known only then
-  std::string cardName;      // lasting, where the node itself says what card it is of
+  bool hasAnswered = false;     // to being asked about itself; what follows is known only then
+  std::string cardName;         // lasting, where the node itself says what card it is of
+  std::optional<int> alsaCard;  // the number of the sound card that it plays on, or takes from
   // How many channels it has, even before it has a port for each.
   std::optional<std::uint32_t> channels;
   bool saysChannels = false;  // false: it does not say, and has as many as it has ports

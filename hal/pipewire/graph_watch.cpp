@@ -34,6 +34,20 @@ std::string defaultNodeName(const char* value) {
   return {};
 }
 
+/// The number of the sound card behind a node. Session managers say it in one way or another; a node that was
+/// made by hand has the PCM's name alone, as in "hw:1,0".
+std::optional<int> alsaCardOf(const spa_dict& properties) {
+  for (const char* key : {"api.alsa.card", "api.alsa.pcm.card", "alsa.card"}) {
+    if (const auto card = numberOf<int>(properties, key)) return card;
+  }
+  constexpr std::string_view kHardware = "hw:";
+  const std::string_view path = textOf(properties, "api.alsa.path");
+  const std::size_t at = path.find(kHardware);
+  if (at == std::string_view::npos) return std::nullopt;
+  const std::string_view rest = path.substr(at + kHardware.size());
+  return numberIn<int>(rest.substr(0, rest.find(',')));
+}
+
 }  // namespace
 
 /// An object that we have asked to tell us of itself.
@@ -192,6 +206,7 @@ void GraphWatch::onNodeInfo(std::uint32_t id, const pw_node_info& info) {
       node.description = description;
     }
     node.cardName = textOf(properties, PW_KEY_DEVICE_NAME);
+    node.alsaCard = alsaCardOf(properties);
   }
   if (!node.saysChannels) {
     const bool isSink = node.mediaClass.starts_with("Audio/Sink");
@@ -199,7 +214,7 @@ void GraphWatch::onNodeInfo(std::uint32_t id, const pw_node_info& info) {
     if (ports != 0) node.channels = ports;
   }
   if (!before.hasAnswered || node.channels != before.channels || node.description != before.description ||
-      node.cardName != before.cardName) {
+      node.cardName != before.cardName || node.alsaCard != before.alsaCard) {
     noteChange();
   }
 }

@@ -32,8 +32,12 @@ class PipeWireDriver final : public Driver {
 
   std::vector<DeviceInfo> devices() override {
     const auto server = serverOrNull();
-    return server ? server->devices() : std::vector<DeviceInfo>{};
+    auto devices = server ? server->devices() : std::nullopt;
+    isConnected_ = devices.has_value();
+    return devices ? *std::move(devices) : std::vector<DeviceInfo>{};
   }
+
+  [[nodiscard]] std::string server() const override { return isConnected_ ? "pipewire" : ""; }
 
   bool setObserver(DeviceObserver& observer) override {
     if (const auto server = serverOrNull()) {
@@ -69,6 +73,7 @@ class PipeWireDriver final : public Driver {
 
   std::mutex mutex_;  // guards server_
   std::shared_ptr<Server> server_;
+  bool isConnected_ = false;  // when devices() was asked last
 };
 
 }  // namespace

@@ -15,8 +15,8 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds kAnswerTimeout{120};      // for a list of devices
 constexpr milliseconds kKnownToHangTimeout{10};  // the same, from a server that has not answered the last one
-constexpr milliseconds kStartAnswerTimeout{1000};  // for the server to say that it is there
-constexpr milliseconds kStartTimeout{4000};        // for all links to come up
+constexpr milliseconds kStartAnswerTimeout{800};  // for the server to say that it is there
+constexpr milliseconds kStartTimeout{4000};       // for all links to come up
 constexpr milliseconds kStopTimeout{800};
 constexpr milliseconds kRetryPeriod{100};       // while something that a session needs is missing
 constexpr milliseconds kReconnectPeriod{1000};  // while nobody needs the server
@@ -28,9 +28,9 @@ struct Server::Listing {
   std::mutex mutex;
   std::condition_variable changed;
   bool done = false;
-  std::vector<DeviceInfo> devices;
+  std::optional<std::vector<DeviceInfo>> devices;
 
-  void finish(std::vector<DeviceInfo> found) {
+  void finish(std::optional<std::vector<DeviceInfo>> found) {
     const std::lock_guard lock(mutex);
     devices = std::move(found);
     done = true;
@@ -177,26 +177,27 @@ std::vector<DeviceInfo> Server::completeDevices() {
 std::shared_ptr<Server::Listing> Server::beginListing() {
   auto listing = std::make_shared<Listing>();
   thread_->post([this, listing] {
-    if (!connection_.ensure()) return listing->finish({});
+    if (!connection_.ensure()) return listing->finish(std::nullopt);
     connection_.settle([this, listing](bool answered) {
-      listing->finish(answered ? completeDevices() : std::vector<DeviceInfo>{});
+      if (!answered) return listing->finish(std::nullopt);
+      listing->finish(completeDevices());
     });
   });
   return listing;
 }
 
-std::vector<DeviceInfo> Server::devices() {
+std::optional<std::vector<DeviceInfo>> Server::devices() {
   std::shared_ptr<Listing> unanswered;
   {
     const std::lock_guard lock(mutex_);
     unanswered = unanswered_;
   }
-  if (unanswered && !unanswered->wait(kKnownToHangTimeout)) return {};
+  if (unanswered && !unanswered->wait(kKnownToHangTimeout)) return std::nullopt;
   auto listing = beginListing();
   const bool answered = listing->wait(kAnswerTimeout);
   const std::lock_guard lock(mutex_);
   unanswered_ = answered ? nullptr : listing;
-  if (!answered) return {};
+  if (!answered) return std::nullopt;
   const std::lock_guard listingLock(listing->mutex);
   return listing->devices;
 }

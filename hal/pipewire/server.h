@@ -5,6 +5,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,8 +30,8 @@ class Server {
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
-  /// The devices that are there now; none when the server does not answer in time. [not-io]
-  std::vector<DeviceInfo> devices();
+  /// The devices that are there now; null when there is no server, or it does not answer in time. [not-io]
+  std::optional<std::vector<DeviceInfo>> devices();
 
   struct Started {
     OSStatus status = noErr;

@@ -1,6 +1,7 @@
 #include "hal/registry/catalog.h"
 
 #include <algorithm>
+#include <set>
 #include <utility>
 
 #include "hal/support/utf8.h"
@@ -17,7 +18,7 @@ void Catalog::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
   }
   sources_.clear();
   for (auto& driver : drivers) {
-    sources_.push_back({std::make_shared<DriverDesk>(std::move(driver), onNews_), 0, 0, {}});
+    sources_.push_back({std::make_shared<DriverDesk>(std::move(driver), onNews_), nullptr, 0, 0, {}});
   }
 }
 
@@ -60,38 +61,53 @@ std::vector<AudioObjectID> Catalog::askThese(const std::vector<DeskRef>& desks) 
   answers.reserve(desks.size());
   for (std::size_t d = 0; d < desks.size(); ++d) answers.push_back(desks[d]->answer(tickets[d], deadline));
   const std::lock_guard lock(mutex_);
-  for (std::size_t d = 0; d < desks.size(); ++d) take(desks[d], answers[d].get());
+  for (std::size_t d = 0; d < desks.size(); ++d) take(desks[d], std::move(answers[d]));
+  relist();
   return publishList();
 }
 
-void Catalog::take(const DeskRef& desk, const DriverAnswer* answer) {
+void Catalog::take(const DeskRef& desk, std::shared_ptr<const DriverAnswer> answer) {
   const auto source =
       std::find_if(sources_.begin(), sources_.end(), [&](const Source& s) { return s.desk == desk; });
   if (source == sources_.end()) return;
-  if (answer == nullptr) {
-    for (const auto& device : source->devices) device->unlist();
-    source->devices.clear();
-  } else if (answer->number >= source->answered) {
-    listDevices(*source, *answer);
+  if (answer && answer->number < source->answered) return;
+  if (answer) {
+    source->answered = answer->number;
+    source->news = answer->news;
   }
+  source->answer = std::move(answer);
 }
 
-void Catalog::listDevices(Source& source, const DriverAnswer& answer) {
-  const auto before = std::exchange(source.devices, {});
-  source.answered = answer.number;
-  source.news = answer.news;
-  for (const DeviceInfo& info : answer.devices) listDevice(source, info, answer.askedAt);
+/// Makes the list of all answers anew: what one driver lists may hide what a later one has.
+void Catalog::relist() {
+  std::vector<std::shared_ptr<Device>> before;
+  for (Source& source : sources_) {
+    before.insert(before.end(), source.devices.begin(), source.devices.end());
+    source.devices.clear();
+  }
+  ListedAlready listed;
+  for (Source& source : sources_) {
+    if (source.answer && listed.begin(source.answer->server)) listDevices(source, listed);
+  }
+  std::set<std::shared_ptr<Device>> now;
+  for (const Source& source : sources_) now.insert(source.devices.begin(), source.devices.end());
   for (const auto& device : before) {
-    const bool still =
-        std::find(source.devices.begin(), source.devices.end(), device) != source.devices.end();
-    if (!still) device->unlist();
+    if (!now.contains(device)) device->unlist();
   }
 }
 
-void Catalog::listDevice(Source& source, DeviceInfo info, Clock::time_point askedAt) {
-  if (listedElsewhere(source, info.uid)) return;
-  info.uid = validUtf8(info.uid);
-  info.name = validUtf8(info.name);
+void Catalog::listDevices(Source& source, ListedAlready& listed) {
+  for (DeviceInfo info : source.answer->devices) {
+    info.uid = validUtf8(info.uid);
+    info.name = validUtf8(info.name);
+    if (listed.has(info)) continue;
+    listed.add(info);
+    listDevice(source, std::move(info));
+  }
+}
+
+void Catalog::listDevice(Source& source, DeviceInfo info) {
+  const Clock::time_point askedAt = source.answer->askedAt;
   std::shared_ptr<Device>& device = byUid_[info.uid];
   if (device) {
     device->list(source.desk, std::move(info), askedAt);
@@ -100,19 +116,6 @@ void Catalog::listDevice(Source& source, DeviceInfo info, Clock::time_point aske
     byId_[device->id()] = device;
   }
   source.devices.push_back(device);
-}
-
-bool Catalog::listedElsewhere(const Source& source, const std::string& uid) const {
-  const auto known = byUid_.find(uid);
-  if (known == byUid_.end()) return false;
-  // Of two drivers that name one device, and of two mentions by one driver, the first has it.
-  for (const Source& other : sources_) {
-    const bool there =
-        std::find(other.devices.begin(), other.devices.end(), known->second) != other.devices.end();
-    if (there) return true;
-    if (&other == &source) return false;
-  }
-  return false;
 }
 
 std::vector<AudioObjectID> Catalog::publishList() {

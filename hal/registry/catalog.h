@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "hal/registry/device.h"
+#include "hal/registry/listed_already.h"
 
 namespace tolvane::hal {
 
@@ -40,7 +41,8 @@ class Catalog {
   using DeskRef = std::shared_ptr<DriverDesk>;
   struct Source {
     DeskRef desk;
-    std::uint64_t answered = 0;  // the number of the answer that `devices` is, and the news it knew of
+    std::shared_ptr<const DriverAnswer> answer;  // null while the driver does not answer
+    std::uint64_t answered = 0;                  // the number of its last answer, and the news it knew of
     std::uint64_t news = 0;
     std::vector<std::shared_ptr<Device>> devices;
   };
@@ -48,10 +50,10 @@ class Catalog {
   [[nodiscard]] std::vector<DeskRef> desks() const;
   [[nodiscard]] std::vector<DeskRef> desksWithNews() const;
   std::vector<AudioObjectID> askThese(const std::vector<DeskRef>& desks);
-  void take(const DeskRef& desk, const DriverAnswer* answer);
-  void listDevices(Source& source, const DriverAnswer& answer);
-  void listDevice(Source& source, DeviceInfo info, Clock::time_point askedAt);
-  [[nodiscard]] bool listedElsewhere(const Source& source, const std::string& uid) const;
+  void take(const DeskRef& desk, std::shared_ptr<const DriverAnswer> answer);
+  void relist();
+  void listDevices(Source& source, ListedAlready& listed);
+  void listDevice(Source& source, DeviceInfo info);
   std::vector<AudioObjectID> publishList();
 
   const std::function<void()> onNews_;

@@ -48,9 +48,10 @@ void DriverDesk::work() {
     changed_.wait(lock, [this] { return done_ < wanted_; });
     ++begun_;
     begunAt_ = Clock::now();
-    DriverAnswer answer{begun_, news_.load(), begunAt_, {}};
+    DriverAnswer answer{begun_, news_.load(), begunAt_, {}, {}};
     lock.unlock();
     answer.devices = driver_->devices();
+    answer.server = driver_->server();
     finish(std::move(answer));
   }
 }

@@ -22,6 +22,7 @@ struct DriverAnswer {
   std::uint64_t news = 0;    // that there had been when the driver was called
   Clock::time_point askedAt;
   std::vector<DeviceInfo> devices;
+  std::string server;
 };
 
 /// Asks on a thread of its own, one call at a time. It lives as long as the process.

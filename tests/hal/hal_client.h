@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "hal/core_audio.h"
+#include "support/eventually.h"
 
 namespace tolvane::test {
 
@@ -67,17 +68,6 @@ inline std::vector<UInt32> streamsOf(AudioObjectID device, AudioObjectPropertySc
   std::vector<UInt32> streams;
   for (UInt32 b = 0; b < list->mNumberBuffers; ++b) streams.push_back(list->mBuffers[b].mNumberChannels);
   return streams;
-}
-
-/// Waits for what must come; the limit only ends a test that has failed.
-template <typename Condition>
-bool eventually(const Condition& condition) {
-  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-  while (!condition()) {
-    if (std::chrono::steady_clock::now() > limit) return false;
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
-  }
-  return true;
 }
 
 /// A callback registered for the life of this object; `cycle` is called with each cycle's lists.

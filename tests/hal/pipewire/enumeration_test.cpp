@@ -48,6 +48,28 @@ TEST(PipeWireEnumeration, SinkAndSourceOfOneCardAreOneDevice) {
   EXPECT_EQ(devices[0].bufferFrames, 256U);
 }
 
+/// The card's nodes with what their session manager, or whoever made them, says of the sound card.
+std::vector<int> alsaCardsOf(const std::string& name, const PipeWireProperties& sinkSays,
+                             const PipeWireProperties& sourceSays) {
+  const PipeWireServer server({});
+  PipeWireClient hardware;
+  auto nodes = nodesOf({.name = name, .inputs = 2, .outputs = 2, .cardId = 900});
+  nodes[0].insert(sourceSays.begin(), sourceSays.end());
+  nodes[1].insert(sinkSays.begin(), sinkSays.end());
+  for (const PipeWireProperties& node : nodes) hardware.addNode(node);
+  const auto driver = hal::makePipeWireDriver();
+  return onlyDevice(*driver).alsaCards;
+}
+
+TEST(PipeWireEnumeration, TheSoundCardOfADeviceIsKnownByItsNumber) {
+  using Cards = std::vector<int>;
+  EXPECT_EQ(alsaCardsOf("a", {{"api.alsa.path", "hw:3,0"}}, {{"api.alsa.path", "hw:3"}}), Cards{3});
+  EXPECT_EQ(alsaCardsOf("b", {{"alsa.card", "2"}}, {}), Cards{2});
+  EXPECT_EQ(alsaCardsOf("c", {{"api.alsa.pcm.card", "1"}}, {{"api.alsa.card", "4"}}), (Cards{1, 4}));
+  EXPECT_EQ(alsaCardsOf("d", {{"api.alsa.path", "front:PCH"}}, {}), Cards{});
+  EXPECT_EQ(alsaCardsOf("e", {}, {}), Cards{});
+}
+
 TEST(PipeWireEnumeration, NodesWithoutCardAreDevicesOfTheirOwnAndMonitorsAreNone) {
   const PipeWireServer server({{.name = "interface", .inputs = 3, .outputs = 5}});
   const auto driver = hal::makePipeWireDriver();

@@ -62,6 +62,11 @@ class ScriptedDriver final : public hal::Driver {
     return devices;
   }
 
+  [[nodiscard]] std::string server() const override {
+    const std::lock_guard lock(script_.mutex_);
+    return script_.server_;
+  }
+
   hal::StartResult start(const DeviceInfo& device, hal::SessionClient& client) override {
     script_.starting.pass();
     const std::lock_guard lock(script_.mutex_);
@@ -107,6 +112,11 @@ void Script::setDevices(std::vector<DeviceInfo> devices) {
 void Script::notify() {
   const std::lock_guard lock(mutex_);
   if (observer_ != nullptr) observer_->devicesChanged(*driver_);
+}
+
+void Script::setServer(const std::string& server) {
+  const std::lock_guard lock(mutex_);
+  server_ = server;
 }
 
 void Script::setNotifies(bool notifies) {

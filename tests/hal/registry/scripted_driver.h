@@ -40,6 +40,7 @@ class Script {
   /// Tells the HAL that the list has changed.
   void notify();
   void setNotifies(bool notifies);
+  void setServer(const std::string& server);
   void setStartStatus(OSStatus status);
   void setBufferFramesStatus(OSStatus status);
 
@@ -73,6 +74,7 @@ class Script {
   hal::Driver* driver_ = nullptr;
   hal::DeviceObserver* observer_ = nullptr;
   bool notifies_ = true;
+  std::string server_;
   OSStatus startStatus_ = noErr;
   OSStatus bufferFramesStatus_ = noErr;
   int listings_ = 0;

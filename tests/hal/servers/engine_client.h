@@ -1,0 +1,74 @@
+// The engine with a callback that counts, and what a test wants to know of its device.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "core/io_proc.h"
+#include "engine/core_audio_engine.h"
+#include "hal/hal_client.h"
+
+namespace tolvane::test {
+
+/// The cycles that countingIoProc() has run, in the life of the process.
+inline std::atomic<std::uint64_t> engineCycles{0};
+
+/// Routes as the engine's own callback does, and counts.
+inline OSStatus countingIoProc(AudioObjectID device, const AudioTimeStamp* now, const AudioBufferList* input,
+                               const AudioTimeStamp* inputTime, AudioBufferList* output,
+                               const AudioTimeStamp* outputTime, void* clientData) {
+  const OSStatus status = halIOProc(device, now, input, inputTime, output, outputTime, clientData);
+  ++engineCycles;
+  return status;
+}
+
+inline std::vector<std::string> namesOf(const std::vector<AudioDeviceInfo>& devices) {
+  std::vector<std::string> names;
+  for (const AudioDeviceInfo& device : devices) names.push_back(device.name);
+  return names;
+}
+
+/// The engine's device of that name, waited for.
+inline AudioDeviceID deviceNamed(const CoreAudioEngine& engine, const std::string& name) {
+  AudioDeviceID id = kAudioObjectUnknown;
+  EXPECT_TRUE(eventually([&] {
+    for (const AudioDeviceInfo& info : engine.getAllDevices()) {
+      if (info.name == name) id = info.id;
+    }
+    return id != kAudioObjectUnknown;
+  })) << name;
+  return id;
+}
+
+inline bool isAlive(AudioDeviceID device) {
+  return valueOf<UInt32>(device, kAudioDevicePropertyDeviceIsAlive) != 0;
+}
+
+/// Another cycle comes, and one after it.
+inline bool runs(std::chrono::milliseconds limit) {
+  const std::uint64_t before = engineCycles;
+  return eventually(limit, [&] { return engineCycles > before + 1; });
+}
+
+template <class Action>
+std::chrono::milliseconds timeOf(const Action& action) {
+  const auto begin = std::chrono::steady_clock::now();
+  action();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+}
+
+/// What the HAL promises of a stop, whatever the server does; and no cycle comes after it.
+inline void expectStopsInASecond(CoreAudioEngine& engine) {
+  EXPECT_LT(timeOf([&] { engine.stop(); }), std::chrono::seconds(1));
+  const std::uint64_t cycles = engineCycles;
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  EXPECT_EQ(engineCycles, cycles);
+}
+
+}  // namespace tolvane::test

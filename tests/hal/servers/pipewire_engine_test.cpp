@@ -1,0 +1,99 @@
+// The whole way on PipeWire: a card's signal through the server, the driver, the HAL's surface, the engine
+// and back, and the server's death under it.
+#include "hal/pipewire/patch_rig.h"
+#include "hal/servers/engine_client.h"
+
+namespace tolvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto kReturnBound = 2s;
+
+class PipeWireEngine : public testing::Test {
+ protected:
+  void TearDown() override { engine_.stop(); }
+
+  void start() {
+    device_ = deviceNamed(engine_, card_.name);
+    const auto error = engine_.start(device_, routes_);
+    ASSERT_FALSE(error) << error->errorDescription();
+  }
+
+  /// Every sample comes out where the patch sends it, in its cycle and bit for bit.
+  void expectHeard() {
+    PatchRig rig(card_, routes_);
+    ASSERT_TRUE(rig.settle());
+    EXPECT_TRUE(rig.waitForFrames(24000));
+    EXPECT_TRUE(rig.isRight());
+  }
+
+  void die() {
+    server_.kill();
+    EXPECT_TRUE(eventually([&] { return !isAlive(device_); }));
+  }
+
+  const PipeWireCard card_{.name = "Mixer", .inputs = 4, .outputs = 4, .cardId = 900};
+  PipeWireServer server_{{card_}};
+  const std::vector<PatchConnection> routes_ = {
+      {0, 3, 1.0F, true}, {1, 2, 1.0F, true}, {2, 0, 1.0F, true}, {3, 1, 1.0F, true}};
+  CoreAudioEngine engine_{&countingIoProc};
+  AudioDeviceID device_ = kAudioObjectUnknown;
+};
+
+TEST_F(PipeWireEngine, RoutesAreHeardBitForBit) {
+  start();
+  expectHeard();
+  expectStopsInASecond(engine_);
+}
+
+TEST_F(PipeWireEngine, AServerThatDiesAndComesBackIsHeardAgainInTwoSeconds) {
+  start();
+  for (int round = 0; round < 3; ++round) {
+    ASSERT_TRUE(runs(10s));
+    die();
+    const std::uint64_t cycles = engineCycles;
+    server_.start();
+    EXPECT_TRUE(eventually(kReturnBound, [&] { return engineCycles > cycles; })) << round;
+    EXPECT_TRUE(eventually(kReturnBound, [&] { return isAlive(device_); })) << round;
+    EXPECT_TRUE(engine_.isRunning());
+  }
+  expectHeard();
+  EXPECT_EQ(deviceNamed(engine_, card_.name), device_);
+  expectStopsInASecond(engine_);
+}
+
+TEST_F(PipeWireEngine, ADeadServersDeviceStopsInASecondAndStartsOnTheNext) {
+  start();
+  ASSERT_TRUE(runs(10s));
+  die();
+  expectStopsInASecond(engine_);
+  server_.start();
+  start();
+  expectHeard();
+}
+
+TEST_F(PipeWireEngine, AStopRightAfterTheDeathIsInTime) {
+  start();
+  ASSERT_TRUE(runs(10s));
+  server_.kill();
+  expectStopsInASecond(engine_);
+}
+
+TEST_F(PipeWireEngine, ARemovedCardIsHeardAgainWhenItIsBack) {
+  start();
+  ASSERT_TRUE(runs(10s));
+  PipeWireClient hardware;
+  for (int round = 0; round < 3; ++round) {
+    hardware.removeCard(card_);
+    EXPECT_TRUE(eventually([&] { return !isAlive(device_); })) << round;
+    hardware.addCard(card_);
+    const std::uint64_t cycles = engineCycles;
+    EXPECT_TRUE(eventually(kReturnBound, [&] { return engineCycles > cycles; })) << round;
+    EXPECT_TRUE(eventually(kReturnBound, [&] { return isAlive(device_); })) << round;
+  }
+  expectHeard();
+}
+
+}  // namespace
+}  // namespace tolvane::test
