@@ -18,6 +18,19 @@ function(tolvane_expose target visibility room)
   target_include_directories(${target} ${visibility} ${view})
 endfunction()
 
+# Headers of the language's library that most of a large room's files include.
+set(TOLVANE_COMMON_HEADERS
+  <algorithm> <array> <atomic> <chrono> <condition_variable> <cstdint> <functional> <map> <memory> <mutex> <optional>
+  <string> <thread> <utility> <vector>)
+
+# tolvane_precompile(<target> [headers...]): these and the common headers are compiled once for all of the target's
+# files. Only in builds that are made often: the others see that each file includes what it needs.
+function(tolvane_precompile target)
+  if(TOLVANE_PRECOMPILED)
+    target_precompile_headers(${target} PRIVATE ${TOLVANE_COMMON_HEADERS} ${ARGN})
+  endif()
+endfunction()
+
 # tolvane_room(<room> SOURCES ... LINK ...): the room's static library, named tolvane_<room>.
 function(tolvane_room room)
   cmake_parse_arguments(ROOM "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})

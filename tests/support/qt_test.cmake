@@ -3,7 +3,7 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets Test)
 
 if(NOT TARGET qt_test_precompiled)
   add_executable(qt_test_precompiled EXCLUDE_FROM_ALL ${CMAKE_SOURCE_DIR}/tests/support/precompiled_main.cpp)
-  target_compile_options(qt_test_precompiled PRIVATE -O1 -g1)
+  target_compile_options(qt_test_precompiled PRIVATE ${TOLVANE_TEST_FLAGS})
   target_link_libraries(qt_test_precompiled PRIVATE Qt6::Widgets GTest::gmock)
   target_precompile_headers(qt_test_precompiled PRIVATE
     <gmock/gmock.h> <gtest/gtest.h> <QImage> <QPainter> <QWidget>)
