@@ -1,8 +1,8 @@
 #!/bin/sh
 # A private jackd for one test program: jack_server.sh NAME RATE_HZ BUFFER_FRAMES
 #
-# Prints jackd's process id once it takes clients, and keeps jackd until its own standard input ends, which it does however the test
-# program ends. Then jackd goes, running, stopped or dead, and nothing of it stays behind.
+# Prints jackd's process id once it takes clients, and keeps jackd until its own standard input ends, which it does
+# however the test program ends. Then jackd goes, running, stopped or dead, and nothing of it stays behind.
 name=$1 rate=$2 frames=$3
 log=$(mktemp)
 
@@ -22,28 +22,31 @@ await_clients() {
   done
 }
 
+# Its status is then in $status. A server that a client joins or leaves just then may wait for it without end.
+end_server() {
+  kill -TERM "$pid" 2>/dev/null
+  kill -CONT "$pid" 2>/dev/null
+  (sleep 3; kill -KILL "$pid") </dev/null >/dev/null 2>&1 &
+  guard=$!
+  wait "$pid"
+  status=$?
+  kill "$guard" 2>/dev/null
+}
+
 serve &
 pid=$!
 await_clients
 echo "$pid"
 exec 1>&2
 cat >/dev/null
-
-kill -TERM "$pid" 2>/dev/null
-kill -CONT "$pid" 2>/dev/null
-(sleep 3; kill -KILL "$pid") </dev/null >/dev/null 2>&1 &
-guard=$!
-wait "$pid"
-status=$?
-kill "$guard" 2>/dev/null
+end_server
 
 # What a killed server leaves in shared memory is cleared away by the next one of its name.
 if [ "$status" -eq 137 ]; then
   serve &
   pid=$!
   await_clients
-  kill -TERM "$pid" 2>/dev/null
-  wait "$pid"
+  end_server
 fi
 rm -f "/dev/shm/jack_sem.$(id -u)_${name}"_*
 rm -f "$log"
