@@ -2,17 +2,11 @@
 
 #include <optional>
 
-#include <dlfcn.h>
+#include "hal/support/shared_library.h"
 
 namespace tolvane::hal::alsa {
 
 namespace {
-
-template <class Function>
-bool resolve(void* handle, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(::dlsym(handle, name));
-  return function != nullptr;
-}
 
 // NOLINTNEXTLINE(cert-dcl50-cpp): the library's type of handler
 void discardMessage(const char* /*file*/, int /*line*/, const char* /*function*/, int /*error*/,
@@ -20,17 +14,12 @@ void discardMessage(const char* /*file*/, int /*line*/, const char* /*function*/
 
 // NOLINTNEXTLINE(readability-function-size): one statement for each function of the library
 std::optional<Library> load() {
-  void* handle = ::dlopen("libasound.so.2", RTLD_NOW | RTLD_LOCAL);
-  if (handle == nullptr) return std::nullopt;
+  SharedLibrary file("libasound.so.2");
   Library loaded;
-  bool complete = true;
-#define TOLVANE_ALSA_RESOLVE(name) complete = resolve(handle, #name, loaded.name) && complete;
+#define TOLVANE_ALSA_RESOLVE(name) file.resolve(#name, loaded.name);
   TOLVANE_ALSA_FUNCTIONS(TOLVANE_ALSA_RESOLVE)
 #undef TOLVANE_ALSA_RESOLVE
-  if (!complete) {
-    ::dlclose(handle);
-    return std::nullopt;
-  }
+  if (!file.isComplete()) return std::nullopt;
   // It writes to standard error otherwise, with every card that has gone meanwhile.
   loaded.snd_lib_error_set_handler(&discardMessage);
   return loaded;

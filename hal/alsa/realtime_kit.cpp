@@ -6,9 +6,10 @@
 #include <optional>
 
 #include <dbus/dbus.h>
-#include <dlfcn.h>
 #include <sys/resource.h>
 #include <unistd.h>
+
+#include "hal/support/shared_library.h"
 
 namespace tolvane::hal::alsa {
 
@@ -40,21 +41,13 @@ struct DBus {
 #undef TOLVANE_DBUS_MEMBER
 };
 
-template <class Function>
-bool resolve(void* handle, const char* name, Function& function) {
-  function = reinterpret_cast<Function>(::dlsym(handle, name));
-  return function != nullptr;
-}
-
-std::optional<DBus> load() {
-  void* handle = ::dlopen("libdbus-1.so.3", RTLD_NOW | RTLD_LOCAL);
-  if (handle == nullptr) return std::nullopt;
+std::optional<DBus> loadDBus() {
+  SharedLibrary file("libdbus-1.so.3");
   DBus loaded;
-  bool complete = true;
-#define TOLVANE_DBUS_RESOLVE(name) complete = resolve(handle, #name, loaded.name) && complete;
+#define TOLVANE_DBUS_RESOLVE(name) file.resolve(#name, loaded.name);
   TOLVANE_DBUS_FUNCTIONS(TOLVANE_DBUS_RESOLVE)
 #undef TOLVANE_DBUS_RESOLVE
-  if (!complete || loaded.dbus_threads_init_default() == 0) return std::nullopt;
+  if (!file.isComplete() || loaded.dbus_threads_init_default() == 0) return std::nullopt;
   return loaded;
 }
 
@@ -152,7 +145,7 @@ bool limitRealtimeCpu(std::int64_t limitUs) {
 }  // namespace
 
 bool askRealtimeKit(pid_t thread, unsigned priority) {
-  static const std::optional<DBus> kDBus = load();
+  static const std::optional<DBus> kDBus = loadDBus();
   if (!kDBus) return false;
   RealtimeKit kit(*kDBus);
   const auto maxPriority = kit.property("MaxRealtimePriority");
