@@ -11,7 +11,7 @@
 namespace tolvane {
 namespace {
 
-constexpr int kBackground = 28;
+constexpr int kStripBackground = 28;
 constexpr int kBorder = 77;
 constexpr int kTick = 82;
 constexpr int kPlain = 140;
@@ -66,10 +66,10 @@ Ink inkBetween(const Strip& strip, double from, double to) {
   for (int line = qRound(from / pixel); line < qRound(to / pixel); ++line) {
     for (int step = 0; step < qFloor(32.5 / pixel); ++step) {
       const int level = strip.grey((line + 0.5) * pixel, (step + 0.5) * pixel);
-      if (level > kBackground + 4) {
+      if (level > kStripBackground + 4) {
         ink.first = ink.first < 0 ? line * pixel : ink.first;
         ink.last = (line + 1) * pixel;
-        ink.weight += level - kBackground;
+        ink.weight += level - kStripBackground;
         ink.brightest = std::max(ink.brightest, level);
       }
     }
@@ -83,11 +83,11 @@ TEST_P(HeaderStrip, HasItsBackgroundAndABorderTowardTheGrid) {
   for (const double along : {0.1, 8.1, 100.1, 199.9}) {
     for (int step = qCeil(34.0 / pixel); step < qRound(38.0 / pixel); ++step) {
       const double covered = coverage(step * pixel, (step + 1) * pixel, 37.0, 38.0);
-      EXPECT_NEAR(picture.grey(along, (step + 0.5) * pixel), blended(kBackground, kBorder, covered), 1.0)
+      EXPECT_NEAR(picture.grey(along, (step + 0.5) * pixel), blended(kStripBackground, kBorder, covered), 1.0)
           << "at " << along << ", device pixel " << step;
     }
   }
-  EXPECT_EQ(picture.grey(150, 5), kBackground);
+  EXPECT_EQ(picture.grey(150, 5), kStripBackground);
 }
 
 TEST_P(HeaderStrip, EveryFourthNumberCarriesATickCentredOnItsCell) {
@@ -99,7 +99,7 @@ TEST_P(HeaderStrip, EveryFourthNumberCarriesATickCentredOnItsCell) {
       const double start = qFloor((along + pixel / 2) / pixel) * pixel;
       const double covered =
           number % 4 == 0 ? coverage(start, start + pixel, centre - 0.5, centre + 0.5) : 0.0;
-      EXPECT_NEAR(picture.grey(along + pixel / 2, 35.0), blended(kBackground, kTick, covered), 1.5)
+      EXPECT_NEAR(picture.grey(along + pixel / 2, 35.0), blended(kStripBackground, kTick, covered), 1.5)
           << number << " at " << along;
     }
   }
@@ -107,8 +107,8 @@ TEST_P(HeaderStrip, EveryFourthNumberCarriesATickCentredOnItsCell) {
 
 TEST_P(HeaderStrip, TicksEndOnePointBeforeTheEdge) {
   const Strip picture = strip(4, 0.0, 64);
-  EXPECT_GT(picture.grey(56.0, 33.5), kBackground + 20);
-  EXPECT_GT(picture.grey(56.0, 36.4), kBackground + 20);
+  EXPECT_GT(picture.grey(56.0, 33.5), kStripBackground + 20);
+  EXPECT_GT(picture.grey(56.0, 36.4), kStripBackground + 20);
   EXPECT_EQ(picture.grey(56.0, 37.75), kBorder);
 }
 
@@ -121,7 +121,7 @@ TEST_P(HeaderStrip, EveryEighthNumberIsBoldAndBrighter) {
   }
   for (const int number : {1, 4, 7, 9, 12, 17}) {
     const Ink ink = inkBetween(picture, 16.0 * (number - 1), 16.0 * number);
-    EXPECT_GT(ink.brightest, kBackground + 30) << number;
+    EXPECT_GT(ink.brightest, kStripBackground + 30) << number;
     EXPECT_LE(ink.brightest, kPlain) << number;
   }
 }
@@ -130,7 +130,7 @@ TEST_P(HeaderStrip, ACountOfOneShowsOneLabelWithoutTick) {
   const Strip picture = strip(1, 0.0, 200);
   EXPECT_GT(inkBetween(picture, 0.0, 16.0).weight, 0.0);
   EXPECT_EQ(inkBetween(picture, 16.0, 200.0).weight, 0.0);
-  EXPECT_EQ(picture.grey(8.0, 35.0), kBackground);
+  EXPECT_EQ(picture.grey(8.0, 35.0), kStripBackground);
 }
 
 TEST_P(HeaderStrip, ACountOfZeroShowsNoLabel) {
@@ -158,7 +158,7 @@ TEST_P(HeaderStrip, CutsTheLabelAtItsStart) {
     }
   }
   // The tick of number 4 stands in the middle of its cell.
-  EXPECT_GT(picture.grey(3 * 16 - 24 + 8.0, 35.0), kBackground + 20);
+  EXPECT_GT(picture.grey(3 * 16 - 24 + 8.0, 35.0), kStripBackground + 20);
 }
 
 std::string stripName(const ::testing::TestParamInfo<MakeStrip>& strip) {
@@ -186,8 +186,8 @@ TEST(ColumnHeader, CentresLabelsOnTheirColumnsHoweverWide) {
 
 TEST(ColumnHeader, TicksAreFourPointsLong) {
   const Strip picture = columns(4, 0.0, 64);
-  EXPECT_EQ(picture.grey(56.0, 32.2), kBackground);
-  EXPECT_GT(picture.grey(56.0, 33.4), kBackground + 20);
+  EXPECT_EQ(picture.grey(56.0, 32.2), kStripBackground);
+  EXPECT_GT(picture.grey(56.0, 33.4), kStripBackground + 20);
 }
 
 TEST(ColumnHeader, CentresLabelsInItsHeight) {
@@ -197,7 +197,7 @@ TEST(ColumnHeader, CentresLabelsInItsHeight) {
   const double pixel = picture.pixel();
   for (int step = 0; step < qFloor(32.5 / pixel); ++step) {
     for (int line = 0; line < picture.length(); ++line) {
-      if (picture.grey((line + 0.5) * pixel, (step + 0.5) * pixel) > kBackground + 30) {
+      if (picture.grey((line + 0.5) * pixel, (step + 0.5) * pixel) > kStripBackground + 30) {
         first = std::min(first, step * pixel);
         last = std::max(last, (step + 1) * pixel);
       }
@@ -215,7 +215,7 @@ TEST(RowHeader, EndsLabelsFourPointsBeforeTheEdge) {
     for (int column = 0; column < qFloor(37.0 / pixel); ++column) {
       for (int line = qRound(16.0 * (number - 1) / pixel); line < qRound(16.0 * number / pixel); ++line) {
         const int level = greyAt(picture, (column + 0.5) * pixel, (line + 0.5) * pixel);
-        last = level > kBackground + 10 ? (column + 1) * pixel : last;
+        last = level > kStripBackground + 10 ? (column + 1) * pixel : last;
       }
     }
     EXPECT_LE(last, 34.0 + pixel) << number;

@@ -34,7 +34,7 @@ std::string routeWithNote(const std::string& opening, const std::string& closing
          R"(,"inputChannel":0,"outputChannel":1,"gain":1.0,"active":true}])";
 }
 
-void expectOneRoute(const std::string& text) {
+void expectTheRoute(const std::string& text) {
   const auto result = decodePatch(text);
   ASSERT_TRUE(result) << result.error().message();
   EXPECT_EQ(result.value(), (std::vector<PatchConnection>{{0, 1, 1.0F, true}}));
@@ -63,35 +63,35 @@ TEST(LargePatchTest, MillionElementsThatAreNoRoutes) {
 }
 
 TEST(LargePatchTest, MillionUnknownMembersAndValues) {
-  expectOneRoute(routeWithNote("0," + repeated("\"note\":1,", kMillion), "\"note\":2"));
-  expectOneRoute(routeWithNote("[" + repeated("0,", kMillion), "0]"));
-  expectOneRoute(routeWithNote("[" + repeated("[],{},", kMillion), "[]]"));
+  expectTheRoute(routeWithNote("0," + repeated("\"note\":1,", kMillion), "\"note\":2"));
+  expectTheRoute(routeWithNote("[" + repeated("0,", kMillion), "0]"));
+  expectTheRoute(routeWithNote("[" + repeated("[],{},", kMillion), "[]]"));
 }
 
 TEST(LargePatchTest, MillionEqualMembersTheLastOfWhichHolds) {
-  expectOneRoute(routeWithNote("0," + repeated("\"gain\":\"x\",", kMillion), "\"note\":0"));
+  expectTheRoute(routeWithNote("0," + repeated("\"gain\":\"x\",", kMillion), "\"note\":0"));
 }
 
 TEST(LargePatchTest, StringsAndNamesOfTenMillionBytes) {
   const std::string bytes(10 * kMillion, 'x');
-  expectOneRoute(routeWithNote("\"" + bytes, "\""));
-  expectOneRoute(routeWithNote("0,\"" + bytes, "\":0"));
+  expectTheRoute(routeWithNote("\"" + bytes, "\""));
+  expectTheRoute(routeWithNote("0,\"" + bytes, "\":0"));
   expectError("[{\"note\":\"" + bytes, "element 0, byte 10000010",
               "syntax error while parsing value - invalid string: missing closing quote");
 }
 
 TEST(LargePatchTest, TenMillionBytesOfWhiteSpace) {
   const std::string blanks(10 * kMillion, ' ');
-  expectOneRoute(blanks + routeWithNote("0", blanks) + blanks);
+  expectTheRoute(blanks + routeWithNote("0", blanks) + blanks);
   expectError(blanks, "byte 10000000",
               "syntax error while parsing value - unexpected end of input; expected '[', '{', or a literal");
 }
 
 // The array and the route are two levels themselves.
 TEST(LargePatchTest, NestingUpToFiveHundredAndTwelveLevels) {
-  expectOneRoute(routeWithNote(repeated("[", 510), repeated("]", 510)));
-  expectOneRoute(routeWithNote(repeated("{\"a\":", 509) + "{", repeated("}", 510)));
-  expectOneRoute(routeWithNote(repeated("[{\"a\":", 255) + "0", repeated("}]", 255)));
+  expectTheRoute(routeWithNote(repeated("[", 510), repeated("]", 510)));
+  expectTheRoute(routeWithNote(repeated("{\"a\":", 509) + "{", repeated("}", 510)));
+  expectTheRoute(routeWithNote(repeated("[{\"a\":", 255) + "0", repeated("}]", 255)));
 }
 
 TEST(LargePatchTest, DeeperNestingIsAnErrorAtItsFirstByte) {

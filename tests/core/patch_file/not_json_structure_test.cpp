@@ -4,24 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "core/patch_file/bad_patch.h"
+#include "core/patch_file/syntax_errors.h"
 
 namespace tolvane::test {
 namespace {
-
-constexpr auto kValueMissing =
-    "syntax error while parsing value - unexpected end of input; expected '[', '{', or a literal";
-constexpr auto kKeyMissing =
-    "syntax error while parsing object key - unexpected end of input; expected string literal";
-constexpr auto kObjectOpen = "syntax error while parsing object - unexpected end of input; expected '}'";
-constexpr auto kBadLiteral = "syntax error while parsing value - invalid literal";
-constexpr auto kBadKey = "syntax error while parsing object key - invalid literal";
-constexpr auto kBadLiteralInObject = "syntax error while parsing object - invalid literal";
-constexpr auto kStringOpen = "syntax error while parsing value - invalid string: missing closing quote";
-constexpr auto kKeyOpen = "syntax error while parsing object key - invalid string: missing closing quote";
-constexpr auto kNoDigitAfterMinus =
-    "syntax error while parsing value - invalid number; expected digit after '-'";
-constexpr auto kNoExponent =
-    "syntax error while parsing value - invalid number; expected '+', '-', or digit after exponent";
 
 constexpr BadPatch kNothingOrNotEnough[] = {
     {"", "byte 0", kValueMissing},

@@ -4,22 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "core/patch_file/bad_patch.h"
+#include "core/patch_file/syntax_errors.h"
 
 namespace tolvane::test {
 namespace {
-
-constexpr auto kBadLiteral = "syntax error while parsing value - invalid literal";
-constexpr auto kBadLiteralInObject = "syntax error while parsing object - invalid literal";
-constexpr auto kNoDigitAfterMinus =
-    "syntax error while parsing value - invalid number; expected digit after '-'";
-constexpr auto kNoDigitAfterPoint =
-    "syntax error while parsing value - invalid number; expected digit after '.'";
-constexpr auto kNoDigitAfterSign =
-    "syntax error while parsing value - invalid number; expected digit after exponent sign";
-constexpr auto kNoExponent =
-    "syntax error while parsing value - invalid number; expected '+', '-', or digit after exponent";
-constexpr auto kSecondNumber = "syntax error while parsing object - unexpected number literal; expected '}'";
-constexpr auto kBeyondDouble = "number out of range for a 64-bit float";
 
 constexpr BadPatch kWordsThatJsonDoesNotKnow[] = {
     {"nul", "byte 3", kBadLiteral},

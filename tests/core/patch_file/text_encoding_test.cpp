@@ -4,28 +4,12 @@
 #include <gtest/gtest.h>
 
 #include "core/patch_file/bad_patch.h"
+#include "core/patch_file/syntax_errors.h"
 
 namespace tolvane::test {
 namespace {
 
 using std::string_view_literals::operator""sv;
-
-constexpr auto kValueMissing =
-    "syntax error while parsing value - unexpected end of input; expected '[', '{', or a literal";
-constexpr auto kBadLiteral = "syntax error while parsing value - invalid literal";
-constexpr auto kStringOpen = "syntax error while parsing value - invalid string: missing closing quote";
-constexpr auto kBadEscape =
-    "syntax error while parsing value - invalid string: forbidden character after backslash";
-constexpr auto kBadCodePoint =
-    "syntax error while parsing value - invalid string: '\\u' must be followed by 4 hex digits";
-constexpr auto kHighAlone =
-    "syntax error while parsing value - invalid string: surrogate U+D800..U+DBFF must be followed by "
-    "U+DC00..U+DFFF";
-constexpr auto kLowAlone =
-    "syntax error while parsing value - invalid string: surrogate U+DC00..U+DFFF must follow U+D800..U+DBFF";
-constexpr auto kBadUtf8 = "syntax error while parsing value - invalid string: ill-formed UTF-8 byte";
-constexpr auto kBadMark = "syntax error while parsing value - invalid BOM; must be 0xEF 0xBB 0xBF if given";
-constexpr auto kNul = "found a NUL byte; a patch file is UTF-8 text";
 
 constexpr BadPatch kBytesThatNoStringMayHoldAsTheyAre[] = {
     {"[{\"note\":\"\x01\"}]", "element 0, byte 10",

@@ -83,14 +83,14 @@ TEST(PatchFileShapeTest, ActiveIsTrueOrFalse) {
 // Every choice of members but the full one: the first that is missing is named, in field order.
 TEST(PatchFileShapeTest, AllFourMembersAreRequired) {
   constexpr std::array<std::string_view, 4> kNames = {"inputChannel", "outputChannel", "gain", "active"};
-  constexpr std::array<std::string_view, 4> kTexts = {R"("inputChannel":0)", R"("outputChannel":1)",
-                                                      R"("gain":1.0)", R"("active":true)"};
+  constexpr std::array<std::string_view, 4> kMembers = {R"("inputChannel":0)", R"("outputChannel":1)",
+                                                        R"("gain":1.0)", R"("active":true)"};
   for (unsigned chosen = 0; chosen < 15; ++chosen) {
     std::string members;
     std::string_view missing;
     for (std::size_t index = 0; index < kNames.size(); ++index) {
       if ((chosen >> index & 1U) != 0) {
-        members.append(members.empty() ? "" : ",").append(kTexts[index]);
+        members.append(members.empty() ? "" : ",").append(kMembers[index]);
       } else if (missing.empty()) {
         missing = kNames[index];
       }

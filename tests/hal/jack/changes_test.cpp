@@ -1,46 +1,38 @@
 // What the driver tells of by itself: devices and servers that come and go.
-#include <atomic>
-
+#include "hal/counting_observer.h"
 #include "hal/jack/jack_fixture.h"
 
 namespace tolvane::test {
 namespace {
-
-/// Counts what it is told.
-class Observer final : public hal::DeviceObserver {
- public:
-  void devicesChanged(hal::Driver& /*driver*/) noexcept override { ++told; }
-  std::atomic<int> told{0};
-};
 
 class JackChanges : public JackFixture {
  protected:
   /// Observed, with what the watching began with told.
   void observe() {
     EXPECT_TRUE(driver_->setObserver(observer_));
-    EXPECT_TRUE(eventually(5s, [this] { return observer_.told > 0; }));
+    EXPECT_TRUE(eventually(5s, [this] { return observer_.told() > 0; }));
   }
 
   /// Takes what was told so far for known.
   void settle() {
     int before = -1;
     eventually(5s, [&] {
-      const bool still = before == observer_.told;
-      before = observer_.told;
+      const bool still = before == observer_.told();
+      before = observer_.told();
       std::this_thread::sleep_for(100ms);
       return still;
     });
-    known_ = observer_.told;
+    known_ = observer_.told();
   }
 
   bool hears() {
-    return eventually(5s, [this] { return observer_.told > known_; });
+    return eventually(5s, [this] { return observer_.told() > known_; });
   }
 
   /// As a HAL does that asks when it is told, and never else.
   bool isListedWhenTold(const std::string& uid, bool wanted) {
     return eventually(5s, [&] {
-      const int told = observer_.told;
+      const int told = observer_.told();
       if (told == known_) return false;
       known_ = told;
       const auto devices = driver_->devices();
@@ -51,7 +43,7 @@ class JackChanges : public JackFixture {
 
   ~JackChanges() override { driver_.reset(); }  // before the observer
 
-  Observer observer_;
+  CountingObserver observer_;
   int known_ = 0;
 };
 
@@ -90,7 +82,7 @@ TEST_F(JackChanges, AnOrdinaryProgramsPortsAreNotTold) {
     JackTestClient ear = JackTestClient::ear("ear", 2);
     ear.activate();
     JackTestClient card = JackTestClient::card("card", 1, 1);  // told after what the ear would have been
-    EXPECT_EQ(observer_.told, known_);
+    EXPECT_EQ(observer_.told(), known_);
     card.activate();
     EXPECT_TRUE(hears());
   }
@@ -139,13 +131,13 @@ TEST_F(JackChanges, NothingIsToldAfterTheDriver) {
   startServer();
   observe();
   driver_.reset();
-  const int told = observer_.told;
+  const int told = observer_.told();
   JackTestClient card = JackTestClient::card("card", 1, 1);
   card.activate();
-  EXPECT_EQ(observer_.told, told);
+  EXPECT_EQ(observer_.told(), told);
   driver_ = hal::makeJackDriver();
   EXPECT_EQ(device("card").inputStreams.size(), 1U);
-  EXPECT_EQ(observer_.told, told);
+  EXPECT_EQ(observer_.told(), told);
 }
 
 TEST_F(JackChanges, AHungServerHoldsNeitherTheListNorTheEndUp) {

@@ -1,11 +1,11 @@
 // Which aggregates are listed, as what, and when.
-#include <atomic>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "hal/counting_observer.h"
 #include "hal/pipewire/aggregate_fixture.h"
 #include "hal/pipewire/patch_rig.h"
 #include "hal/pipewire/pipewire_driver.h"
@@ -120,15 +120,6 @@ TEST(PipeWireAggregates, ABadFileCostsTheNamedOnesAndIsNotTouched) {
   std::ifstream file(server.configFolder() + "/tolvane/aggregates.json");
   EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), R"({"aggregates": [{"name": 5}]})");
 }
-
-class CountingObserver final : public hal::DeviceObserver {
- public:
-  void devicesChanged(hal::Driver& /*driver*/) noexcept override { told_.fetch_add(1); }
-  [[nodiscard]] int told() const { return told_; }
-
- private:
-  std::atomic<int> told_ = 0;
-};
 
 TEST(PipeWireAggregates, AnObserverIsToldWhenTheFileIsMadeReplacedAndRemoved) {
   const PipeWireServer server({kFirst, kSecond});

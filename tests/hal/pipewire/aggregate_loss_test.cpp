@@ -13,15 +13,13 @@
 #include "hal/pipewire/patch_rig.h"
 #include "hal/pipewire/pipewire_driver.h"
 #include "hal/pipewire/routing_client.h"
+#include "hal/promised_times.h"
 
 namespace tolvane::test {
 namespace {
 
 using namespace std::chrono_literals;
 using ::testing::IsEmpty;
-
-constexpr auto kReturnBound = 2s;  // what is promised, not what is usual
-constexpr auto kStopBound = 1s;
 
 /// A running aggregate of the first and the second card, each input n to output n; what is heard of it.
 class PipeWireAggregateLoss : public testing::TestWithParam<const char*> {

@@ -22,17 +22,6 @@ std::vector<PatchConnection> across(unsigned inputs, unsigned outputs) {
   return routes;
 }
 
-void expectRightInTheRightCycle(const PatchRig& rig) {
-  for (const ReceivedSignal& signal : rig.recorder().received()) {
-    EXPECT_EQ(signal.rightFrames, signal.frames);
-    EXPECT_EQ(signal.missingFrames, 0U);
-    EXPECT_EQ(signal.wrongFrames, 0U);
-    // The wire past the device is among them: nobody is later than it.
-    EXPECT_EQ(signal.minDelayFrames, 0);
-    EXPECT_EQ(signal.maxDelayFrames, 0);
-  }
-}
-
 void routeThrough(const std::string& name, const std::vector<PipeWireCard>& members) {
   const auto driver = hal::makePipeWireDriver();
   const hal::DeviceInfo device = deviceNamed(*driver, name);

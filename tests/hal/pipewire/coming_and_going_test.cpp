@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 #include <malloc.h>
 
+#include "hal/counting_observer.h"
 #include "hal/pipewire/listed_devices.h"
 #include "hal/pipewire/patch_rig.h"
 #include "hal/pipewire/pipewire_driver.h"
@@ -20,8 +21,6 @@ namespace tolvane::test {
 namespace {
 
 using ::testing::IsEmpty;
-
-const PipeWireCard kCard{.name = "card", .inputs = 4, .outputs = 4, .cardId = 900};
 
 std::size_t openDescriptors() {
   const std::filesystem::directory_iterator all("/proc/self/fd");
@@ -159,16 +158,6 @@ TEST_F(PipeWireComingAndGoing, AThousandChangesOfTheQuantum) {
   EXPECT_TRUE(client_->isAlive());
   EXPECT_TRUE(isHeard());
 }
-
-/// Counts how often it was told.
-class CountingObserver final : public hal::DeviceObserver {
- public:
-  void devicesChanged(hal::Driver& /*driver*/) noexcept override { told_.fetch_add(1); }
-  [[nodiscard]] int told() const { return told_; }
-
- private:
-  std::atomic<int> told_ = 0;
-};
 
 TEST(PipeWireNews, AnObserverIsToldOfArrivalsDeparturesAndTheServersReturn) {
   PipeWireServer server({kCard});

@@ -9,18 +9,13 @@
 #include "hal/pipewire/patch_rig.h"
 #include "hal/pipewire/pipewire_driver.h"
 #include "hal/pipewire/routing_client.h"
+#include "hal/promised_times.h"
 
 namespace tolvane::test {
 namespace {
 
 using namespace std::chrono_literals;
 using ::testing::IsEmpty;
-
-const PipeWireCard kCard{.name = "card", .inputs = 4, .outputs = 4, .cardId = 900};
-
-// The times that are promised, not those that are usual: these are bounds of waits, not of speed.
-constexpr auto kListBound = 200ms;
-constexpr auto kStopBound = 1s;
 
 template <class Action>
 std::chrono::steady_clock::duration timeOf(const Action& action) {

@@ -16,6 +16,9 @@
 
 namespace tolvane::test {
 
+/// The card of a test that needs no other.
+inline const PipeWireCard kCard{.name = "card", .inputs = 4, .outputs = 4, .cardId = 900};
+
 /// For each of the outputs the one input that is routed to it, or -1.
 inline std::vector<int> sourcesOf(const std::vector<PatchConnection>& routes, std::size_t outputs) {
   std::vector<int> sources(outputs, -1);
@@ -104,5 +107,17 @@ class PatchRig {
   SignalFeeder feeder_;
   SignalRecorder recorder_;
 };
+
+/// Every sample since the last reset was heard where it belongs. The wire past the device is among the
+/// outputs: nobody is later than it.
+inline void expectRightInTheRightCycle(const PatchRig& rig) {
+  for (const ReceivedSignal& signal : rig.recorder().received()) {
+    EXPECT_EQ(signal.rightFrames, signal.frames);
+    EXPECT_EQ(signal.missingFrames, 0U);
+    EXPECT_EQ(signal.wrongFrames, 0U);
+    EXPECT_EQ(signal.minDelayFrames, 0);
+    EXPECT_EQ(signal.maxDelayFrames, 0);
+  }
+}
 
 }  // namespace tolvane::test

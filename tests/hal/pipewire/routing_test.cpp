@@ -39,19 +39,7 @@ struct Size {
   unsigned outputs;
 };
 
-class PipeWireRouting : public ::testing::TestWithParam<Size> {
- protected:
-  void expectRightInTheRightCycle(PatchRig& rig) {
-    for (const ReceivedSignal& signal : rig.recorder().received()) {
-      EXPECT_EQ(signal.rightFrames, signal.frames);
-      EXPECT_EQ(signal.missingFrames, 0U);
-      EXPECT_EQ(signal.wrongFrames, 0U);
-      // The wire past the device is among them: nobody is later than it.
-      EXPECT_EQ(signal.minDelayFrames, 0);
-      EXPECT_EQ(signal.maxDelayFrames, 0);
-    }
-  }
-};
+class PipeWireRouting : public ::testing::TestWithParam<Size> {};
 
 TEST_P(PipeWireRouting, EverySampleOnItsOutputInItsCycleWhileTheQuantumChanges) {
   const auto [inputs, outputs] = GetParam();

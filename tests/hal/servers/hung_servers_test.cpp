@@ -1,6 +1,7 @@
 // One server hangs beside another that does not: the promises of the HAL's surface.
 #include <gmock/gmock.h>
 
+#include "hal/promised_times.h"
 #include "hal/servers/engine_client.h"
 #include "support/jack_server.h"
 #include "support/pipewire_client.h"
@@ -11,7 +12,6 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-constexpr auto kListBound = 200ms;
 /// A start waits for the list, too, and the machine is busy.
 constexpr auto kStartBound = 1400ms;
 

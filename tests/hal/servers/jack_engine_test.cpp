@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include "hal/promised_times.h"
 #include "hal/servers/engine_client.h"
 #include "support/jack_server.h"
 #include "support/jack_test_client.h"
@@ -11,8 +12,6 @@ namespace tolvane::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr auto kReturnBound = 2s;
 
 class JackEngine : public testing::Test {
  protected:

@@ -1,14 +1,13 @@
 // The whole way on PipeWire: a card's signal through the server, the driver, the HAL's surface, the engine
 // and back, and the server's death under it.
 #include "hal/pipewire/patch_rig.h"
+#include "hal/promised_times.h"
 #include "hal/servers/engine_client.h"
 
 namespace tolvane::test {
 namespace {
 
 using namespace std::chrono_literals;
-
-constexpr auto kReturnBound = 2s;
 
 class PipeWireEngine : public testing::Test {
  protected:
