@@ -3,6 +3,7 @@
 #include <atomic>
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <mutex>
 #include <utility>
 
@@ -17,8 +18,10 @@ namespace tolvane::hal {
 namespace {
 
 using namespace std::chrono_literals;
+using Clock = std::chrono::steady_clock;
 
-/// How often a server that is not there is looked for.
+/// How often a server that is not there is looked for, and how long one that has said that it ends is left
+/// alone: a client that joins just then may keep it from ending.
 constexpr auto kLookInterval = 1s;
 /// What the end waits for the client to leave: a server that is ending itself takes long over one that is
 /// leaving just then, and a hung one lets nobody go.
@@ -37,7 +40,9 @@ class JackWatch::Watcher {
   void work() {
     while (!hasEnded()) {
       Stay stay(*this);
-      if (connect(stay)) {
+      const bool isThere = connect(stay);
+      noteLook(isThere);
+      if (isThere) {
         tell();
         awaitLossOrEnd(stay);
         leave(stay);
@@ -59,8 +64,11 @@ class JackWatch::Watcher {
   }
 
   std::optional<std::vector<DeviceInfo>> ask() {
+    // PipeWire's libjack answers by itself, whatever the server does.
+    if (library_.isPipeWire) return std::nullopt;
+    awaitLook();
     const std::lock_guard oneRequest(requesting_);
-    if (askable_ == nullptr) return std::nullopt;
+    if (askable_ == nullptr) return std::vector<DeviceInfo>{};
     // Ports are read from shared memory: that the server answers is found out by asking it anything.
     if (!answers(askable_)) return std::vector<DeviceInfo>{};
     return listJackDevices(library_, askable_);
@@ -97,9 +105,8 @@ class JackWatch::Watcher {
       leave(stay);
       return false;
     }
-    // PipeWire's libjack answers by itself, whatever the server does.
     const std::lock_guard oneRequest(requesting_);
-    if (!library_.isPipeWire) askable_ = client;
+    askable_ = client;
     return true;
   }
 
@@ -154,6 +161,10 @@ class JackWatch::Watcher {
   void lose(Stay& stay) {
     stay.loss.note();
     stay.beginFarewell();
+    {
+      const std::lock_guard lock(mutex_);
+      leftAloneUntil_ = Clock::now() + kLookInterval;
+    }
     tell();
     const std::lock_guard lock(mutex_);  // the last thing: from here on the thread may be ended
     stay.lost = true;
@@ -185,9 +196,27 @@ class JackWatch::Watcher {
     changedHere_.wait(lock, [&] { return ended_ || stay.lost; });
   }
 
+  void noteLook(bool isThere) {
+    const std::lock_guard lock(mutex_);
+    ++looks_;
+    isKnown_ = isThere;
+    isWanted_ = false;
+    changedHere_.notify_all();
+  }
+
   void awaitNextLook() {
     std::unique_lock lock(mutex_);
-    changedHere_.wait_for(lock, kLookInterval, [this] { return ended_; });
+    isKnown_ = Clock::now() < leftAloneUntil_;
+    changedHere_.wait_for(lock, kLookInterval, [this] { return ended_ || isWanted_; });
+  }
+
+  /// Returns when it is known whether there is a server, which is looked for now where it is not.
+  void awaitLook() {
+    std::unique_lock lock(mutex_);
+    if (isKnown_) return;
+    isWanted_ = true;
+    changedHere_.notify_all();
+    changedHere_.wait(lock, [this, before = looks_] { return looks_ != before || ended_; });
   }
 
   const JackLibrary& library_;
@@ -197,6 +226,10 @@ class JackWatch::Watcher {
   jack_client_t* askable_ = nullptr;  // guarded by requesting_
   std::mutex mutex_;
   std::condition_variable changedHere_;
+  std::uint64_t looks_ = 0;
+  bool isKnown_ = false;   // whether there is a server
+  bool isWanted_ = false;  // a look, now
+  Clock::time_point leftAloneUntil_;
   bool ended_ = false;  // asked to end
   bool over_ = false;
 };

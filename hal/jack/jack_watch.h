@@ -25,9 +25,10 @@ class JackWatch {
   JackWatch(const JackWatch&) = delete;
   JackWatch& operator=(const JackWatch&) = delete;
 
-  /// Asks the server for its devices with the client that is there, without the coming and going of another
-  /// one, which a server that is ending itself takes badly. None when there is no such client now. Blocks
-  /// while the server hangs. It outlives the watch. [not-io]
+  /// Asks the server for its devices with the client that is there, and has one made where there is none: a
+  /// server that is ending itself takes the coming and going of clients badly, and is left alone for a
+  /// second. None with PipeWire's libjack, which answers by itself. Blocks while the server hangs. It
+  /// outlives the watch. [not-io]
   using Asker = std::function<std::optional<std::vector<DeviceInfo>>()>;
   [[nodiscard]] Asker asker() const;
 
