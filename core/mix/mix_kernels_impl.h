@@ -201,7 +201,7 @@ __attribute__((always_inline)) inline void addSources(float* to, const MixSource
   for (; f < end; ++f) addVectors<1, Count, First>(to, from, gains, f);
 }
 
-/// At most four sources at a time, as many as the processor follows ahead through memory.
+/// At most eight sources at a time, as many as have registers for their addresses and gains.
 template <bool First>
 __attribute__((always_inline)) inline void addFewSources(float* to, const MixSource* sources,
                                                          std::int32_t count, std::int64_t f,
@@ -213,8 +213,16 @@ __attribute__((always_inline)) inline void addFewSources(float* to, const MixSou
       return addSources<2, First>(to, sources, f, end);
     case 3:
       return addSources<3, First>(to, sources, f, end);
-    default:
+    case 4:
       return addSources<4, First>(to, sources, f, end);
+    case 5:
+      return addSources<5, First>(to, sources, f, end);
+    case 6:
+      return addSources<6, First>(to, sources, f, end);
+    case 7:
+      return addSources<7, First>(to, sources, f, end);
+    default:
+      return addSources<8, First>(to, sources, f, end);
   }
 }
 
@@ -230,7 +238,7 @@ inline void mixPlanar(float* target, const MixSource* sources, std::int32_t sour
   for (std::int64_t f = 0; f < frames; f += kFramesInCache) {
     const std::int64_t end = frames - f < kFramesInCache ? frames : f + kFramesInCache;
     addFewSources<true>(target, sources, sourceCount, f, end);
-    for (std::int32_t s = 4; s < sourceCount; s += 4) {
+    for (std::int32_t s = 8; s < sourceCount; s += 8) {
       addFewSources<false>(target, sources + s, sourceCount - s, f, end);
     }
   }
