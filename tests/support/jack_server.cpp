@@ -35,14 +35,14 @@ struct Pipe {
   std::array<int, 2> ends{-1, -1};
 };
 
-pid_t spawnKeeper(const std::string& frames, int input, int output) {
+pid_t spawnKeeper(const std::string& frames, const std::string& alsaPcm, int input, int output) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
   const std::string name = serverName();
-  std::array<const char*, 6> arguments{
-      "sh", TOLVANE_JACK_SERVER_SCRIPT, name.c_str(), "48000", frames.c_str(), nullptr};
+  std::array<const char*, 7> arguments{
+      "sh", TOLVANE_JACK_SERVER_SCRIPT, name.c_str(), "48000", frames.c_str(), alsaPcm.c_str(), nullptr};
   pid_t pid = 0;
   EXPECT_EQ(posix_spawnp(&pid, "sh", &actions, nullptr, const_cast<char**>(arguments.data()), environ), 0);
   posix_spawn_file_actions_destroy(&actions);
@@ -73,11 +73,11 @@ void JackServer::choosePrivateName() {
   jack_set_info_function(&silence);
 }
 
-JackServer::JackServer(std::uint32_t bufferFrames) {
+JackServer::JackServer(std::uint32_t bufferFrames, const std::string& alsaPcm) {
   choosePrivateName();
   const Pipe toKeeper;
   const Pipe fromKeeper;
-  keeper_ = spawnKeeper(std::to_string(bufferFrames), toKeeper.ends[0], fromKeeper.ends[1]);
+  keeper_ = spawnKeeper(std::to_string(bufferFrames), alsaPcm, toKeeper.ends[0], fromKeeper.ends[1]);
   close(toKeeper.ends[0]);
   close(fromKeeper.ends[1]);
   keeperInput_ = toKeeper.ends[1];

@@ -11,8 +11,9 @@ namespace tolvane::test {
 /// goes with the object, and with the test program however that ends. One at a time.
 class JackServer {
  public:
-  /// Starts it and waits until it takes clients; ends the test program when it does not.
-  explicit JackServer(std::uint32_t bufferFrames = 256);
+  /// Starts it and waits until it takes clients; ends the test program when it does not. With a sound card's
+  /// name ("hw:Intel") it drives that instead of the dummy.
+  explicit JackServer(std::uint32_t bufferFrames = 256, const std::string& alsaPcm = {});
   ~JackServer();
   JackServer(const JackServer&) = delete;
   JackServer& operator=(const JackServer&) = delete;

@@ -1,9 +1,9 @@
 #!/bin/sh
-# A private jackd for one test program: jack_server.sh NAME RATE_HZ BUFFER_FRAMES
+# A private jackd for one test program: jack_server.sh NAME RATE_HZ BUFFER_FRAMES [ALSA_PCM]
 #
 # Prints jackd's process id once it takes clients, and keeps jackd until its own standard input ends, which it does
 # however the test program ends. Then jackd goes, running, stopped or dead, and nothing of it stays behind.
-name=$1 rate=$2 frames=$3
+name=$1 rate=$2 frames=$3 alsa_pcm=$4
 log=$(mktemp)
 
 # A signal for the whole group of processes ends the waiting below, and not the clearing up after it.
@@ -11,7 +11,10 @@ trap : HUP INT TERM
 
 # -S: a cycle ends when all clients are through, however long that takes on a busy machine (-t).
 serve() {
-  exec jackd -n "$name" -p 512 --no-realtime -S -t 20000 -d dummy -r "$rate" -p "$frames" </dev/null >"$log" 2>&1
+  if [ -n "$alsa_pcm" ]; then set -- alsa -d "$alsa_pcm"; else set -- dummy; fi
+  # Nobody is asked for the card: there may be no session bus.
+  export JACK_NO_AUDIO_RESERVATION=1
+  exec jackd -n "$name" -p 512 --no-realtime -S -t 20000 -d "$@" -r "$rate" -p "$frames" </dev/null >"$log" 2>&1
 }
 
 await_clients() {
@@ -20,6 +23,7 @@ await_clients() {
     sleep 0.05
     tries=$((tries + 1))
   done
+  [ "$tries" -lt 200 ] || cat "$log" >&2
 }
 
 # Its status is then in $status. A server that a client joins or leaves just then may wait for it without end.

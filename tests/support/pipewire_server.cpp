@@ -8,6 +8,7 @@
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+#include <string_view>
 #include <thread>
 
 #include <fcntl.h>
@@ -41,6 +42,7 @@ context.spa-libs = {
     audio.convert.* = audioconvert/libspa-audioconvert
     audio.adapt = audioconvert/libspa-audioconvert
     support.* = support/libspa-support
+    api.alsa.* = alsa/libspa-alsa
 }
 context.modules = [
     { name = libpipewire-module-rt args = { nice.level = -11 rt.prio = 70 } flags = [ ifexists nofail ] }
@@ -114,6 +116,12 @@ PipeWireProperties nodeOf(const PipeWireCard& card, const char* part, const char
       {"object.linger", "true"},
       {"adapter.auto-port-config", "{ mode = dsp monitor = true position = preserve }"},
   };
+  if (!card.alsaPcm.empty()) {
+    const bool isSink = std::string_view(mediaClass) == "Audio/Sink";
+    node["factory.name"] = isSink ? "api.alsa.pcm.sink" : "api.alsa.pcm.source";
+    node["media.class"] = isSink ? mediaClass : "Audio/Source";
+    node["api.alsa.path"] = card.alsaPcm;
+  }
   if (card.cardId) {
     node["device.id"] = std::to_string(*card.cardId);
     node["device.name"] = card.name;

@@ -22,6 +22,7 @@ struct PipeWireCard {
   std::string description = {};         // empty: the name
   std::optional<unsigned> cardId = {};  // its nodes are those of one card
   bool isDuplexNode = false;            // one node that gives back what it is sent, instead of two
+  std::string alsaPcm = {};             // a sound card's PCM ("hw:5"), instead of nodes of nothing
 };
 
 /// The nodes that make up the card, as the adapter factory takes them.
