@@ -113,7 +113,9 @@ TEST(AlsaCardOfOurOwn, StaysListedWhileItRuns) {
   RoutingClient client(*device, {});
   auto started = driver->start(*device, client);
   ASSERT_EQ(started.status, noErr);
-  EXPECT_EQ(find(*driver, "alsa:Dummy"), device);
+  hal::DeviceInfo running = *device;
+  running.alsaCards.clear();  // not left out for a sound server that came later and lists the card, too
+  EXPECT_EQ(find(*driver, "alsa:Dummy"), running);
 }
 
 }  // namespace

@@ -5,6 +5,11 @@
 #include <fstream>
 #include <sstream>
 
+#include <gtest/gtest.h>
+
+#include "hal/hal_client.h"
+#include "support/eventually.h"
+
 namespace tolvane::test {
 
 bool runInGuest(const std::string& command) {
@@ -18,6 +23,19 @@ std::optional<hal::DeviceInfo> find(hal::Driver& driver, const std::string& uid)
                                   [&](const hal::DeviceInfo& device) { return device.uid == uid; });
   if (found == devices.end()) return std::nullopt;
   return *found;
+}
+
+AudioObjectID deviceOf(const std::string& uid) {
+  for (const AudioObjectID id : deviceList()) {
+    if (stringOf(id, kAudioDevicePropertyDeviceUID) == uid) return id;
+  }
+  return kAudioObjectUnknown;
+}
+
+AudioObjectID expectDeviceOf(const std::string& uid) {
+  AudioObjectID found = kAudioObjectUnknown;
+  EXPECT_TRUE(eventually([&] { return (found = deviceOf(uid)) != kAudioObjectUnknown; }));
+  return found;
 }
 
 std::string pcmStatus(const std::string& cardId, const std::string& pcm) {

@@ -11,20 +11,6 @@
 namespace tolvane::test {
 namespace {
 
-AudioObjectID deviceOf(const std::string& uid) {
-  for (const AudioObjectID id : deviceList()) {
-    if (stringOf(id, kAudioDevicePropertyDeviceUID) == uid) return id;
-  }
-  return kAudioObjectUnknown;
-}
-
-/// The same, given the time that the machine takes to load what lists devices.
-AudioObjectID expectDeviceOf(const std::string& uid) {
-  AudioObjectID found = kAudioObjectUnknown;
-  EXPECT_TRUE(eventually([&] { return (found = deviceOf(uid)) != kAudioObjectUnknown; }));
-  return found;
-}
-
 bool isAlive(AudioObjectID device) {
   return valueOf<UInt32>(device, kAudioDevicePropertyDeviceIsAlive) == 1;
 }
