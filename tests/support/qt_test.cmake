@@ -9,11 +9,11 @@ if(NOT TARGET qt_test_precompiled)
     <gmock/gmock.h> <gtest/gtest.h> <QImage> <QPainter> <QWidget>)
 endif()
 
-# tolvane_qt_test(<name> SOURCES ... LINK ... [SCALES ...] [LABELS ...] [TIMEOUT s]): one test program on the
+# tolvane_qt_test(<name> SOURCES ... LINK ... [SCALES ...] [TIMEOUT s]): one test program on the
 # offscreen platform, run once for every display scale (1 unless said otherwise). Sources are given with paths;
 # "scale 2/" and the like stand before the names of the cases at other scales.
 function(tolvane_qt_test name)
-  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;SCALES;LABELS" ${ARGN})
+  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;SCALES" ${ARGN})
   if(NOT TEST_SCALES)
     set(TEST_SCALES 1)
   endif()
@@ -32,9 +32,6 @@ function(tolvane_qt_test name)
     # Two properties for two variables: a list does not survive the way through test discovery.
     set(properties TIMEOUT ${TEST_TIMEOUT} ENVIRONMENT QT_QPA_PLATFORM=offscreen
         ENVIRONMENT_MODIFICATION QT_SCALE_FACTOR=set:${scale})
-    if(TEST_LABELS)
-      list(APPEND properties LABELS ${TEST_LABELS})
-    endif()
     gtest_discover_tests(${name} TEST_PREFIX ${prefix} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
   endforeach()
 endfunction()

@@ -80,11 +80,11 @@ class PatchRig {
     });
   }
 
-  /// Waits until for a while nothing but the right audio has come, and counts from zero again.
-  [[nodiscard]] bool settle() {
+  /// Waits until for so long nothing but the right audio has come, and counts from zero again.
+  [[nodiscard]] bool settle(std::chrono::milliseconds duration = std::chrono::milliseconds(100)) {
     const bool isSettled = eventually([&] {
       recorder_.reset();
-      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      std::this_thread::sleep_for(duration);
       return isRight();
     });
     recorder_.reset();
