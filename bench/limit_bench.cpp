@@ -43,7 +43,7 @@ void limit(const char* name, const char* label, double atMost, const Layout& lay
         ours.publish(layout.routes, layout.into, kGain);
         theirs.publish(layout.routes, layout.into, kGain);
         measureSideBySide(
-            state, [&] { work(ours); }, [&] { rival(theirs); });
+            state, [&] { work(ours); }, [&] { rival(theirs); }, Patience::much);
         state.counters[kLimit] = atMost;
         state.SetLabel(label);
       })
@@ -79,7 +79,7 @@ void registerCopyOfBoth() {
         ours.publish(kInterface.routes, kInterface.into, kGain);
         CopyOfBoth both(theirs);
         measureSideBySide(
-            state, [&] { ours.cycle(); }, [&] { both.copy(); });
+            state, [&] { ours.cycle(); }, [&] { both.copy(); }, Patience::much);
         state.counters[kLimit] = 2.5;
         state.SetLabel("64 routes, 18 in × 20 out interleaved, 128 frames|`memcpy` of both buffers");
       })
@@ -95,7 +95,7 @@ void measureCurve(benchmark::State& state, Arrangement arrangement) {
   device.publish(routes, routes, kGain);
   half.publish(routes, routes, kGain);
   measureSideBySide(
-      state, [&] { device.cycle(); }, [&] { half.cycle(); });
+      state, [&] { device.cycle(); }, [&] { half.cycle(); }, Patience::much);
   state.counters[kRoutes] = static_cast<double>(routes);
   state.counters[kFrames] = static_cast<double>(frames);
   state.counters[kRouteFrameNs] = state.counters[kNanoseconds].value / static_cast<double>(routes * frames);

@@ -4,6 +4,8 @@
 #include <chrono>
 #include <vector>
 
+#include "bench/core_watch.h"
+
 namespace tolvane::bench {
 
 namespace {
@@ -32,29 +34,50 @@ double median(std::vector<double> values) {
   return *middle;
 }
 
+/// The times of some turns.
+struct Turns {
+  std::vector<double> work;
+  std::vector<double> rival;
+  std::vector<double> ratios;
+
+  void add(double workNs, double rivalNs) {
+    work.push_back(workNs);
+    rival.push_back(rivalNs);
+    ratios.push_back(workNs / rivalNs);
+  }
+};
+
 }  // namespace
 
-Comparison compare(const std::function<void()>& work, const std::function<void()>& rival) {
+Comparison compare(const std::function<void()>& work, const std::function<void()>& rival, Patience patience) {
+  static CoreWatch core;
   const int workCalls = callsPerTurn(work);
   const int rivalCalls = callsPerTurn(rival);
-  std::vector<double> workTimes;
-  std::vector<double> rivalTimes;
-  std::vector<double> ratios;
-  for (int turn = 0; turn < kTurns; ++turn) {
-    workTimes.push_back(nanosecondsOf(work, workCalls) / workCalls);
-    rivalTimes.push_back(nanosecondsOf(rival, rivalCalls) / rivalCalls);
-    ratios.push_back(workTimes.back() / rivalTimes.back());
+  Turns all;
+  Turns alone;
+  bool isAlone = core.isAlone();
+  while (alone.ratios.size() < kTurns && all.ratios.size() < static_cast<std::size_t>(patience)) {
+    const bool wasAlone = isAlone;
+    const double workNs = nanosecondsOf(work, workCalls) / workCalls;
+    const bool stillAlone = core.isAlone();
+    const double rivalNs = nanosecondsOf(rival, rivalCalls) / rivalCalls;
+    isAlone = core.isAlone();
+    all.add(workNs, rivalNs);
+    if (wasAlone && stillAlone && isAlone) alone.add(workNs, rivalNs);
   }
-  return {median(workTimes), median(rivalTimes), median(ratios)};
+  const bool undisturbed = alone.ratios.size() == kTurns;
+  const Turns& turns = undisturbed ? alone : all;
+  return {median(turns.work), median(turns.rival), median(turns.ratios), undisturbed};
 }
 
 void measureSideBySide(benchmark::State& state, const std::function<void()>& work,
-                       const std::function<void()>& rival) {
-  const Comparison result = compare(work, rival);
+                       const std::function<void()>& rival, Patience patience) {
+  const Comparison result = compare(work, rival, patience);
   for ([[maybe_unused]] const auto iteration : state) state.SetIterationTime(result.workNs * 1e-9);
   state.counters[kNanoseconds] = result.workNs;
   state.counters[kRivalNanoseconds] = result.rivalNs;
   state.counters[kRatio] = result.ratio;
+  state.counters[kUndisturbed] = result.undisturbed ? 1.0 : 0.0;
 }
 
 }  // namespace tolvane::bench

@@ -48,11 +48,12 @@ void TableReporter::ReportRuns(const std::vector<Run>& runs) {
 
 void TableReporter::printLimit(const Run& run) {
   const auto bar = run.report_label.find('|');
-  GetOutputStream() << std::fixed << run.report_label.substr(0, bar) << std::setprecision(0) << "|"
-                    << run.counters.at(kNanoseconds).value << " ns|" << run.report_label.substr(bar + 1)
-                    << ", " << run.counters.at(kRivalNanoseconds).value << " ns|" << std::setprecision(3)
-                    << run.counters.at(kRatio).value << "|" << std::defaultfloat
-                    << run.counters.at(kLimit).value << std::endl;
+  GetOutputStream() << std::fixed << run.report_label.substr(0, bar)
+                    << (counter(run, kUndisturbed) == 1 ? "" : " (core shared with others)")
+                    << std::setprecision(0) << "|" << run.counters.at(kNanoseconds).value << " ns|"
+                    << run.report_label.substr(bar + 1) << ", " << run.counters.at(kRivalNanoseconds).value
+                    << " ns|" << std::setprecision(3) << run.counters.at(kRatio).value << "|"
+                    << std::defaultfloat << run.counters.at(kLimit).value << std::endl;
 }
 
 void TableReporter::printPoint(const Run& run) {
