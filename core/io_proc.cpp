@@ -8,6 +8,7 @@
 #include "core/atomic32.h"
 #include "core/fatal.h"
 #include "core/mix/channel_table.h"
+#include "core/mix/clear.h"
 #include "core/mix/route_mixer.h"
 #include "core/routing_context.h"
 #include "core/trace.h"
@@ -41,24 +42,27 @@ LiveRoutes liveRoutes(const IOProcContext& context) noexcept {
 }
 
 /// Whether a channel is one of the first `count`; a negative one is not.
-bool isBelow(std::int32_t channel, std::int64_t count) noexcept {
-  return static_cast<std::uint64_t>(std::int64_t{channel}) < static_cast<std::uint64_t>(count);
+bool isBelow(std::int32_t channel, std::int32_t count) noexcept {
+  return static_cast<std::uint32_t>(channel) < static_cast<std::uint32_t>(count);
 }
 
-/// The live routes, in order, that name a channel below the bounds and with data on either side.
-CycleRoutes audibleRoutes(const LiveRoutes& live, const ChannelTable& in, const ChannelTable& out,
-                          std::int64_t nIn, std::int64_t nOut) noexcept {
-  CycleRoutes routes;
+/// The live routes that name a channel below the bounds and with data on either side.
+CycleRoutes audibleRoutes(const LiveRoutes& live, const ChannelTable& in, ChannelTable& out, std::int32_t nIn,
+                          std::int32_t nOut) noexcept {
   // A count beyond the record is not one that was published; the entries end with the record.
-  const std::int32_t count = std::min(live.count, kMaxPatchEntries);
-  for (std::int32_t i = 0; i < count; ++i) {
+  CycleRoutes routes(std::min(live.count, kMaxPatchEntries));
+  for (std::int32_t i = routes.count() - 1; i >= 0; --i) {
     // Each field is read once: the writer may be changing the entry, and what was checked must be what is
     // used.
     const PatchEntry entry = {loadRelaxed(live.entries[i].src), loadRelaxed(live.entries[i].dst),
                               loadRelaxed(live.entries[i].gain)};
-    if (!isBelow(entry.src, nIn) || !isBelow(entry.dst, nOut)) continue;
-    if (in[entry.src].data == nullptr || out[entry.dst].data == nullptr) continue;
-    routes.entries[routes.count++] = entry;
+    const bool isHeard = isBelow(entry.src, nIn) && isBelow(entry.dst, nOut) &&
+                         in[entry.src].data != nullptr && out[entry.dst].data != nullptr;
+    if (isHeard) {
+      routes.put(i, entry, out);
+    } else {
+      routes.leaveOut(i);
+    }
   }
   return routes;
 }
@@ -86,8 +90,8 @@ void routeInto(const AudioBufferList& input, AudioBufferList& output, const IOPr
   const LiveRoutes live = liveRoutes(context);
   if (firstCall) traceLine("[IOProc] patchCount=%" PRId32 " routing...", live.count);
   if (live.count < 0) fatal("the number of published routes is negative");
-  const auto nIn = std::min<std::int64_t>(in.channelCount(), maxIn);
-  const auto nOut = std::min<std::int64_t>(out.channelCount(), maxOut);
+  const auto nIn = static_cast<std::int32_t>(std::min<std::int64_t>(in.channelCount(), maxIn));
+  const auto nOut = static_cast<std::int32_t>(std::min<std::int64_t>(out.channelCount(), maxOut));
   mixRoutes(audibleRoutes(live, in, out, nIn, nOut), input, output, in, out, *frames, mixKernels());
   if (firstCall) traceLine("[IOProc] first call completed OK ✓");
 }

@@ -1,6 +1,8 @@
 #include "core/mix/channel_table.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <limits>
 #include <new>
 
@@ -12,6 +14,14 @@ namespace {
 
 constexpr auto kMaxChannels = static_cast<UInt32>(std::numeric_limits<std::int32_t>::max());
 
+/// The buffer's channels and bytes as one value.
+std::uint64_t headOf(const AudioBuffer& buffer) noexcept {
+  std::uint64_t head = 0;
+  static_assert(offsetof(AudioBuffer, mData) == sizeof head);
+  std::memcpy(&head, &buffer, sizeof head);
+  return head;
+}
+
 }  // namespace
 
 ChannelTable::ChannelTable(std::int64_t capacity) noexcept
@@ -21,6 +31,7 @@ ChannelTable::ChannelTable(std::int64_t capacity) noexcept
 
 void ChannelTable::addChannelsOf(const AudioBufferList& list) noexcept {
   const AudioBuffer* const end = list.mBuffers + list.mNumberBuffers;
+  if (list.mBuffers != end) begin_ = reinterpret_cast<std::uintptr_t>(list.mBuffers[0].mData);
   for (const AudioBuffer* buffer = list.mBuffers; buffer != end;) {
     buffer = addPlanarChannels(buffer, end);
     if (buffer != end) addChannels(*buffer++);
@@ -31,21 +42,30 @@ void ChannelTable::addChannelsOf(const AudioBufferList& list) noexcept {
 /// between them and there are slots; the buffer after them.
 const AudioBuffer* ChannelTable::addPlanarChannels(const AudioBuffer* buffer,
                                                    const AudioBuffer* end) noexcept {
-  if (channelCount_ >= capacity_) return buffer;
+  if (channelCount_ >= capacity_ || buffer == end || buffer->mNumberChannels != 1) return buffer;
   ChannelSlot* const first = &slots_[static_cast<std::size_t>(channelCount_)];
   const ChannelSlot* const last = &slots_[0] + capacity_;
   ChannelSlot* slot = first;
+  BufferOrder order = order_;
+  UInt32 fewestBytes = buffer->mDataByteSize;
   // Four at a time while that goes: this is most of what a large device with few routes costs.
+  const std::uint64_t head = headOf(*buffer);
   for (; end - buffer >= 4 && last - slot >= 4; buffer += 4, slot += 4) {
-    if (((buffer[0].mNumberChannels ^ 1) | (buffer[1].mNumberChannels ^ 1) | (buffer[2].mNumberChannels ^ 1) |
-         (buffer[3].mNumberChannels ^ 1)) != 0) {
-      break;
+    const std::uint64_t other = (headOf(buffer[0]) ^ head) | (headOf(buffer[1]) ^ head) |
+                                (headOf(buffer[2]) ^ head) | (headOf(buffer[3]) ^ head);
+    if (other != 0) break;
+    for (int i = 0; i < 4; ++i) {
+      slot[i] = {static_cast<float*>(buffer[i].mData), 1, -1};
+      order.add(buffer[i].mData, fewestBytes);
     }
-    for (int i = 0; i < 4; ++i) slot[i] = {static_cast<float*>(buffer[i].mData), 1, -1};
   }
   for (; buffer != end && slot != last && buffer->mNumberChannels == 1; ++buffer) {
     *slot++ = {static_cast<float*>(buffer->mData), 1, -1};
+    order.add(buffer->mData, buffer->mDataByteSize);
+    fewestBytes = std::min(fewestBytes, buffer->mDataByteSize);
   }
+  order_ = order;
+  shortestFrames_ = std::min(shortestFrames_, static_cast<std::int64_t>(fewestBytes / sizeof(float)));
   channelCount_ += slot - first;
   return buffer;
 }
@@ -59,6 +79,11 @@ void ChannelTable::addChannels(const AudioBuffer& buffer) noexcept {
   const std::int32_t stride = data == nullptr ? 1 : static_cast<std::int32_t>(channels);
   for (std::int64_t c = first; c < end; ++c)
     slots_[static_cast<std::size_t>(c)] = {data == nullptr ? nullptr : data + (c - first), stride, -1};
+  if (channels != 0) {
+    shortestFrames_ = std::min(shortestFrames_,
+                               static_cast<std::int64_t>(buffer.mDataByteSize / (channels * sizeof(float))));
+  }
+  order_.add(buffer.mData, buffer.mDataByteSize);
   channelCount_ = first + channels;
 }
 

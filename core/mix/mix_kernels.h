@@ -8,63 +8,68 @@
 
 namespace tolvane {
 
-/// Frames that are mixed at a time where channels are interleaved: one row of a tile, one cache line.
-inline constexpr std::int64_t kBlockFrames = 16;
+/// The widest vector that any form has, in floats.
+inline constexpr std::int32_t kMaxVectorFloats = 16;
 
-/// One routed input, as a target reads it: `data` is its next sample, the next block is `blockStep` floats
-/// on.
+/// Floats in one row of a tile: the most frames that are mixed at a time where channels are interleaved.
+inline constexpr std::int64_t kTileFrames = 32;
+
+/// One routed input, as a target reads it. `frameMask` has all bits where `data` is the channel's first
+/// sample, and none where it is the channel's row of the tile.
 struct MixSource {
   const float* data;
-  std::ptrdiff_t blockStep;
+  std::int64_t frameMask;
   float gain;
 };
 
-/// One routed output: the sum of its sources (at least one), written once; planar where `data` is used.
+/// One routed output: the sum of its sources (at least one). `data` and `frameMask` are as a source's.
 struct MixTarget {
   float* data;
+  std::int64_t frameMask;
   const MixSource* sources;
   std::int32_t sourceCount;
 };
 
-/// `width` adjacent channels of an interleaved input, turned into `width` rows of kBlockFrames floats.
+/// `width` adjacent channels of an interleaved input, turned into `width` rows that lie one behind the other.
 struct GatherGroup {
   const float* data;  // the first channel's sample in frame 0
   std::ptrdiff_t stride;
-  std::int32_t width;  // 1, 4, 8 or 16, at most the form's maxWidth
+  std::int32_t width;  // 1 or 4
   float* rows;
 };
 
-/// `width` adjacent channels of an interleaved output, each the sum of a target's sources; null is silence.
-/// The targets' `data` is not used.
+/// `width` adjacent channels of an interleaved output, filled from a row each.
 struct ScatterGroup {
   float* data;  // the first channel's sample in frame 0
   std::ptrdiff_t stride;
-  std::int32_t width;  // as in GatherGroup
-  const MixTarget* targets[16];
+  std::int32_t width;  // 1 or 4
+  const float* rows[4];
 };
 
-/// One route, at most, into each lane of a group of interleaved outputs; all of them from one vector of
-/// adjacent samples of an interleaved input. Lanes without one have gain 0 and mask 0.
+/// What is done for every tile, in this order.
+struct TileWork {
+  const GatherGroup* gathers;
+  std::int32_t gatherCount;
+  const MixTarget* targets;
+  std::int32_t targetCount;
+  const ScatterGroup* scatters;
+  std::int32_t scatterCount;
+};
+
+/// One route, at most, into each lane of a group of adjacent outputs, all from inputs that lie as far from
+/// their lanes. Lanes without one have gain 0.
 struct LaneLayer {
-  enum class Order {
-    whole,     // every lane's sample lies at the lane's own place, and every lane has one
-    masked,    // every sample lies at its lane's own place
-    permuted,  // sample lanes[i] goes to lane i
-  };
-
-  const float* data;  // the vector in frame 0
-  std::ptrdiff_t stride;
-  Order order;
-  alignas(64) float gains[16];
-  std::int32_t lanes[16];
-  std::int32_t mask[16];  // all bits or none
+  std::uintptr_t base;  // where lane 0 would read in frame 0; outside the buffer where no route reads it
+  std::uint32_t lanes;  // bit i: lane i has a route
+  alignas(64) float gains[kMaxVectorFloats];
 };
 
-/// maxWidth adjacent channels of an interleaved output, each the sum of its lane of the layers, in their
+/// vectorFloats adjacent channels of an interleaved output, each the sum of its lane of the layers, in their
 /// order.
 struct LaneGroup {
   float* data;  // the first channel's sample in frame 0
   std::ptrdiff_t stride;
+  std::ptrdiff_t sourceStride;  // of all layers
   const LaneLayer* layers;
   std::int32_t layerCount;
 };
@@ -72,24 +77,21 @@ struct LaneGroup {
 /// One form of the loops. All [io-thread].
 struct MixKernels {
   const char* name;
-  std::int32_t maxWidth;
-  bool permutes;  // whether the form has layers of every order
+  std::int32_t vectorFloats;
+  bool loadsMasked;  // whether layers may have lanes without a route
+
+  /// Sets `bytes` bytes at `data` to zero, faster than memset does where they lie in the caches.
+  void (*clear)(void* data, std::size_t bytes) noexcept;
 
   /// One planar source, scaled, into `frames` frames at `target`.
   void (*scalePlanar)(float* target, const float* source, float gain, std::int64_t frames) noexcept;
 
-  /// Sums `sourceCount` planar sources into `frames` frames at `target`. Steps of the sources are not used.
+  /// Sums `sourceCount` planar sources into `frames` frames at `target`.
   void (*mixPlanar)(float* target, const MixSource* sources, std::int32_t sourceCount,
                     std::int64_t frames) noexcept;
 
-  /// Fills the rows of each group with block number `block` of its channels.
-  void (*gatherBlock)(const GatherGroup* groups, std::int32_t count, std::int64_t block) noexcept;
-
-  /// Sums the sources of each target for one block.
-  void (*mixBlock)(const MixTarget* targets, std::int32_t count, std::int64_t block) noexcept;
-
-  /// Sums the sources of each group's targets and writes them to one block of its channels.
-  void (*scatterBlock)(const ScatterGroup* groups, std::int32_t count, std::int64_t block) noexcept;
+  /// Does the work for frames 0 to `frames`, at least vectorFloats of them; some maybe twice.
+  void (*mixTiles)(const TileWork& work, std::int64_t frames) noexcept;
 
   /// Sums the layers of each group into its channels, frames 0 to `frames`. The groups have one stride.
   void (*mixLanes)(const LaneGroup* groups, std::int32_t count, std::int64_t frames) noexcept;

@@ -4,7 +4,6 @@
 
 namespace tolvane {
 
-const MixKernels kAvx2MixKernels = {"avx2",      kMaxWidth, kPermutes,    scalePlanar, mixPlanar,
-                                    gatherBlock, mixBlock,  scatterBlock, mixLanes};
+const MixKernels kAvx2MixKernels = mixKernelsNamed("avx2");
 
 }  // namespace tolvane

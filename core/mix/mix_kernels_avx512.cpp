@@ -4,7 +4,6 @@
 
 namespace tolvane {
 
-const MixKernels kAvx512MixKernels = {"avx512",    kMaxWidth, kPermutes,    scalePlanar, mixPlanar,
-                                      gatherBlock, mixBlock,  scatterBlock, mixLanes};
+const MixKernels kAvx512MixKernels = mixKernelsNamed("avx512");
 
 }  // namespace tolvane

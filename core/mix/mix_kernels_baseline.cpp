@@ -4,7 +4,6 @@
 
 namespace tolvane {
 
-const MixKernels kBaselineMixKernels = {"baseline",  kMaxWidth, kPermutes,    scalePlanar, mixPlanar,
-                                        gatherBlock, mixBlock,  scatterBlock, mixLanes};
+const MixKernels kBaselineMixKernels = mixKernelsNamed("baseline");
 
 }  // namespace tolvane

@@ -11,7 +11,7 @@ INSTANTIATE_TEST_SUITE_P(All, KernelForms, testing::ValuesIn(everyForm()), formN
 // Every width of interleaving up to two groups and a rest, every frame count around the blocks.
 TEST_P(KernelForms, InterleavedBuffersOfEveryWidth) {
   for (std::uint32_t width = 1; width <= 40; ++width) {
-    for (const std::int64_t frames : {1, 15, 16, 17, 48, 50}) {
+    for (const std::int64_t frames : {1, 3, 4, 7, 8, 9, 15, 16, 17, 31, 32, 33, 48, 70}) {
       SCOPED_TRACE(testing::Message() << width << " channels, " << frames << " frames");
       RoutesInMemory cycle(frames, {width}, {width});
       for (std::int32_t c = 0; c < static_cast<std::int32_t>(width); ++c) {
@@ -78,6 +78,22 @@ TEST_P(KernelForms, OverlappingBuffersKeepThePlainOrder) {
   }
 }
 
+// Inputs in order, outputs in order, and the last input in the first output's memory: it is read before that
+// output is filled.
+TEST_P(KernelForms, TheLastInputOverTheFirstOutput) {
+  for (const std::uint32_t width : {1U, 2U, 16U}) {
+    for (std::ptrdiff_t shift = -64; shift <= 64; ++shift) {
+      SCOPED_TRACE(testing::Message() << width << " channels, shift " << shift);
+      RoutesInMemory cycle(64, {width, width}, {width, width});
+      cycle.placeInput(1, cycle.outputPlace(0) + shift);
+      const auto second = static_cast<std::int32_t>(width);
+      cycle.route(second, second, 2.0F);
+      cycle.route(0, 0, 0.5F);
+      expectPlainBits(cycle);
+    }
+  }
+}
+
 // Clearing an output that nothing is routed to silences an input that shares its memory.
 TEST_P(KernelForms, UnroutedOutputOverAnInputIsClearedFirst) {
   RoutesInMemory cycle(32, {1, 1}, {1, 1});
@@ -100,6 +116,53 @@ TEST_P(KernelForms, AnOutputLongerThanTheCycleIsClearedToItsEnd) {
     RoutesInMemory cycle(40, {width}, {1, width});
     cycle.lengthenOutput(1, 3);
     cycle.route(0, 1, 0.5F);
+    expectPlainBits(cycle);
+  }
+}
+
+// One buffer among many of one channel is wider, or shorter than the cycle, wherever it stands.
+TEST_P(KernelForms, AWiderOrShorterBufferAmongPlanarOnes) {
+  for (std::size_t place = 0; place < 12; ++place) {
+    SCOPED_TRACE(place);
+    std::vector<std::uint32_t> streams(12, 1);
+    streams[place] = 2;
+    RoutesInMemory wider(40, streams, streams);
+    for (std::int32_t c = 0; c < 13; ++c) wider.route(12 - c, c, 0.3F);
+    expectPlainBits(wider);
+
+    RoutesInMemory shorter(40, std::vector<std::uint32_t>(12, 1), std::vector<std::uint32_t>(12, 1));
+    if (place > 0) shorter.shortenOutput(place, 10);
+    for (std::int32_t c = 0; c < 12; ++c) shorter.route(c, c, 0.3F);
+    expectPlainBits(shorter);
+  }
+}
+
+// The size of an input says nothing of how much is read: here more than it holds, and with it an output.
+TEST_P(KernelForms, AnInputShorterThanTheCycleIsReadPastItsEnd) {
+  RoutesInMemory cycle(64, {1}, {1, 1});
+  cycle.placeInput(0, cycle.outputPlace(0) - 40);
+  cycle.shortenInput(0, 24);
+  cycle.route(0, 0, 0.5F);
+  cycle.route(0, 1, 0.25F);
+  expectPlainBits(cycle);
+}
+
+// Devices may lay their buffers out as they like: backwards, or inputs among outputs.
+TEST_P(KernelForms, BuffersInAnyOrder) {
+  std::mt19937 random(31);
+  for (int round = 0; round < 200; ++round) {
+    SCOPED_TRACE(round);
+    RoutesInMemory cycle(40, {1, 1, 12, 1}, {1, 12, 1, 1});
+    for (int swap = 0; swap < 4; ++swap) {
+      const std::size_t planar[] = {0, 2, 3};
+      const std::size_t output = planar[random() % 3];
+      const std::size_t input = random() % 2;
+      const std::ptrdiff_t place = cycle.inputPlace(input);
+      cycle.placeInput(input, cycle.outputPlace(output));
+      cycle.placeOutput(output, place);
+    }
+    for (int i = 0; i < 20; ++i)
+      cycle.route(static_cast<std::int32_t>(random() % 15), static_cast<std::int32_t>(random() % 15), 0.7F);
     expectPlainBits(cycle);
   }
 }

@@ -111,13 +111,13 @@ TEST_P(Lanes, ReadNothingBeyondTheBuffers) {
       const auto bytes = static_cast<UInt32>(size * sizeof(float));
       const AudioBufferList in{1, {{width, bytes, input.data()}}};
       AudioBufferList out{1, {{width, bytes, output.data()}}};
-      CycleRoutes routes;
-      for (std::int32_t c = 0; c < channels; ++c)
-        routes.entries[routes.count++] = {(c + shift) % channels, c, 2.0F};
       ChannelTable inputs(channels);
       ChannelTable outputs(channels);
       inputs.addChannelsOf(in);
       outputs.addChannelsOf(out);
+      CycleRoutes routes(channels);
+      for (std::int32_t c = channels - 1; c >= 0; --c)
+        routes.put(c, {(c + shift) % channels, c, 2.0F}, outputs);
       mixRoutes(routes, in, out, inputs, outputs, 10, *GetParam());
       EXPECT_EQ(output, std::vector<float>(size, 0.5F)) << channels << " channels, shift " << shift;
     }

@@ -4,6 +4,8 @@
 #include <numeric>
 
 #include "core/mix/channel_table.h"
+#include "core/mix/clear.h"
+#include "core/mix/plain_mixer.h"
 #include "core/mix/route_mixer.h"
 
 namespace tolvane::test {
@@ -58,7 +60,7 @@ void RoutesInMemory::add(std::vector<Place>& list, const std::vector<std::uint32
 }
 
 void RoutesInMemory::route(std::int32_t src, std::int32_t dst, float gain) {
-  routes_.entries[routes_.count++] = {src, dst, gain};
+  routes_.push_back({src, dst, gain});
 }
 
 std::vector<std::byte> RoutesInMemory::bufferList(const std::vector<Place>& places) {
@@ -73,6 +75,13 @@ std::vector<std::byte> RoutesInMemory::bufferList(const std::vector<Place>& plac
   return bytes;
 }
 
+CycleRoutes RoutesInMemory::cycleRoutes(ChannelTable& out) const {
+  CycleRoutes routes(static_cast<std::int32_t>(routes_.size()));
+  for (std::int32_t i = routes.count() - 1; i >= 0; --i)
+    routes.put(i, routes_[static_cast<std::size_t>(i)], out);
+  return routes;
+}
+
 void RoutesInMemory::mix(const MixKernels& kernels) {
   auto input = bufferList(inputs_);
   auto output = bufferList(outputs_);
@@ -82,7 +91,7 @@ void RoutesInMemory::mix(const MixKernels& kernels) {
   ChannelTable out(4096);
   in.addChannelsOf(inputList);
   out.addChannelsOf(outputList);
-  mixRoutes(routes_, inputList, outputList, in, out, frames_, kernels);
+  mixRoutes(cycleRoutes(out), inputList, outputList, in, out, frames_, kernels);
 }
 
 void RoutesInMemory::mixInPlainOrder() {
@@ -94,7 +103,7 @@ void RoutesInMemory::mixInPlainOrder() {
   in.addChannelsOf(*reinterpret_cast<AudioBufferList*>(input.data()));
   out.addChannelsOf(outputList);
   clearOutputs(outputList);
-  mixPlainly(routes_, in, out, frames_);
+  mixPlainly(cycleRoutes(out), in, out, frames_);
 }
 
 }  // namespace tolvane::test

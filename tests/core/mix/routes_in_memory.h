@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/mix/mix_kernels.h"
-#include "core/mix/plain_mixer.h"
+#include "core/mix/cycle_routes.h"
 #include "hal/core_audio.h"
 
 namespace tolvane::test {
@@ -29,6 +29,7 @@ class RoutesInMemory {
   [[nodiscard]] std::ptrdiff_t outputPlace(std::size_t buffer) const { return outputs_[buffer].place; }
   void placeInput(std::size_t buffer, std::ptrdiff_t place) { inputs_[buffer].place = place; }
   void placeOutput(std::size_t buffer, std::ptrdiff_t place) { outputs_[buffer].place = place; }
+  void shortenInput(std::size_t buffer, std::size_t floats) { inputs_[buffer].floats -= floats; }
   void shortenOutput(std::size_t buffer, std::size_t floats) { outputs_[buffer].floats -= floats; }
   void lengthenOutput(std::size_t buffer, std::size_t floats) { outputs_[buffer].floats += floats; }
 
@@ -50,7 +51,9 @@ class RoutesInMemory {
   std::vector<float> memory_;
   std::vector<Place> inputs_;
   std::vector<Place> outputs_;
-  CycleRoutes routes_;
+  [[nodiscard]] CycleRoutes cycleRoutes(ChannelTable& out) const;
+
+  std::vector<PatchEntry> routes_;
 };
 
 }  // namespace tolvane::test

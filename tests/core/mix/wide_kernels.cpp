@@ -5,7 +5,6 @@
 namespace tolvane::test {
 
 extern const MixKernels kWideMixKernels;
-const MixKernels kWideMixKernels = {"wide",      kMaxWidth, kPermutes,    scalePlanar, mixPlanar,
-                                    gatherBlock, mixBlock,  scatterBlock, mixLanes};
+const MixKernels kWideMixKernels = mixKernelsNamed("wide");
 
 }  // namespace tolvane::test
