@@ -5,8 +5,8 @@
 #include <random>
 #include <vector>
 
-#include "core/mix/mix_kernels.h"
 #include "core/mix/cycle_routes.h"
+#include "core/mix/mix_kernels.h"
 #include "hal/core_audio.h"
 
 namespace tolvane::test {
