@@ -1,5 +1,6 @@
 // The share of one processor that a running route takes: the CPU time of the virtual device's IO thread, 18
-// inputs and 20 outputs, 64 frames a cycle, against the time that the cycles stand for.
+// inputs and 20 outputs, 64 frames a cycle, against the time that the cycles stand for; and what a thread
+// takes that sleeps to the same deadlines and does nothing else.
 //
 // Prints one line: case|ours|rival|ratio|limit.
 #include <algorithm>
@@ -11,6 +12,8 @@
 #include <vector>
 
 #include "engine/core_audio_engine.h"
+#include "hal/support/realtime.h"
+#include "hal/virtual/deadline_clock.h"
 #include "hal/virtual/virtual_device.h"
 
 namespace tolvane::bench {
@@ -21,6 +24,21 @@ constexpr std::uint32_t kFrames = 64;
 constexpr std::uint64_t kCyclesAWindow = 250;
 constexpr std::size_t kWindows = 31;
 
+double threadCpuSeconds() {
+  timespec now{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+/// The median of the differences between neighbours, over the cycles of a window.
+double secondsACycle(const std::vector<double>& seconds) {
+  std::vector<double> windows;
+  for (std::size_t w = 1; w < seconds.size(); ++w) windows.push_back(seconds[w] - seconds[w - 1]);
+  const auto middle = windows.begin() + static_cast<std::ptrdiff_t>(windows.size() / 2);
+  std::nth_element(windows.begin(), middle, windows.end());
+  return *middle / static_cast<double>(kCyclesAWindow);
+}
+
 /// The IO thread's CPU time over windows of many cycles. It looks at the clock once a window, so that looking
 /// costs nothing.
 class CpuTap final : public hal::VirtualTap {
@@ -28,25 +46,16 @@ class CpuTap final : public hal::VirtualTap {
   void observe(std::uint64_t /*firstFrame*/, std::uint32_t /*frames*/,
                const AudioBufferList& /*output*/) noexcept override {
     if (cycle_++ % kCyclesAWindow != 0) return;
-    timespec now{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
     const std::size_t count = count_.load(std::memory_order_relaxed);
     if (count == std::size(seconds_)) return;
-    seconds_[count] = static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+    seconds_[count] = threadCpuSeconds();
     count_.store(count + 1, std::memory_order_release);
   }
 
   [[nodiscard]] bool isDone() const { return count_.load(std::memory_order_acquire) == std::size(seconds_); }
 
-  /// Seconds of CPU a cycle, the median of the windows.
-  [[nodiscard]] double secondsACycle() const {
-    std::vector<double> windows;
-    // The first window holds the start of the device.
-    for (std::size_t w = 2; w < std::size(seconds_); ++w) windows.push_back(seconds_[w] - seconds_[w - 1]);
-    const auto middle = windows.begin() + static_cast<std::ptrdiff_t>(windows.size() / 2);
-    std::nth_element(windows.begin(), middle, windows.end());
-    return *middle / static_cast<double>(kCyclesAWindow);
-  }
+  /// Seconds of CPU at the start of each window, without the first, which holds the start of the device.
+  [[nodiscard]] std::vector<double> seconds() const { return {std::begin(seconds_) + 1, std::end(seconds_)}; }
 
  private:
   std::uint64_t cycle_ = 0;
@@ -70,6 +79,25 @@ bool run(CpuTap& tap) {
   return true;
 }
 
+/// What a thread of the same kind takes that only sleeps, in seconds a cycle.
+double idleSecondsACycle() {
+  std::vector<double> seconds;
+  std::thread sleeper([&seconds] {
+    hal::becomeRealtime();
+    const std::atomic<bool> stop = false;
+    hal::DeadlineClock clock(kSampleRateHz, kFrames);
+    while (seconds.size() <= kWindows) {
+      seconds.push_back(threadCpuSeconds());
+      for (std::uint64_t cycle = 0; cycle < kCyclesAWindow; ++cycle) {
+        clock.sleep(stop);
+        clock.begin();
+      }
+    }
+  });
+  sleeper.join();
+  return secondsACycle(seconds);
+}
+
 }  // namespace
 }  // namespace tolvane::bench
 
@@ -80,9 +108,11 @@ int main() {
     return 1;
   }
   const double periodSeconds = tolvane::bench::kFrames / tolvane::bench::kSampleRateHz;
-  const double cpuSeconds = tap.secondsACycle();
+  const double cpuSeconds = tolvane::bench::secondsACycle(tap.seconds());
   std::printf(
-      "CPU of a running route, 18 × 20 at 64 frames, virtual device|%.1f µs|the period, %.1f µs|%.4f|0.01\n",
-      cpuSeconds * 1e6, periodSeconds * 1e6, cpuSeconds / periodSeconds);
+      "CPU of a running route, 18 × 20 at 64 frames, virtual device|%.1f µs|the period, %.1f µs, of which a "
+      "thread that only sleeps takes %.1f µs|%.4f|0.01\n",
+      cpuSeconds * 1e6, periodSeconds * 1e6, tolvane::bench::idleSecondsACycle() * 1e6,
+      cpuSeconds / periodSeconds);
   return 0;
 }

@@ -51,15 +51,17 @@ CycleRoutes audibleRoutes(const LiveRoutes& live, const ChannelTable& in, Channe
                           std::int32_t nOut) noexcept {
   // A count beyond the record is not one that was published; the entries end with the record.
   CycleRoutes routes(std::min(live.count, kMaxPatchEntries));
+  const ChannelSlot* const inputs = &in[0];
+  ChannelSlot* const outputs = &out[0];
   for (std::int32_t i = routes.count() - 1; i >= 0; --i) {
     // Each field is read once: the writer may be changing the entry, and what was checked must be what is
     // used.
     const PatchEntry entry = {loadRelaxed(live.entries[i].src), loadRelaxed(live.entries[i].dst),
                               loadRelaxed(live.entries[i].gain)};
     const bool isHeard = isBelow(entry.src, nIn) && isBelow(entry.dst, nOut) &&
-                         in[entry.src].data != nullptr && out[entry.dst].data != nullptr;
+                         inputs[entry.src].data != nullptr && outputs[entry.dst].data != nullptr;
     if (isHeard) {
-      routes.put(i, entry, out);
+      routes.put(i, entry, outputs[entry.dst]);
     } else {
       routes.leaveOut(i);
     }

@@ -25,9 +25,8 @@ class CycleRoutes {
   /// the last to the first.
   explicit CycleRoutes(std::int32_t count) noexcept : count_(count) {}
 
-  /// The route's channels are in the tables.
-  void put(std::int32_t route, const PatchEntry& entry, ChannelTable& out) noexcept {
-    ChannelSlot& target = out[entry.dst];
+  /// `target` is the output's slot.
+  void put(std::int32_t route, const PatchEntry& entry, ChannelSlot& target) noexcept {
     routes_[route] = {entry.src, entry.dst, entry.gain, target.link};
     target.link = route;
   }

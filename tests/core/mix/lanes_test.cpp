@@ -117,7 +117,7 @@ TEST_P(Lanes, ReadNothingBeyondTheBuffers) {
       outputs.addChannelsOf(out);
       CycleRoutes routes(channels);
       for (std::int32_t c = channels - 1; c >= 0; --c)
-        routes.put(c, {(c + shift) % channels, c, 2.0F}, outputs);
+        routes.put(c, {(c + shift) % channels, c, 2.0F}, outputs[c]);
       mixRoutes(routes, in, out, inputs, outputs, 10, *GetParam());
       EXPECT_EQ(output, std::vector<float>(size, 0.5F)) << channels << " channels, shift " << shift;
     }

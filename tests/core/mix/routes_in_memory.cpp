@@ -77,8 +77,10 @@ std::vector<std::byte> RoutesInMemory::bufferList(const std::vector<Place>& plac
 
 CycleRoutes RoutesInMemory::cycleRoutes(ChannelTable& out) const {
   CycleRoutes routes(static_cast<std::int32_t>(routes_.size()));
-  for (std::int32_t i = routes.count() - 1; i >= 0; --i)
-    routes.put(i, routes_[static_cast<std::size_t>(i)], out);
+  for (std::int32_t i = routes.count() - 1; i >= 0; --i) {
+    const PatchEntry& entry = routes_[static_cast<std::size_t>(i)];
+    routes.put(i, entry, out[entry.dst]);
+  }
   return routes;
 }
 
