@@ -61,7 +61,7 @@ CycleRoutes audibleRoutes(const LiveRoutes& live, const ChannelTable& in, Channe
     const bool isHeard = isBelow(entry.src, nIn) && isBelow(entry.dst, nOut) &&
                          inputs[entry.src].data != nullptr && outputs[entry.dst].data != nullptr;
     if (isHeard) {
-      routes.put(i, entry, outputs[entry.dst]);
+      routes.put(i, entry, inputs[entry.src], outputs[entry.dst]);
     } else {
       routes.leaveOut(i);
     }

@@ -45,9 +45,10 @@ class Stretch {
   std::size_t bytes_ = 0;
 };
 
-MemoryRange rangeOf(const ChannelSlot& slot, std::int64_t frames) noexcept {
-  return {reinterpret_cast<std::uintptr_t>(slot.data),
-          reinterpret_cast<std::uintptr_t>(slot.data + (frames - 1) * slot.stride + 1)};
+/// What a route reads.
+MemoryRange rangeOf(const CycleRoute& route, std::int64_t frames) noexcept {
+  return {reinterpret_cast<std::uintptr_t>(route.data),
+          reinterpret_cast<std::uintptr_t>(route.data + (frames - 1) * route.stride + 1)};
 }
 
 MemoryRange rangeOf(const AudioBuffer& buffer) noexcept {
@@ -136,14 +137,14 @@ bool CyclePlan::sharesMemory() const noexcept {
   for (std::int32_t b = 0; b < routedCount_; ++b) outputs.add(rangeOf(*routed_[b].buffer));
   if (outputs.overlap()) return true;
   for (std::int32_t i = 0; i < routes_.count(); ++i) {
-    if (routes_.isIn(i) && outputs.touch(rangeOf(in_[routes_[i].src], frames_))) return true;
+    if (routes_[i].data != nullptr && outputs.touch(rangeOf(routes_[i], frames_))) return true;
   }
   return false;
 }
 
 void CyclePlan::mixInPlainOrder() noexcept {
   for (std::int32_t b = 0; b < routedCount_; ++b) clearFrom(*routed_[b].buffer, 0);
-  mixPlainly(routes_, in_, out_, frames_);
+  mixPlainly(routes_, out_, frames_);
 }
 
 /// Mixes the buffers in routed_ but those that are left to tiles.
@@ -164,9 +165,8 @@ void CyclePlan::mixRouted() noexcept {
 inline bool CyclePlan::mixPlanar(AudioBuffer& buffer, const ChannelSlot& target) noexcept {
   const CycleRoute& route = routes_[target.link];
   if (route.next != kNoRoute) return mixSum(buffer, target);
-  const ChannelSlot& source = in_[route.src];
-  if (source.stride != 1) return false;
-  kernels_.scalePlanar(target.data, source.data, route.gain, frames_);
+  if (route.stride != 1) return false;
+  kernels_.scalePlanar(target.data, route.data, route.gain, frames_);
   clearFrom(buffer, frames_);
   return true;
 }
@@ -174,11 +174,10 @@ inline bool CyclePlan::mixPlanar(AudioBuffer& buffer, const ChannelSlot& target)
 bool CyclePlan::mixSum(AudioBuffer& buffer, const ChannelSlot& target) noexcept {
   MixSource sources[kMaxPatchEntries];
   std::int32_t count = 0;
-  for (std::int32_t route = target.link; route != kNoRoute; route = routes_[route].next) {
-    const CycleRoute& entry = routes_[route];
-    const ChannelSlot& source = in_[entry.src];
-    if (source.stride != 1) return false;
-    sources[count++] = {source.data, -1, entry.gain};
+  for (std::int32_t i = target.link; i != kNoRoute; i = routes_[i].next) {
+    const CycleRoute& route = routes_[i];
+    if (route.stride != 1) return false;
+    sources[count++] = {route.data, -1, route.gain};
   }
   kernels_.mixPlanar(target.data, sources, count, frames_);
   clearFrom(buffer, frames_);
@@ -187,7 +186,7 @@ bool CyclePlan::mixSum(AudioBuffer& buffer, const ChannelSlot& target) noexcept 
 
 // The two have a frame of their own on the stack, large as it is: planar devices do not touch it.
 [[gnu::noinline]] bool CyclePlan::mixInLanes(AudioBuffer& buffer, std::int64_t first) const noexcept {
-  LanePlan lanes(routes_, in_, out_, frames_, kernels_);
+  LanePlan lanes(routes_, out_, frames_, kernels_);
   return lanes.mix(buffer, first);
 }
 

@@ -9,38 +9,36 @@ namespace tolvane {
 
 /// One route of a cycle.
 struct CycleRoute {
-  std::int32_t src;
-  std::int32_t dst;
+  const float* data;    // the input's first sample; null where the route was left out
+  std::int32_t stride;  // as the input slot's
   float gain;
   std::int32_t next;  // the next route into the same output; kNoRoute after the last
+  std::int32_t src;
+  std::int32_t dst;
 };
 
 inline constexpr std::int32_t kNoRoute = -1;
 
-/// The published routes of one cycle, those into one output chained in their order: the slot's link leads to
-/// the first of them, kNoRoute where there is none. [io-thread]
+/// The published routes of one cycle, those into one output chained in their order: the output slot's link
+/// leads to the first of them, kNoRoute where there is none. [io-thread]
 class CycleRoutes {
  public:
   /// Room for routes 0 to `count`, at most kMaxPatchEntries, which are then put in or left out, each, from
   /// the last to the first.
   explicit CycleRoutes(std::int32_t count) noexcept : count_(count) {}
 
-  /// `target` is the output's slot.
-  void put(std::int32_t route, const PatchEntry& entry, ChannelSlot& target) noexcept {
-    routes_[route] = {entry.src, entry.dst, entry.gain, target.link};
+  /// The slots are those of the route's channels, and have data.
+  void put(std::int32_t route, const PatchEntry& entry, const ChannelSlot& source,
+           ChannelSlot& target) noexcept {
+    routes_[route] = {source.data, source.stride, entry.gain, target.link, entry.src, entry.dst};
     target.link = route;
   }
-  void leaveOut(std::int32_t route) noexcept { routes_[route].src = kLeftOut; }
+  void leaveOut(std::int32_t route) noexcept { routes_[route].data = nullptr; }
 
   [[nodiscard]] std::int32_t count() const noexcept { return count_; }
-  [[nodiscard]] bool isIn(std::int32_t route) const noexcept { return routes_[route].src != kLeftOut; }
-
-  /// `route` was put in.
   [[nodiscard]] const CycleRoute& operator[](std::int32_t route) const noexcept { return routes_[route]; }
 
  private:
-  static constexpr std::int32_t kLeftOut = -1;
-
   CycleRoute routes_[kMaxPatchEntries];
   std::int32_t count_;
 };

@@ -64,11 +64,10 @@ bool LanePlan::addGroup(const AudioBuffer& buffer, std::int64_t first, std::int6
 /// Adds the first route into each lane, then the second into each...
 bool LanePlan::addLayers(LaneGroup& group, LaneRoutes* lanes, std::int32_t count) noexcept {
   const CycleRoute* const routes = &routes_[0];
-  const ChannelSlot* const in = &in_[0];
   LaneLayer* const layers = &layers_[layerCount_];
   LaneLayer* const limit = &layers_[layerLimit_];
   LaneLayer* end = layers;
-  const std::int32_t stride = in[routes[lanes[0].next].src].stride;
+  const std::int32_t stride = routes[lanes[0].next].stride;
   // Planar inputs are none for lanes.
   if (stride == 1) return false;
   while (count > 0) {
@@ -76,10 +75,9 @@ bool LanePlan::addLayers(LaneGroup& group, LaneRoutes* lanes, std::int32_t count
     for (std::int32_t i = 0; i < count; ++i) {
       const std::int32_t lane = lanes[i].lane;
       const CycleRoute& route = routes[lanes[i].next];
-      const ChannelSlot& source = in[route.src];
-      if (source.stride != stride) return false;
+      if (route.stride != stride) return false;
       const std::uintptr_t base =
-          reinterpret_cast<std::uintptr_t>(source.data) - static_cast<std::uintptr_t>(lane) * sizeof(float);
+          reinterpret_cast<std::uintptr_t>(route.data) - static_cast<std::uintptr_t>(lane) * sizeof(float);
       // The first layer of this distance behind that of the route before this one into the lane: so the
       // routes are summed in their order.
       LaneLayer* layer = lanes[i].layer;

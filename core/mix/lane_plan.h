@@ -15,9 +15,9 @@ namespace tolvane {
 class LanePlan {
  public:
   /// No input that is read shares memory with an output.
-  LanePlan(const CycleRoutes& routes, const ChannelTable& in, const ChannelTable& out, std::int64_t frames,
+  LanePlan(const CycleRoutes& routes, const ChannelTable& out, std::int64_t frames,
            const MixKernels& kernels) noexcept
-      : routes_(routes), in_(in), out_(out), frames_(frames), kernels_(kernels) {}
+      : routes_(routes), out_(out), frames_(frames), kernels_(kernels) {}
 
   /// Fills every byte of a buffer of several channels, the first of which is number `first`; false, with
   /// nothing written, when its channels read from too many places.
@@ -39,7 +39,6 @@ class LanePlan {
   static constexpr std::int32_t kMaxGroups = kMaxPatchEntries;
 
   const CycleRoutes& routes_;
-  const ChannelTable& in_;
   const ChannelTable& out_;
   const std::int64_t frames_;
   const MixKernels& kernels_;

@@ -53,16 +53,14 @@ void TilePlan::mixBySamples(const RoutedBuffer& routed) const noexcept {
       std::min<std::int64_t>(routed.first + routed.buffer->mNumberChannels, out_.slotCount());
   for (std::int64_t c = routed.first; c < end; ++c) {
     const ChannelSlot& target = out_[c];
-    for (std::int32_t route = target.link; route != kNoRoute; route = routes_[route].next) {
-      addChannel(in_[routes_[route].src], target, routes_[route].gain, frames_);
-    }
+    for (std::int32_t i = target.link; i != kNoRoute; i = routes_[i].next)
+      addRoute(routes_[i], target, frames_);
   }
 }
 
 void TilePlan::planInputs(const AudioBufferList& input) noexcept {
   for (std::int32_t i = 0; i < routes_.count(); ++i) {
-    if (!routes_.isIn(i)) continue;
-    in_[routes_[i].src].link = kRead;
+    if (routes_[i].data != nullptr) in_[routes_[i].src].link = kRead;
   }
   const AudioBuffer* const end = input.mBuffers + input.mNumberBuffers;
   std::int64_t first = 0;
@@ -116,9 +114,9 @@ void TilePlan::addTarget(float* data, std::int64_t frameMask, std::int32_t route
   MixSource* source = sources;
   for (; route != kNoRoute; route = routes_[route].next) {
     const CycleRoute& entry = routes_[route];
-    const ChannelSlot& slot = in_[entry.src];
-    const bool isPlanar = slot.stride == 1;
-    *source++ = {isPlanar ? slot.data : inputRows_[slot.link], isPlanar ? kByFrame : kByRow, entry.gain};
+    const bool isPlanar = entry.stride == 1;
+    const float* const from = isPlanar ? entry.data : inputRows_[in_[entry.src].link];
+    *source++ = {from, isPlanar ? kByFrame : kByRow, entry.gain};
   }
   const auto count = static_cast<std::int32_t>(source - sources);
   targets_[targetCount_++] = {data, frameMask, sources, count};

@@ -116,8 +116,10 @@ TEST_P(Lanes, ReadNothingBeyondTheBuffers) {
       inputs.addChannelsOf(in);
       outputs.addChannelsOf(out);
       CycleRoutes routes(channels);
-      for (std::int32_t c = channels - 1; c >= 0; --c)
-        routes.put(c, {(c + shift) % channels, c, 2.0F}, outputs[c]);
+      for (std::int32_t c = channels - 1; c >= 0; --c) {
+        const std::int32_t source = (c + shift) % channels;
+        routes.put(c, {source, c, 2.0F}, inputs[source], outputs[c]);
+      }
       mixRoutes(routes, in, out, inputs, outputs, 10, *GetParam());
       EXPECT_EQ(output, std::vector<float>(size, 0.5F)) << channels << " channels, shift " << shift;
     }

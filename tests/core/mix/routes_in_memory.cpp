@@ -75,11 +75,11 @@ std::vector<std::byte> RoutesInMemory::bufferList(const std::vector<Place>& plac
   return bytes;
 }
 
-CycleRoutes RoutesInMemory::cycleRoutes(ChannelTable& out) const {
+CycleRoutes RoutesInMemory::cycleRoutes(const ChannelTable& in, ChannelTable& out) const {
   CycleRoutes routes(static_cast<std::int32_t>(routes_.size()));
   for (std::int32_t i = routes.count() - 1; i >= 0; --i) {
     const PatchEntry& entry = routes_[static_cast<std::size_t>(i)];
-    routes.put(i, entry, out[entry.dst]);
+    routes.put(i, entry, in[entry.src], out[entry.dst]);
   }
   return routes;
 }
@@ -93,7 +93,7 @@ void RoutesInMemory::mix(const MixKernels& kernels) {
   ChannelTable out(4096);
   in.addChannelsOf(inputList);
   out.addChannelsOf(outputList);
-  mixRoutes(cycleRoutes(out), inputList, outputList, in, out, frames_, kernels);
+  mixRoutes(cycleRoutes(in, out), inputList, outputList, in, out, frames_, kernels);
 }
 
 void RoutesInMemory::mixInPlainOrder() {
@@ -105,7 +105,7 @@ void RoutesInMemory::mixInPlainOrder() {
   in.addChannelsOf(*reinterpret_cast<AudioBufferList*>(input.data()));
   out.addChannelsOf(outputList);
   clearOutputs(outputList);
-  mixPlainly(cycleRoutes(out), in, out, frames_);
+  mixPlainly(cycleRoutes(in, out), out, frames_);
 }
 
 }  // namespace tolvane::test

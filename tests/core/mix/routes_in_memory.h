@@ -51,7 +51,7 @@ class RoutesInMemory {
   std::vector<float> memory_;
   std::vector<Place> inputs_;
   std::vector<Place> outputs_;
-  [[nodiscard]] CycleRoutes cycleRoutes(ChannelTable& out) const;
+  [[nodiscard]] CycleRoutes cycleRoutes(const ChannelTable& in, ChannelTable& out) const;
 
   std::vector<PatchEntry> routes_;
 };
