@@ -1,6 +1,7 @@
 #include "core/mix/tile_plan.h"
 
 #include <algorithm>
+#include <iterator>
 
 #include "core/mix/clear.h"
 #include "core/mix/plain_mixer.h"
