@@ -31,7 +31,7 @@ ChannelTable::ChannelTable(std::int64_t capacity) noexcept
 
 void ChannelTable::addChannelsOf(const AudioBufferList& list) noexcept {
   const AudioBuffer* const end = list.mBuffers + list.mNumberBuffers;
-  if (list.mBuffers != end) begin_ = reinterpret_cast<std::uintptr_t>(list.mBuffers[0].mData);
+  if (list.mBuffers != end) order_ = BufferOrder(list.mBuffers[0].mData);
   for (const AudioBuffer* buffer = list.mBuffers; buffer != end;) {
     buffer = addPlanarChannels(buffer, end);
     if (buffer != end) addChannels(*buffer++);
@@ -84,6 +84,7 @@ void ChannelTable::addChannels(const AudioBuffer& buffer) noexcept {
                                static_cast<std::int64_t>(buffer.mDataByteSize / (channels * sizeof(float))));
   }
   order_.add(buffer.mData, buffer.mDataByteSize);
+  onlyPlanar_ = false;
   channelCount_ = first + channels;
 }
 

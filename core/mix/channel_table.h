@@ -16,23 +16,34 @@ struct ChannelSlot {
   std::int32_t link;    // for the mixer's own use; -1 at first
 };
 
-/// Whether buffers lie one behind the other, and where the last one ends if they do.
+/// How the buffers of a list follow one another in memory.
 class BufferOrder {
  public:
+  /// Of no buffers.
+  BufferOrder() noexcept = default;
+  /// Of buffers the first of which begins there.
+  explicit BufferOrder(const void* data) noexcept
+      : begin_(reinterpret_cast<std::uintptr_t>(data)), end_(begin_) {}
+
   void add(const void* data, UInt32 bytes) noexcept {
-    const auto begin = reinterpret_cast<std::uintptr_t>(data);
-    backwards_ |= begin - end_;
-    end_ = begin + bytes;
+    const std::uintptr_t step = reinterpret_cast<std::uintptr_t>(data) - end_;
+    steps_ |= step;
+    end_ += step + bytes;
   }
 
-  [[nodiscard]] bool ascends() const noexcept { return (backwards_ >> kSignBit) == 0; }
-  [[nodiscard]] std::uintptr_t end() const noexcept { return end_; }
+  /// Whether each buffer begins behind the one before it.
+  [[nodiscard]] bool ascends() const noexcept { return (steps_ >> kSignBit) == 0; }
+  /// Whether each buffer begins where the one before it ends.
+  [[nodiscard]] bool isGapless() const noexcept { return steps_ == 0; }
+  /// From the first byte to the last, where they ascend.
+  [[nodiscard]] MemoryRange span() const noexcept { return {begin_, end_}; }
 
  private:
   static constexpr int kSignBit = std::numeric_limits<std::uintptr_t>::digits - 1;
 
-  std::uintptr_t end_ = 0;
-  std::uintptr_t backwards_ = 0;  // its highest bit: some buffer began before the end of the one before it
+  std::uintptr_t begin_ = kNoMemory.begin;
+  std::uintptr_t end_ = kNoMemory.end;
+  std::uintptr_t steps_ = 0;  // all bits of all ways from one buffer's end to the next one's begin
 };
 
 /// The channels of one buffer list, numbered across its buffers in list order. Buffers without data use up
@@ -59,7 +70,10 @@ class ChannelTable {
   }
 
   /// From the first buffer's first byte to the last one's end, where the buffers lie in order.
-  [[nodiscard]] MemoryRange span() const noexcept { return {begin_, order_.end()}; }
+  [[nodiscard]] MemoryRange span() const noexcept { return order_.span(); }
+
+  /// Whether every buffer has one channel, and a slot, and begins where the one before it ends.
+  [[nodiscard]] bool isSolid() const noexcept { return onlyPlanar_ && order_.isGapless(); }
 
   /// `channel` is below slotCount().
   [[nodiscard]] ChannelSlot& operator[](std::int64_t channel) noexcept {
@@ -76,8 +90,8 @@ class ChannelTable {
   std::int64_t capacity_;
   std::int64_t channelCount_ = 0;
   std::int64_t shortestFrames_ = std::numeric_limits<std::int64_t>::max();
-  std::uintptr_t begin_ = kNoMemory.begin;  // of the first buffer
   BufferOrder order_;
+  bool onlyPlanar_ = true;
   // Slots are written as channels are numbered, and none beyond them is read: no need to fill the table
   // first.
   std::unique_ptr<ChannelSlot[]> slots_;

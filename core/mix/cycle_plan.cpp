@@ -18,33 +18,6 @@ std::uint64_t bytesOf(const AudioBuffer& buffer, std::int64_t frames) noexcept {
   return static_cast<std::uint64_t>(frames) * buffer.mNumberChannels * sizeof(float);
 }
 
-/// Clears buffer after buffer, those that lie one behind the other at once: long stretches are cleared faster
-/// than short ones.
-class Stretch {
- public:
-  explicit Stretch(const MixKernels& kernels) noexcept : kernels_(kernels) {}
-
-  void clear(const AudioBuffer& buffer) noexcept {
-    auto* const data = static_cast<char*>(buffer.mData);
-    if (data != begin_ + bytes_) {
-      clear();
-      begin_ = data;
-      bytes_ = 0;
-    }
-    bytes_ += buffer.mDataByteSize;
-  }
-
-  /// Clears what is left.
-  void clear() const noexcept {
-    if (bytes_ != 0) kernels_.clear(begin_, bytes_);
-  }
-
- private:
-  const MixKernels& kernels_;
-  char* begin_ = nullptr;
-  std::size_t bytes_ = 0;
-};
-
 /// What a route reads.
 MemoryRange rangeOf(const CycleRoute& route, std::int64_t frames) noexcept {
   return {reinterpret_cast<std::uintptr_t>(route.data),
@@ -62,7 +35,11 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
   // Most devices lay their buffers out in order, outputs apart from inputs; only others pay for more.
   const bool isApart = in_.isOrderly(frames_) && out_.isOrderly(frames_) && !overlap(in_.span(), out_.span());
   if (isApart) {
-    mixAndClear(output);
+    if (out_.isSolid()) {
+      mixSolid(output.mBuffers);
+    } else {
+      mixAndClear(output);
+    }
   } else {
     // Before any input is read: an unrouted output may share its memory with one, and silences it.
     clearUnrouted(output);
@@ -82,44 +59,52 @@ inline bool CyclePlan::isRouted(const AudioBuffer& buffer, std::int64_t first) c
   return false;
 }
 
+/// Fills buffers of one channel that lie one behind the other, those between two routed ones at once; those
+/// that are left to tiles come into routed_.
+void CyclePlan::mixSolid(AudioBuffer* buffers) noexcept {
+  const ChannelSlot* const slots = &out_[0];
+  const std::int64_t count = out_.channelCount();
+  for (std::int64_t channel = 0;; ++channel) {
+    const std::int64_t firstSilent = channel;
+    while (channel < count && slots[channel].link == kNoRoute) ++channel;
+    if (channel != firstSilent) clearFromTo(buffers[firstSilent], buffers[channel - 1]);
+    if (channel == count) return;
+    if (!mixPlanar(buffers[channel], slots[channel])) routed_[routedCount_++] = {&buffers[channel], channel};
+  }
+}
+
+/// Clears buffers that lie one behind the other: long stretches are cleared faster than short ones.
+void CyclePlan::clearFromTo(const AudioBuffer& first, const AudioBuffer& last) const noexcept {
+  auto* const begin = static_cast<char*>(first.mData);
+  const auto* const end = static_cast<const char*>(last.mData) + last.mDataByteSize;
+  kernels_.clear(begin, static_cast<std::size_t>(end - begin));
+}
+
 /// Fills the output buffers one after the other; those that are left to tiles come into routed_.
 void CyclePlan::mixAndClear(AudioBufferList& output) noexcept {
   AudioBuffer* const end = output.mBuffers + output.mNumberBuffers;
-  const ChannelSlot* const slots = &out_[0];
-  const std::int64_t slotCount = out_.slotCount();
-  Stretch silence(kernels_);
   std::int64_t first = 0;
   for (AudioBuffer* buffer = output.mBuffers; buffer != end; first += buffer++->mNumberChannels) {
     if (!isUsable(*buffer)) continue;
-    if (buffer->mNumberChannels == 1) {
-      // By itself, as on most devices this is all.
-      if (first >= slotCount || slots[first].link == kNoRoute) {
-        silence.clear(*buffer);
-      } else if (!mixPlanar(*buffer, slots[first])) {
-        routed_[routedCount_++] = {buffer, first};
-      }
-    } else if (!isRouted(*buffer, first)) {
-      silence.clear(*buffer);
-    } else if (!mixInLanes(*buffer, first)) {
+    if (!isRouted(*buffer, first)) {
+      clearFromTo(*buffer, *buffer);
+    } else if (!mixBuffer(*buffer, first)) {
       routed_[routedCount_++] = {buffer, first};
     }
   }
-  silence.clear();
 }
 
 void CyclePlan::clearUnrouted(AudioBufferList& output) noexcept {
-  const AudioBuffer* const end = output.mBuffers + output.mNumberBuffers;
-  Stretch silence(kernels_);
+  AudioBuffer* const end = output.mBuffers + output.mNumberBuffers;
   std::int64_t first = 0;
   for (AudioBuffer* buffer = output.mBuffers; buffer != end; first += buffer++->mNumberChannels) {
     if (!isUsable(*buffer)) continue;
     if (isRouted(*buffer, first)) {
       routed_[routedCount_++] = {buffer, first};
     } else {
-      silence.clear(*buffer);
+      clearFromTo(*buffer, *buffer);
     }
   }
-  silence.clear();
 }
 
 /// Whether filling output by output gives what the plain order gives: every routed output holds the whole
@@ -152,12 +137,14 @@ void CyclePlan::mixRouted() noexcept {
   RoutedBuffer* left = routed_;
   for (std::int32_t b = 0; b < routedCount_; ++b) {
     const RoutedBuffer routed = routed_[b];
-    AudioBuffer& buffer = *routed.buffer;
-    const bool mixed = buffer.mNumberChannels == 1 ? mixPlanar(buffer, out_[routed.first])
-                                                   : mixInLanes(buffer, routed.first);
-    if (!mixed) *left++ = routed;
+    if (!mixBuffer(*routed.buffer, routed.first)) *left++ = routed;
   }
   routedCount_ = static_cast<std::int32_t>(left - routed_);
+}
+
+/// Fills a buffer that a route goes into; false, with nothing written, when it is one for tiles.
+inline bool CyclePlan::mixBuffer(AudioBuffer& buffer, std::int64_t first) noexcept {
+  return buffer.mNumberChannels == 1 ? mixPlanar(buffer, out_[first]) : mixInLanes(buffer, first);
 }
 
 /// Fills a buffer of one channel that a route goes into; false, with nothing written, when a source of it is

@@ -25,7 +25,9 @@ class CyclePlan {
  private:
   [[nodiscard]] bool isRouted(const AudioBuffer& buffer, std::int64_t first) const noexcept;
 
+  void mixSolid(AudioBuffer* buffers) noexcept;
   void mixAndClear(AudioBufferList& output) noexcept;
+  void clearFromTo(const AudioBuffer& first, const AudioBuffer& last) const noexcept;
 
   void clearUnrouted(AudioBufferList& output) noexcept;
   [[nodiscard]] bool canReorder() const noexcept;
@@ -33,6 +35,7 @@ class CyclePlan {
   void mixInPlainOrder() noexcept;
   void mixRouted() noexcept;
 
+  [[nodiscard]] bool mixBuffer(AudioBuffer& buffer, std::int64_t first) noexcept;
   [[nodiscard]] bool mixPlanar(AudioBuffer& buffer, const ChannelSlot& target) noexcept;
   [[nodiscard]] bool mixSum(AudioBuffer& buffer, const ChannelSlot& target) noexcept;
   [[nodiscard]] bool mixInLanes(AudioBuffer& buffer, std::int64_t first) const noexcept;

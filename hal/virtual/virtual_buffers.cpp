@@ -8,7 +8,9 @@ namespace tolvane::hal {
 
 namespace {
 
-std::size_t aligned(std::size_t bytes) noexcept {
+/// Whole cache lines.
+std::size_t streamBytes(std::size_t channels, std::size_t frames) noexcept {
+  const std::size_t bytes = channels * frames * sizeof(float);
   return (bytes + VirtualBuffers::kAlignment - 1) / VirtualBuffers::kAlignment * VirtualBuffers::kAlignment;
 }
 
@@ -19,30 +21,29 @@ VirtualBuffers::VirtualBuffers(const StreamLayout& streams, const std::vector<st
     : listBytes_(std::make_unique<std::byte[]>(
           std::max(sizeof(AudioBufferList),
                    offsetof(AudioBufferList, mBuffers) + streams.size() * sizeof(AudioBuffer)))) {
-  std::vector<std::size_t> bytes;
   std::size_t total = 0;
-  for (std::size_t s = 0; s < streams.size(); ++s) {
-    const bool off = std::find(withoutData.begin(), withoutData.end(), s) != withoutData.end();
-    bytes.push_back(off ? 0 : aligned(std::size_t{streams[s]} * maxFrames * sizeof(float)));
-    total += bytes.back();
-  }
+  for (const std::uint32_t channels : streams) total += streamBytes(channels, maxFrames);
   samples_.reset(static_cast<float*>(std::aligned_alloc(kAlignment, std::max(total, kAlignment))));
   if (!samples_) throw std::bad_alloc();
   std::memset(samples_.get(), 0, total);  // touched now, not in the first cycle
   auto& list = *reinterpret_cast<AudioBufferList*>(listBytes_.get());
   list.mNumberBuffers = static_cast<UInt32>(streams.size());
-  float* next = samples_.get();
   for (std::size_t s = 0; s < streams.size(); ++s) {
-    list.mBuffers[s] = {streams[s], 0, bytes[s] == 0 ? nullptr : next};
-    next += bytes[s] / sizeof(float);
+    const bool off =
+        streams[s] == 0 || std::find(withoutData.begin(), withoutData.end(), s) != withoutData.end();
+    list.mBuffers[s] = {streams[s], 0, off ? nullptr : samples_.get()};
   }
 }
 
 AudioBufferList& VirtualBuffers::list(std::uint32_t frames) noexcept {
   auto& list = *reinterpret_cast<AudioBufferList*>(listBytes_.get());
+  auto* next = reinterpret_cast<std::byte*>(samples_.get());
   for (UInt32 b = 0; b < list.mNumberBuffers; ++b) {
     AudioBuffer& buffer = list.mBuffers[b];
     buffer.mDataByteSize = static_cast<UInt32>(std::size_t{buffer.mNumberChannels} * frames * sizeof(float));
+    if (buffer.mData == nullptr) continue;
+    buffer.mData = next;
+    next += streamBytes(buffer.mNumberChannels, frames);
   }
   return list;
 }

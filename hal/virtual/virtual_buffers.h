@@ -9,7 +9,8 @@
 
 namespace tolvane::hal {
 
-/// One direction's buffers, all of their memory made at once: each stream's samples begin on a cache line.
+/// One direction's buffers, all of their memory made at once: each stream's samples begin on a cache line. In
+/// every cycle they lie close together, so that few of them share a place in the caches.
 class VirtualBuffers {
  public:
   static constexpr std::size_t kAlignment = 64;
@@ -19,7 +20,8 @@ class VirtualBuffers {
   VirtualBuffers(const StreamLayout& streams, const std::vector<std::size_t>& withoutData,
                  std::uint32_t maxFrames);
 
-  /// The list, with every buffer's size for this many frames; holds until the next call. [io-thread]
+  /// The list, with every buffer's place and size for this many frames; holds, as do the samples, until the
+  /// next call with another number. [io-thread]
   AudioBufferList& list(std::uint32_t frames) noexcept;
 
  private:

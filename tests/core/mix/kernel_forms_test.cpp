@@ -137,6 +137,33 @@ TEST_P(KernelForms, AWiderOrShorterBufferAmongPlanarOnes) {
   }
 }
 
+// As drivers lay them out that make all memory at once, with a gap or without: what lies between two routed
+// outputs is cleared, up to the last byte and no further.
+TEST_P(KernelForms, PlanarBuffersOneBehindTheOther) {
+  const std::vector<std::uint32_t> streams(12, 1);
+  for (const std::int64_t frames : {1, 5, 16, 40, 64}) {
+    for (unsigned routed = 0; routed < 4096; routed += 7) {
+      SCOPED_TRACE(testing::Message() << frames << " frames, outputs " << routed);
+      RoutesInMemory cycle(frames, streams, streams, 0);
+      if (routed % 2 == 0) cycle.leaveGapBefore(routed / 2 % 12, 3);
+      for (std::int32_t c = 0; c < 12; ++c) {
+        if ((routed >> static_cast<unsigned>(c) & 1U) == 0) continue;
+        cycle.route(11 - c, c, 0.3F);
+        if (c % 3 == 0) cycle.route(c, c, -1.5F);
+      }
+      expectPlainBits(cycle);
+    }
+  }
+}
+
+TEST_P(KernelForms, InterleavedInputsIntoPlanarBuffersWithoutAGap) {
+  RoutesInMemory cycle(50, {6}, {1, 1, 1, 1, 1}, 0);
+  cycle.route(5, 1, 0.3F);
+  cycle.route(0, 3, 0.6F);
+  cycle.route(1, 3, 0.6F);
+  expectPlainBits(cycle);
+}
+
 // The size of an input says nothing of how much is read: here more than it holds, and with it an output.
 TEST_P(KernelForms, AnInputShorterThanTheCycleIsReadPastItsEnd) {
   RoutesInMemory cycle(64, {1}, {1, 1});

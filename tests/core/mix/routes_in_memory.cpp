@@ -12,8 +12,6 @@ namespace tolvane::test {
 
 namespace {
 
-constexpr std::size_t kRoom = 256;  // floats around each buffer
-
 std::vector<std::uint32_t> randomStreams(std::mt19937& random) {
   std::vector<std::uint32_t> streams(1 + random() % 6);
   for (auto& channels : streams)
@@ -28,8 +26,8 @@ std::int32_t total(const std::vector<std::uint32_t>& streams) {
 }  // namespace
 
 RoutesInMemory::RoutesInMemory(std::int64_t frames, const std::vector<std::uint32_t>& inputs,
-                               const std::vector<std::uint32_t>& outputs)
-    : frames_(frames) {
+                               const std::vector<std::uint32_t>& outputs, std::size_t room)
+    : frames_(frames), room_(room) {
   memory_.resize(kRoom);
   add(inputs_, inputs);
   add(outputs_, outputs);
@@ -41,7 +39,7 @@ RoutesInMemory::RoutesInMemory(std::int64_t frames, const std::vector<std::uint3
 RoutesInMemory RoutesInMemory::random(std::mt19937& random) {
   const auto inputs = randomStreams(random);
   const auto outputs = randomStreams(random);
-  RoutesInMemory cycle(1 + static_cast<std::int64_t>(random() % 100), inputs, outputs);
+  RoutesInMemory cycle(1 + static_cast<std::int64_t>(random() % 100), inputs, outputs, random() % 2 * kRoom);
   const auto count = static_cast<std::int32_t>(random() % (kMaxPatchEntries + 1));
   for (std::int32_t i = 0; i < count; ++i) {
     cycle.route(static_cast<std::int32_t>(random() % static_cast<unsigned>(total(inputs))),
@@ -55,8 +53,13 @@ void RoutesInMemory::add(std::vector<Place>& list, const std::vector<std::uint32
   for (const std::uint32_t channels : buffers) {
     const std::size_t floats = channels * static_cast<std::size_t>(frames_);
     list.push_back({channels, floats, static_cast<std::ptrdiff_t>(memory_.size())});
-    memory_.resize(memory_.size() + floats + kRoom);
+    memory_.resize(memory_.size() + floats + room_);
   }
+}
+
+void RoutesInMemory::leaveGapBefore(std::size_t output, std::size_t floats) {
+  memory_.resize(memory_.size() + floats, 7.0F);
+  for (; output < outputs_.size(); ++output) outputs_[output].place += static_cast<std::ptrdiff_t>(floats);
 }
 
 void RoutesInMemory::route(std::int32_t src, std::int32_t dst, float gain) {

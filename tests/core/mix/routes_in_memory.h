@@ -15,11 +15,13 @@ namespace tolvane::test {
 /// routes. A copy is another block with the same content. The memory starts as noise.
 class RoutesInMemory {
  public:
-  /// Buffers by their channels, each with room around it.
-  RoutesInMemory(std::int64_t frames, const std::vector<std::uint32_t>& inputs,
-                 const std::vector<std::uint32_t>& outputs);
+  static constexpr std::size_t kRoom = 256;
 
-  /// Random streams, frames and routes, without overlaps.
+  /// Buffers by their channels, each with so many floats of room behind it.
+  RoutesInMemory(std::int64_t frames, const std::vector<std::uint32_t>& inputs,
+                 const std::vector<std::uint32_t>& outputs, std::size_t room = kRoom);
+
+  /// Random streams, frames and routes, without overlaps, with room or without.
   static RoutesInMemory random(std::mt19937& random);
 
   void route(std::int32_t src, std::int32_t dst, float gain);
@@ -29,6 +31,8 @@ class RoutesInMemory {
   [[nodiscard]] std::ptrdiff_t outputPlace(std::size_t buffer) const { return outputs_[buffer].place; }
   void placeInput(std::size_t buffer, std::ptrdiff_t place) { inputs_[buffer].place = place; }
   void placeOutput(std::size_t buffer, std::ptrdiff_t place) { outputs_[buffer].place = place; }
+  /// Leaves room for so many floats in front of an output.
+  void leaveGapBefore(std::size_t output, std::size_t floats);
   void shortenInput(std::size_t buffer, std::size_t floats) { inputs_[buffer].floats -= floats; }
   void shortenOutput(std::size_t buffer, std::size_t floats) { outputs_[buffer].floats -= floats; }
   void lengthenOutput(std::size_t buffer, std::size_t floats) { outputs_[buffer].floats += floats; }
@@ -48,6 +52,7 @@ class RoutesInMemory {
   [[nodiscard]] std::vector<std::byte> bufferList(const std::vector<Place>& places);
 
   std::int64_t frames_;
+  std::size_t room_;
   std::vector<float> memory_;
   std::vector<Place> inputs_;
   std::vector<Place> outputs_;

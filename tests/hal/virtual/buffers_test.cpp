@@ -110,6 +110,24 @@ TEST_F(VirtualBuffers, doNotOverlap) {
   for (std::size_t i = 1; i < spans.size(); ++i) EXPECT_LE(spans[i - 1].second, spans[i].first);
 }
 
+// However long a cycle could be: each begins on the first cache line behind the one before it.
+TEST_F(VirtualBuffers, lieCloseTogether) {
+  hal::VirtualDeviceConfig config;
+  config.inputStreams = {1, 17, 2, 1};
+  config.inputStreamsWithoutData = {2};
+  config.outputStreams = {5, 1, 1};
+  config.bufferFrames = 33;
+  configure(config);
+  const Seen seen = seeCycle();
+  const auto address = [](const AudioBuffer& buffer) {
+    return reinterpret_cast<std::uintptr_t>(buffer.mData);
+  };
+  EXPECT_EQ(address(seen.input[1]) - address(seen.input[0]), 192U);  // 33 samples of 4 bytes
+  EXPECT_EQ(address(seen.input[3]) - address(seen.input[1]), 2304U);
+  EXPECT_EQ(address(seen.output[1]) - address(seen.output[0]), 704U);
+  EXPECT_EQ(address(seen.output[2]) - address(seen.output[1]), 192U);
+}
+
 /// Keeps the first sample of the first output buffer of each cycle, and where the cycle began.
 class FirstSamples final : public hal::VirtualTap {
  public:
