@@ -21,6 +21,7 @@ class Frames {
   /// `frame` is a constant, `first` the address in frame 0.
   __attribute__((always_inline)) float* operator()(std::uintptr_t first, std::size_t frame) const noexcept {
     const std::uintptr_t steps[] = {0, one_, 2 * one_, three_};
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): as a pointer it would have to stay inside its buffer
     return reinterpret_cast<float*>(first + frame / 4 * 4 * one_ + steps[frame % 4]);
   }
 
