@@ -20,10 +20,10 @@ std::size_t wholeLines(std::size_t samples) {
 BenchStreams::BenchStreams(Arrangement arrangement, std::size_t channels, std::size_t frames)
     : streams_(arrangement == Arrangement::planar ? channels : 1),
       samplesPerStream_(wholeLines(channels / streams_ * frames)),
-      samples_(new (kCacheLine) float[streams_ * samplesPerStream_]),
+      samples_(streams_ * samplesPerStream_),
       records_(new std::byte[offsetof(AudioBufferList, mBuffers) + streams_ * sizeof(AudioBuffer)]) {
   for (std::size_t s = 0; s < streams_ * samplesPerStream_; ++s)
-    samples_[s] = static_cast<float>(s % 97) / 97.0F - 0.5F;
+    samples_.samples()[s] = static_cast<float>(s % 97) / 97.0F - 0.5F;
   list()->mNumberBuffers = static_cast<UInt32>(streams_);
   const std::size_t width = channels / streams_;
   for (std::size_t s = 0; s < streams_; ++s) {

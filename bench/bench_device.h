@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "bench/huge_memory.h"
 #include "core/routing_context.h"
 #include "hal/core_audio.h"
 
@@ -22,18 +23,13 @@ class BenchStreams {
 
   [[nodiscard]] AudioBufferList* list() { return reinterpret_cast<AudioBufferList*>(records_.get()); }
   [[nodiscard]] std::size_t size() const { return streams_; }
-  [[nodiscard]] float* samples(std::size_t stream) { return samples_.get() + stream * samplesPerStream_; }
+  [[nodiscard]] float* samples(std::size_t stream) { return samples_.samples() + stream * samplesPerStream_; }
   [[nodiscard]] std::size_t bytes(std::size_t stream) { return list()->mBuffers[stream].mDataByteSize; }
 
  private:
-  struct AlignedDelete {
-    void operator()(float* samples) const noexcept { ::operator delete[](samples, kCacheLine); }
-  };
-  static constexpr std::align_val_t kCacheLine{64};
-
   std::size_t streams_;
   std::size_t samplesPerStream_;  // a multiple of a cache line
-  std::unique_ptr<float[], AlignedDelete> samples_;
+  HugeMemory samples_;
   std::unique_ptr<std::byte[]> records_;
 };
 
