@@ -7,6 +7,8 @@
 namespace tolvane {
 namespace {
 
+inline constexpr int kLineFloats = 16;
+
 inline void clear(void* data, std::size_t bytes) noexcept {
   constexpr std::size_t kVectors = 4;
   constexpr std::size_t kStep = kVectors * sizeof(Vector<kWidth>);
@@ -43,7 +45,8 @@ __attribute__((always_inline)) inline void addSources(float* to, const MixSource
     from[s] = sources[s].data;
     gains[s] = sources[s].gain;
   }
-  constexpr std::int64_t kVectors = 4;
+  // Of one or two sources a stretch, as there is little else to do; of more a cache line of each, in turns.
+  constexpr std::int64_t kVectors = Count > 2 ? kLineFloats / kWidth : 4;
   for (; f + kVectors * kWidth <= end; f += kVectors * kWidth) {
     TOLVANE_UNROLLED
     for (std::int64_t v = 0; v < kVectors; ++v)
