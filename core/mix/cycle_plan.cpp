@@ -164,7 +164,7 @@ bool CyclePlan::mixSum(AudioBuffer& buffer, const ChannelSlot& target) noexcept 
   for (std::int32_t i = target.link; i != kNoRoute; i = routes_[i].next) {
     const CycleRoute& route = routes_[i];
     if (route.stride != 1) return false;
-    sources[count++] = {route.data, -1, route.gain};
+    sources[count++] = {route.data, kWholeChannel, route.gain};
   }
   kernels_.mixPlanar(target.data, sources, count, frames_);
   clearFrom(buffer, frames_);

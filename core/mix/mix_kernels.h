@@ -14,15 +14,19 @@ inline constexpr std::int32_t kMaxVectorFloats = 16;
 /// Floats in one row of a tile: the most frames that are mixed at a time where channels are interleaved.
 inline constexpr std::int64_t kTileFrames = 32;
 
-/// One routed input, as a target reads it. `frameMask` has all bits where `data` is the channel's first
-/// sample, and none where it is the channel's row of the tile.
+/// The two frame masks: of data that begins with the channel's first sample, and of the channel's row of a
+/// tile, which is the same for every tile.
+inline constexpr std::int64_t kWholeChannel = -1;
+inline constexpr std::int64_t kTileRow = 0;
+
+/// One routed input, as a target reads it.
 struct MixSource {
   const float* data;
   std::int64_t frameMask;
   float gain;
 };
 
-/// One routed output: the sum of its sources (at least one). `data` and `frameMask` are as a source's.
+/// One routed output: the sum of its sources (at least one).
 struct MixTarget {
   float* data;
   std::int64_t frameMask;
@@ -86,7 +90,7 @@ struct MixKernels {
   /// One planar source, scaled, into `frames` frames at `target`.
   void (*scalePlanar)(float* target, const float* source, float gain, std::int64_t frames) noexcept;
 
-  /// Sums `sourceCount` planar sources into `frames` frames at `target`.
+  /// Sums `sourceCount` whole channels into `frames` frames at `target`.
   void (*mixPlanar)(float* target, const MixSource* sources, std::int32_t sourceCount,
                     std::int64_t frames) noexcept;
 

@@ -4,6 +4,6 @@
 
 namespace tolvane {
 
-const MixKernels kAvx2MixKernels = mixKernelsNamed("avx2");
+constinit const MixKernels kAvx2MixKernels = mixKernelsNamed("avx2");
 
 }  // namespace tolvane

@@ -4,6 +4,6 @@
 
 namespace tolvane {
 
-const MixKernels kAvx512MixKernels = mixKernelsNamed("avx512");
+constinit const MixKernels kAvx512MixKernels = mixKernelsNamed("avx512");
 
 }  // namespace tolvane

@@ -4,6 +4,6 @@
 
 namespace tolvane {
 
-const MixKernels kBaselineMixKernels = mixKernelsNamed("baseline");
+constinit const MixKernels kBaselineMixKernels = mixKernelsNamed("baseline");
 
 }  // namespace tolvane

@@ -11,7 +11,8 @@
 namespace tolvane {
 namespace {
 
-constexpr MixKernels mixKernelsNamed(const char* name) noexcept {
+/// For constants alone: nothing of a form may run before it is known that the processor has its instructions.
+consteval MixKernels mixKernelsNamed(const char* name) noexcept {
   return {name, kWidth, kLoadsMasked, clear, scalePlanar, mixPlanar, mixTiles, mixLanes};
 }
 

@@ -82,7 +82,7 @@ __attribute__((always_inline)) inline void addFewSources(float* to, const MixSou
 }
 
 inline void scalePlanar(float* target, const float* source, float gain, std::int64_t frames) noexcept {
-  const MixSource only = {source, 0, gain};
+  const MixSource only = {source, kWholeChannel, gain};
   addSources<1, true>(target, &only, 0, frames);
 }
 

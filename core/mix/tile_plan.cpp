@@ -13,9 +13,6 @@ namespace {
 // The link of an input that a route reads and that has no row yet.
 constexpr std::int32_t kRead = -2;
 
-constexpr std::int64_t kByFrame = -1;
-constexpr std::int64_t kByRow = 0;
-
 /// Calls `visit(channel, width)` for groups of four that cover a buffer's channels, the last of which may
 /// begin within the one before it; buffers of two or three channels come channel by channel.
 template <class Visit>
@@ -92,7 +89,7 @@ void TilePlan::gatherOnes(std::int64_t first, std::int32_t width) noexcept {
 
 void TilePlan::planPlanar(const RoutedBuffer& routed) noexcept {
   const ChannelSlot& target = out_[routed.first];
-  addTarget(target.data, kByFrame, target.link);
+  addTarget(target.data, kWholeChannel, target.link);
   clearFrom(*routed.buffer, frames_);
 }
 
@@ -101,7 +98,7 @@ void TilePlan::planInterleaved(const RoutedBuffer& routed) noexcept {
   const std::int64_t end = std::min(routed.first + channels, out_.slotCount());
   for (std::int64_t c = routed.first; c < end; ++c) {
     if (out_[c].link == kNoRoute) continue;
-    addTarget(outputRows_[outputRowCount_], kByRow, out_[c].link);
+    addTarget(outputRows_[outputRowCount_], kTileRow, out_[c].link);
     out_[c].link = outputRowCount_++;
   }
   bool all = true;
@@ -117,7 +114,7 @@ void TilePlan::addTarget(float* data, std::int64_t frameMask, std::int32_t route
     const CycleRoute& entry = routes_[route];
     const bool isPlanar = entry.stride == 1;
     const float* const from = isPlanar ? entry.data : inputRows_[in_[entry.src].link];
-    *source++ = {from, isPlanar ? kByFrame : kByRow, entry.gain};
+    *source++ = {from, isPlanar ? kWholeChannel : kTileRow, entry.gain};
   }
   const auto count = static_cast<std::int32_t>(source - sources);
   targets_[targetCount_++] = {data, frameMask, sources, count};
