@@ -12,12 +12,6 @@ constexpr std::uint32_t bit(std::int32_t lane) noexcept {
   return std::uint32_t{1} << static_cast<unsigned>(lane);
 }
 
-/// Up to how many layers lanes are faster than tiles, as measured: turning a group of channels into rows and
-/// back costs as much as four layers, and a route among rows an eighth of one.
-constexpr std::int32_t worthwhileLayers(std::int64_t groups, std::int32_t routes) noexcept {
-  return static_cast<std::int32_t>(4 * groups) + routes / 8;
-}
-
 }  // namespace
 
 bool LanePlan::mix(AudioBuffer& buffer, std::int64_t first) noexcept {
@@ -31,7 +25,10 @@ bool LanePlan::plan(const AudioBuffer& buffer, std::int64_t first) noexcept {
   const std::int64_t width = kernels_.vectorFloats;
   const std::int64_t channels = buffer.mNumberChannels;
   if (channels < width) return false;
-  layerLimit_ = std::min(kMaxLayers, worthwhileLayers((channels + width - 1) / width, routes_.count()));
+  // Up to how many layers lanes are faster than tiles: a route among a tile's rows costs an eighth of a
+  // layer, turning eight channels into rows and back three layers. Each group adds its own, so that a patch
+  // for tiles is known early.
+  layerLimit_ = routes_.count() / 8;
   // The last group begins within the one before it where the channels are no multiple of the width.
   for (std::int64_t channel = 0; channel < channels; channel += width) {
     if (!addGroup(buffer, first, std::min(channel, channels - width))) return false;
@@ -58,6 +55,7 @@ bool LanePlan::addGroup(const AudioBuffer& buffer, std::int64_t first, std::int6
     return true;
   }
   ++groupCount_;
+  layerLimit_ = std::min(kMaxLayers, layerLimit_ + kernels_.vectorFloats * 3 / 8);
   return addLayers(group, routes, count);
 }
 
