@@ -14,8 +14,7 @@ constexpr QSize kFirstSize(900, 700);
 constexpr QSize kMinimumSize(700, 500);
 
 /// The middle of the screen, but never with the upper left corner beyond the screen's.
-QPoint centred(QSize size) {
-  const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+QPoint centred(QSize size, const QRect& screen) {
   const QPoint middle = screen.center() - QRect({}, size).center();
   return {qMax(middle.x(), screen.x()), qMax(middle.y(), screen.y())};
 }
@@ -26,10 +25,18 @@ AppDelegate::AppDelegate() = default;
 AppDelegate::~AppDelegate() = default;
 
 void AppDelegate::applicationDidFinishLaunching() {
+  const QScreen* const screen = QGuiApplication::primaryScreen();
+  if (screen == nullptr) {
+    // Qt can make no window then.
+    QObject::connect(
+        qGuiApp, &QGuiApplication::screenAdded, &screenWatch_, [this] { applicationDidFinishLaunching(); },
+        Qt::SingleShotConnection);
+    return;
+  }
   window_ = std::make_unique<QMainWindow>();
   window_->resize(kFirstSize);
   window_->setWindowTitle(QStringLiteral("Tolvane"));
-  window_->move(centred(kFirstSize));
+  window_->move(centred(kFirstSize, screen->availableGeometry()));
   window_->setMinimumSize(kMinimumSize);
   tolvaneVC_ = std::make_unique<TolvaneViewController>();
   window_->setCentralWidget(tolvaneVC_->view());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QObject>
 #include <memory>
 
 class QMainWindow;
@@ -16,7 +17,8 @@ class AppDelegate {
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
 
-  /// Makes the window and shows it. To be called once, when the application runs.
+  /// Makes the window and shows it; while there is no screen, as soon as there is one. To be called once,
+  /// when the application runs.
   void applicationDidFinishLaunching();
 
   /// Always: closing the window quits.
@@ -27,6 +29,7 @@ class AppDelegate {
   [[nodiscard]] TolvaneViewController* tolvaneVC() const noexcept { return tolvaneVC_.get(); }
 
  private:
+  QObject screenWatch_;  // waits for the first screen
   std::unique_ptr<QMainWindow> window_;
   std::unique_ptr<TolvaneViewController> tolvaneVC_;  // goes first, and takes its view out of the window
 };

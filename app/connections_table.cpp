@@ -4,12 +4,14 @@
 #include <QItemSelectionModel>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QStyleOption>
 #include <cstddef>
 #include <cstdint>
 
+#include "app/connections_cell_delegate.h"
 #include "app/entry_parsing.h"
 #include "app/palette.h"
-#include "core/fatal.h"
+#include "base/fatal.h"
 #include "matrix/calibrated_color.h"
 
 namespace tolvane {
@@ -40,6 +42,20 @@ const ConnectionsColumn& columnAt(int index) {
 QString identifierOf(int column) {
   return QString::fromLatin1(columnAt(column).identifier);
 }
+
+/// The end of the header above the scroll bar.
+class HeaderEnd : public QWidget {
+ public:
+  HeaderEnd() { setFixedHeight(kHeaderHeight); }
+
+ protected:
+  void paintEvent(QPaintEvent* /*event*/) override {
+    QStyleOption option;
+    option.initFrom(this);
+    QPainter painter(this);
+    style()->drawControl(QStyle::CE_HeaderEmptyArea, &option, &painter, this);
+  }
+};
 
 }  // namespace
 
@@ -93,6 +109,7 @@ QVariant ConnectionsTableModel::headerData(int section, Qt::Orientation orientat
 ConnectionsTableView::ConnectionsTableView(QWidget* parent)
     : QTableView(parent), model_(new ConnectionsTableModel(this)), gridColor_(calibratedWhite(0.22)) {
   setModel(model_);
+  setItemDelegate(new ConnectionsCellDelegate(this));
   setEditTriggers(NoEditTriggers);
   setSelectionBehavior(SelectRows);
   setSelectionMode(SingleSelection);
@@ -102,6 +119,11 @@ ConnectionsTableView::ConnectionsTableView(QWidget* parent)
   setFrameShape(NoFrame);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setHorizontalScrollMode(ScrollPerPixel);
+  addScrollBarWidget(new HeaderEnd, Qt::AlignTop);
+  // Darker than elsewhere: the grey of an inactive route is read on it, too.
+  QPalette colors = palette();
+  colors.setColor(QPalette::Highlight, calibratedRgb(0.05, 0.24, 0.12));
+  setPalette(colors);
   setUpHeaders();
 }
 
@@ -129,9 +151,17 @@ void ConnectionsTableView::reloadData(const std::vector<PatchConnection>& routes
   const int row = selectedRow();
   model_->reload(routes);
   if (row >= 0 && row < model_->rowCount()) {
+    // The row may be out of sight, and it is no reason to scroll.
+    setAutoScroll(false);
     selectionModel()->setCurrentIndex(model_->index(row, 0),
                                       QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
+    setAutoScroll(true);
   }
+}
+
+QModelIndex ConnectionsTableView::indexAt(const QPoint& position) const {
+  const QModelIndex index = QTableView::indexAt(position);
+  return index.isValid() ? index : model_->index(rowAt(position.y()), model_->columnCount() - 1);
 }
 
 void ConnectionsTableView::paintEvent(QPaintEvent* event) {
@@ -141,7 +171,6 @@ void ConnectionsTableView::paintEvent(QPaintEvent* event) {
   const int firstVisible = rowAt(0);
   const int lastVisible = last < 0 ? rows - 1 : last;
   if (const int row = selectedRow(); row >= 0) {
-    // A selected row is selected to its end, beyond the last column too.
     QPainter(viewport())
         .fillRect(0, rowViewportPosition(row), width, rowHeight(row), palette().color(QPalette::Highlight));
   }
@@ -155,6 +184,18 @@ void ConnectionsTableView::paintEvent(QPaintEvent* event) {
 void ConnectionsTableView::mousePressEvent(QMouseEvent* event) {
   if (!indexAt(event->position().toPoint()).isValid()) clearSelection();
   QTableView::mousePressEvent(event);
+}
+
+void ConnectionsTableView::keyPressEvent(QKeyEvent* event) {
+  // With nothing selected the keys begin at the first row, wherever the last selection was.
+  if (selectedRow() < 0) selectionModel()->clearCurrentIndex();
+  QTableView::keyPressEvent(event);
+}
+
+void ConnectionsTableView::selectionChanged(const QItemSelection& selected,
+                                            const QItemSelection& deselected) {
+  QTableView::selectionChanged(selected, deselected);
+  viewport()->update();  // the base repaints the columns alone
 }
 
 }  // namespace tolvane

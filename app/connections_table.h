@@ -54,6 +54,7 @@ class ConnectionsTableModel : public QAbstractTableModel {
   std::vector<PatchConnection> routes_;
 };
 
+/// A row reaches to the right edge of the view, beyond its last column: its band, its line, and clicks on it.
 /// [main-thread]
 class ConnectionsTableView : public QTableView {
   Q_OBJECT
@@ -64,8 +65,12 @@ class ConnectionsTableView : public QTableView {
   /// The selected row, or -1.
   [[nodiscard]] int selectedRow() const;
 
-  /// Shows another route list; the selected row stays selected as long as there is such a row.
+  /// Shows another route list. The selected row stays selected as long as there is such a row, and the list
+  /// stays scrolled as it is as long as it is long enough.
   void reloadData(const std::vector<PatchConnection>& routes);
+
+  /// The cell there; right of the columns, the last cell of the row.
+  [[nodiscard]] QModelIndex indexAt(const QPoint& position) const override;
 
   /// The colour of the lines between the rows.
   [[nodiscard]] const QColor& gridColor() const { return gridColor_; }
@@ -73,6 +78,8 @@ class ConnectionsTableView : public QTableView {
  protected:
   void paintEvent(QPaintEvent* event) override;
   void mousePressEvent(QMouseEvent* event) override;
+  void keyPressEvent(QKeyEvent* event) override;
+  void selectionChanged(const QItemSelection& selected, const QItemSelection& deselected) override;
 
  private:
   void setUpHeaders();

@@ -1,22 +1,13 @@
 // Which device, and whether it runs.
-#include <QComboBox>
 #include <QLabel>
 
+#include "app/device_menu.h"
 #include "app/required.h"
 #include "app/tolvane_view_controller.h"
 #include "engine/core_audio_engine.h"
 #include "matrix/patch_matrix_view.h"
 
 namespace tolvane {
-namespace {
-
-QString menuTitle(const AudioDeviceInfo& device) {
-  return QStringLiteral("%1  (%2 in / %3 out)")
-      .arg(QString::fromStdString(device.name), QString::number(device.inputChannels),
-           QString::number(device.outputChannels));
-}
-
-}  // namespace
 
 void TolvaneViewController::stopEngineIfRunning() {
   CoreAudioEngine& engine = CoreAudioEngine::shared();
@@ -28,10 +19,7 @@ void TolvaneViewController::stopEngineIfRunning() {
 void TolvaneViewController::refreshDevices() {
   stopEngineIfRunning();
   devices_ = CoreAudioEngine::shared().getAllDevices();
-  QComboBox& popup = required(devicePopup_);
-  popup.clear();
-  for (const AudioDeviceInfo& device : devices_) popup.addItem(menuTitle(device));
-  if (!devices_.empty()) popup.setCurrentIndex(0);
+  required(devicePopup_).setDevices(devices_);
   deviceSelected();
 }
 

@@ -1,16 +1,18 @@
 // Builds every control of the window from the layout table, and wires it.
 #include <QAbstractButton>
-#include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMetaMethod>
-#include <QPushButton>
 #include <QScrollArea>
 
+#include "app/announcement.h"
 #include "app/connections_table.h"
+#include "app/device_menu.h"
+#include "app/focus_ring.h"
 #include "app/labels.h"
 #include "app/layout_table.h"
 #include "app/palette.h"
+#include "app/push_button.h"
 #include "app/required.h"
 #include "app/root_view.h"
 #include "app/tolvane_view_controller.h"
@@ -55,12 +57,6 @@ QWidget* makeBox(const LayoutRow& row) {
   return box;
 }
 
-QWidget* makePopUpButton() {
-  auto* const popup = new QComboBox;
-  popup->setMaxVisibleItems(24);
-  return popup;
-}
-
 QWidget* makeTextField(const LayoutRow& row) {
   auto* const field = new QLineEdit(textOf(row));
   field->setPlaceholderText(textOf(row));
@@ -103,7 +99,9 @@ void TolvaneViewController::setupUI() {
     control->setAccessibleName(QString::fromUtf8(row.accessibleName));
     if (row.font != FontChoice::byDefault) control->setFont(fontOf(row));
     if (row.kind == ControlKind::tableView) {
-      view_->findChild<QScrollArea*>()->setWidget(control);
+      auto* const scrollView = view_->findChild<QScrollArea*>();
+      scrollView->setWidget(control);
+      new FocusRing(control, scrollView);
     } else {
       view_->place(control, row.frame);
     }
@@ -122,18 +120,18 @@ QWidget* TolvaneViewController::makeControl(const LayoutRow& row) {
     case ControlKind::plainView:
       return makeLayerView(calibratedWhite(row.white), 0.0);
     case ControlKind::statusDot:
-      return makeLayerView(stoppedColor(), 5.0);
+      return asNotification(makeLayerView(stoppedColor(), 5.0));
     case ControlKind::label:
       return madeLabel(new QLabel, row);
     case ControlKind::lineLabel:
-      return madeLabel(new LineLabel, row);
+      return madeLabel(asNotification(new LineLabel), row);
     case ControlKind::textBlock:
       return madeLabel(new TextBlockLabel, row);
     case ControlKind::pushButton:
     case ControlKind::smallButton:
-      return new QPushButton(textOf(row));
+      return new PushButton(textOf(row));
     case ControlKind::popUpButton:
-      return makePopUpButton();
+      return new DeviceMenu;
     case ControlKind::textField:
       return makeTextField(row);
     case ControlKind::patchMatrix:
@@ -174,9 +172,9 @@ void TolvaneViewController::adoptControls() {
 void TolvaneViewController::wire(QWidget* control, const char* action) {
   const int slot = metaObject()->indexOfSlot(QByteArray(action) + "()");
   if (slot < 0) fatal("a control names an operation that is not there");
-  const bool isPopUp = qobject_cast<QComboBox*>(control) != nullptr;
+  const bool isPopUp = qobject_cast<DeviceMenu*>(control) != nullptr;
   connect(control,
-          isPopUp ? QMetaMethod::fromSignal(&QComboBox::activated)
+          isPopUp ? QMetaMethod::fromSignal(&DeviceMenu::activated)
                   : QMetaMethod::fromSignal(&QAbstractButton::clicked),
           this, metaObject()->method(slot));
   control->setProperty("action", QByteArray(action));

@@ -72,7 +72,7 @@ constexpr std::array kRows{
     LayoutRow{.kind = Kind::statusDot,
               .name = "statusDot",
               .frame = {820, 697, 10, 10},
-              .accessibleName = "Engine state"},
+              .accessibleName = "Engine stopped"},
     LayoutRow{.kind = Kind::pushButton,
               .name = "startStopButton",
               .frame = {836, 689, 72, 26},

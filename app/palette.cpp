@@ -5,6 +5,7 @@
 #include <QToolTip>
 
 #include "app/rounded_style.h"
+#include "app/window_icon.h"
 #include "matrix/calibrated_color.h"
 
 namespace tolvane {
@@ -60,6 +61,10 @@ QColor stoppedColor() {
   return calibratedRgb(0.8, 0.2, 0.2);
 }
 
+QColor focusColor() {
+  return calibratedRgb(0.4, 0.7, 1.0);
+}
+
 QPalette applicationPalette() {
   QPalette palette;
   setColors(palette);
@@ -83,6 +88,7 @@ void applyLook() {
   QApplication::setFont(systemFont(kDefaultFontPixels));
   QToolTip::setPalette(applicationPalette());
   QToolTip::setFont(systemFont(11));
+  QApplication::setWindowIcon(windowIcon());
 }
 
 }  // namespace tolvane

@@ -11,6 +11,9 @@ namespace tolvane {
 [[nodiscard]] QColor runningColor();
 [[nodiscard]] QColor stoppedColor();
 
+/// The ring of the control that gets the keys; the matrix has the same around its cell.
+[[nodiscard]] QColor focusColor();
+
 /// The dark palette of the whole program, the disabled state included.
 [[nodiscard]] QPalette applicationPalette();
 
@@ -21,7 +24,8 @@ inline constexpr int kDefaultFontPixels = 13;
 [[nodiscard]] QFont systemFont(int pixels, bool bold = false);
 [[nodiscard]] QFont monospacedFont(int pixels);
 
-/// The Fusion style, the palette and the default font, for the one application object. [main-thread]
+/// The Fusion style, the palette, the default font and the icon, for the one application object.
+/// [main-thread]
 void applyLook();
 
 }  // namespace tolvane

@@ -1,32 +1,14 @@
 // Patch files, through the save and the open panel.
 #include <QFile>
-#include <QFileDialog>
 #include <QFileInfo>
 
+#include "app/patch_panel.h"
 #include "app/tolvane_view_controller.h"
 #include "core/patch_file.h"
 
 namespace tolvane {
-namespace {
-
-/// A panel that stands free beside the window, for JSON files.
-QFileDialog* makePanel(QFileDialog::AcceptMode mode) {
-  auto* const panel = new QFileDialog;
-  panel->setAcceptMode(mode);
-  panel->setFileMode(mode == QFileDialog::AcceptSave ? QFileDialog::AnyFile : QFileDialog::ExistingFile);
-  panel->setNameFilter(QStringLiteral("JSON (*.json)"));
-  panel->setModal(false);
-  panel->setAttribute(Qt::WA_DeleteOnClose);
-  // The program ends with its window, whatever panel is still open.
-  panel->setAttribute(Qt::WA_QuitOnClose, false);
-  return panel;
-}
-
-}  // namespace
-
 void TolvaneViewController::savePatch() {
-  QFileDialog* const panel = makePanel(QFileDialog::AcceptSave);
-  panel->setDefaultSuffix(QStringLiteral("json"));
+  auto* const panel = new PatchPanel(QFileDialog::AcceptSave);
   panel->selectFile(QStringLiteral("mypatch.json"));
   // With this as the context nothing is called once the controller is gone.
   connect(panel, &QFileDialog::accepted, this,
@@ -35,7 +17,7 @@ void TolvaneViewController::savePatch() {
 }
 
 void TolvaneViewController::loadPatch() {
-  QFileDialog* const panel = makePanel(QFileDialog::AcceptOpen);
+  auto* const panel = new PatchPanel(QFileDialog::AcceptOpen);
   connect(panel, &QFileDialog::accepted, this, [this, panel] { readPatch(panel->selectedFiles().value(0)); });
   panel->show();
 }

@@ -2,7 +2,7 @@
 
 #include <QPointer>
 
-#include "core/fatal.h"
+#include "base/fatal.h"
 
 namespace tolvane {
 

@@ -1,12 +1,16 @@
 #include "app/rounded_style.h"
 
 #include <QPainter>
+#include <QPushButton>
 #include <QStyleOption>
+
+#include "app/focus_ring.h"
 
 namespace tolvane {
 namespace {
 
 constexpr qreal kCornerRadius = 5.0;
+constexpr qreal kFieldCornerRadius = 2.0;
 constexpr int kScrollBarExtent = 12;
 constexpr int kShortestThumb = 24;
 
@@ -17,21 +21,19 @@ QColor buttonFill(const QStyleOption& option) {
   return (option.state & QStyle::State_MouseOver) ? color.lighter(118) : color;
 }
 
-/// Keyboard focus shows as a ring in the highlight's colour.
-QColor buttonOutline(const QStyleOption& option) {
-  const bool hasRing =
-      (option.state & QStyle::State_HasFocus) && (option.state & QStyle::State_KeyboardFocusChange);
-  return hasRing ? option.palette.color(QPalette::Highlight).lighter(150)
-                 : option.palette.color(QPalette::Button).lighter(150);
+/// A click on a button is no reason for a ring.
+bool hasKeyboardFocus(const QStyleOption& option) {
+  return (option.state & QStyle::State_HasFocus) && (option.state & QStyle::State_KeyboardFocusChange);
 }
 
 void drawButton(const QStyleOption& option, QPainter& painter) {
   painter.save();
   painter.setRenderHint(QPainter::Antialiasing);
-  painter.setPen(QPen(buttonOutline(option), 1.0));
+  painter.setPen(QPen(option.palette.color(QPalette::Button).lighter(150), 1.0));
   painter.setBrush(buttonFill(option));
   painter.drawRoundedRect(QRectF(option.rect).adjusted(0.5, 0.5, -0.5, -0.5), kCornerRadius, kCornerRadius);
   painter.restore();
+  if (hasKeyboardFocus(option)) drawFocusRing(painter, option.rect, kCornerRadius - 1.0);
 }
 
 void drawHeaderArea(const QStyleOption& option, QPainter& painter) {
@@ -82,14 +84,39 @@ RoundedStyle::RoundedStyle() : QProxyStyle(QStringLiteral("Fusion")) {}
 void RoundedStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
                                  const QWidget* widget) const {
   if (element == PE_PanelButtonCommand) return drawButton(*option, *painter);
+  if (element == PE_FrameLineEdit) return drawFieldFrame(*option, *painter, widget);
+  if (element == PE_FrameFocusRect) {
+    // A push button's ring is drawn with its panel.
+    const bool isPushButton = qobject_cast<const QPushButton*>(widget) != nullptr;
+    if (hasKeyboardFocus(*option) && !isPushButton) drawFocusRing(*painter, option->rect, kFieldCornerRadius);
+    return;
+  }
   QProxyStyle::drawPrimitive(element, option, painter, widget);
+}
+
+void RoundedStyle::drawFieldFrame(const QStyleOption& option, QPainter& painter,
+                                  const QWidget* widget) const {
+  QStyleOption unfocused = option;
+  unfocused.state &= ~State_HasFocus;
+  QProxyStyle::drawPrimitive(PE_FrameLineEdit, &unfocused, &painter, widget);
+  if (option.state & State_HasFocus) drawFocusRing(painter, option.rect, kFieldCornerRadius);
 }
 
 void RoundedStyle::drawControl(ControlElement element, const QStyleOption* option, QPainter* painter,
                                const QWidget* widget) const {
   if (element == CE_HeaderSection) return drawHeaderSection(*option, *painter);
   if (element == CE_HeaderEmptyArea) return drawHeaderArea(*option, *painter);
+  const auto* const menu = qstyleoption_cast<const QStyleOptionComboBox*>(option);
+  if (element == CE_ComboBoxLabel && menu != nullptr) return drawMenuTitle(*menu, *painter, widget);
   QProxyStyle::drawControl(element, option, painter, widget);
+}
+
+void RoundedStyle::drawMenuTitle(const QStyleOptionComboBox& menu, QPainter& painter,
+                                 const QWidget* widget) const {
+  QStyleOptionComboBox fitting = menu;
+  const int width = subControlRect(CC_ComboBox, &menu, SC_ComboBoxEditField, widget).width() - 2;
+  fitting.currentText = menu.fontMetrics.elidedText(menu.currentText, Qt::ElideMiddle, width);
+  QProxyStyle::drawControl(CE_ComboBoxLabel, &fitting, &painter, widget);
 }
 
 void RoundedStyle::drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,

@@ -3,6 +3,7 @@
 #include <QMetaObject>
 #include <QPushButton>
 
+#include "app/announcement.h"
 #include "app/connections_table.h"
 #include "app/layer_view.h"
 #include "app/palette.h"
@@ -36,14 +37,20 @@ void TolvaneViewController::updateStartStopButton() {
   button.setAccessibleName(running ? QStringLiteral("Stop") : QStringLiteral("Start"));
   LayerView& dot = required(statusDot_);
   dot.setBackgroundColor(running ? runningColor() : stoppedColor());
-  dot.setAccessibleDescription(running ? QStringLiteral("running") : QStringLiteral("stopped"));
+  dot.setAccessibleName(running ? QStringLiteral("Engine running") : QStringLiteral("Engine stopped"));
+  announce(dot);
 }
 
 void TolvaneViewController::setStatus(const QString& text) {
   // Posted to the label itself: the texts stay in order, and those still waiting go with the label.
   QLabel* const label = &required(statusLabel_);
   QMetaObject::invokeMethod(
-      label, [label, text] { label->setText(text); }, Qt::QueuedConnection);
+      label,
+      [label, text] {
+        label->setText(text);
+        announce(*label);
+      },
+      Qt::QueuedConnection);
 }
 
 }  // namespace tolvane

@@ -9,7 +9,6 @@
 #include "core/patch_connection.h"
 #include "engine/audio_device_info.h"
 
-class QComboBox;
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -18,6 +17,7 @@ class QScrollArea;
 namespace tolvane {
 
 class ConnectionsTableView;
+class DeviceMenu;
 class LayerView;
 class PatchMatrixView;
 class RootView;
@@ -97,7 +97,7 @@ class TolvaneViewController : public QObject {
   void readPatch(const QString& path);
 
   QPointer<RootView> view_;
-  QPointer<QComboBox> devicePopup_;
+  QPointer<DeviceMenu> devicePopup_;
   QPointer<QLabel> inputCountLabel_;
   QPointer<QLabel> outputCountLabel_;
   QPointer<PatchMatrixView> patchMatrixView_;

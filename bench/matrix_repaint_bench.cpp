@@ -26,11 +26,11 @@ std::vector<PatchConnection> someRoutes(std::int64_t inputs, std::int64_t output
   return routes;
 }
 
-// Arguments: inputs, outputs, display scale in tenths.
+// Arguments: inputs, outputs, display scale in hundredths.
 void repaintVisibleMatrix(benchmark::State& state) {
   const auto inputs = state.range(0);
   const auto outputs = state.range(1);
-  const double scale = static_cast<double>(state.range(2)) / 10.0;
+  const double scale = static_cast<double>(state.range(2)) / 100.0;
   PatchMatrixView view(QRect(QPoint(0, 0), areaOfTheSmallest()));
   view.configure(inputs, outputs, someRoutes(inputs, outputs));
   QImage display(view.size() * scale, QImage::Format_ARGB32_Premultiplied);
@@ -41,15 +41,18 @@ void repaintVisibleMatrix(benchmark::State& state) {
   }
 }
 BENCHMARK(repaintVisibleMatrix)
-    ->ArgNames({"inputs", "outputs", "tenths"})
-    ->Args({18, 20, 10})
-    ->Args({128, 128, 10})
-    ->Args({1024, 1024, 10})
-    ->Args({18, 20, 20})
-    ->Args({128, 128, 20})
-    ->Args({1024, 1024, 20})
-    ->Args({18, 20, 15})
-    ->Args({1024, 1024, 15})
+    ->ArgNames({"inputs", "outputs", "hundredths"})
+    ->Args({18, 20, 100})
+    ->Args({128, 128, 100})
+    ->Args({1024, 1024, 100})
+    ->Args({18, 20, 200})
+    ->Args({128, 128, 200})
+    ->Args({1024, 1024, 200})
+    ->Args({18, 20, 150})
+    ->Args({1024, 1024, 150})
+    ->Args({1024, 1024, 110})
+    ->Args({1024, 1024, 125})
+    ->Args({1024, 1024, 175})
     ->Unit(benchmark::kMicrosecond);
 
 }  // namespace

@@ -1,12 +1,14 @@
 #include "core/io_proc.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cinttypes>
 #include <cstdint>
 #include <optional>
 
+#include "base/fatal.h"
+#include "base/thread_check.h"
 #include "core/atomic32.h"
-#include "core/fatal.h"
 #include "core/mix/channel_table.h"
 #include "core/mix/clear.h"
 #include "core/mix/route_mixer.h"
@@ -17,8 +19,15 @@ namespace tolvane {
 
 namespace {
 
-// Cycles in the life of the process; the first one, and no other, is traced.
+// Cycles in the life of the process, modulo 2^32.
 std::int32_t ioProcCallCount = 0;
+// The counter comes back to 1 after weeks or months; only this remembers that the first cycle was long ago.
+constinit std::atomic_flag firstCallMade;
+
+/// Counts a cycle. Whether it is the first of the process, which is traced.
+bool isFirstCall() noexcept {
+  return addRelease(ioProcCallCount, 1) == 1 && !firstCallMade.test_and_set(std::memory_order_relaxed);
+}
 
 /// The cycle's frames, by the first output buffer; none when there is no such buffer or nothing in it.
 std::optional<std::int64_t> frameCountOf(const AudioBufferList& output) noexcept {
@@ -98,16 +107,8 @@ void routeInto(const AudioBufferList& input, AudioBufferList& output, const IOPr
   if (firstCall) traceLine("[IOProc] first call completed OK ✓");
 }
 
-void traceFirstCall(const void* clientData) noexcept {
-  if (clientData == nullptr) return traceLine("[IOProc] first call clientData=nil");
-  traceLine("[IOProc] first call clientData=0x%016" PRIxPTR, reinterpret_cast<std::uintptr_t>(clientData));
-}
-
-}  // namespace
-
-void routeCycle(const AudioBufferList* input, AudioBufferList* output, void* clientData) noexcept {
-  const bool firstCall = addRelease(ioProcCallCount, 1) == 1;
-  if (firstCall) traceFirstCall(clientData);
+void routeLists(const AudioBufferList* input, AudioBufferList* output, const void* clientData,
+                bool firstCall) noexcept {
   if (clientData == nullptr) return;
   // A direction that the device does not have may come as no list at all: it has no buffers.
   const AudioBufferList noInput{};
@@ -116,9 +117,28 @@ void routeCycle(const AudioBufferList* input, AudioBufferList* output, void* cli
             *static_cast<const IOProcContext*>(clientData), firstCall);
 }
 
+void traceFirstCall(const void* clientData) noexcept {
+  if (clientData == nullptr) return traceLine("[IOProc] first call clientData=nil");
+  traceLine("[IOProc] first call clientData=0x%016" PRIxPTR, reinterpret_cast<std::uintptr_t>(clientData));
+}
+
+}  // namespace
+
+void routeCycle(const AudioBufferList* input, AudioBufferList* output, void* clientData) noexcept {
+  const bool firstCall = isFirstCall();
+  if (firstCall) traceFirstCall(clientData);
+  routeLists(input, output, clientData, firstCall);
+}
+
+void routeUntraced(const AudioBufferList* input, AudioBufferList* output, void* clientData) noexcept {
+  routeLists(input, output, clientData, false);
+}
+
 OSStatus halIOProc(AudioObjectID /*device*/, const AudioTimeStamp* /*now*/, const AudioBufferList* inputData,
                    const AudioTimeStamp* /*inputTime*/, AudioBufferList* outputData,
                    const AudioTimeStamp* /*outputTime*/, void* clientData) noexcept {
+  // The HAL may be the system's, which marks nothing.
+  const IoCallbackScope scope;
   routeCycle(inputData, outputData, clientData);
   return noErr;
 }

@@ -13,10 +13,15 @@ namespace tolvane {
 /// there are skipped. The frame count is that of the first output buffer; input buffers must be as long.
 /// Nothing is written when a channel count of the context is below 1.
 ///
-/// A negative route count, and a buffer of more channels than a signed 32-bit number holds, end the process.
+/// A negative route count, and a buffer with data and more channels than a signed 32-bit number holds, end
+/// the process.
 /// It neither locks nor waits; it allocates and frees two tables, and on the first cycle of the process
 /// writes a trace to standard output. The lists and the context are the caller's. [io-thread]
 void routeCycle(const AudioBufferList* input, AudioBufferList* output, void* clientData) noexcept;
+
+/// routeCycle for audio that is no device's: it is no cycle of the process, so nothing is counted and nothing
+/// traced. [any-thread, one at a time for a context]
+void routeUntraced(const AudioBufferList* input, AudioBufferList* output, void* clientData) noexcept;
 
 extern "C" {
 

@@ -1,6 +1,6 @@
 #include "core/numeric_locale.h"
 
-#include "core/fatal.h"
+#include "base/fatal.h"
 
 namespace tolvane {
 

@@ -29,13 +29,14 @@ using PatchDecodeResult = Result<std::vector<PatchConnection>, PatchFileError>;
 using PatchEncodeResult = Result<std::string, PatchFileError>;
 
 /// The routes in the text of a patch file, all of them or none: no range, duplicate or gain check. Member
-/// order and white space are free; of equal members in one object the last holds. Errors: text that is not
-/// UTF-8 JSON, a NUL byte, nesting deeper than 512, a top level that is not an array, an element that is not
+/// order and white space are free; of equal members in one object the last holds; unknown members may hold
+/// any JSON, numbers of any size and nesting of any depth included. A gain is the float nearest to its text.
+/// Errors: text that is not UTF-8 JSON, a NUL byte, a top level that is not an array, an element that is not
 /// an object, a missing member, a member of the wrong type, an integer beyond 64 bits, a gain beyond 32-bit
-/// float, a number anywhere beyond 64-bit float. The error's byte offset is that of the first byte of the
-/// wrong value, or of the element that lacks a member; in text that is not JSON, of the byte at which it
-/// ceases to be (the text's length when it ends too early). A byte order mark before the array is skipped.
-/// The process's locale does not matter. Throws nothing but std::bad_alloc. [not-io]
+/// float. The error's byte offset is that of the first byte of the wrong value, or of the element that lacks
+/// a member; in text that is not JSON, of the byte at which it ceases to be (the text's length when it ends
+/// too early). A byte order mark before the array is skipped. The process's locale does not matter. Throws
+/// nothing but std::bad_alloc. [not-io]
 [[nodiscard]] PatchDecodeResult decodePatch(std::string_view text);
 
 /// The text of a patch file: compact, members in field order, each gain in the shortest decimal form that

@@ -1,9 +1,9 @@
-#include <iterator>
-
 #include <nlohmann/json.hpp>
 
+#include "base/thread_check.h"
 #include "core/numeric_locale.h"
 #include "core/patch_file.h"
+#include "core/patch_file_parser_text.h"
 #include "core/patch_file_route.h"
 
 namespace tolvane {
@@ -12,35 +12,11 @@ namespace {
 
 using Key = PatchConnection::CodingKeys;
 
-constexpr std::size_t kMaxDepth = 512;
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// The parser tells its handler nothing about places in the text; the iterator it reads through does.
-class CountingIterator {
- public:
-  using iterator_category = std::input_iterator_tag;
-  using value_type = char;
-  using difference_type = std::ptrdiff_t;
-  using pointer = const char*;
-  using reference = char;
-
-  CountingIterator(const char* at, std::size_t& consumed) : at_(at), consumed_(&consumed) {}
-
-  char operator*() const { return *at_; }
-  CountingIterator& operator++() {
-    ++at_;
-    ++*consumed_;
-    return *this;
-  }
-  bool operator==(const CountingIterator& other) const { return at_ == other.at_; }
-
- private:
-  const char* at_;
-  std::size_t* consumed_;
-};
-
 // Follows the parser through the text and keeps nothing but the routes. Level 1 is the patch, level 2 a
-// route; what lies deeper belongs to a member that is unknown or wrong.
+// route; what lies deeper belongs to a member that is unknown or wrong. Levels are counted, and neither the
+// parser nor this calls itself for one: there may be as many as the text has room for.
 class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
  public:
   explicit PatchReader(std::string_view text) : text_(text) {
@@ -49,8 +25,9 @@ class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
 
   /// Once.
   PatchDecodeResult read() {
-    const CountingIterator first(text_.data(), consumed_);
-    const CountingIterator last(text_.data() + text_.size(), consumed_);
+    const char* const end = text_.data() + text_.size();
+    const ParserText first(text_.data(), end, count_);
+    const ParserText last(end, end, count_);
     if (nlohmann::json::sax_parse(first, last, this)) return std::move(routes_);
     return std::move(error_);
   }
@@ -59,14 +36,9 @@ class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
   bool boolean(bool flag) override { return scalar(flag); }
   bool string(string_t& /*text*/) override { return scalar(OtherJsonValue{"a string"}); }
   bool binary(binary_t& /*bytes*/) override { return scalar(OtherJsonValue{"binary data"}); }
-  bool number_unsigned(number_unsigned_t number) override {
-    return this->number(static_cast<double>(number));
-  }
-  bool number_float(number_float_t number, const string_t& /*text*/) override { return this->number(number); }
-  bool number_integer(number_integer_t number) override {
-    // Only what has a minus sign comes here: a zero was written as -0.
-    return this->number(number == 0 ? -0.0 : static_cast<double>(number));
-  }
+  bool number_unsigned(number_unsigned_t /*number*/) override { return number(); }
+  bool number_float(number_float_t /*number*/, const string_t& /*text*/) override { return number(); }
+  bool number_integer(number_integer_t /*number*/) override { return number(); }
 
   bool start_object(std::size_t /*size*/) override {
     if (depth_ != 1) return judge(OtherJsonValue{"an object"}) && descend();
@@ -87,7 +59,7 @@ class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
   // Between two values there is nothing else; the byte that ends a number may have been taken already.
   std::size_t valueOffset() const { return text_.find_first_not_of(" \t\r\n,:", previousEnd_); }
 
-  bool number(double value);
+  bool number();
   bool scalar(const JsonValue& value) { return judge(value) && endValue(); }
   bool judge(const JsonValue& value);
   bool descend();
@@ -96,7 +68,7 @@ class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
   bool fail(std::string reason, std::size_t byteOffset);
 
   std::string_view text_;
-  std::size_t consumed_ = 0;     // bytes the parser has taken
+  ParserText::Count count_;
   std::size_t previousEnd_ = 0;  // where the search for the next value's first byte begins
   std::size_t depth_ = 0;
   std::optional<Key> member_;  // the one whose value is being read
@@ -105,10 +77,10 @@ class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
   PatchFileError error_;
 };
 
-bool PatchReader::number(double value) {
+bool PatchReader::number() {
   const std::size_t begin = valueOffset();
   const std::size_t end = text_.find_first_not_of("+-.0123456789eE", begin);
-  return scalar(JsonNumber{text_.substr(begin, end - begin), value});
+  return scalar(JsonNumber{text_.substr(begin, end - begin)});
 }
 
 bool PatchReader::judge(const JsonValue& value) {
@@ -122,14 +94,14 @@ bool PatchReader::judge(const JsonValue& value) {
 }
 
 bool PatchReader::key(string_t& text) {
-  previousEnd_ = consumed_;
+  previousEnd_ = count_.taken;
   if (depth_ == 2) member_ = codingKey(text);
   return true;
 }
 
 bool PatchReader::descend() {
-  previousEnd_ = consumed_;
-  if (++depth_ > kMaxDepth) return fail("nesting deeper than " + std::to_string(kMaxDepth), consumed_ - 1);
+  previousEnd_ = count_.taken;
+  ++depth_;
   return true;
 }
 
@@ -139,7 +111,7 @@ bool PatchReader::ascend() {
 }
 
 bool PatchReader::endValue() {
-  previousEnd_ = consumed_;
+  previousEnd_ = count_.taken;
   if (depth_ == 2) member_.reset();
   return true;
 }
@@ -165,22 +137,27 @@ bool PatchReader::fail(std::string reason, std::size_t byteOffset) {
 }
 
 // The parser's own words without its error number, its line and column, and the text it last read: that text
-// may be of any length and hold anything.
+// may be of any length and hold anything. Its words change with its version; the first two do not.
 std::string syntaxReason(std::string_view message) {
-  message = message.substr(std::min(message.find("syntax error"), message.size()));
+  const std::size_t begin = message.find("syntax error");
+  if (begin == std::string_view::npos) return "syntax error";
+  message = message.substr(begin);
   return std::string(message.substr(0, message.find("; last read")));
 }
 
 bool PatchReader::parse_error(std::size_t bytesRead, const std::string& /*token*/,
                               const nlohmann::detail::exception& error) {
-  constexpr int kNumberOverflow = 406;
-  if (error.id == kNumberOverflow) return fail("number out of range for a 64-bit float", valueOffset());
-  return fail(syntaxReason(error.what()), bytesRead - 1);
+  return fail(syntaxReason(error.what()), bytesRead - 1 + count_.leftOut);
 }
 
 }  // namespace
 
 PatchDecodeResult decodePatch(std::string_view text) {
+  checkNotIo();
+  if (text.empty()) {
+    return PatchFileError{
+        .reason = "there is no text", .element = std::nullopt, .member = {}, .byteOffset = 0};
+  }
   // The parser would take it for the end of the text and never look behind it.
   if (const auto offset = text.find('\0'); offset != std::string_view::npos) {
     return PatchFileError{.reason = "found a NUL byte; a patch file is UTF-8 text",
@@ -188,7 +165,7 @@ PatchDecodeResult decodePatch(std::string_view text) {
                           .member = {},
                           .byteOffset = offset};
   }
-  // The parser converts numbers by the thread's locale.
+  // Numbers are converted by the thread's locale.
   const ScopedCLocale locale;
   return PatchReader(text).read();
 }

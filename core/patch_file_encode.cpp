@@ -1,5 +1,6 @@
 #include <cmath>
 
+#include "base/thread_check.h"
 #include "core/patch_file.h"
 #include "core/patch_file_gain.h"
 
@@ -24,6 +25,7 @@ void appendRoute(std::string& text, const PatchConnection& route) {
 }  // namespace
 
 PatchEncodeResult encodePatch(std::span<const PatchConnection> connections) {
+  checkNotIo();
   std::string text = "[";
   for (std::size_t element = 0; element < connections.size(); ++element) {
     const PatchConnection& route = connections[element];

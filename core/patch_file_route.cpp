@@ -1,6 +1,7 @@
 #include "core/patch_file_route.h"
 
 #include <cmath>
+#include <cstdlib>
 
 #include "core/patch_file_number.h"
 
@@ -33,7 +34,8 @@ std::string takeInteger(const JsonValue& value, std::int64_t& field) {
 std::string takeGain(const JsonValue& value, float& field) {
   const auto* number = std::get_if<JsonNumber>(&value);
   if (number == nullptr) return mismatch("a number", value);
-  const auto gain = static_cast<float>(number->value);
+  // At once: rounded to a double first, a text near the middle of two floats may end on the farther one.
+  const float gain = std::strtof(std::string(number->text).c_str(), nullptr);
   if (!std::isfinite(gain)) return "number out of range for a 32-bit float";
   field = gain;
   return {};

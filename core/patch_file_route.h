@@ -20,7 +20,6 @@ struct OtherJsonValue {
 /// A number, as its text has it.
 struct JsonNumber {
   std::string_view text;
-  double value;  // finite
 };
 
 using JsonValue = std::variant<OtherJsonValue, JsonNumber, bool>;
@@ -29,7 +28,8 @@ using JsonValue = std::variant<OtherJsonValue, JsonNumber, bool>;
 [[nodiscard]] std::string mismatch(const char* wanted, const JsonValue& value);
 
 /// Takes the members of one JSON object in any order and judges them when the object ends: of equal members
-/// only the last counts, so a wrong one may still be replaced by a right one. [not-io]
+/// only the last counts, so a wrong one may still be replaced by a right one. The thread's locale is C's.
+/// [not-io]
 class PatchRouteBuilder {
  public:
   using Key = PatchConnection::CodingKeys;

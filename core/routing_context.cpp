@@ -2,8 +2,9 @@
 
 #include <limits>
 
+#include "base/fatal.h"
+#include "base/thread_check.h"
 #include "core/atomic32.h"
-#include "core/fatal.h"
 
 namespace tolvane {
 
@@ -38,6 +39,7 @@ IOProcContext initialContext(std::int64_t inputChannels, std::int64_t outputChan
 }
 
 void writeConnections(IOProcContext* context, std::span<const PatchConnection> connections) {
+  checkMainThread();
   const bool liveIsA = loadAcquire(context->activeBuf) == 0;
   auto& entries = liveIsA ? context->patchesB : context->patchesA;
   std::int32_t count = 0;

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "ctl/device_choice.h"
+#include "ctl/printable.h"
 
 namespace tolvane::ctl {
 
@@ -19,14 +20,14 @@ Result<hal::AggregateMember, Failure> memberOf(const MemberCandidate& device,
                                 static_cast<std::uint32_t>(device.info.inputChannels),
                                 static_cast<std::uint32_t>(device.info.outputChannels)};
   }
-  std::string text = device.info.name + ": " +
-                     (device.isAggregate ? "an aggregate cannot be in another one"
-                                         : "is not a device of PipeWire, which runs aggregates") +
-                     "; these can be used:";
+  std::string text =
+      about(device.info.name, device.isAggregate ? "an aggregate cannot be in another one"
+                                                 : "is not a device of PipeWire, which runs aggregates") +
+      "; these can be used:";
   const std::size_t empty = text.size();
   for (const MemberCandidate& candidate : all) {
     if (!canBeMember(candidate)) continue;
-    text += "\n  " + std::to_string(candidate.info.id) + "  " + candidate.info.name;
+    text += "\n  " + std::to_string(candidate.info.id) + "  " + printable(candidate.info.name);
   }
   if (text.size() == empty) text += " none that is there";
   return Failure{text};

@@ -1,8 +1,6 @@
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
 #include <set>
-#include <thread>
 
 #include "ctl/aggregate_choice.h"
 #include "ctl/aggregate_command.h"
@@ -10,7 +8,8 @@
 #include "ctl/aggregate_store.h"
 #include "ctl/device_property.h"
 #include "ctl/messages.h"
-#include "engine/core_audio_engine.h"
+#include "ctl/printable.h"
+#include "ctl/resource_check.h"
 #include "engine/device_text.h"
 
 namespace tolvane::ctl {
@@ -19,13 +18,11 @@ namespace {
 
 using Members = Result<std::vector<hal::AggregateMember>, Failure>;
 
-std::vector<MemberCandidate> candidates() {
-  const CoreAudioEngine engine;
+std::vector<MemberCandidate> candidatesOf(const DeviceListing& listing) {
   std::vector<MemberCandidate> devices;
-  for (AudioDeviceInfo& info : engine.getAllDevices()) {
-    const AudioDeviceID id = info.id;
-    const auto transport = deviceProperty<UInt32>(id, kAudioDevicePropertyTransportType);
-    devices.push_back({std::move(info), deviceText(id, kAudioDevicePropertyDeviceUID).value_or(""),
+  for (const AudioDeviceInfo& info : listing.devices) {
+    const auto transport = deviceProperty<UInt32>(info.id, kAudioDevicePropertyTransportType);
+    devices.push_back({info, deviceText(info.id, kAudioDevicePropertyDeviceUID).value_or(""),
                        transport == kAudioDeviceTransportTypeAggregate});
   }
   return devices;
@@ -38,35 +35,39 @@ Members chooseMembers(const std::vector<MemberCandidate>& devices, const std::ve
     if (!member) return member.error();
     const bool isTwice = std::any_of(members.begin(), members.end(),
                                      [&](const auto& other) { return other.uid == member.value().uid; });
-    if (isTwice) return Failure{member.value().name + ": is named twice"};
+    if (isTwice) return Failure{about(member.value().name, "is named twice")};
     members.push_back(std::move(member).value());
   }
   return members;
 }
 
-/// The sound server may be too busy to be in the first list.
-Members findMembers(const std::vector<std::string>& wanted, std::vector<MemberCandidate>& devices) {
-  constexpr int kAttempts = 5;
-  for (int attempt = 1;; ++attempt) {
-    devices = candidates();
-    Members members = chooseMembers(devices, wanted);
-    const bool isMissing = !members && members.error().status == ExitStatus::noSuchDevice;
-    if (!isMissing || attempt == kAttempts) return members;
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));
-  }
+/// Waits for the members. `devices` are those that are there then.
+Members findMembers(const AggregateOptions& options, std::vector<MemberCandidate>& devices) {
+  const auto isMissing = [](const Members& members) {
+    return !members && members.error().status == ExitStatus::noSuchDevice;
+  };
+  const DeviceListingResult result = awaitDevices(options.waitSeconds, [&](const DeviceListing& listing) {
+    return listing.silentServers.empty() && !isMissing(chooseMembers(candidatesOf(listing), options.devices));
+  });
+  if (!result) return result.error();
+  const DeviceListing& listing = result.value();
+  devices = candidatesOf(listing);
+  Members members = chooseMembers(devices, options.devices);
+  return isMissing(members) && !listing.silentServers.empty() ? silenceOf(listing) : members;
 }
 
 std::optional<Failure> refuseName(const hal::AggregateDocument& document, const std::string& name,
                                   const std::vector<MemberCandidate>& devices) {
-  if (document.find(name) != nullptr) return Failure{"there is an aggregate called \"" + name + "\" already"};
+  if (document.find(name) != nullptr)
+    return Failure{"there is an aggregate called \"" + printable(name) + "\" already"};
   const bool isDevices = std::any_of(devices.begin(), devices.end(),
                                      [&](const MemberCandidate& device) { return device.info.name == name; });
-  if (isDevices) return Failure{"there is a device called \"" + name + "\" already"};
+  if (isDevices) return Failure{"there is a device called \"" + printable(name) + "\" already"};
   return std::nullopt;
 }
 
 Failure noAggregate(const std::string& name) {
-  return {"no aggregate is called \"" + name + "\"", ExitStatus::noSuchDevice};
+  return {"no aggregate is called \"" + printable(name) + "\"", ExitStatus::noSuchDevice};
 }
 
 /// Reports the failure, if there is one.
@@ -79,17 +80,20 @@ ExitStatus statusOf(const std::optional<Failure>& failure) {
 ExitStatus aggregateListCommand(const AggregateOptions& options) {
   const auto document = readAggregates();
   if (!document) return fail(document.error());
+  if (const auto failure = tooFewResources()) return fail(*failure);
+  const DeviceListingResult listing = awaitAllDevices(options.waitSeconds);
+  if (!listing) return fail(listing.error());
   std::set<std::string> there;
-  for (const MemberCandidate& device : candidates()) there.insert(device.uid);
+  for (const MemberCandidate& device : candidatesOf(listing.value())) there.insert(device.uid);
   const auto& aggregates = document.value().aggregates();
   const std::string text =
       options.json ? aggregateJson(aggregates, there) : aggregateTable(aggregates, there);
   std::fputs(text.c_str(), stdout);
-  return ExitStatus::done;
+  return listing.value().silentServers.empty() ? ExitStatus::done : fail(silenceOf(listing.value()));
 }
 
 ExitStatus aggregateCreateCommand(const AggregateOptions& options) {
-  if (const std::string why = hal::whyNoAggregateName(options.name); !why.empty()) {
+  if (const std::string why = hal::whyNoNewAggregateName(options.name); !why.empty()) {
     return fail({why, ExitStatus::usage});
   }
   if (options.devices.size() > hal::kMaxAggregateMembers) {
@@ -98,8 +102,9 @@ ExitStatus aggregateCreateCommand(const AggregateOptions& options) {
   }
   // A bad file is said first: without it nobody knows which names are taken.
   if (const auto document = readAggregates(); !document) return fail(document.error());
+  if (const auto failure = tooFewResources()) return fail(*failure);
   std::vector<MemberCandidate> devices;
-  Members members = findMembers(options.devices, devices);
+  Members members = findMembers(options, devices);
   if (!members) return fail(members.error());
   auto store = AggregateStore::open();
   if (!store) return fail(store.error());

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include "ctl/json_text.h"
 #include "ctl/text_table.h"
 
 namespace tolvane::ctl {
@@ -49,7 +50,7 @@ std::string aggregateJson(const std::vector<hal::Aggregate>& aggregates, const s
     }
     array.push_back({{"name", aggregate.name}, {"members", std::move(members)}});
   }
-  return array.dump(2) + '\n';
+  return jsonText(array, 2);
 }
 
 }  // namespace tolvane::ctl

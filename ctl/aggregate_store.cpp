@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "ctl/pending_file.h"
+#include "ctl/printable.h"
 #include "hal/aggregates/aggregate_file.h"
 
 namespace tolvane::ctl {
@@ -44,7 +45,7 @@ Result<hal::AggregateDocument, Failure> readAggregates() {
   const std::string path = hal::aggregateFilePath();
   if (path.empty()) return noPlace();
   hal::AggregateRead read = hal::readAggregateFile(path);
-  if (!read.document) return Failure{read.error};
+  if (!read.document) return Failure{printable(read.error)};
   return std::move(*read.document);
 }
 

@@ -4,6 +4,7 @@
 
 #include "ctl/decimal.h"
 #include "ctl/device_property.h"
+#include "ctl/printable.h"
 
 namespace tolvane::ctl {
 
@@ -34,15 +35,15 @@ OSStatus write(AudioDeviceID device, std::uint32_t frames) {
 
 std::optional<Failure> setBufferFrames(const AudioDeviceInfo& device, std::uint32_t frames) {
   const auto range = deviceProperty<AudioValueRange>(device.id, kAudioDevicePropertyBufferFrameSizeRange);
-  if (const auto why = objection(range, frames)) return Failure{device.name + ": " + *why};
+  if (const auto why = objection(range, frames)) return Failure{about(device.name, *why)};
   if (const OSStatus status = write(device.id, frames); status != noErr) {
-    return Failure{device.name + ": a buffer of " + frameCount(frames) + " is refused (" +
-                   std::to_string(status) + ")"};
+    return Failure{about(
+        device.name, "a buffer of " + frameCount(frames) + " is refused (" + std::to_string(status) + ")")};
   }
   const auto now = deviceProperty<UInt32>(device.id, kAudioDevicePropertyBufferFrameSize);
   if (now.value_or(frames) == frames) return std::nullopt;
-  return Failure{device.name + ": takes a buffer of " + frameCount(*now) + " instead of " +
-                 std::to_string(frames)};
+  return Failure{
+      about(device.name, "takes a buffer of " + frameCount(*now) + " instead of " + std::to_string(frames))};
 }
 
 }  // namespace tolvane::ctl

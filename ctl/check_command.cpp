@@ -1,20 +1,45 @@
 #include "ctl/check_command.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
+#include <limits>
+#include <optional>
 
+#include "core/patch_file.h"
 #include "ctl/messages.h"
 #include "ctl/patch_source.h"
+#include "ctl/printable.h"
 #include "ctl/route_table.h"
 
 namespace tolvane::ctl {
 
 namespace {
 
+/// The first active route of a channel that no device can have, whatever else is active.
+std::optional<Failure> impossibleChannel(const std::string& path, const Routes& routes) {
+  // Devices count their channels in 32 bits, so the last one has the number before the largest count.
+  const auto isPossible = [](std::int64_t channel) {
+    return channel >= 0 && channel < std::numeric_limits<std::int32_t>::max();
+  };
+  const auto failure = [&](std::size_t element, const char* member, std::int64_t channel) {
+    const PatchFileError error{"no device can have the channel number " + std::to_string(channel), element,
+                               member, std::nullopt};
+    return Failure{about(path, error.message()), ExitStatus::badPatch};
+  };
+  for (std::size_t i = 0; i < routes.size(); ++i) {
+    if (!routes[i].active) continue;
+    if (!isPossible(routes[i].inputChannel)) return failure(i, "inputChannel", routes[i].inputChannel);
+    if (!isPossible(routes[i].outputChannel)) return failure(i, "outputChannel", routes[i].outputChannel);
+  }
+  return std::nullopt;
+}
+
 ExitStatus checkFile(const std::string& path) {
   const PatchResult routes = loadPatch(path);
   if (!routes) return fail(routes.error());
-  std::printf("%s:\n%s", path.c_str(), routeTable(routes.value()).c_str());
+  if (const auto failure = impossibleChannel(path, routes.value())) return fail(*failure);
+  std::printf("%s:\n%s", printable(path).c_str(), routeTable(routes.value()).c_str());
   if (const auto note = unheardRoutesNote(path, routes.value())) say(*note);
   return ExitStatus::done;
 }

@@ -1,7 +1,9 @@
 #include "ctl/command_line.h"
 
-#include <cmath>
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
+#include <cstdlib>
 #include <string>
 #include <vector>
 
@@ -11,6 +13,7 @@
 #include "ctl/check_command.h"
 #include "ctl/devices_command.h"
 #include "ctl/messages.h"
+#include "ctl/printable.h"
 #include "ctl/render_command.h"
 #include "ctl/run_command.h"
 
@@ -19,6 +22,46 @@ namespace tolvane::ctl {
 namespace {
 
 constexpr const char* kPatchHelp = "the patch file";
+
+// The argument library takes "[a,b]" for a list, and "" for nothing. With this mark behind it either is a
+// word.
+constexpr char kWordMark = '\x1F';
+
+std::string marked(const std::string& word) {
+  const bool looksLikeAList = word.starts_with('[') && word.ends_with(']');
+  return word.empty() || looksLikeAList || word.ends_with(kWordMark) ? word + kWordMark : word;
+}
+
+std::string withoutMarks(std::string text) {
+  for (std::size_t at = text.find(kWordMark); at != std::string::npos; at = text.find(kWordMark, at))
+    text.erase(at, 1);
+  return text;
+}
+
+/// A name as the user gave it.
+CLI::Validator name() {
+  const auto check = [](std::string& text) {
+    if (text.ends_with(kWordMark)) text.pop_back();
+    return text.empty() ? std::string("the name cannot be empty") : std::string();
+  };
+  return {check, ""};
+}
+
+/// Digits are decimal, whatever they begin with.
+CLI::Validator wholeNumber(int lowest, int highest) {
+  const auto check = [lowest, highest](std::string& text) {
+    int number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, number);
+    if (error != std::errc() || stop != end || number < lowest || number > highest) {
+      return '"' + text + "\" is not a whole number from " + std::to_string(lowest) + " to " +
+             std::to_string(highest);
+    }
+    text = std::to_string(number);
+    return std::string();
+  };
+  return {check, ""};
+}
 
 /// What the arguments are read into.
 struct Arguments {
@@ -29,16 +72,30 @@ struct Arguments {
   AggregateOptions aggregate;
 };
 
+std::string requireWait(const std::string& text) {
+  double seconds = 0.0;
+  const bool isNumber = CLI::detail::lexical_cast(text, seconds);
+  return isNumber && seconds >= 0.0 && seconds <= 1e9 ? "" : text + " is not a number of seconds from 0 on";
+}
+
+void declareWait(CLI::App& command, double& seconds) {
+  command.add_option("--wait", seconds, "how long to wait for sound servers and devices")
+      ->check(requireWait)
+      ->type_name("SECONDS")
+      ->capture_default_str();
+}
+
 void declareDevices(CLI::App& program, Arguments& arguments, ExitStatus& status) {
   CLI::App* command = program.add_subcommand("devices", "List the audio devices");
   command->add_flag("--json", arguments.devices.json, "as a JSON array; with --watch one object a line");
   command->add_flag("--watch", arguments.devices.watch, "then tell of those that come and go");
+  declareWait(*command, arguments.devices.waitSeconds);
   command->callback([&] { status = devicesCommand(arguments.devices); });
 }
 
 void declareCheck(CLI::App& program, Arguments& arguments, ExitStatus& status) {
   CLI::App* command = program.add_subcommand("check", "Print the routes of patch files, or what is wrong");
-  command->add_option("FILE", arguments.checkedPaths, "patch files")->required();
+  command->add_option("FILE", arguments.checkedPaths, "patch files")->required()->transform(name());
   command->callback([&] { status = checkCommand(arguments.checkedPaths); });
 }
 
@@ -49,36 +106,54 @@ std::string refuseStandardOutput(const std::string& path) {
 void declareRender(CLI::App& program, Arguments& arguments, ExitStatus& status) {
   RenderOptions& options = arguments.render;
   CLI::App* command = program.add_subcommand("render", "Send a sound file through a patch into a new file");
-  command->add_option("--patch", options.patchPath, kPatchHelp)->required()->type_name("FILE");
-  command->add_option("--outputs", options.outputChannels, "channels of OUT [the highest routed output]")
-      ->check(CLI::Range(1, 1024))
+  command->add_option("--patch", options.patchPath, kPatchHelp)
+      ->required()
+      ->transform(name())
+      ->type_name("FILE");
+  command
+      ->add_option("--outputs", options.outputChannels,
+                   "channels of OUT, 1 to 1024 [the highest routed output]")
+      ->transform(wholeNumber(1, 1024))
       ->type_name("N");
   command->add_option("--buffer", options.bufferFrames, "frames a cycle; OUT does not depend on it")
-      ->check(CLI::Range(1, 65536))
+      ->transform(wholeNumber(1, 65536))
       ->type_name("FRAMES")
       ->capture_default_str();
-  command->add_option("IN", options.inputPath, "a sound file of any common format")->required();
+  command->add_flag("--partial", options.partial, "render what is there of an IN that is cut off");
+  command->add_option("IN", options.inputPath, "a sound file of any common format")
+      ->required()
+      ->transform(name());
   command->add_option("OUT", options.outputPath, "the new WAV file, 32-bit float")
       ->required()
-      ->check(refuseStandardOutput);
+      ->check(refuseStandardOutput)
+      ->transform(name());
   command->callback([&] { status = renderCommand(options); });
 }
 
+constexpr double kMostSeconds = 1e9;
+
 std::string requireSensibleSeconds(const std::string& text) {
-  double seconds = 0.0;
-  const bool isNumber = CLI::detail::lexical_cast(text, seconds);
-  const bool sensible = isNumber && std::isfinite(seconds) && seconds > 0.0 && seconds <= 1e9;
-  return sensible ? "" : text + " is not a number of seconds above 0";
+  char* end = nullptr;
+  const double seconds = std::strtod(text.c_str(), &end);
+  const bool isDecimal = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
+  const bool isNumber = isDecimal && end == text.c_str() + text.size();
+  if (isNumber && seconds > 0.0 && seconds <= kMostSeconds) return "";
+  return '"' + text + "\" is not a number of seconds above 0 and up to 1000000000";
 }
 
 void declareRun(CLI::App& program, Arguments& arguments, ExitStatus& status) {
   RunOptions& options = arguments.run;
   CLI::App* command = program.add_subcommand("run", "Route live until SIGINT or SIGTERM; SIGHUP reloads");
-  command->add_option("--patch", options.patchPath, kPatchHelp)->required()->type_name("FILE");
+  command->add_option("--patch", options.patchPath, kPatchHelp)
+      ->required()
+      ->transform(name())
+      ->type_name("FILE");
   command->add_option("--device", options.device, "name, part of a name, or id [the first device]")
+      ->transform(name())
       ->type_name("NAME|ID");
+  declareWait(*command, options.waitSeconds);
   command->add_option("--buffer", options.bufferFrames, "frames a cycle, set on the device [as it is]")
-      ->check(CLI::Range(1, 65536))
+      ->transform(wholeNumber(1, 65536))
       ->type_name("FRAMES");
   command->add_flag("--watch", options.watch, "take over the patch whenever its file changes");
   command->add_flag("--meters", options.meters, "show the levels of the routed channels");
@@ -94,14 +169,32 @@ void declareAggregate(CLI::App& program, Arguments& arguments, ExitStatus& statu
   command->require_subcommand(1);
   CLI::App* list = command->add_subcommand("list", "List the aggregates and the channels of their devices");
   list->add_flag("--json", options.json, "as a JSON array");
+  declareWait(*list, options.waitSeconds);
   list->callback([&] { status = aggregateListCommand(options); });
   CLI::App* create = command->add_subcommand("create", "Make one of devices, in this order");
-  create->add_option("NAME", options.name, "what it is to be called")->required();
-  create->add_option("DEVICE", options.devices, "names, identifiers, or lasting identities")->required();
+  create->add_option("NAME", options.name, "what it is to be called")->required()->transform(name());
+  create->add_option("DEVICE", options.devices, "names, identifiers, or lasting identities")
+      ->required()
+      ->transform(name());
+  declareWait(*create, options.waitSeconds);
   create->callback([&] { status = aggregateCreateCommand(options); });
   CLI::App* remove = command->add_subcommand("delete", "Forget one; its devices stay");
-  remove->add_option("NAME", options.name, "what it is called")->required();
+  remove->add_option("NAME", options.name, "what it is called")->required()->transform(name());
   remove->callback([&] { status = aggregateDeleteCommand(options); });
+}
+
+/// Why there is no command to run after the ones that were given; empty when there is one.
+std::string missingCommand(const CLI::App& program) {
+  const auto given = program.get_subcommands();
+  const CLI::App& last = given.empty() ? program : *given.front();
+  std::string commands;
+  for (const CLI::App* command : last.get_subcommands([](const CLI::App*) { return true; }))
+    commands += (commands.empty() ? "" : ", ") + command->get_name();
+  if (commands.empty() || !last.get_subcommands().empty()) return {};
+  const std::vector<std::string> others = program.remaining(true);
+  const std::string problem =
+      others.empty() ? "a command is missing" : '"' + others.front() + "\" is no command";
+  return problem + "; the commands are " + commands;
 }
 
 ExitStatus afterParseError(const CLI::App& program, const CLI::ParseError& error) {
@@ -109,7 +202,8 @@ ExitStatus afterParseError(const CLI::App& program, const CLI::ParseError& error
     program.exit(error);  // help or version, on standard output
     return ExitStatus::done;
   }
-  say(error.what());
+  const std::string missing = missingCommand(program);
+  say(printable(withoutMarks(missing.empty() ? error.what() : missing)));
   say("try 'tolvanectl --help'");
   return ExitStatus::usage;
 }
@@ -121,6 +215,11 @@ ExitStatus runCommandLine(int argc, char** argv) {
   program.set_version_flag("--version", "tolvanectl " TOLVANE_VERSION);
   program.require_subcommand(1);
   program.get_formatter()->column_width(28);
+  std::vector<std::string> words(static_cast<std::size_t>(argc));
+  std::transform(argv, argv + argc, words.begin(), [](const char* word) { return marked(word); });
+  std::vector<const char*> pointers(words.size());
+  std::transform(words.begin(), words.end(), pointers.begin(),
+                 [](const std::string& word) { return word.c_str(); });
   Arguments arguments;
   ExitStatus status = ExitStatus::done;
   declareDevices(program, arguments, status);
@@ -129,7 +228,7 @@ ExitStatus runCommandLine(int argc, char** argv) {
   declareRun(program, arguments, status);
   declareAggregate(program, arguments, status);
   try {
-    program.parse(argc, argv);
+    program.parse(static_cast<int>(pointers.size()), pointers.data());
   } catch (const CLI::ParseError& error) {
     return afterParseError(program, error);
   }

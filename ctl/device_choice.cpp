@@ -6,6 +6,9 @@
 #include <optional>
 #include <string_view>
 
+#include "ctl/device_property.h"
+#include "ctl/printable.h"
+
 namespace tolvane::ctl {
 
 namespace {
@@ -48,9 +51,22 @@ std::vector<AudioDeviceInfo> candidates(const std::vector<AudioDeviceInfo>& devi
 Failure noChoice(const std::string& problem, const std::vector<AudioDeviceInfo>& devices) {
   std::string text = problem + "; the devices are:";
   for (const AudioDeviceInfo& device : devices) {
-    text += "\n  " + std::to_string(device.id) + "  " + device.name;
+    text += "\n  " + std::to_string(device.id) + "  " + printable(device.name);
   }
   return {text, ExitStatus::noSuchDevice};
+}
+
+bool isVirtual(const AudioDeviceInfo& device) {
+  return deviceProperty<UInt32>(device.id, kAudioDevicePropertyTransportType) ==
+         kAudioDeviceTransportTypeVirtual;
+}
+
+/// No device that is still to come changes what is chosen.
+bool isDecided(const DeviceListing& listing, const std::string& wanted) {
+  const bool isComplete = listing.silentServers.empty();
+  if (wanted.empty()) return isComplete;
+  const auto found = candidates(listing.devices, wanted);
+  return isComplete ? !found.empty() : found.size() == 1 && found.front().name == wanted;
 }
 
 }  // namespace
@@ -60,8 +76,25 @@ DeviceChoice chooseDevice(const std::vector<AudioDeviceInfo>& devices, const std
   if (wanted.empty()) return devices.front();
   const std::vector<AudioDeviceInfo> found = candidates(devices, wanted);
   if (found.size() == 1) return found.front();
-  if (found.empty()) return noChoice("no device is called \"" + wanted + "\"", devices);
-  return noChoice("several devices are called \"" + wanted + "\", give an identifier", devices);
+  if (found.empty()) return noChoice("no device is called \"" + printable(wanted) + "\"", devices);
+  return noChoice("several devices are called \"" + printable(wanted) + "\", give an identifier", devices);
+}
+
+DeviceChoice chooseListed(const DeviceListing& listing, const std::string& wanted) {
+  DeviceChoice choice = chooseDevice(listing.devices, wanted);
+  if (isDecided(listing, wanted) || listing.silentServers.empty()) return choice;
+  const bool isMissing = !choice && candidates(listing.devices, wanted).empty();
+  const bool isStopgap = choice && (wanted.empty() ? isVirtual(choice.value()) : isNumber(wanted));
+  return isMissing || isStopgap ? silenceOf(listing) : choice;
+}
+
+DeviceChoice awaitDevice(const std::string& wanted, double seconds,
+                         const std::function<bool()>& isInterrupted) {
+  const auto isEnough = [&](const DeviceListing& listing) {
+    return isInterrupted() || isDecided(listing, wanted);
+  };
+  const DeviceListingResult listing = awaitDevices(seconds, isEnough);
+  return listing ? chooseListed(listing.value(), wanted) : listing.error();
 }
 
 }  // namespace tolvane::ctl

@@ -14,7 +14,8 @@ constexpr AudioObjectPropertySelector kListenedTo[] = {kAudioDeviceProcessorOver
 DeviceEvents::DeviceEvents(AudioDeviceID device) : device_(device) {
   for (const auto selector : kListenedTo) {
     const AudioObjectPropertyAddress address = globalAddress(selector);
-    AudioObjectAddPropertyListener(device_, &address, &DeviceEvents::told, this);
+    const OSStatus status = AudioObjectAddPropertyListener(device_, &address, &DeviceEvents::told, this);
+    if (status_ == noErr) status_ = status;
   }
 }
 

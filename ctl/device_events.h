@@ -18,6 +18,9 @@ class DeviceEvents {
   /// When it has returned, nothing more is told.
   ~DeviceEvents();
 
+  /// Why nothing can be told; noErr when it can.
+  [[nodiscard]] OSStatus status() const noexcept { return status_; }
+
   /// Readable when the device may have gone or come back. To be polled.
   [[nodiscard]] int descriptor() const noexcept { return wake_.descriptor(); }
 
@@ -33,6 +36,7 @@ class DeviceEvents {
 
   AudioDeviceID device_;
   WakePipe wake_;
+  OSStatus status_ = noErr;
   std::atomic<std::uint64_t> overloads_{0};
 };
 

@@ -6,6 +6,8 @@
 
 #include "ctl/decimal.h"
 #include "ctl/device_property.h"
+#include "ctl/json_text.h"
+#include "ctl/printable.h"
 #include "ctl/text_table.h"
 
 namespace tolvane::ctl {
@@ -53,11 +55,6 @@ nlohmann::ordered_json jsonOf(const DeviceDetails& device) {
           {"bufferFrames", orNull(device.bufferFrames)}};
 }
 
-std::string textOf(const nlohmann::ordered_json& json, int indent) {
-  // A name is the hardware's own text and need not be UTF-8.
-  return json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + '\n';
-}
-
 std::string counted(std::int64_t count, const std::string& unit) {
   return std::to_string(count) + ' ' + unit + (count == 1 ? "" : "s");
 }
@@ -77,16 +74,15 @@ std::string transportName(std::uint32_t transportType) {
   return characters;
 }
 
-std::vector<DeviceDetails> listDevices(const CoreAudioEngine& engine) {
-  std::vector<DeviceDetails> devices;
-  for (AudioDeviceInfo& info : engine.getAllDevices()) {
-    const AudioDeviceID id = info.id;
-    const auto transport = deviceProperty<UInt32>(id, kAudioDevicePropertyTransportType);
-    devices.push_back({std::move(info), transportName(transport.value_or(0)),
-                       deviceProperty<Float64>(id, kAudioDevicePropertyNominalSampleRate),
-                       deviceProperty<UInt32>(id, kAudioDevicePropertyBufferFrameSize)});
+std::vector<DeviceDetails> detailsOf(const std::vector<AudioDeviceInfo>& devices) {
+  std::vector<DeviceDetails> details;
+  for (const AudioDeviceInfo& info : devices) {
+    const auto transport = deviceProperty<UInt32>(info.id, kAudioDevicePropertyTransportType);
+    details.push_back({info, transportName(transport.value_or(0)),
+                       deviceProperty<Float64>(info.id, kAudioDevicePropertyNominalSampleRate),
+                       deviceProperty<UInt32>(info.id, kAudioDevicePropertyBufferFrameSize)});
   }
-  return devices;
+  return details;
 }
 
 std::string deviceTable(const std::vector<DeviceDetails>& devices) {
@@ -112,12 +108,12 @@ std::string deviceTable(const std::vector<DeviceDetails>& devices) {
 std::string deviceJson(const std::vector<DeviceDetails>& devices) {
   auto array = nlohmann::ordered_json::array();
   for (const DeviceDetails& device : devices) array.push_back(jsonOf(device));
-  return textOf(array, 2);
+  return jsonText(array, 2);
 }
 
 std::string deviceEventLine(const std::string& event, const DeviceDetails& device) {
   const AudioDeviceInfo& info = device.info;
-  return event + ": " + std::to_string(info.id) + "  " + TextTable::printable(info.name) + "  (" +
+  return event + ": " + std::to_string(info.id) + "  " + printable(info.name) + "  (" +
          counted(info.inputChannels, "input") + ", " + counted(info.outputChannels, "output") + ", " +
          device.driver + ")\n";
 }
@@ -125,7 +121,7 @@ std::string deviceEventLine(const std::string& event, const DeviceDetails& devic
 std::string deviceEventJson(const std::string& event, const DeviceDetails& device) {
   nlohmann::ordered_json object = {{"event", event}};
   object.update(jsonOf(device));
-  return textOf(object, -1);
+  return jsonText(object, -1);
 }
 
 }  // namespace tolvane::ctl

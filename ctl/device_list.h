@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "engine/audio_device_info.h"
-#include "engine/core_audio_engine.h"
 
 namespace tolvane::ctl {
 
@@ -22,8 +21,8 @@ struct DeviceDetails {
 /// has no name here. [not-io]
 [[nodiscard]] std::string transportName(std::uint32_t transportType);
 
-/// The engine's devices, in its order. [main-thread]
-[[nodiscard]] std::vector<DeviceDetails> listDevices(const CoreAudioEngine& engine);
+/// What the HAL tells of these devices. [not-io]
+[[nodiscard]] std::vector<DeviceDetails> detailsOf(const std::vector<AudioDeviceInfo>& devices);
 
 /// As a table with a line of titles. [not-io]
 [[nodiscard]] std::string deviceTable(const std::vector<DeviceDetails>& devices);

@@ -1,7 +1,6 @@
 #include "ctl/device_watch.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstdio>
 #include <string>
@@ -9,7 +8,9 @@
 #include <poll.h>
 
 #include "ctl/device_property.h"
+#include "ctl/device_wait.h"
 #include "ctl/messages.h"
+#include "ctl/resource_check.h"
 #include "ctl/signal_pipe.h"
 
 namespace tolvane::ctl {
@@ -37,7 +38,7 @@ std::vector<DeviceDetails> missing(const std::vector<DeviceDetails>& all,
 /// The list as it is printed and followed.
 class WatchedList {
  public:
-  explicit WatchedList(bool json) : json_(json), devices_(listDevices(engine_)) {}
+  WatchedList(bool json, const DeviceListing& listing) : json_(json), devices_(detailsOf(listing.devices)) {}
 
   void printAll() const {
     if (!json_) {
@@ -48,7 +49,9 @@ class WatchedList {
   }
 
   void printChanges() {
-    std::vector<DeviceDetails> now = listDevices(engine_);
+    const DeviceListingResult listing = awaitAllDevices(0.0);
+    if (!listing) return;  // nobody knows whether anything has gone
+    std::vector<DeviceDetails> now = detailsOf(listing.value().devices);
     const DeviceChanges changes = changesBetween(devices_, now);
     for (const DeviceDetails& device : changes.departed) printEvent("departed", device);
     for (const DeviceDetails& device : changes.arrived) printEvent("arrived", device);
@@ -63,7 +66,6 @@ class WatchedList {
   }
 
   const bool json_;
-  const CoreAudioEngine engine_;
   std::vector<DeviceDetails> devices_;
 };
 
@@ -85,7 +87,7 @@ bool awaitChange(const SignalPipe& signals, const DeviceListEvents& events) {
 
 DeviceListEvents::DeviceListEvents() {
   const AudioObjectPropertyAddress address = globalAddress(kAudioHardwarePropertyDevices);
-  AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, &DeviceListEvents::told, this);
+  status_ = AudioObjectAddPropertyListener(kAudioObjectSystemObject, &address, &DeviceListEvents::told, this);
 }
 
 DeviceListEvents::~DeviceListEvents() {
@@ -111,17 +113,20 @@ DeviceChanges changesBetween(const std::vector<DeviceDetails>& before,
 }
 
 ExitStatus watchDevices(bool json) {
+  if (const auto failure = tooFewResources()) return fail(*failure);
   // First of all, so that no thread of the HAL ever takes a signal.
-  SignalPipe signals({SIGINT, SIGTERM});
+  const SignalPipe signals({SIGINT, SIGTERM});
   const DeviceListEvents events;
-  WatchedList list(json);
+  const DeviceListingResult listing = awaitAllDevices(0.0);
+  if (!listing) return fail(listing.error());
+  if (events.status() != noErr) return fail({"the list cannot be watched: " + statusText(events.status())});
+  WatchedList list(json, listing.value());
   list.printAll();
-  signals.admit();
   while (flushed()) {
     if (!awaitChange(signals, events)) return ExitStatus::done;
     list.printChanges();
   }
-  return fail(systemFailure("standard output", errno));
+  return ExitStatus::failed;  // which is said when the program ends
 }
 
 }  // namespace tolvane::ctl

@@ -21,6 +21,9 @@ class DeviceListEvents {
   /// Readable when the list may have changed. To be polled.
   [[nodiscard]] int descriptor() const noexcept { return wake_.descriptor(); }
 
+  /// Why nothing can be told; noErr when it can.
+  [[nodiscard]] OSStatus status() const noexcept { return status_; }
+
   /// Empties the descriptor; true when it was readable.
   [[nodiscard]] bool take() const;
 
@@ -29,6 +32,7 @@ class DeviceListEvents {
                        void* clientData);
 
   WakePipe wake_;
+  OSStatus status_ = noErr;
 };
 
 /// What has come and gone between two lists. A device that has other channels or another name than before has

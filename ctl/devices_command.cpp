@@ -4,15 +4,19 @@
 
 #include "ctl/device_list.h"
 #include "ctl/device_watch.h"
+#include "ctl/messages.h"
+#include "ctl/resource_check.h"
 
 namespace tolvane::ctl {
 
 ExitStatus devicesCommand(const DevicesOptions& options) {
   if (options.watch) return watchDevices(options.json);
-  const CoreAudioEngine engine;
-  const std::vector<DeviceDetails> devices = listDevices(engine);
+  if (const auto failure = tooFewResources()) return fail(*failure);
+  const DeviceListingResult listing = awaitAllDevices(options.waitSeconds);
+  if (!listing) return fail(listing.error());
+  const std::vector<DeviceDetails> devices = detailsOf(listing.value().devices);
   std::fputs((options.json ? deviceJson(devices) : deviceTable(devices)).c_str(), stdout);
-  return ExitStatus::done;
+  return listing.value().silentServers.empty() ? ExitStatus::done : fail(silenceOf(listing.value()));
 }
 
 }  // namespace tolvane::ctl

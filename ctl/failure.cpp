@@ -2,10 +2,12 @@
 
 #include <system_error>
 
+#include "ctl/printable.h"
+
 namespace tolvane::ctl {
 
 Failure systemFailure(const std::string& what, int errorNumber) {
-  return {what + ": " + std::generic_category().message(errorNumber)};
+  return {about(what, std::generic_category().message(errorNumber))};
 }
 
 }  // namespace tolvane::ctl

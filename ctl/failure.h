@@ -7,6 +7,7 @@
 namespace tolvane::ctl {
 
 /// Why a command cannot go on: a text for the user, without the program's name, and the status to leave with.
+/// Names in the text are printable().
 struct Failure {
   std::string text;
   ExitStatus status = ExitStatus::failed;

@@ -3,10 +3,13 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdio>
+#include <utility>
 
 #include <poll.h>
 #include <unistd.h>
 
+#include "ctl/device_wait.h"
+#include "ctl/printable.h"
 #include "ctl/route_table.h"
 
 namespace tolvane::ctl {
@@ -15,19 +18,22 @@ namespace {
 
 using std::chrono::milliseconds;
 
+/// A service may be asked for real-time priority, and take its time.
+constexpr std::chrono::seconds kGrantWait{2};
+
 std::size_t channels(std::int64_t count) {
   return static_cast<std::size_t>(std::max<std::int64_t>(0, count));
 }
 
 std::string liveReport(const std::string& path, const Routes& routes) {
   const std::size_t sounding = soundingRoutes(routes).size();
-  return path + ": " + std::to_string(sounding) + (sounding == 1 ? " route is" : " routes are") + " live";
+  return about(path, std::to_string(sounding) + (sounding == 1 ? " route is" : " routes are") + " live");
 }
 
 }  // namespace
 
 LiveSession::LiveSession(const RunOptions& options, AudioDeviceInfo device, PatchSource& patch, Routes routes,
-                         SignalPipe& signals)
+                         const SignalPipe& signals)
     : options_(options),
       device_(std::move(device)),
       patch_(patch),
@@ -48,24 +54,31 @@ LiveSession::~LiveSession() {
 }
 
 ExitStatus LiveSession::run() {
-  if (const auto error = engine_.start(device_.id, routes_)) {
-    return fail({device_.name + ": " + error->errorDescription()});
+  if (events_.status() == kTolvaneExhaustedError) {
+    return fail({about(device_.name, statusText(events_.status()))});
   }
+  if (const auto error = engine_.start(device_.id, routes_)) {
+    const bool isExhausted = error->status == kTolvaneExhaustedError;
+    return fail({about(device_.name, isExhausted ? statusText(error->status) : error->errorDescription())});
+  }
+  say("routing on " + printable(device_.name));
   started_ = Clock::now();
   nextMeters_ = started_;
+  schedulingDue_ = started_ + kGrantWait;
   if (options_.meters) bank_.meter(routes_);
-  signals_.admit();
   while (!ended_) {
     sleep();
     heedSignals();
     heedFile();
     heedDevice();
+    heedScheduling();
     showMeters();
     if (options_.seconds && Clock::now() >= endTime()) ended_ = true;
   }
-  engine_.stop();
-  meters_.reset();
+  tellScheduling();  // before the thread has gone
+  meters_.reset();   // first, as a server that hangs may never let the device stop
   messages_.release();
+  engine_.stop();
   printSummary();
   return ExitStatus::done;
 }
@@ -85,6 +98,7 @@ LiveSession::Clock::time_point LiveSession::wakeTime() const {
   Clock::time_point wake = now + std::chrono::minutes(1);
   if (options_.meters) wake = std::min(wake, nextMeters_);
   if (options_.seconds) wake = std::min(wake, endTime());
+  wake = std::min(wake, schedulingDue_.value_or(wake));
   if (watcher_) wake = std::min(wake, now + watcher_->askEvery());
   return std::min(wake, fileSettling_.due().value_or(wake));
 }
@@ -97,7 +111,7 @@ LiveSession::Clock::time_point LiveSession::endTime() const {
 void LiveSession::heedSignals() {
   while (const auto signal = signals_.next()) {
     if (*signal == SIGHUP) {
-      takeOver(patch_.load());
+      takeOver(patch_.reload());
     } else {
       ended_ = true;
     }
@@ -129,7 +143,20 @@ void LiveSession::heedDevice() {
   const bool alive = events_.isAlive();
   if (alive == wasAlive_) return;
   wasAlive_ = alive;
-  messages_.say(device_.name + (alive ? ": is back" : ": is gone; waiting for it to come back"));
+  messages_.say(about(device_.name, alive ? "is back" : "is gone; waiting for it to come back"));
+}
+
+void LiveSession::heedScheduling() {
+  if (!schedulingDue_ || Clock::now() < *schedulingDue_) return;
+  schedulingDue_.reset();
+  tellScheduling();
+}
+
+void LiveSession::tellScheduling() {
+  if (const auto now = ioThreadScheduling(device_.id)) scheduling_ = now;
+  if (!scheduling_ || isRealtime(*scheduling_) || std::exchange(schedulingTold_, true)) return;
+  messages_.say(device_.name + ": its audio thread did not get real-time priority (" +
+                schedulingText(*scheduling_) + "); sound may break up under load");
 }
 
 void LiveSession::showMeters() {
@@ -156,7 +183,7 @@ void LiveSession::openMeters(Clock::time_point now) {
   constexpr std::chrono::seconds kLongestWait{2};
   nextMeters_ = now + kLook;
   if (bank_.cycles() == 0 && now < started_ + kLongestWait) return;
-  picture_.deviceName = device_.name;
+  picture_.deviceName = printable(device_.name);
   meters_ = makeMeterScreen();
   if (!meters_) {
     meters_ = std::make_unique<MeterLines>();
@@ -167,8 +194,11 @@ void LiveSession::openMeters(Clock::time_point now) {
 }
 
 void LiveSession::printSummary() const {
-  std::printf("cycles: %llu\noverloads: %llu\n%s", static_cast<unsigned long long>(bank_.cycles()),
-              static_cast<unsigned long long>(events_.overloads()), routeTable(routes_).c_str());
+  std::printf("cycles: %llu\noverloads: %llu\n", static_cast<unsigned long long>(bank_.cycles()),
+              static_cast<unsigned long long>(events_.overloads()));
+  if (scheduling_) std::printf("scheduling: %s\n", schedulingText(*scheduling_).c_str());
+  std::fputs(routeTable(routes_).c_str(), stdout);
+  std::fflush(stdout);  // while a signal still ends it, however full the pipe is
 }
 
 }  // namespace tolvane::ctl

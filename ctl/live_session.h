@@ -6,6 +6,7 @@
 
 #include "ctl/device_events.h"
 #include "ctl/file_watcher.h"
+#include "ctl/io_thread.h"
 #include "ctl/messages.h"
 #include "ctl/meter_bank.h"
 #include "ctl/meter_view.h"
@@ -22,7 +23,7 @@ class LiveSession {
  public:
   /// `patch` and `signals` are the caller's and outlive the session; `routes` are what `patch` gave.
   LiveSession(const RunOptions& options, AudioDeviceInfo device, PatchSource& patch, Routes routes,
-              SignalPipe& signals);
+              const SignalPipe& signals);
   LiveSession(const LiveSession&) = delete;
   LiveSession& operator=(const LiveSession&) = delete;
   ~LiveSession();
@@ -39,6 +40,9 @@ class LiveSession {
   void heedSignals();
   void heedFile();
   void heedDevice();
+  void heedScheduling();
+  /// Notes how the audio thread is scheduled, and says once that it is not real-time.
+  void tellScheduling();
   void takeOver(const PatchResult& result);
   void showMeters();
   void openMeters(Clock::time_point now);
@@ -48,7 +52,7 @@ class LiveSession {
   AudioDeviceInfo device_;
   PatchSource& patch_;
   Routes routes_;
-  SignalPipe& signals_;
+  const SignalPipe& signals_;
   MessageLog messages_;
   MeterBank bank_;
   CoreAudioEngine engine_;
@@ -59,6 +63,9 @@ class LiveSession {
   MeterPicture picture_;
   Clock::time_point started_;
   Clock::time_point nextMeters_;
+  std::optional<Clock::time_point> schedulingDue_;     // to be looked at; none: it has been
+  std::optional<TolvaneThreadScheduling> scheduling_;  // of the audio thread, as last seen
+  bool schedulingTold_ = false;
   bool ended_ = false;
   bool deviceTold_ = false;
   bool wasAlive_ = true;

@@ -1,10 +1,15 @@
 #include <cstdio>
+#include <exception>
+#include <new>
 
 #include "ctl/command_line.h"
+#include "ctl/early_end.h"
 #include "ctl/messages.h"
+#include "ctl/standard_descriptors.h"
 
 namespace {
 
+using tolvane::ctl::endForWantOf;
 using tolvane::ctl::ExitStatus;
 
 /// Output that could not be written (a full disk) is a failure, whatever the command said.
@@ -17,5 +22,14 @@ ExitStatus afterFlush(ExitStatus status) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  return static_cast<int>(afterFlush(tolvane::ctl::runCommandLine(argc, argv)));
+  if (!tolvane::ctl::openStandardDescriptors()) endForWantOf("/dev/null cannot be opened");
+  tolvane::ctl::prepareForEarlyEnds();
+  // Caught here, so that all that stands on the stack is put in order first.
+  try {
+    return static_cast<int>(afterFlush(tolvane::ctl::runCommandLine(argc, argv)));
+  } catch (const std::bad_alloc&) {
+    endForWantOf("out of memory");
+  } catch (const std::exception& error) {
+    endForWantOf(error.what());
+  }
 }

@@ -2,11 +2,13 @@
 
 #include <cstdio>
 
+#include "ctl/printable.h"
+
 namespace tolvane::ctl {
 
 void say(std::string_view text) {
   // One write, so that the line stays whole beside the lines of others.
-  const std::string line = "tolvanectl: " + std::string(text) + '\n';
+  const std::string line = "tolvanectl: " + printableLines(text) + '\n';
   std::fwrite(line.data(), 1, line.size(), stderr);
 }
 
@@ -16,7 +18,7 @@ ExitStatus fail(const Failure& failure) {
 }
 
 void MessageLog::say(std::string_view text) {
-  latest_ = text;
+  latest_ = printableLines(text);
   if (heldBack_) {
     kept_.emplace_back(text);
   } else {

@@ -9,7 +9,8 @@
 
 namespace tolvane::ctl {
 
-/// Writes one message to standard error, headed by the program's name. [main-thread]
+/// Writes one message to standard error, headed by the program's name. Nothing in it drives a terminal, but
+/// line feeds stay: names in it have to be printable(). [main-thread]
 void say(std::string_view text);
 
 /// Says why, and returns the status to leave with. [main-thread]

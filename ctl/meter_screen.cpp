@@ -5,8 +5,10 @@
 #include <cmath>
 #include <cstdio>
 #include <map>
+#include <utility>
 
 #include <curses.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include "ctl/decimal.h"
@@ -104,7 +106,10 @@ class MeterScreen : public MeterView {
     refresh();
   }
 
+  /// By the key, or as nobody looks any more: the terminal was closed.
   [[nodiscard]] bool endAsked() override {
+    pollfd terminal{STDOUT_FILENO, 0, 0};
+    if (::poll(&terminal, 1, 0) > 0) return true;
     for (int key = getch(); key != ERR; key = getch()) {
       if (key == 'q' || key == 'Q') return true;
     }
@@ -158,7 +163,9 @@ std::unique_ptr<MeterView> makeMeterScreen() {
   std::fflush(stdout);
   SCREEN* screen = newterm(nullptr, stdout, stdin);
   if (screen == nullptr) return nullptr;
-  return std::make_unique<MeterScreen>(screen);
+  auto view = std::make_unique<MeterScreen>(screen);
+  const bool canMoveCursor = tigetstr("cup") != nullptr;  // TERM=dumb cannot
+  return canMoveCursor ? std::move(view) : nullptr;
 }
 
 }  // namespace tolvane::ctl

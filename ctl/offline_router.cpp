@@ -24,7 +24,7 @@ void OfflineRouter::route(const float* input, float* output, std::size_t frames)
   // The record's pointer is not const; the routine reads only.
   const AudioBufferList in = oneBuffer(context_.inputChannelCount, const_cast<float*>(input), frames);
   AudioBufferList out = oneBuffer(context_.outputChannelCount, output, frames);
-  routeCycle(&in, &out, &context_);
+  routeUntraced(&in, &out, &context_);
 }
 
 }  // namespace tolvane::ctl

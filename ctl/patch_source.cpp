@@ -5,8 +5,12 @@
 #include <limits>
 #include <memory>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+
 #include "core/patch_file.h"
 #include "core/routing_context.h"
+#include "ctl/printable.h"
 
 namespace tolvane::ctl {
 
@@ -41,20 +45,36 @@ std::optional<PatchFileError> unroutable(std::span<const PatchConnection> routes
   return std::nullopt;
 }
 
+/// Open for reading; -1 and errno otherwise.
+int openFile(const std::string& path, Readable readable) {
+  if (readable == Readable::anything) return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);  // it may be no regular file
+}
+
+bool isRegularFile(int descriptor) {
+  struct stat file {};
+  return ::fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode);
+}
+
 Failure badPatch(const std::string& path, const PatchFileError& error) {
-  return {path + ": " + error.message(), ExitStatus::badPatch};
+  return {about(path, error.message()), ExitStatus::badPatch};
 }
 
 }  // namespace
 
-Result<std::string, Failure> readWholeFile(const std::string& path) {
-  const std::unique_ptr<std::FILE, FileCloser> file(std::fopen(path.c_str(), "rb"));
+Result<std::string, Failure> readWholeFile(const std::string& path, Readable readable) {
+  const int descriptor = openFile(path, readable);
+  const std::unique_ptr<std::FILE, FileCloser> file(descriptor < 0 ? nullptr : ::fdopen(descriptor, "rb"));
   if (!file) return systemFailure(path, errno);
+  if (readable == Readable::regularFile && !isRegularFile(descriptor)) {
+    return Failure{path + ": is not a regular file"};
+  }
   std::string text;
   char chunk[65536];
   while (const std::size_t count = std::fread(chunk, 1, sizeof chunk, file.get())) {
     text.append(chunk, count);
-    if (text.size() > kLargestPatchBytes) return Failure{path + ": larger than 256 MiB, so not a patch file"};
+    if (text.size() > kLargestPatchBytes)
+      return Failure{about(path, "larger than 256 MiB, so not a patch file")};
   }
   if (std::ferror(file.get()) != 0) return systemFailure(path, errno);
   return text;
@@ -87,33 +107,36 @@ std::optional<std::string> unheardRoutesNote(const std::string& path,
   std::size_t active = 0;
   for (const PatchConnection& route : routes) active += route.active ? 1 : 0;
   if (active <= static_cast<std::size_t>(kMaxPatchEntries)) return std::nullopt;
-  return path + ": " + std::to_string(active) + " routes are active, but only the first " +
-         std::to_string(kMaxPatchEntries) + " of them are heard";
+  return about(path, std::to_string(active) + " routes are active, but only the first " +
+                         std::to_string(kMaxPatchEntries) + " of them are heard");
 }
 
 PatchResult PatchSource::load() {
-  auto text = readWholeFile(path_);
-  lastFailure_.reset();
-  if (text) {
-    lastText_ = std::move(text).value();
-  } else {
-    lastFailure_ = text.error();
-  }
-  return parseLatest();
+  return read(Readable::anything);
+}
+
+PatchResult PatchSource::reload() {
+  return read(Readable::regularFile);
 }
 
 std::optional<PatchResult> PatchSource::loadIfChanged() {
   const std::string textBefore = lastText_;
   const std::optional<Failure> failureBefore = lastFailure_;
-  PatchResult result = load();
+  PatchResult result = reload();
   const bool sameFailure = lastFailure_ && failureBefore && lastFailure_->text == failureBefore->text;
   const bool sameText = !lastFailure_ && !failureBefore && lastText_ == textBefore;
   if (sameFailure || sameText) return std::nullopt;
   return result;
 }
 
-PatchResult PatchSource::parseLatest() const {
-  if (lastFailure_) return *lastFailure_;
+PatchResult PatchSource::read(Readable readable) {
+  auto text = readWholeFile(path_, readable);
+  lastFailure_.reset();
+  if (!text) {
+    lastFailure_ = text.error();
+    return *lastFailure_;
+  }
+  lastText_ = std::move(text).value();
   return parsePatch(path_, lastText_);
 }
 

@@ -16,8 +16,14 @@ namespace tolvane::ctl {
 using Routes = std::vector<PatchConnection>;
 using PatchResult = Result<Routes, Failure>;
 
-/// The bytes of a file. Failure: it cannot be read, or has more than 256 MiB, which no patch has. [not-io]
-[[nodiscard]] Result<std::string, Failure> readWholeFile(const std::string& path);
+/// What to read: anything, which for a FIFO or a terminal waits for its writer; or a regular file alone, for
+/// those who cannot wait.
+enum class Readable { anything, regularFile };
+
+/// The bytes of a file. Failure: it cannot be read, has more than 256 MiB, which no patch has, or is not what
+/// is to be read. [not-io]
+[[nodiscard]] Result<std::string, Failure> readWholeFile(const std::string& path,
+                                                         Readable readable = Readable::anything);
 
 /// The routes in the text of the file `path`, which the message names. Failure (badPatch): what the decoder
 /// refuses, and a route that would sound but whose channel number is beyond 32 bits. [not-io]
@@ -33,21 +39,26 @@ using PatchResult = Result<Routes, Failure>;
 [[nodiscard]] std::optional<std::string> unheardRoutesNote(const std::string& path,
                                                            std::span<const PatchConnection> routes);
 
-/// A patch file that is read again and again.
+/// A patch file that is read again and again: first whatever it is, then as a regular file alone, as what
+/// reads it then has other things to do than to wait for a writer.
 class PatchSource {
  public:
   explicit PatchSource(std::string path) : path_(std::move(path)) {}
 
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
-  /// Reads the file now. [not-io]
+  /// The first reading. [not-io]
   [[nodiscard]] PatchResult load();
 
-  /// Reads the file, and gives the result only when it is another than that of the last reading. [not-io]
+  /// Reads the file again. [not-io]
+  [[nodiscard]] PatchResult reload();
+
+  /// Reads the file again, and gives the result only when it is another than that of the last reading.
+  /// [not-io]
   [[nodiscard]] std::optional<PatchResult> loadIfChanged();
 
  private:
-  [[nodiscard]] PatchResult parseLatest() const;
+  [[nodiscard]] PatchResult read(Readable readable);
 
   std::string path_;
   // What the last reading gave: the text, or why there was none.

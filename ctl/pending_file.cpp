@@ -2,32 +2,53 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
+#include <filesystem>
+#include <random>
 #include <utility>
 
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "ctl/early_end.h"
+#include "ctl/printable.h"
+#include "ctl/unnamed_file.h"
+
 namespace tolvane::ctl {
 
 namespace {
 
-struct Freer {
-  void operator()(char* memory) const noexcept { std::free(memory); }
-};
-
-/// Where a path leads in the end; the path itself when nothing is there yet.
-std::string resolved(const std::string& path) {
-  const std::unique_ptr<char, Freer> real(::realpath(path.c_str(), nullptr));
-  return real ? std::string(real.get()) : path;
+/// Where a path's links lead in the end, whether something is there or not. Failure: in a circle.
+Result<std::string, Failure> endOfLinks(const std::string& path) {
+  constexpr int kMostLinks = 40;  // the system follows no more either
+  std::filesystem::path end = path;
+  for (int links = 0; links <= kMostLinks; ++links) {
+    std::error_code isNoLink;
+    const std::filesystem::path next = std::filesystem::read_symlink(end, isNoLink);
+    if (isNoLink) return end.string();
+    end = end.parent_path() / next;
+  }
+  return systemFailure(path, ELOOP);
 }
 
 std::string folderOf(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   if (slash == std::string::npos) return ".";
   return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+/// Has `make` make something in the folder under a name that nobody else has. The name; empty, with the
+/// reason in errno, when that fails.
+template <class Make>
+std::string underNewName(const std::string& folder, Make make) {
+  constexpr int kAttempts = 100;
+  std::random_device random;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    std::string name = folder + "/.tolvanectl-" + std::to_string(random()) + ".part";
+    if (make(name)) return name;
+    if (errno != EEXIST) break;
+  }
+  return {};
 }
 
 /// Flushes to the disk; a file system that cannot be asked to is no failure.
@@ -46,17 +67,27 @@ void makeNameLasting(const std::string& path) {
 }  // namespace
 
 Result<PendingFile, Failure> PendingFile::create(const std::string& path) {
-  const std::string target = resolved(path);
   struct stat existing {};
-  const bool exists = ::stat(target.c_str(), &existing) == 0;
-  if (exists && !S_ISREG(existing.st_mode)) return Failure{path + ": is not a regular file"};
+  const bool exists = ::stat(path.c_str(), &existing) == 0;
+  if (exists && !S_ISREG(existing.st_mode)) return Failure{about(path, "is not a regular file")};
+  const auto target = endOfLinks(path);
+  if (!target) return target.error();
 
-  std::string temporary = folderOf(target) + "/.tolvanectl-" + std::to_string(::getpid()) + ".part";
-  const int descriptor = ::open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  const std::string folder = folderOf(target.value());
+  const SignalsHeld held;
+  std::string temporary;
+  int descriptor = openUnnamedFile(folder);
+  if (descriptor < 0) {
+    temporary = underNewName(folder, [&descriptor](const std::string& name) {
+      descriptor = ::open(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+      return descriptor >= 0;
+    });
+    removeAtEarlyEnd(temporary.c_str());
+  }
   if (descriptor < 0) return systemFailure(path, errno);
   // Who may read the old file may read the new one, and nobody else; where that cannot be, nothing is lost.
   if (exists && ::fchmod(descriptor, existing.st_mode & 0777U) != 0) errno = 0;
-  return PendingFile(target, std::move(temporary), descriptor);
+  return PendingFile(target.value(), std::move(temporary), descriptor);
 }
 
 PendingFile::PendingFile(PendingFile&& other) noexcept
@@ -66,15 +97,31 @@ PendingFile::PendingFile(PendingFile&& other) noexcept
 
 PendingFile::~PendingFile() {
   if (descriptor_ >= 0) ::close(descriptor_);
-  if (!temporary_.empty()) ::unlink(temporary_.c_str());
+  if (temporary_.empty()) return;
+  ::unlink(temporary_.c_str());
+  removeAtEarlyEnd(nullptr);
 }
 
 std::optional<Failure> PendingFile::commit() {
-  if (!makeLasting(descriptor_)) return systemFailure(path_, errno);
-  if (std::rename(temporary_.c_str(), path_.c_str()) != 0) return systemFailure(path_, errno);
-  temporary_.clear();
+  if (!makeLasting(descriptor_) || !takeName()) return systemFailure(path_, errno);
   makeNameLasting(path_);
   return std::nullopt;
+}
+
+bool PendingFile::takeName() {
+  const SignalsHeld held;
+  if (temporary_.empty()) {
+    if (nameFile(descriptor_, path_)) return true;
+    if (errno != EEXIST) return false;
+    // Only a file that has a name can take the place of another.
+    temporary_ = underNewName(folderOf(path_),
+                              [this](const std::string& name) { return nameFile(descriptor_, name); });
+    if (temporary_.empty()) return false;
+  }
+  if (std::rename(temporary_.c_str(), path_.c_str()) != 0) return false;
+  removeAtEarlyEnd(nullptr);
+  temporary_.clear();
+  return true;
 }
 
 }  // namespace tolvane::ctl

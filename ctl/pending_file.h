@@ -8,12 +8,14 @@
 
 namespace tolvane::ctl {
 
-/// A file that gets its name only when it is whole: until then it lies beside it under a name of its own, and
-/// it is removed when it is given up. What stood under the name stays until then. [not-io]
+/// A file that gets its name only when it is whole. Until then it has none, and nothing is left of it when it
+/// is given up, or its process is killed. Where the system has no files without a name it lies beside its
+/// place under a hidden one, which only a killed process leaves behind. What stood under the name stays until
+/// then. [not-io]
 class PendingFile {
  public:
-  /// Failure: the folder cannot be written, or what stands under the name is no regular file. A symbolic link
-  /// is followed: its target is what is replaced.
+  /// Failure: the folder cannot be written, what stands under the name is no regular file, or links go in a
+  /// circle. Symbolic links are followed and stay: where they lead the file is replaced, or made.
   [[nodiscard]] static Result<PendingFile, Failure> create(const std::string& path);
 
   PendingFile(PendingFile&& other) noexcept;
@@ -33,8 +35,11 @@ class PendingFile {
   PendingFile(std::string path, std::string temporary, int descriptor)
       : path_(std::move(path)), temporary_(std::move(temporary)), descriptor_(descriptor) {}
 
-  std::string path_;
-  std::string temporary_;  // empty once it has its name, or has moved to another object
+  /// False, with the reason in errno, when that fails.
+  [[nodiscard]] bool takeName();
+
+  std::string path_;       // where the links of the name lead
+  std::string temporary_;  // the hidden name; empty when it has none
   int descriptor_;
 };
 

@@ -7,16 +7,14 @@
 #include "ctl/pending_file.h"
 #include "ctl/render_plan.h"
 #include "ctl/renderer.h"
-#include "ctl/signal_pipe.h"
 #include "ctl/sound_file.h"
 
 namespace tolvane::ctl {
 
 namespace {
 
-std::optional<Failure> renderFile(const RenderOptions& options, const Routes& routes,
-                                  const SignalPipe& signals) {
-  auto reader = SoundReader::open(options.inputPath);
+std::optional<Failure> renderFile(const RenderOptions& options, const Routes& routes) {
+  auto reader = SoundReader::open(options.inputPath, options.partial);
   if (!reader) return reader.error();
   if (auto failure = overwritesASource(options)) return failure;
   const auto outputs = outputChannelCount(options, routes);
@@ -32,24 +30,23 @@ std::optional<Failure> renderFile(const RenderOptions& options, const Routes& ro
                                     {outputs.value(), source.sampleRateHz(), source.frames()});
   if (!writer) return writer.error();
   SoundWriter sink = std::move(writer).value();
-  if (auto failure = Renderer(source, sink, routes, outputs.value(), options.bufferFrames).run(signals)) {
+  if (auto failure = Renderer(source, sink, routes, outputs.value(), options.bufferFrames).run()) {
     return failure;
   }
   if (auto failure = sink.finish()) return failure;
+  if (const auto shortfall = source.shortfall()) say(*shortfall);
   return file.commit();
 }
 
 }  // namespace
 
 ExitStatus renderCommand(const RenderOptions& options) {
-  SignalPipe signals({SIGINT, SIGTERM, SIGHUP});
-  signals.admit();
   std::signal(SIGXFSZ, SIG_IGN);  // a file size limit is then a failed write, which cleans up
 
   const PatchResult routes = loadPatch(options.patchPath);
   if (!routes) return fail(routes.error());
   if (const auto note = unheardRoutesNote(options.patchPath, routes.value())) say(*note);
-  if (const auto failure = renderFile(options, routes.value(), signals)) return fail(*failure);
+  if (const auto failure = renderFile(options, routes.value())) return fail(*failure);
   return ExitStatus::done;
 }
 

@@ -14,10 +14,11 @@ struct RenderOptions {
   std::string outputPath;
   std::optional<std::int32_t> outputChannels;  // none: as many as the highest routed output
   std::int32_t bufferFrames = 512;             // a cycle of the routing routine
+  bool partial = false;                        // what is there of a recording that is cut off will do
 };
 
-/// Sends a sound file through a patch into a new file, or leaves no new file at all: on any failure, and on
-/// SIGINT, SIGTERM or SIGHUP, what stood under the output's name still stands there. [main-thread]
+/// Sends a sound file through a patch into a new file, or leaves no new file at all: on any failure, and when
+/// a signal ends the process, what stood under the output's name still stands there. [main-thread]
 [[nodiscard]] ExitStatus renderCommand(const RenderOptions& options);
 
 }  // namespace tolvane::ctl

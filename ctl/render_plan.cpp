@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include "ctl/printable.h"
 #include "ctl/sound_file.h"
 
 namespace tolvane::ctl {
@@ -34,12 +35,13 @@ Result<std::int32_t, Failure> outputChannelCount(const RenderOptions& options, c
     if (route.inputChannel >= 0) highest = std::max(highest, route.outputChannel);
   }
   if (highest < 0) {
-    return Failure{options.patchPath + ": no route is active, so the outputs must be given with --outputs"};
+    return Failure{
+        about(options.patchPath, "no route is active, so the outputs must be given with --outputs")};
   }
   if (highest >= kMostFileChannels) {
-    return Failure{options.patchPath + ": output " + std::to_string(highest + 1) +
-                   " is routed, but a sound file has at most " + std::to_string(kMostFileChannels) +
-                   " channels"};
+    return Failure{about(options.patchPath, "output " + std::to_string(highest + 1) +
+                                                " is routed, but a sound file has at most " +
+                                                std::to_string(kMostFileChannels) + " channels")};
   }
   return static_cast<std::int32_t>(highest + 1);
 }
@@ -47,7 +49,7 @@ Result<std::int32_t, Failure> outputChannelCount(const RenderOptions& options, c
 std::optional<Failure> overwritesASource(const RenderOptions& options) {
   for (const std::string& source : {options.inputPath, options.patchPath}) {
     if (isSameFile(source, options.outputPath)) {
-      return Failure{options.outputPath + ": would replace what it is made from"};
+      return Failure{about(options.outputPath, "would replace what it is made from")};
     }
   }
   return std::nullopt;

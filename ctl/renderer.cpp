@@ -72,15 +72,14 @@ Renderer::Renderer(SoundReader& reader, SoundWriter& writer, const Routes& route
   }
 }
 
-std::optional<Failure> Renderer::run(const SignalPipe& signals) {
+std::optional<Failure> Renderer::run() {
   std::optional<Failure> failure;
   try {
     const Threads threads(*this);
-    failure = writeBlocks(signals);
+    failure = writeBlocks();
   } catch (const std::system_error& error) {
     return Failure{std::string("no thread to render with: ") + error.what()};
   }
-  if (signals.next()) return Failure{"interrupted, nothing was written"};
   return failure ? failure : readFailure_;
 }
 
@@ -103,11 +102,10 @@ void Renderer::routeBlocks() {
   routed_.close();
 }
 
-std::optional<Failure> Renderer::writeBlocks(const SignalPipe& signals) {
+std::optional<Failure> Renderer::writeBlocks() {
   ProgressBar bar(reader_.frames(), isLong(reader_));
   std::int64_t done = 0;
   while (Block* const block = routed_.take()) {
-    if (signals.next()) return Failure{"interrupted, nothing was written"};
     if (auto failure = writer_.write(block->output.get(), block->frames)) return failure;
     done += static_cast<std::int64_t>(block->frames);
     bar.show(done);

@@ -9,7 +9,6 @@
 #include "ctl/hand_over.h"
 #include "ctl/offline_router.h"
 #include "ctl/patch_source.h"
-#include "ctl/signal_pipe.h"
 #include "ctl/sound_file.h"
 
 namespace tolvane::ctl {
@@ -22,9 +21,9 @@ class Renderer {
   Renderer(SoundReader& reader, SoundWriter& writer, const Routes& routes, std::int32_t outputs,
            std::int32_t cycleFrames);
 
-  /// Everything from the reader into the writer. Failure: one of theirs, no thread to be had, or a signal
-  /// that ends the program. To be called once.
-  [[nodiscard]] std::optional<Failure> run(const SignalPipe& signals);
+  /// Everything from the reader into the writer. Failure: one of theirs, or no thread to be had. To be
+  /// called once.
+  [[nodiscard]] std::optional<Failure> run();
 
  private:
   struct Block {
@@ -36,7 +35,7 @@ class Renderer {
 
   void readBlocks();
   void routeBlocks();
-  [[nodiscard]] std::optional<Failure> writeBlocks(const SignalPipe& signals);
+  [[nodiscard]] std::optional<Failure> writeBlocks();
   void routeBlock(const Block& block) noexcept;
 
   SoundReader& reader_;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "ctl/device_wait.h"
 #include "ctl/exit_status.h"
 
 namespace tolvane::ctl {
@@ -11,6 +12,7 @@ namespace tolvane::ctl {
 struct RunOptions {
   std::string patchPath;
   std::string device;                         // as chooseDevice takes it; empty: the first
+  double waitSeconds = kDefaultWaitSeconds;   // for the device
   std::optional<std::uint32_t> bufferFrames;  // none: as the device has it
   bool watch = false;
   bool meters = false;

@@ -1,49 +1,107 @@
 #include "ctl/signal_pipe.h"
 
-#include <atomic>
+#include <cerrno>
+#include <chrono>
 
+#include <fcntl.h>
 #include <pthread.h>
+#include <unistd.h>
 
 namespace tolvane::ctl {
 
 namespace {
 
-std::atomic<const WakePipe*> pipeOfHandler{nullptr};
-static_assert(std::atomic<const WakePipe*>::is_always_lock_free, "a signal handler reads it");
+/// Long enough for a device to stop on a machine that stands still for a moment; within a second in all.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr std::chrono::milliseconds kGrace{8000};  // under a sanitizer everything takes many times as long
+#else
+constexpr std::chrono::milliseconds kGrace{800};
+#endif
 
-extern "C" void handleSignal(int signal) {
-  if (const WakePipe* pipe = pipeOfHandler.load()) pipe->wake(static_cast<unsigned char>(signal));
+/// Whether the process has a terminal of its own; one that was closed is its own no longer.
+bool hasTerminal() {
+  const int terminal = ::open("/dev/tty", O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
+  if (terminal < 0) return errno != ENXIO && errno != EIO && errno != ENOENT;
+  ::close(terminal);
+  return true;
+}
+
+bool isHangupIgnored() {
+  struct sigaction action {};
+  return ::sigaction(SIGHUP, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+sigset_t setOf(std::initializer_list<int> signals) {
+  sigset_t set;
+  sigemptyset(&set);
+  for (const int signal : signals) sigaddset(&set, signal);
+  return set;
+}
+
+/// Started with every signal blocked: the thread takes those that it waits for, and no others.
+template <class Work>
+std::thread threadWithoutSignals(Work work) {
+  const SignalsHeld held;
+  return std::thread(work);
 }
 
 }  // namespace
 
-SignalPipe::SignalPipe(std::initializer_list<int> signals) : signals_{}, maskBefore_{} {
-  pipeOfHandler = &pipe_;
-  sigemptyset(&signals_);
-  for (const int signal : signals) sigaddset(&signals_, signal);
-  pthread_sigmask(SIG_BLOCK, &signals_, &maskBefore_);
-  for (const int signal : signals) {
-    struct sigaction action {};
-    struct sigaction before {};
-    action.sa_handler = &handleSignal;
-    sigemptyset(&action.sa_mask);
-    sigaction(signal, &action, &before);
-    actionsBefore_.emplace_back(signal, before);
-  }
-}
+SignalPipe::SignalPipe(std::initializer_list<int> signals)
+    : signals_(setOf(signals)),
+      held_(signals),
+      // A program that is to outlive its terminal (nohup) is started with SIGHUP ignored.
+      endsWithTerminal_(!isHangupIgnored() && hasTerminal()),
+      thread_(threadWithoutSignals([this] { takeSignals(); })) {}
 
 SignalPipe::~SignalPipe() {
-  for (const auto& [signal, before] : actionsBefore_) sigaction(signal, &before, nullptr);
-  pthread_sigmask(SIG_SETMASK, &maskBefore_, nullptr);
-  pipeOfHandler = nullptr;
-}
-
-void SignalPipe::admit() {
-  pthread_sigmask(SIG_UNBLOCK, &signals_, nullptr);
+  {
+    const std::lock_guard lock(mutex_);
+    ended_ = true;
+  }
+  changed_.notify_all();
+  for (int signal = 1; signal < NSIG; ++signal) {
+    if (sigismember(&signals_, signal) != 1) continue;
+    ::pthread_kill(thread_.native_handle(), signal);  // out of sigwait
+    break;
+  }
+  thread_.join();
+  dropPending();
 }
 
 std::optional<int> SignalPipe::next() const noexcept {
   return pipe_.next();
+}
+
+void SignalPipe::takeSignals() {
+  for (;;) {
+    int signal = 0;
+    sigwait(&signals_, &signal);
+    {
+      const std::lock_guard lock(mutex_);
+      if (ended_) return;
+    }
+    if (signal == SIGHUP && endsWithTerminal_ && !hasTerminal()) signal = SIGTERM;
+    pipe_.wake(static_cast<unsigned char>(signal));
+    if (signal != SIGHUP) return giveGrace(signal);
+  }
+}
+
+void SignalPipe::giveGrace(int signal) {
+  std::unique_lock lock(mutex_);
+  if (!changed_.wait_for(lock, kGrace, [this] { return ended_; })) endBySignal(signal);
+}
+
+/// What asks once more to end what has ended: a shell and a service manager, say, that both send a signal.
+void SignalPipe::dropPending() const noexcept {
+  sigset_t pending;
+  sigpending(&pending);
+  for (int signal = 1; signal < NSIG; ++signal) {
+    if (sigismember(&signals_, signal) != 1 || sigismember(&pending, signal) != 1) continue;
+    const sigset_t only = setOf({signal});
+    int taken = 0;
+    sigwait(&only, &taken);
+  }
 }
 
 }  // namespace tolvane::ctl

@@ -1,8 +1,44 @@
 #include "ctl/sound_file.h"
 
+#include "ctl/missing_end.h"
+#include "ctl/printable.h"
+
 namespace tolvane::ctl {
 
 namespace {
+
+/// The bytes of one frame, where every sample has as many; else 0.
+std::int64_t frameBytes(const SF_INFO& info) {
+  const auto frameOf = [&info](std::int64_t sampleBytes) { return sampleBytes * info.channels; };
+  switch (info.format & SF_FORMAT_SUBMASK) {
+    case SF_FORMAT_PCM_S8:
+    case SF_FORMAT_PCM_U8:
+    case SF_FORMAT_ULAW:
+    case SF_FORMAT_ALAW:
+      return frameOf(1);
+    case SF_FORMAT_PCM_16:
+      return frameOf(2);
+    case SF_FORMAT_PCM_24:
+      return frameOf(3);
+    case SF_FORMAT_PCM_32:
+    case SF_FORMAT_FLOAT:
+      return frameOf(4);
+    case SF_FORMAT_DOUBLE:
+      return frameOf(8);
+    default:
+      return 0;
+  }
+}
+
+/// The frames that a stream's header promises, where that is known.
+std::optional<std::int64_t> framesOfStream(const SF_INFO& info) {
+  constexpr std::int64_t kMostFrames = std::int64_t{1} << 48;
+  const std::int64_t bytes = frameBytes(info);
+  if (bytes == 0 || info.frames <= 0 || info.frames > kMostFrames) return std::nullopt;
+  if (standsForAnySize(static_cast<std::uint64_t>(info.frames * bytes))) return std::nullopt;
+  // The library counts the byte that makes a size even.
+  return bytes == 1 ? info.frames - info.frames % 2 : info.frames;
+}
 
 /// Whether the sizes in a plain WAV file's header, of 32 bits, hold it.
 bool fitsWav(const SoundShape& shape) {
@@ -13,11 +49,17 @@ bool fitsWav(const SoundShape& shape) {
 
 }  // namespace
 
-Result<SoundReader, Failure> SoundReader::open(const std::string& path) {
+Result<SoundReader, Failure> SoundReader::open(const std::string& path, bool partial) {
   SF_INFO info{};
   SoundFileHandle file(sf_open(path.c_str(), SFM_READ, &info));
-  if (!file) return Failure{path + ": " + sf_strerror(nullptr)};
-  return SoundReader(path, std::move(file), info);
+  if (!file) return Failure{about(path, sf_strerror(nullptr))};
+  SoundReader reader(path, std::move(file), info, partial);
+  if (info.seekable == 0) return reader;
+  if (const auto missing = missingEnd(path)) {
+    reader.shortfall_ = *missing;
+    if (!partial) return reader.cutOff();
+  }
+  return reader;
 }
 
 std::optional<std::int64_t> SoundReader::frames() const noexcept {
@@ -26,15 +68,27 @@ std::optional<std::int64_t> SoundReader::frames() const noexcept {
 }
 
 Result<std::size_t, Failure> SoundReader::read(float* samples, std::size_t frames) {
+  if (damaged_) return std::size_t{0};
   const sf_count_t count = sf_readf_float(file_.get(), samples, static_cast<sf_count_t>(frames));
-  if (sf_error(file_.get()) != SF_ERR_NO_ERROR) return Failure{path_ + ": " + sf_strerror(file_.get())};
+  damaged_ = sf_error(file_.get()) != SF_ERR_NO_ERROR;
+  if (damaged_ && !partial_) return Failure{about(path_, sf_strerror(file_.get()))};
   framesRead_ += count;
-  const std::optional<std::int64_t> announced = this->frames();
-  if (count == 0 && announced && framesRead_ < *announced) {
-    return Failure{path_ + ": ends after " + std::to_string(framesRead_) + " of " +
-                   std::to_string(*announced) + " frames"};
+  const std::optional<std::int64_t> promised = info_.seekable != 0 ? this->frames() : framesOfStream(info_);
+  if ((count == 0 || damaged_) && promised && framesRead_ < *promised && !shortfall_) {
+    shortfall_ =
+        "only " + std::to_string(framesRead_) + " of " + std::to_string(*promised) + " frames are there";
+    if (!partial_) return cutOff();
   }
   return static_cast<std::size_t>(count);
+}
+
+std::optional<std::string> SoundReader::shortfall() const {
+  if (!shortfall_) return std::nullopt;
+  return about(path_, "is cut off: " + *shortfall_);
+}
+
+Failure SoundReader::cutOff() const {
+  return {*shortfall() + "; --partial renders what is there"};
 }
 
 Result<SoundWriter, Failure> SoundWriter::create(const std::string& path, int descriptor,
@@ -44,7 +98,7 @@ Result<SoundWriter, Failure> SoundWriter::create(const std::string& path, int de
   info.samplerate = shape.sampleRateHz;
   info.format = (fitsWav(shape) ? SF_FORMAT_WAV : SF_FORMAT_RF64) | SF_FORMAT_FLOAT;
   SoundFileHandle file(sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE));
-  if (!file) return Failure{path + ": " + sf_strerror(nullptr)};
+  if (!file) return Failure{about(path, sf_strerror(nullptr))};
   // No chunk of peaks, which would hold the time of day; RF64 has it all the same.
   sf_command(file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
   // A file of unknown length that turns out to fit ends as plain WAV.
@@ -55,13 +109,13 @@ Result<SoundWriter, Failure> SoundWriter::create(const std::string& path, int de
 std::optional<Failure> SoundWriter::write(const float* samples, std::size_t frames) {
   const auto wanted = static_cast<sf_count_t>(frames);
   if (sf_writef_float(file_.get(), samples, wanted) == wanted) return std::nullopt;
-  return Failure{path_ + ": " + sf_strerror(file_.get())};
+  return Failure{about(path_, sf_strerror(file_.get()))};
 }
 
 std::optional<Failure> SoundWriter::finish() {
   const int error = sf_close(file_.release());
   if (error == SF_ERR_NO_ERROR) return std::nullopt;
-  return Failure{path_ + ": " + sf_error_number(error)};
+  return Failure{about(path_, sf_error_number(error))};
 }
 
 }  // namespace tolvane::ctl

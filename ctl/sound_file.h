@@ -26,8 +26,9 @@ using SoundFileHandle = std::unique_ptr<SNDFILE, SoundFileCloser>;
 /// samples come as they are, beyond 1 and not finite alike. [not-io]
 class SoundReader {
  public:
-  /// Failure: there is no such file, or it is in no known format.
-  [[nodiscard]] static Result<SoundReader, Failure> open(const std::string& path);
+  /// With `partial` a file whose end is missing is read as far as it goes, and is no failure anywhere.
+  /// Failure: there is no such file, it is in no known format, or its end is missing.
+  [[nodiscard]] static Result<SoundReader, Failure> open(const std::string& path, bool partial);
 
   [[nodiscard]] std::int32_t channels() const noexcept { return info_.channels; }
   [[nodiscard]] std::int32_t sampleRateHz() const noexcept { return info_.samplerate; }
@@ -38,14 +39,22 @@ class SoundReader {
   /// the frames that it says it has.
   [[nodiscard]] Result<std::size_t, Failure> read(float* samples, std::size_t frames);
 
+  /// What was promised and is not there, for the user, so far as it has shown itself by now.
+  [[nodiscard]] std::optional<std::string> shortfall() const;
+
  private:
-  SoundReader(std::string path, SoundFileHandle file, const SF_INFO& info)
-      : path_(std::move(path)), file_(std::move(file)), info_(info) {}
+  SoundReader(std::string path, SoundFileHandle file, const SF_INFO& info, bool partial)
+      : path_(std::move(path)), file_(std::move(file)), info_(info), partial_(partial) {}
+
+  [[nodiscard]] Failure cutOff() const;
 
   std::string path_;
   SoundFileHandle file_;
   SF_INFO info_;
+  bool partial_;
+  bool damaged_ = false;  // what follows cannot be read
   std::int64_t framesRead_ = 0;
+  std::optional<std::string> shortfall_;
 };
 
 /// What a new sound file is to be.

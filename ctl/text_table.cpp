@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "ctl/printable.h"
+
 namespace tolvane::ctl {
 
 namespace {
@@ -14,20 +16,11 @@ std::size_t displayWidth(const std::string& text) {
   }));
 }
 
-bool isControl(char byte) {
-  return (byte >= 0 && byte < 0x20) || byte == 0x7F;
-}
-
 }  // namespace
-
-std::string TextTable::printable(std::string text) {
-  std::replace_if(text.begin(), text.end(), isControl, '?');
-  return text;
-}
 
 void TextTable::addRow(std::vector<std::string> cells) {
   cells.resize(columns_.size());
-  for (std::string& cell : cells) cell = printable(std::move(cell));
+  for (std::string& cell : cells) cell = printable(cell);
   rows_.push_back(std::move(cells));
 }
 

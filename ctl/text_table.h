@@ -15,9 +15,6 @@ class TextTable {
     Align align = Align::left;
   };
 
-  /// The text with its control characters, which would drive the terminal, as "?".
-  [[nodiscard]] static std::string printable(std::string text);
-
   explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
   /// One cell a column, each shown as printable() has it.

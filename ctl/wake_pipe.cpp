@@ -1,16 +1,15 @@
 #include "ctl/wake_pipe.h"
 
 #include <cerrno>
+#include <system_error>
 
 #include <fcntl.h>
 #include <unistd.h>
 
-#include "core/fatal.h"
-
 namespace tolvane::ctl {
 
 WakePipe::WakePipe() : ends_{-1, -1} {
-  if (::pipe(ends_) != 0) fatal("no descriptor is left for a pipe");
+  if (::pipe(ends_) != 0) throw std::system_error(errno, std::generic_category());
   for (const int end : ends_) {
     ::fcntl(end, F_SETFL, O_NONBLOCK);
     ::fcntl(end, F_SETFD, FD_CLOEXEC);

@@ -7,7 +7,7 @@ namespace tolvane::ctl {
 /// Bytes from signal handlers and other threads to the thread that sleeps in poll(). Neither end blocks.
 class WakePipe {
  public:
-  /// Ends the process when there is no descriptor left for it. [not-io]
+  /// Throws std::system_error when there is no descriptor left for it. [not-io]
   WakePipe();
   WakePipe(const WakePipe&) = delete;
   WakePipe& operator=(const WakePipe&) = delete;

@@ -2,11 +2,13 @@
 
 #include <cinttypes>
 
+#include "base/thread_check.h"
 #include "core/trace.h"
 
 namespace tolvane {
 
 CoreAudioEngine& CoreAudioEngine::shared() {
+  checkMainThread();
   // Never destroyed: the process may end while the device's thread still calls into the context.
   static auto* const engine = new CoreAudioEngine;
   return *engine;
@@ -16,6 +18,7 @@ CoreAudioEngine::CoreAudioEngine(AudioDeviceIOProc ioProc) noexcept : ioProc_(io
 
 std::optional<EngineError> CoreAudioEngine::start(AudioDeviceID deviceID,
                                                   std::span<const PatchConnection> connections) {
+  checkMainThread();
   stop();
   currentDeviceID_ = deviceID;
   const std::int64_t inputs = channelCount(deviceID, true);
@@ -52,6 +55,7 @@ std::optional<EngineError> CoreAudioEngine::start(AudioDeviceID deviceID,
 }
 
 void CoreAudioEngine::stop() noexcept {
+  checkMainThread();
   if (procID_ != nullptr) {
     AudioDeviceStop(currentDeviceID_, procID_);
     AudioDeviceDestroyIOProcID(currentDeviceID_, procID_);
@@ -64,6 +68,7 @@ void CoreAudioEngine::stop() noexcept {
 
 void CoreAudioEngine::writeConnections(IOProcContext* to,
                                        std::span<const PatchConnection> connections) const {
+  checkMainThread();
   tolvane::writeConnections(to, connections);
 }
 

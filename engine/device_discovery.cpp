@@ -6,7 +6,8 @@
 #include <string>
 #include <utility>
 
-#include "core/fatal.h"
+#include "base/fatal.h"
+#include "base/thread_check.h"
 #include "engine/core_audio_engine.h"
 #include "engine/device_text.h"
 
@@ -40,6 +41,7 @@ std::int64_t totalChannels(std::span<const std::byte> bytes) noexcept {
 }  // namespace
 
 std::vector<AudioDeviceInfo> CoreAudioEngine::getAllDevices() const {
+  checkMainThread();
   const auto list = address(kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal);
   UInt32 size = 0;
   if (AudioObjectGetPropertyDataSize(kAudioObjectSystemObject, &list, 0, nullptr, &size) != noErr ||
@@ -66,6 +68,7 @@ std::vector<AudioDeviceInfo> CoreAudioEngine::getAllDevices() const {
 }
 
 std::int64_t CoreAudioEngine::channelCount(AudioDeviceID device, bool input) const {
+  checkMainThread();
   const auto streams = address(kAudioDevicePropertyStreamConfiguration,
                                input ? kAudioObjectPropertyScopeInput : kAudioObjectPropertyScopeOutput);
   UInt32 size = 0;

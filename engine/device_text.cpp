@@ -4,6 +4,8 @@
 #include <memory>
 #include <type_traits>
 
+#include "base/thread_check.h"
+
 namespace tolvane {
 
 namespace {
@@ -26,6 +28,7 @@ std::string utf8(CFStringRef string) {
 }  // namespace
 
 std::optional<std::string> deviceText(AudioDeviceID device, AudioObjectPropertySelector selector) {
+  checkNotIo();
   const AudioObjectPropertyAddress address{selector, kAudioObjectPropertyScopeGlobal,
                                            kAudioObjectPropertyElementMain};
   CFStringRef reference = nullptr;

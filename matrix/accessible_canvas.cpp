@@ -39,7 +39,8 @@ int AccessibleCanvas::childCount() const {
 }
 
 QAccessibleInterface* AccessibleCanvas::child(int index) const {
-  return index < 0 ? nullptr : cellInterface({index / canvas()->outputCount, index % canvas()->outputCount});
+  const std::int64_t columns = canvas()->outputCount;
+  return index < 0 || columns < 1 ? nullptr : cellInterface({index / columns, index % columns});
 }
 
 int AccessibleCanvas::indexOfChild(const QAccessibleInterface* child) const {

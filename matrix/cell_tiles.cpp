@@ -1,7 +1,6 @@
 #include "matrix/cell_tiles.h"
 
-#include <QtMath>
-#include <cmath>
+#include "matrix/device_pixels.h"
 
 namespace tolvane {
 namespace {
@@ -10,10 +9,6 @@ constexpr std::array kLooks = {CellLook::active, CellLook::diagonal, CellLook::o
 
 std::size_t tileIndex(CellLook look, CellNeighbours neighbours) {
   return static_cast<std::size_t>(look) * 4U + (neighbours.right ? 2U : 0U) + (neighbours.below ? 1U : 0U);
-}
-
-bool isWhole(double value) {
-  return value == std::floor(value);
 }
 
 QImage renderTile(int pixels, double scale, double cellSize, CellLook look, CellNeighbours neighbours) {
@@ -33,7 +28,8 @@ QImage renderTile(int pixels, double scale, double cellSize, CellLook look, Cell
 bool CellTiles::prepare(const QTransform& toDevice, double cellSize) {
   const double scale = toDevice.m11();
   const bool onPixels = toDevice.type() <= QTransform::TxScale && toDevice.m22() == scale && scale > 0.0 &&
-                        isWhole(scale * cellSize) && isWhole(toDevice.dx()) && isWhole(toDevice.dy());
+                        isWholePixel(scale * cellSize) && isWholePixel(toDevice.dx()) &&
+                        isWholePixel(toDevice.dy());
   if (onPixels && scale != scale_) {
     render(scale, cellSize);
   }
@@ -41,7 +37,7 @@ bool CellTiles::prepare(const QTransform& toDevice, double cellSize) {
 }
 
 void CellTiles::render(double scale, double cellSize) {
-  const int pixels = static_cast<int>(scale * cellSize);
+  const int pixels = qRound(scale * cellSize);
   for (const CellLook look : kLooks) {
     for (const CellNeighbours neighbours :
          {CellNeighbours{false, false}, {false, true}, {true, false}, {true, true}}) {

@@ -1,6 +1,6 @@
 #include "matrix/lower_left.h"
 
-#include "core/fatal.h"
+#include "base/fatal.h"
 
 namespace tolvane {
 

@@ -1,13 +1,12 @@
 #include "matrix/overlay_scroll_view.h"
 
-#include <QMouseEvent>
 #include <QResizeEvent>
 #include <QScrollBar>
 #include <QWheelEvent>
 #include <algorithm>
 
 #include "matrix/calibrated_color.h"
-#include "matrix/overlay_knob.h"
+#include "matrix/overlay_scroller.h"
 #include "matrix/patch_matrix_view.h"
 
 namespace tolvane {
@@ -15,14 +14,13 @@ namespace {
 
 constexpr double kWheelStep = 3.0 * PatchMatrixView::cellSize;  // points for one notch
 constexpr double kNotch = 120.0;                                // what the platform reports for it
-constexpr int kEdge = 14;  // this near to an edge, in points, the pointer brings out the scroll bar
 
 }  // namespace
 
 OverlayScrollView::OverlayScrollView(const QRect& frame, QWidget* parent)
     : QAbstractScrollArea(parent),
-      across_(new OverlayKnob(*horizontalScrollBar(), *this)),
-      down_(new OverlayKnob(*verticalScrollBar(), *this)) {
+      across_(new OverlayScroller(*horizontalScrollBar(), *viewport())),
+      down_(new OverlayScroller(*verticalScrollBar(), *viewport())) {
   setGeometry(frame);
   setFrameShape(QFrame::NoFrame);
   setFocusPolicy(Qt::NoFocus);
@@ -39,8 +37,6 @@ void OverlayScrollView::setDocumentView(QWidget* document) {
   document_ = document;
   document_->setParent(viewport());
   document_->move(0, 0);
-  document_->setMouseTracking(true);
-  document_->installEventFilter(this);
   document_->show();
   updateRanges();
 }
@@ -97,22 +93,6 @@ void OverlayScrollView::wheelEvent(QWheelEvent* event) {
   event->setAccepted(contentOrigin() != before);
 }
 
-bool OverlayScrollView::eventFilter(QObject* watched, QEvent* event) {
-  if (watched == document_ && event->type() == QEvent::MouseMove) {
-    flashNear(document_->mapTo(this, static_cast<QMouseEvent*>(event)->position().toPoint()));
-  }
-  return QAbstractScrollArea::eventFilter(watched, event);
-}
-
-void OverlayScrollView::flashNear(const QPoint& point) {
-  if (point.x() >= width() - kEdge) {
-    down_->flash();
-  }
-  if (point.y() >= height() - kEdge) {
-    across_->flash();
-  }
-}
-
 void OverlayScrollView::updateRanges() {
   if (document_ == nullptr) {
     return;
@@ -124,6 +104,8 @@ void OverlayScrollView::updateRanges() {
   };
   update(horizontalScrollBar(), document_->width(), width());
   update(verticalScrollBar(), document_->height(), height());
+  across_->place();
+  down_->place();
 }
 
 }  // namespace tolvane

@@ -6,7 +6,7 @@
 
 namespace tolvane {
 
-class OverlayKnob;
+class OverlayScroller;
 
 /// A scroll view whose scroll bars float over the document and take no room from it. The document stands at
 /// the top left; when it is smaller than the view the background shows around it. All of it [main-thread].
@@ -35,15 +35,13 @@ class OverlayScrollView : public QAbstractScrollArea {
   void resizeEvent(QResizeEvent* event) override;
   void scrollContentsBy(int dx, int dy) override;
   void wheelEvent(QWheelEvent* event) override;
-  bool eventFilter(QObject* watched, QEvent* event) override;
 
  private:
   void updateRanges();
-  void flashNear(const QPoint& point);
 
   QWidget* document_ = nullptr;
-  OverlayKnob* across_;  // children, over the viewport
-  OverlayKnob* down_;
+  OverlayScroller* across_;  // children of the viewport, over the document
+  OverlayScroller* down_;
   QPointF wheelRest_;  // what the wheel has turned and not yet made a whole point, points
 };
 

@@ -5,6 +5,8 @@
 #include <QPainter>
 #include <algorithm>
 
+#include "matrix/device_pixels.h"
+
 namespace tolvane {
 
 PatchMatrixCanvas::PatchMatrixCanvas(const QRect& frame, QWidget* parent) : QWidget(parent) {
@@ -44,7 +46,8 @@ void PatchMatrixCanvas::toggle(const MatrixCell& cell) {
 
 void PatchMatrixCanvas::paintEvent(QPaintEvent* event) {
   QPainter painter(this);
-  draw(painter, event->rect());
+  alignToPixels(painter);
+  draw(painter, withCutPixels(event->rect()) & rect());
   if (focusVisible_) {
     drawFocusRing(painter);
   }
@@ -67,7 +70,7 @@ void PatchMatrixCanvas::draw(QPainter& painter, const QRectF& area) {
 void PatchMatrixCanvas::drawCells(QPainter& painter, const QRectF& area, const VisibleRange& columns,
                                   const VisibleRange& rows) {
   CellPainter cells(painter, cs);
-  cells.paintBackground(area);
+  cells.paintBackground(withCutPixels(area.toAlignedRect()));
   if (columns.empty() || rows.empty()) {
     return;
   }

@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "matrix/calibrated_color.h"
+#include "matrix/device_pixels.h"
 #include "matrix/patch_matrix_canvas.h"
 
 namespace tolvane {
@@ -132,7 +133,7 @@ void PatchMatrixCanvas::drawFocusRing(QPainter& painter) const {
 
 void PatchMatrixCanvas::updateFocusRing() {
   if (focusVisible_) {
-    update(cellRect(focusCell()));
+    update(withCutPixels(cellRect(focusCell())));
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <QPainter>
 
+#include "matrix/device_pixels.h"
 #include "matrix/header_style.h"
 #include "matrix/visible_range.h"
 
@@ -19,7 +20,7 @@ void PatchMatrixColHeader::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const HeaderStyle style;
-  painter.fillRect(rect(), style.background);
+  painter.fillRect(withCutPixels(rect()), style.background);
   strokeHorizontal(painter, lH - 0.5, 0.0, width(), style.border);
   const VisibleRange columns = visibleRange(scrollOffset, scrollOffset + width(), cs, outputCount);
   for (std::int64_t column = columns.first; column <= columns.last; ++column) {

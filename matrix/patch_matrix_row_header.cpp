@@ -2,6 +2,7 @@
 
 #include <QPainter>
 
+#include "matrix/device_pixels.h"
 #include "matrix/header_style.h"
 #include "matrix/visible_range.h"
 
@@ -19,7 +20,7 @@ void PatchMatrixRowHeader::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);
   painter.setRenderHint(QPainter::Antialiasing);
   const HeaderStyle style;
-  painter.fillRect(rect(), style.background);
+  painter.fillRect(withCutPixels(rect()), style.background);
   strokeVertical(painter, lW - 0.5, 0.0, height(), style.border);
   const VisibleRange rows = visibleRange(scrollOffset, scrollOffset + height(), cs, inputCount);
   for (std::int64_t row = rows.first; row <= rows.last; ++row) {

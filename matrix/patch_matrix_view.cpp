@@ -4,7 +4,7 @@
 #include <QPointer>
 #include <algorithm>
 
-#include "core/fatal.h"
+#include "base/fatal.h"
 #include "matrix/calibrated_color.h"
 #include "matrix/lower_left.h"
 #include "matrix/matrix_accessibility.h"

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/fatal.h"
+#include "base/fatal.h"
 
 namespace tolvane {
 

@@ -6,7 +6,7 @@
 #include <limits>
 #include <new>
 
-#include "core/fatal.h"
+#include "base/fatal.h"
 
 namespace tolvane {
 
@@ -72,8 +72,10 @@ const AudioBuffer* ChannelTable::addPlanarChannels(const AudioBuffer* buffer,
 
 void ChannelTable::addChannels(const AudioBuffer& buffer) noexcept {
   const UInt32 channels = buffer.mNumberChannels;
-  if (channels > kMaxChannels) fatal("a buffer of the device has more channels than 32 bits hold");
   auto* const data = static_cast<float*>(buffer.mData);
+  // Channels without data are only counted, which any number can be.
+  if (data != nullptr && channels > kMaxChannels)
+    fatal("a buffer of the device has more channels than 32 bits hold");
   const std::int64_t first = channelCount_;
   const std::int64_t end = std::min<std::int64_t>(first + channels, capacity_);
   const std::int32_t stride = data == nullptr ? 1 : static_cast<std::int32_t>(channels);

@@ -53,7 +53,8 @@ class ChannelTable {
   /// Allocates the table: one of the two allocations of an IO cycle.
   explicit ChannelTable(std::int64_t capacity) noexcept;
 
-  /// Numbers every channel of the list. A buffer with more channels than 32 bits hold ends the process.
+  /// Numbers every channel of the list. A buffer with data and more channels than 32 bits hold ends the
+  /// process.
   void addChannelsOf(const AudioBufferList& list) noexcept;
 
   /// Channels of the list, those beyond the capacity and those without data included.
@@ -72,8 +73,11 @@ class ChannelTable {
   /// From the first buffer's first byte to the last one's end, where the buffers lie in order.
   [[nodiscard]] MemoryRange span() const noexcept { return order_.span(); }
 
-  /// Whether every buffer has one channel, and a slot, and begins where the one before it ends.
-  [[nodiscard]] bool isSolid() const noexcept { return onlyPlanar_ && order_.isGapless(); }
+  /// Whether every buffer has one channel, and a slot, and data, and begins where the one before it ends.
+  [[nodiscard]] bool isSolid() const noexcept {
+    // A buffer without data is one at address 0: no other can end there, so only the first one can be it.
+    return onlyPlanar_ && order_.isGapless() && order_.span().begin != 0;
+  }
 
   /// `channel` is below slotCount().
   [[nodiscard]] ChannelSlot& operator[](std::int64_t channel) noexcept {

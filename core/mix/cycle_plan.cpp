@@ -14,8 +14,8 @@ bool isUsable(const AudioBuffer& buffer) noexcept {
   return buffer.mNumberChannels != 0 && buffer.mData != nullptr;
 }
 
-std::uint64_t bytesOf(const AudioBuffer& buffer, std::int64_t frames) noexcept {
-  return static_cast<std::uint64_t>(frames) * buffer.mNumberChannels * sizeof(float);
+bool holds(const AudioBuffer& buffer, std::int64_t frames) noexcept {
+  return buffer.mDataByteSize >= static_cast<std::uint64_t>(frames) * buffer.mNumberChannels * sizeof(float);
 }
 
 /// What a route reads.
@@ -44,7 +44,7 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
     // Before any input is read: an unrouted output may share its memory with one, and silences it.
     clearUnrouted(output);
     if (routedCount_ == 0) return;
-    if (!canReorder()) return mixInPlainOrder();
+    if (!canReorder(input)) return mixInPlainOrder();
     mixRouted();
   }
   if (routedCount_ > 0) mixInTiles(input);
@@ -108,11 +108,15 @@ void CyclePlan::clearUnrouted(AudioBufferList& output) noexcept {
 }
 
 /// Whether filling output by output gives what the plain order gives: every routed output holds the whole
-/// cycle and shares no memory with an input that is read or with another one.
-bool CyclePlan::canReorder() const noexcept {
+/// cycle and shares no memory with an input that is read or with another one. Interleaved inputs hold the
+/// whole cycle too: a channel's neighbours are read with it.
+bool CyclePlan::canReorder(const AudioBufferList& input) const noexcept {
   for (std::int32_t b = 0; b < routedCount_; ++b) {
-    const AudioBuffer& buffer = *routed_[b].buffer;
-    if (buffer.mDataByteSize < bytesOf(buffer, frames_)) return false;
+    if (!holds(*routed_[b].buffer, frames_)) return false;
+  }
+  const AudioBuffer* const end = input.mBuffers + input.mNumberBuffers;
+  for (const AudioBuffer* buffer = input.mBuffers; buffer != end; ++buffer) {
+    if (buffer->mNumberChannels > 1 && buffer->mData != nullptr && !holds(*buffer, frames_)) return false;
   }
   return !sharesMemory();
 }

@@ -30,7 +30,7 @@ class CyclePlan {
   void clearFromTo(const AudioBuffer& first, const AudioBuffer& last) const noexcept;
 
   void clearUnrouted(AudioBufferList& output) noexcept;
-  [[nodiscard]] bool canReorder() const noexcept;
+  [[nodiscard]] bool canReorder(const AudioBufferList& input) const noexcept;
   [[nodiscard]] bool sharesMemory() const noexcept;
   void mixInPlainOrder() noexcept;
   void mixRouted() noexcept;

@@ -1,36 +1,56 @@
 #include "core/mix/mix_kernels.h"
 
+#include <atomic>
+
 #include "core/mix/mix_kernels_forms.h"
 
 namespace tolvane {
 
 namespace {
 
-struct Forms {
-  const MixKernels* list[4] = {};
+// Null until it is chosen. Whoever chooses finds the same form, so that nobody has to wait for anybody.
+constinit std::atomic<const MixKernels*> chosen = nullptr;
 
-  Forms() noexcept {
-    int count = 0;
 #if defined(__x86_64__)
-    __builtin_cpu_init();
-    if (__builtin_cpu_supports("avx512f") != 0) list[count++] = &kAvx512MixKernels;
-    if (__builtin_cpu_supports("avx2") != 0) list[count++] = &kAvx2MixKernels;
+/// Whether the processor has all that core/CMakeLists.txt lets the compiler use in this form.
+bool runsAvx512() noexcept {
+  return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
+         __builtin_cpu_supports("avx512dq") != 0;
+}
 #endif
-    list[count] = &kBaselineMixKernels;
-  }
-};
-
-// Chosen before main, so that the IO thread finds it done.
-const Forms kForms;
 
 }  // namespace
 
-const MixKernels& mixKernels() noexcept {
-  return *kForms.list[0];
+MixKernelList allMixKernels() noexcept {
+  MixKernelList all = {};
+  int count = 0;
+#if defined(__x86_64__)
+  // What the processor has is otherwise known only after the compiler's own constructors.
+  __builtin_cpu_init();
+  if (runsAvx512()) all.forms[count++] = &kAvx512MixKernels;
+  if (__builtin_cpu_supports("avx2") != 0) all.forms[count++] = &kAvx2MixKernels;
+#endif
+  all.forms[count] = &kBaselineMixKernels;
+  return all;
 }
 
-const MixKernels* const* allMixKernels() noexcept {
-  return kForms.list;
+const MixKernels& mixKernels() noexcept {
+  const MixKernels* form = chosen.load(std::memory_order_relaxed);
+  if (form == nullptr) {
+    form = allMixKernels().forms[0];
+    chosen.store(form, std::memory_order_relaxed);
+  }
+  return *form;
 }
+
+void useMixKernels(const MixKernels& form) noexcept {
+  chosen.store(&form, std::memory_order_relaxed);
+}
+
+namespace {
+
+[[maybe_unused]] const MixKernels& chosenBeforeMain = mixKernels();
+
+}  // namespace
 
 }  // namespace tolvane

@@ -101,11 +101,19 @@ struct MixKernels {
   void (*mixLanes)(const LaneGroup* groups, std::int32_t count, std::int64_t frames) noexcept;
 };
 
-/// The fastest form that this processor runs. [any-thread]
+/// The form that cycles run in: the fastest that this processor has. It is chosen before main, so that the IO
+/// thread finds it done; whoever asks earlier still gets it. [any-thread]
 [[nodiscard]] const MixKernels& mixKernels() noexcept;
 
-/// Every form that this processor runs, the fastest first, ended by null: for tests and benchmarks.
-/// [any-thread]
-[[nodiscard]] const MixKernels* const* allMixKernels() noexcept;
+/// Cycles run in this form from now on: for tests and benchmarks. [any-thread]
+void useMixKernels(const MixKernels& form) noexcept;
+
+/// Forms, the fastest first; null behind the last.
+struct MixKernelList {
+  const MixKernels* forms[3];
+};
+
+/// Every form that this processor runs: for tests and benchmarks. [any-thread]
+[[nodiscard]] MixKernelList allMixKernels() noexcept;
 
 }  // namespace tolvane

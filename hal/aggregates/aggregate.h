@@ -33,14 +33,20 @@ inline constexpr const char* kAllInterfacesName = "All Interfaces";
 /// Of one member, in one direction.
 inline constexpr std::uint32_t kMaxMemberChannels = 1024;
 inline constexpr std::size_t kMaxAggregateMembers = 64;
+inline constexpr std::size_t kMaxAggregateNameCharacters = 100;
 
 /// The device identity of an aggregate: made anew under the same name it is the same device. [not-io]
 [[nodiscard]] inline std::string aggregateUid(std::string_view name) {
   return "pipewire-aggregate:" + std::string(name);
 }
 
-/// Why no aggregate can be called this; empty when one can. [not-io]
+/// Why no aggregate can be called this, not even one of a file that somebody else has written; empty when one
+/// can. [not-io]
 [[nodiscard]] std::string whyNoAggregateName(std::string_view name);
+
+/// Why no new aggregate can be called this: what would drive the terminal or the menu that shows it is
+/// refused, too; empty when one can. [not-io]
+[[nodiscard]] std::string whyNoNewAggregateName(std::string_view name);
 
 /// Whether an aggregate can have the device of this identity as a member: PipeWire runs the members together.
 /// [not-io]

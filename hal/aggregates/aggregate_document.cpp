@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <set>
+#include <string_view>
 #include <utility>
 
 #include "hal/aggregates/json_positions.h"
@@ -19,9 +20,9 @@ struct Wrong {
   std::string reason;
 };
 
-const Json& memberOf(const Json& object, const std::string& pointer, const char* name) {
+const Json& memberOf(const Json& object, std::string_view pointer, const char* name) {
   const auto found = object.find(name);
-  if (found == object.end()) throw Wrong{pointer, std::string("\"") + name + "\" is missing"};
+  if (found == object.end()) throw Wrong{std::string(pointer), std::string("\"") + name + "\" is missing"};
   return *found;
 }
 

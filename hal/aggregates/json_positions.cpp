@@ -105,9 +105,11 @@ class Locator {
 };
 
 // The parser's own words without its error number, its line and column, and the text it last read: that text
-// may be of any length and hold anything.
+// may be of any length and hold anything. Its words change with its version; the first two do not.
 std::string syntaxReason(std::string_view message) {
-  message = message.substr(std::min(message.find("syntax error"), message.size()));
+  const std::size_t begin = message.find("syntax error");
+  if (begin == std::string_view::npos) return "syntax error";
+  message = message.substr(begin);
   return std::string(message.substr(0, message.find("; last read")));
 }
 
@@ -122,6 +124,10 @@ std::string placeOf(std::string_view text, std::size_t byteOffset) {
 
 LocatedJson parseLocated(std::string_view text) {
   LocatedJson result;
+  if (text.empty()) {
+    result.error = placeOf(text, 0) + ": there is no text";
+    return result;
+  }
   // The parser would take it for the end of the text and never look behind it.
   if (const auto offset = text.find('\0'); offset != std::string_view::npos) {
     result.error = placeOf(text, offset) + ": found a NUL byte";

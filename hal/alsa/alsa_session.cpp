@@ -116,8 +116,9 @@ int AlsaSession::runPeriod() noexcept {
 int AlsaSession::recover(int error) noexcept {
   if (error == -ENODEV) return error;
   client_.overload();
-  duplex_->stop();
+  // Before anything else: a suspended stream that is dropped no longer knows that its hardware sleeps.
   while (duplex_->resume() == -EAGAIN && !control_->stop_.load()) rest(kRestMs);
+  duplex_->stop();
   for (int result = startOver(); !control_->stop_.load(); result = startOver()) {
     if (result == 0 || result == -ENODEV || ++failures_ > kMaxFailures) return result;
     rest(kRestMs);

@@ -42,8 +42,8 @@ class Duplex {
   void stop() noexcept;
   /// Makes ready to start: outputs full of silence, inputs empty. [io-thread]
   int prepare() noexcept;
-  /// After the machine was suspended: 0 when the hardware has resumed or need not, EAGAIN when it is still
-  /// at it. [io-thread]
+  /// After the machine was suspended, and before stop(): 0 when the hardware has resumed, cannot or need not,
+  /// EAGAIN when it is still at it. [io-thread]
   int resume() noexcept;
 
   /// Waits until a period can be read and written, and gives how many; 0 when `wakeFd` was readable first.

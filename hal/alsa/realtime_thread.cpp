@@ -1,8 +1,5 @@
 #include "hal/alsa/realtime_thread.h"
 
-#include <atomic>
-#include <cstdio>
-
 #include <unistd.h>
 
 #include "hal/alsa/realtime_kit.h"
@@ -16,22 +13,12 @@ namespace {
 // What RealtimeKit grants at most, as it comes.
 constexpr unsigned kPriority = 20;
 
-void sayOnce() {
-  static std::atomic_flag said;
-  if (said.test_and_set()) return;
-  std::fputs(
-      "tolvane: the sound card's thread runs without real-time priority: neither the limits of this user nor "
-      "RealtimeKit grant it. Sound may break up under load.\n",
-      stderr);
-}
-
 }  // namespace
 
 void requestRealtime() {
   if (becomeRealtime()) return;
-  runDetached("tolvane-rtkit", [thread = gettid()] {
-    if (!askRealtimeKit(thread, kPriority)) sayOnce();
-  });
+  // Where no thread is left to ask on, the thread keeps the priority that it has, which is reported.
+  static_cast<void>(runDetached("tolvane-rtkit", [thread = gettid()] { askRealtimeKit(thread, kPriority); }));
 }
 
 }  // namespace tolvane::hal::alsa

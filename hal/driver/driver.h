@@ -69,7 +69,8 @@ class DeviceObserver {
 
 /// One sound system. A driver lives as long as the process. The HAL calls devices() once at a time, on a
 /// thread that it keeps for that; starts and ends of sessions and setBufferFrames() may come on any other
-/// thread at the same time.
+/// thread at the same time. Every operation but name() may throw std::bad_alloc or std::system_error where
+/// the system has no memory, thread or descriptor left: the call that needed it then fails.
 class Driver {
  public:
   virtual ~Driver() = default;
@@ -81,9 +82,14 @@ class Driver {
   /// 150 ms: a driver that does not is left out of the list until it has answered. [not-io]
   virtual std::vector<DeviceInfo> devices() = 0;
 
-  /// The sound server that the answer of the last devices() came from, where another driver may be a way to
-  /// the same one: "pipewire"; else empty. Of two drivers for one server, the first alone is listed. Called
-  /// after devices(), on its thread. [not-io]
+  /// The last devices() is no answer: the sound server has taken the connection and has said nothing yet. The
+  /// HAL then calls devices() again until it is an answer, which counts as one long call. Called after
+  /// devices(), on its thread. [not-io]
+  [[nodiscard]] virtual bool awaitsServer() const { return false; }
+
+  /// The sound server that this driver reaches, where another driver may reach the same one: "pipewire"; else
+  /// empty. It is the same at any time. Of two drivers for one server the first alone is used: nothing else
+  /// of the other is ever called. [not-io]
   [[nodiscard]] virtual std::string server() const { return {}; }
 
   /// Starts calling `client` with the buffers of `device`, a value that devices() gave, in its stream layout.

@@ -17,10 +17,6 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A server that has not said anything by now hangs.
-constexpr std::chrono::milliseconds kSignOfLifeTimeout = 800ms;
-/// A busy server takes some milliseconds a port; one that has not done it all by now hangs.
-constexpr std::chrono::milliseconds kStartTimeout = 3s;
 /// What a stop waits for the server, which takes a few cycles, to let us go.
 constexpr std::chrono::milliseconds kStopTimeout = 400ms;
 
@@ -58,20 +54,23 @@ class JackSession final : public Session {
 
 class JackDriver final : public Driver {
  public:
-  explicit JackDriver(const JackLibrary& library) : library_(library), prober_(library) {}
+  JackDriver(const JackLibrary& library, const JackLimits& limits)
+      : library_(library), limits_(limits), prober_(library) {}
 
   [[nodiscard]] const char* name() const noexcept override { return "jack"; }
 
   std::vector<DeviceInfo> devices() override { return prober_.devices(); }
 
+  [[nodiscard]] bool awaitsServer() const override { return prober_.isSilent(); }
+
   [[nodiscard]] std::string server() const override { return library_.isPipeWire ? "pipewire" : ""; }
 
   StartResult start(const DeviceInfo& device, SessionClient& client) override {
-    if (!prober_.answers(kSignOfLifeTimeout)) return {kAudioHardwareNotReadyError, nullptr};
+    if (!prober_.answers(limits_.signOfLife)) return {kAudioHardwareNotReadyError, nullptr};
     Hosting hosting{std::make_shared<JackStream>(library_, device, client)};
-    runDetached("tolvane-jack", [hosting] { host(hosting); });
+    if (!runDetached("tolvane-jack", [hosting] { host(hosting); })) throw noThreadLeft();
     const OSStatus status =
-        hosting.entered->take(kStartTimeout).value_or(OSStatus{kAudioHardwareNotReadyError});
+        hosting.entered->take(limits_.start).value_or(OSStatus{kAudioHardwareNotReadyError});
     if (status != noErr) return {status, nullptr};
     return {noErr, std::make_unique<JackSession>(std::move(hosting))};
   }
@@ -87,13 +86,14 @@ class JackDriver final : public Driver {
 
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {
     if (device.maxBufferFrames == 0) return kAudioHardwareUnsupportedOperationError;
-    const OSStatus status = setJackBufferFrames(library_, frames);
+    const OSStatus status = setJackBufferFrames(library_, frames, limits_.setting);
     prober_.forget();
     return status;
   }
 
  private:
   const JackLibrary& library_;
+  const JackLimits limits_;
   JackProber prober_;
   std::optional<JackWatch> watch_;  // the last: its threads use the rest
 };
@@ -111,9 +111,13 @@ class AbsentJackDriver final : public Driver {
 }  // namespace
 
 std::unique_ptr<Driver> makeJackDriver() {
+  return makeJackDriver(JackLimits{});
+}
+
+std::unique_ptr<Driver> makeJackDriver(const JackLimits& limits) {
   const JackLibrary* library = JackLibrary::get();
   if (library == nullptr) return std::make_unique<AbsentJackDriver>();
-  return std::make_unique<JackDriver>(*library);
+  return std::make_unique<JackDriver>(*library, limits);
 }
 
 bool jackLibraryIsPipeWire() {

@@ -65,6 +65,11 @@ std::vector<DeviceInfo> JackProber::devices() {
   return awaitAnswer(lock, deadline) ? question_->answer : std::vector<DeviceInfo>{};
 }
 
+bool JackProber::isSilent() const {
+  const std::lock_guard lock(question_->mutex);
+  return question_->open;
+}
+
 bool JackProber::answers(std::chrono::milliseconds timeout) {
   std::unique_lock lock(question_->mutex);
   if (!question_->open) ask(lock);
@@ -79,9 +84,14 @@ void JackProber::forget() {
 void JackProber::ask(std::unique_lock<std::mutex>& lock) {
   question_->begin();
   lock.unlock();
-  runDetached("tolvane-jack", [&library = library_, asker = asker_, question = question_] {
-    question->settle(askServer(library, asker));
-  });
+  const bool isAsked =
+      runDetached("tolvane-jack", [&library = library_, asker = asker_, question = question_] {
+        question->settle(askServer(library, asker));
+      });
+  if (!isAsked) {
+    question_->settle({});
+    throw noThreadLeft();
+  }
   lock.lock();
 }
 

@@ -25,6 +25,9 @@ class JackProber {
   /// question that is still open is not asked again, and an answer serves for 100 ms. [not-io]
   [[nodiscard]] std::vector<DeviceInfo> devices();
 
+  /// The last question is still open. [not-io]
+  [[nodiscard]] bool isSilent() const;
+
   /// Whether the server, or there being none, is known within `timeout`: false while it hangs. [not-io]
   [[nodiscard]] bool answers(std::chrono::milliseconds timeout);
 

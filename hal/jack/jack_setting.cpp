@@ -1,6 +1,5 @@
 #include "hal/jack/jack_setting.h"
 
-#include <chrono>
 #include <memory>
 
 #include "hal/jack/jack_client.h"
@@ -10,8 +9,6 @@
 namespace tolvane::hal {
 
 namespace {
-
-constexpr std::chrono::milliseconds kTimeout{450};
 
 OSStatus set(const JackLibrary& library, std::uint32_t frames, LateAnswer<OSStatus>& answer) {
   jack_status_t status;
@@ -24,10 +21,13 @@ OSStatus set(const JackLibrary& library, std::uint32_t frames, LateAnswer<OSStat
 
 }  // namespace
 
-OSStatus setJackBufferFrames(const JackLibrary& library, std::uint32_t frames) {
+OSStatus setJackBufferFrames(const JackLibrary& library, std::uint32_t frames,
+                             std::chrono::milliseconds limit) {
   const auto answer = std::make_shared<LateAnswer<OSStatus>>();
-  runDetached("tolvane-jack", [&library, frames, answer] { answer->give(set(library, frames, *answer)); });
-  return answer->take(kTimeout).value_or(OSStatus{kAudioHardwareNotReadyError});
+  const bool isAsked = runDetached(
+      "tolvane-jack", [&library, frames, answer] { answer->give(set(library, frames, *answer)); });
+  if (!isAsked) throw noThreadLeft();
+  return answer->take(limit).value_or(OSStatus{kAudioHardwareNotReadyError});
 }
 
 }  // namespace tolvane::hal

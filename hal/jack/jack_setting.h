@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 
 #include "hal/jack/jack_library.h"
@@ -7,9 +8,10 @@
 
 namespace tolvane::hal {
 
-/// Makes `frames` the server's cycle length, for all of its clients. Returns within half a second: noErr when
-/// it is done; kAudioHardwareNotReadyError when there is no server or it hangs, which is then not asked later
-/// what it has not been asked yet; kAudioHardwareUnsupportedOperationError when it refuses. [not-io]
-[[nodiscard]] OSStatus setJackBufferFrames(const JackLibrary& library, std::uint32_t frames);
+/// Makes `frames` the server's cycle length, for all of its clients. Returns within `limit`: noErr when it is
+/// done; kAudioHardwareNotReadyError when there is no server or it hangs, and a pending request is cancelled;
+/// kAudioHardwareUnsupportedOperationError when it refuses. [not-io]
+[[nodiscard]] OSStatus setJackBufferFrames(const JackLibrary& library, std::uint32_t frames,
+                                           std::chrono::milliseconds limit);
 
 }  // namespace tolvane::hal

@@ -236,7 +236,7 @@ class JackWatch::Watcher {
 
 JackWatch::JackWatch(const JackLibrary& library, std::function<void()> changed)
     : watcher_(std::make_shared<Watcher>(library, std::move(changed))) {
-  runDetached("tolvane-jack", [watcher = watcher_] { watcher->work(); });
+  if (!runDetached("tolvane-jack", [watcher = watcher_] { watcher->work(); })) throw noThreadLeft();
 }
 
 JackWatch::Asker JackWatch::asker() const {

@@ -1,11 +1,24 @@
 #include "hal/pipewire/connection.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 #include "hal/pipewire/graph_watch.h"
 
 namespace tolvane::hal::pipewire {
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+// Lest a server that has every connection fail be asked for one without pause.
+constexpr milliseconds kFirstPause{100};
+constexpr milliseconds kLongestPause{1600};
+constexpr milliseconds kSoon{5000};  // a connection that has lasted longer is no sign of the next one failing
+
+}  // namespace
 
 const pw_core_events Connection::kCoreEvents = [] {
   pw_core_events events{};
@@ -16,6 +29,8 @@ const pw_core_events Connection::kCoreEvents = [] {
   events.error = [](void* data, std::uint32_t id, int /*sequence*/, int result, const char* /*message*/) {
     static_cast<Connection*>(data)->onError(id, result);
   };
+  events.add_mem = [](void* data, std::uint32_t id, std::uint32_t /*type*/, int descriptor,
+                      std::uint32_t /*flags*/) { static_cast<Connection*>(data)->onMemory(id, descriptor); };
   return events;
 }();
 
@@ -29,9 +44,10 @@ Connection::~Connection() {
 
 bool Connection::ensure() {
   if (core_ != nullptr) return !broken_;
+  if (steady_clock::now() < nextAttempt_) return false;
   if (context_ == nullptr) {
-    // This configuration makes the data thread a real-time one.
-    const std::array<spa_dict_item, 1> items = {{{PW_KEY_CONFIG_NAME, "client-rt.conf"}}};
+    const std::array<spa_dict_item, 1> items = {
+        {{PW_KEY_CONFIG_NAME, realTimeConfigName(library_.pw_get_library_version())}}};
     const spa_dict properties{0, static_cast<std::uint32_t>(items.size()), items.data()};
     context_ = library_.pw_context_new(thread_.loop(), library_.pw_properties_new_dict(&properties), 0);
     if (context_ == nullptr) return false;
@@ -39,6 +55,7 @@ bool Connection::ensure() {
   core_ = library_.pw_context_connect(context_, nullptr, 0);
   if (core_ == nullptr) return false;
   broken_ = false;
+  made_ = steady_clock::now();
   addListener(core_, &coreHook_, &kCoreEvents, this);
   watch_ = std::make_unique<GraphWatch>(library_, thread_, core_, changed_);
   settle([this](bool answered) {
@@ -71,8 +88,33 @@ void Connection::onDone(std::uint32_t id, int sequence) {
   }
 }
 
+/// What goes wrong with the server itself, not with one of its objects, leaves a connection on which nothing
+/// more is heard or made.
 void Connection::onError(std::uint32_t id, int result) {
-  if (id != PW_ID_CORE || result != -EPIPE || broken_) return;
+  if (id != PW_ID_CORE || broken_) return;
+  if (result != -EPIPE) delayNextAttempt();
+  giveUp();
+}
+
+/// The library has taken over a piece of memory. Library and server both number them, by the same rule; when
+/// a descriptor is lost on the way, as a library before 0.3.71 may lose it between two long messages, their
+/// numbers differ from then on, and no later link finds its buffers.
+void Connection::onMemory(std::uint32_t id, int descriptor) {
+  if (broken_) return;
+  const pw_memblock* const block = library_.pw_mempool_find_id(library_.pw_core_get_mempool(core_), id);
+  if (block != nullptr && descriptor >= 0 && block->fd == descriptor) return;
+  delayNextAttempt();
+  giveUp();
+}
+
+void Connection::delayNextAttempt() {
+  const auto now = steady_clock::now();
+  if (now - made_ >= kSoon) pause_ = milliseconds{0};
+  nextAttempt_ = now + pause_;
+  pause_ = std::clamp(2 * pause_, kFirstPause, kLongestPause);
+}
+
+void Connection::giveUp() {
   broken_ = true;
   // The library is in the middle of using what is to be destroyed.
   thread_.post([this, alive = std::weak_ptr<int>(alive_)] {

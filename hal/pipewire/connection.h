@@ -1,6 +1,7 @@
-// The connection to the sound server: made when asked for, given up when the server goes, made anew later.
+// The connection to the sound server: made when asked for, given up when it fails, made anew later.
 #pragma once
 
+#include <chrono>
 #include <deque>
 #include <functional>
 #include <memory>
@@ -15,15 +16,16 @@ class GraphWatch;
 /// Everything here is used on the loop thread only, or when that has ended.
 class Connection {
  public:
-  /// `lost` is called when the server has gone, before anything of the connection is destroyed; `changed`
-  /// some time after the graph has changed.
+  /// `lost` is called when the server has gone or the connection is of no more use, before anything of it is
+  /// destroyed; `changed` some time after the graph has changed.
   Connection(const Library& library, LoopThread& thread, Task lost, Task changed);
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
-  /// Connects unless connected. Fails at once where there is no server. A server that hangs is connected to
-  /// like any other: only its answers are missing.
+  /// Connects unless connected. Fails at once where there is no server, and for some time after a connection
+  /// has failed soon after another one. A server that hangs is connected to like any other: only its answers
+  /// are missing.
   bool ensure();
 
   [[nodiscard]] bool isConnected() const noexcept { return core_ != nullptr; }
@@ -53,6 +55,9 @@ class Connection {
 
   void onDone(std::uint32_t id, int sequence);
   void onError(std::uint32_t id, int result);
+  void onMemory(std::uint32_t id, int descriptor);
+  void giveUp();
+  void delayNextAttempt();
   void ask(bool isSecond, std::function<void(bool)> answered);
 
   static const pw_core_events kCoreEvents;
@@ -68,6 +73,9 @@ class Connection {
   std::deque<Question> questions_;
   bool ready_ = false;
   bool broken_ = false;
+  std::chrono::steady_clock::time_point made_;
+  std::chrono::steady_clock::time_point nextAttempt_;
+  std::chrono::milliseconds pause_{0};  // before the next attempt, after a connection that has failed
   std::shared_ptr<int> alive_ = std::make_shared<int>();
 };
 

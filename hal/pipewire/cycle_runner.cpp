@@ -1,6 +1,8 @@
 #include "hal/pipewire/cycle_runner.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <cstring>
 #include <utility>
 
 namespace tolvane::hal::pipewire {
@@ -13,6 +15,16 @@ AudioTimeStamp timeStamp(double sampleTime, std::uint64_t hostTimeNs) noexcept {
   stamp.mHostTime = hostTimeNs;
   stamp.mFlags = kAudioTimeStampSampleTimeValid | kAudioTimeStampHostTimeValid;
   return stamp;
+}
+
+/// The clock's last eight bytes, which have a name only in the headers of 1.0 and later. Servers before leave
+/// them zero.
+std::uint64_t xrunFramesOf(const spa_io_clock& clock) noexcept {
+  static_assert(sizeof(spa_io_clock) == 160, "shared with servers of all versions");
+  std::uint64_t frames = 0;
+  constexpr std::size_t kOffset = sizeof(spa_io_clock) - sizeof frames;
+  std::memcpy(&frames, reinterpret_cast<const std::byte*>(&clock) + kOffset, sizeof frames);
+  return frames;
 }
 
 }  // namespace
@@ -46,7 +58,7 @@ void CycleRunner::process(const spa_io_position* position) noexcept {
 
 CycleRunner::Moment CycleRunner::momentOf(const spa_io_clock& clock) noexcept {
   const auto frames = static_cast<std::uint32_t>(std::min<std::uint64_t>(clock.duration, kMaxCycleFrames));
-  return {clock.id, clock.rate.denom, clock.position, frames, clock.nsec};
+  return {clock.id, clock.rate.denom, clock.position, frames, clock.nsec, xrunFramesOf(clock)};
 }
 
 void* CycleRunner::takeBuffer(void* port, bool isOutput, std::uint32_t frames) noexcept {
@@ -82,10 +94,13 @@ void CycleRunner::fetchBuffers(std::uint32_t frames) noexcept {
 
 void CycleRunner::noteClock(const Moment& moment) noexcept {
   const bool isSameClock = last_.clockId == moment.clockId && last_.rateHz == moment.rateHz;
-  // A missed deadline shows only in the clock having gone on without us.
-  if (last_.frames != 0 && isSameClock && moment.position > last_.position + last_.frames) client_.overload();
+  // A deadline that we have missed shows only in the clock having gone on without us.
+  const bool isLate = moment.position > last_.position + last_.frames;
+  const bool isXrun = moment.xrunFrames > last_.xrunFrames;
+  if (last_.frames != 0 && isSameClock && (isLate || isXrun)) client_.overload();
   if (last_.rateHz != moment.rateHz || last_.frames != moment.frames) {
     client_.formatChanged(moment.rateHz, moment.frames);
+    rateHz_.store(moment.rateHz, std::memory_order_relaxed);
   }
   last_ = moment;
 }

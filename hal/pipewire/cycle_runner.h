@@ -26,6 +26,9 @@ class CycleRunner {
   /// The client is called no more, from the moment this returns. [not-io]
   void shut() noexcept { gate_.shut(); }
 
+  /// The graph's rate, as of the last cycle in which the client was called; 0 before the first. [any-thread]
+  [[nodiscard]] std::uint32_t rateHz() const noexcept { return rateHz_.load(std::memory_order_relaxed); }
+
   /// One cycle of the server. Wait-free. [io-thread]
   void process(const spa_io_position* position) noexcept;
 
@@ -37,6 +40,7 @@ class CycleRunner {
     std::uint64_t position = 0;
     std::uint32_t frames = 0;
     std::uint64_t nsec = 0;
+    std::uint64_t xrunFrames = 0;  // of all the hardware's xruns so far
   };
 
   static Moment momentOf(const spa_io_clock& clock) noexcept;
@@ -54,6 +58,7 @@ class CycleRunner {
   Moment last_;  // of the cycle before; without frames where there was none
   CallGate gate_;
   std::atomic<bool> running_ = false;
+  std::atomic<std::uint32_t> rateHz_ = 0;
 };
 
 }  // namespace tolvane::hal::pipewire

@@ -25,8 +25,10 @@ bool givesOutputs(const GraphNode& node) {
   return isOfClass(node.mediaClass, "Audio/Sink") || isOfClass(node.mediaClass, "Audio/Duplex");
 }
 
-/// As text, but numbers within it as numbers: "pro-output-3" comes before "pro-output-10".
+/// As text, but numbers within it as numbers: "pro-output-3" comes before "pro-output-10". Names that differ
+/// in leading zeros alone are compared as text, so that no two names are equal.
 bool naturallyLess(std::string_view a, std::string_view b) {
+  const bool isLessAsText = a < b;
   const auto isDigit = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; };
   const auto takeNumber = [&](std::string_view& text) {
     const auto zeros = std::min(text.find_first_not_of('0'), text.size());
@@ -48,7 +50,7 @@ bool naturallyLess(std::string_view a, std::string_view b) {
       b.remove_prefix(1);
     }
   }
-  return a.size() < b.size();
+  return a.size() != b.size() ? a.size() < b.size() : isLessAsText;
 }
 
 constexpr std::uint32_t kSuggestedQuantumFrames = 256;
@@ -107,14 +109,19 @@ namespace {
 bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& node, bool ofInputPorts,
                     std::vector<Channel>& channels) {
   const std::size_t before = channels.size();
+  std::size_t ports = 0;
   for (const auto& [portId, port] : graph.ports) {
     if (port.nodeId != nodeId || port.isInput != ofInputPorts) continue;
+    ++ports;
+    if (!port.isAudio) continue;
     channels.push_back({.nodeName = node.name, .index = port.index, .nodeId = nodeId, .portId = portId});
   }
   std::sort(channels.begin() + static_cast<std::ptrdiff_t>(before), channels.end(),
             [](const Channel& a, const Channel& b) { return a.index < b.index; });
   const std::size_t found = channels.size() - before;
-  return node.channels && *node.channels != 0 && found == *node.channels;
+  // A node may say more channels than the server gives it ports, which is then all there is.
+  const bool isAllMade = ports == (ofInputPorts ? node.inputPorts : node.outputPorts);
+  return found != 0 && (found == node.channels || isAllMade);
 }
 
 void addAlsaCard(const GraphNode& node, DeviceInfo& info) {

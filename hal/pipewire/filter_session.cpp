@@ -1,6 +1,7 @@
 #include "hal/pipewire/filter_session.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <map>
 #include <utility>
 
@@ -9,7 +10,7 @@ namespace tolvane::hal::pipewire {
 namespace {
 
 constexpr std::chrono::milliseconds kAttemptPeriod{50};  // between attempts that a server refuses
-constexpr std::chrono::milliseconds kPatience{1500};     // for all of an aggregate that is there to come up
+constexpr std::chrono::milliseconds kPatience{1500};     // for all that is there to come up
 
 /// Our own node's ports of one direction by their index.
 using OwnPorts = std::map<std::uint32_t, std::uint32_t>;
@@ -112,6 +113,7 @@ void FilterSession::reconcile(const Connection& connection, const std::vector<Li
     filter_ = std::make_unique<Filter>(library_, connection.core(), runner_, inputs_.size(), outputs_.size(),
                                        latencyText(quantumFrames_, rateHz_), changed_);
   }
+  followRate();
   if (filter_->nodeId() == SPA_ID_INVALID) return;
   const std::size_t inputs = linkInputs(connection, devices);
   const std::size_t outputs = linkOutputs(connection, devices);
@@ -158,6 +160,15 @@ void FilterSession::setQuantum(std::uint32_t frames) {
   if (filter_) filter_->suggestLatency(latencyText(quantumFrames_, rateHz_));
 }
 
+/// The server takes the suggestion for a time, frames at a rate: at another rate it would be other frames.
+void FilterSession::followRate() {
+  const std::uint32_t rateHz = runner_.rateHz();
+  if (rateHz == 0 || rateHz == rateHz_) return;
+  rateHz_ = rateHz;
+  const bool isUsersOwn = std::getenv("PIPEWIRE_LATENCY") != nullptr;
+  if (!isUsersOwn) setQuantum(quantumFrames_);
+}
+
 void FilterSession::takeDown() {
   runner_.setRunning(false);
   links_.dropAll();
@@ -171,9 +182,11 @@ void FilterSession::end() {
 }
 
 /// `inputs` and `outputs`: links that are up.
-bool FilterSession::isEnough(std::size_t inputs, std::size_t outputs) const noexcept {
-  if (!members_.empty()) return inputs + outputs != 0;
-  return (inputs_.empty() || inputs != 0) && (outputs_.empty() || outputs != 0);
+bool FilterSession::mayBegin(std::size_t inputs, std::size_t outputs) const {
+  // A card that comes back brings one direction after the other.
+  const bool hasBoth = (inputs_.empty() || inputs != 0) && (outputs_.empty() || outputs != 0);
+  const bool isAll = isWhole_ && (hasBoth || !members_.empty());
+  return isAll || std::chrono::steady_clock::now() >= patientUntil_;
 }
 
 /// `wanted`: links that are to come up.
@@ -181,11 +194,10 @@ void FilterSession::publish(std::size_t wanted) {
   const std::size_t inputs = links_.ready(0, inputs_.size());
   const std::size_t outputs = links_.ready(inputs_.size(), outputs_.size());
   isWhole_ = inputs + outputs == wanted;
-  // It begins whole, unless a member of an aggregate does not come up; then it goes on with what there is.
-  const bool isPatient = members_.empty() || std::chrono::steady_clock::now() < patientUntil_;
-  const bool alive = isEnough(inputs, outputs) && (isAlive() || isWhole_ || !isPatient);
+  const bool isAny = inputs + outputs != 0;
+  const bool alive = isAny && (isAlive() || mayBegin(inputs, outputs));
   if (alive) runner_.setRunning(true);
-  if (inputs + outputs == 0) runner_.setRunning(false);
+  if (!isAny) runner_.setRunning(false);
   wasAlive_ = wasAlive_ || alive;
   setAlive(alive);
 }

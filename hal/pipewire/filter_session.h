@@ -24,8 +24,8 @@ namespace tolvane::hal::pipewire {
 /// others, as by another profile of the card, do channels go by their order; and those of an aggregate's
 /// member that was not there at the start, when it first comes.
 ///
-/// The device is alive while it has something of each of its directions; an aggregate while it has anything,
-/// also when it could not be started with all of it.
+/// The device comes alive when all that is there of it is linked, and goes on while any of it is. What cannot
+/// be linked is waited for some time; then the device comes alive with the rest.
 class FilterSession {
  public:
   /// `changed` is called when reconcile() has something new to look at.
@@ -36,7 +36,7 @@ class FilterSession {
   /// aggregates. Does nothing once the session has ended.
   void reconcile(const Connection& connection, const std::vector<ListedDevice>& devices);
 
-  /// Asks for another cycle length, in frames.
+  /// Asks for another cycle length, in frames at whatever rate the graph has.
   void setQuantum(std::uint32_t frames);
 
   /// The server is gone, or the session is to make nothing more: takes links and filter down.
@@ -68,7 +68,8 @@ class FilterSession {
   [[nodiscard]] bool isAnyThere(const std::vector<ListedDevice>& devices) const;
   std::size_t linkInputs(const Connection& connection, const std::vector<ListedDevice>& devices);
   std::size_t linkOutputs(const Connection& connection, const std::vector<ListedDevice>& devices);
-  [[nodiscard]] bool isEnough(std::size_t inputs, std::size_t outputs) const noexcept;
+  void followRate();
+  [[nodiscard]] bool mayBegin(std::size_t inputs, std::size_t outputs) const;
   void publish(std::size_t wanted);
   void setAlive(bool alive);
 

@@ -26,15 +26,19 @@ struct GraphNode {
   bool hasAnswered = false;     // to being asked about itself; what follows is known only then
   std::string cardName;         // lasting, where the node itself says what card it is of
   std::optional<int> alsaCard;  // the number of the sound card that it plays on, or takes from
-  // How many channels it has, even before it has a port for each.
+  // How many channels it says it has, even before it has a port for each.
   std::optional<std::uint32_t> channels;
-  bool saysChannels = false;  // false: it does not say, and has as many as it has ports
+  std::uint32_t inputPorts = 0;  // how many ports the server has made for it, of whatever kind
+  std::uint32_t outputPorts = 0;
+
+  bool operator==(const GraphNode&) const = default;
 };
 
 struct GraphPort {
   std::uint32_t nodeId = 0;
-  bool isInput = false;     // takes audio
+  bool isInput = false;
   std::uint32_t index = 0;  // among the node's ports of this direction
+  bool isAudio = false;     // a channel; false of those for control
 };
 
 /// The server's clock, as its settings have it.

@@ -198,25 +198,16 @@ void GraphWatch::onNodeInfo(std::uint32_t id, const pw_node_info& info) {
   node.hasAnswered = true;
   if (info.props != nullptr && (info.change_mask & PW_NODE_CHANGE_MASK_PROPS) != 0) {
     const spa_dict& properties = *info.props;
-    if (const auto channels = numberOf<std::uint32_t>(properties, PW_KEY_AUDIO_CHANNELS)) {
-      node.channels = *channels;
-      node.saysChannels = true;
-    }
+    node.channels = numberOf<std::uint32_t>(properties, PW_KEY_AUDIO_CHANNELS);
     if (const auto description = textOf(properties, PW_KEY_NODE_DESCRIPTION); !description.empty()) {
       node.description = description;
     }
     node.cardName = textOf(properties, PW_KEY_DEVICE_NAME);
     node.alsaCard = alsaCardOf(properties);
   }
-  if (!node.saysChannels) {
-    const bool isSink = node.mediaClass.starts_with("Audio/Sink");
-    const std::uint32_t ports = isSink ? info.n_input_ports : info.n_output_ports;
-    if (ports != 0) node.channels = ports;
-  }
-  if (!before.hasAnswered || node.channels != before.channels || node.description != before.description ||
-      node.cardName != before.cardName || node.alsaCard != before.alsaCard) {
-    noteChange();
-  }
+  node.inputPorts = info.n_input_ports;
+  node.outputPorts = info.n_output_ports;
+  if (node != before) noteChange();
 }
 
 void GraphWatch::addCard(std::uint32_t id, const spa_dict& properties) {
@@ -233,9 +224,8 @@ void GraphWatch::addPort(std::uint32_t id, const spa_dict& properties) {
   const auto nodeId = numberOf<std::uint32_t>(properties, PW_KEY_NODE_ID);
   const auto index = numberOf<std::uint32_t>(properties, PW_KEY_PORT_ID);
   if (!nodeId || !index) return;
-  // Ports that are not of audio, as those for control, are no channels.
-  if (textOf(properties, PW_KEY_FORMAT_DSP).find("audio") == std::string_view::npos) return;
-  graph_.ports[id] = {*nodeId, textOf(properties, PW_KEY_PORT_DIRECTION) == "in", *index};
+  const bool isAudio = textOf(properties, PW_KEY_FORMAT_DSP).find("audio") != std::string_view::npos;
+  graph_.ports[id] = {*nodeId, textOf(properties, PW_KEY_PORT_DIRECTION) == "in", *index, isAudio};
   noteChange();
 }
 

@@ -1,5 +1,7 @@
 #include "hal/pipewire/library.h"
 
+#include <array>
+#include <charconv>
 #include <cstdlib>
 #include <optional>
 
@@ -26,6 +28,19 @@ std::optional<Library> load() {
 const Library* library() {
   static const std::optional<Library> kLoaded = load();
   return kLoaded ? &*kLoaded : nullptr;
+}
+
+bool isSince(std::string_view version, int major, int minor) noexcept {
+  std::array<int, 2> found{};
+  const char* const end = version.data() + version.size();
+  const char* const dot = std::from_chars(version.data(), end, found[0]).ptr;
+  if (dot != end) std::from_chars(dot + 1, end, found[1]);
+  return found >= std::array{major, minor};
+}
+
+const char* realTimeConfigName(std::string_view libraryVersion) noexcept {
+  // From 1.4 on every client has it, and the name of before is warned of.
+  return isSince(libraryVersion, 1, 4) ? "client.conf" : "client-rt.conf";
 }
 
 }  // namespace tolvane::hal::pipewire

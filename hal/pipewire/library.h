@@ -1,6 +1,8 @@
 // The sound server's client library, loaded at run time: a machine without it runs the same program.
 #pragma once
 
+#include <string_view>
+
 #include "hal/pipewire/pipewire_headers.h"
 
 namespace tolvane::hal::pipewire {
@@ -8,6 +10,7 @@ namespace tolvane::hal::pipewire {
 // Most of the client interface is inline over function tables; these are all that the library exports to us.
 #define TOLVANE_PIPEWIRE_FUNCTIONS(FUNCTION) \
   FUNCTION(pw_init)                          \
+  FUNCTION(pw_get_library_version)           \
   FUNCTION(pw_log_set_level)                 \
   FUNCTION(pw_thread_loop_new)               \
   FUNCTION(pw_thread_loop_start)             \
@@ -18,6 +21,8 @@ namespace tolvane::hal::pipewire {
   FUNCTION(pw_context_destroy)               \
   FUNCTION(pw_context_connect)               \
   FUNCTION(pw_core_disconnect)               \
+  FUNCTION(pw_core_get_mempool)              \
+  FUNCTION(pw_mempool_find_id)               \
   FUNCTION(pw_properties_new_dict)           \
   FUNCTION(pw_proxy_destroy)                 \
   FUNCTION(pw_proxy_add_listener)            \
@@ -42,5 +47,12 @@ struct Library {
 /// The library, loaded and initialised at the first call and never unloaded; null where the machine does not
 /// have it. It is kept from writing to standard error unless the user's PIPEWIRE_DEBUG asks for it. [not-io]
 [[nodiscard]] const Library* library();
+
+/// Whether a version ("1.4.2") is this one or a later one. [any-thread]
+[[nodiscard]] bool isSince(std::string_view version, int major, int minor) noexcept;
+
+/// The name of the configuration that gives a client's data thread real-time priority, in a library of this
+/// version ("1.4.2"). [any-thread]
+[[nodiscard]] const char* realTimeConfigName(std::string_view libraryVersion) noexcept;
 
 }  // namespace tolvane::hal::pipewire

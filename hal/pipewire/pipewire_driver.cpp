@@ -5,6 +5,7 @@
 
 #include "hal/pipewire/library.h"
 #include "hal/pipewire/server.h"
+#include "hal/support/thread.h"
 
 namespace tolvane::hal {
 
@@ -33,11 +34,17 @@ class PipeWireDriver final : public Driver {
   std::vector<DeviceInfo> devices() override {
     const auto server = serverOrNull();
     auto devices = server ? server->devices() : std::nullopt;
-    isConnected_ = devices.has_value();
     return devices ? *std::move(devices) : std::vector<DeviceInfo>{};
   }
 
-  [[nodiscard]] std::string server() const override { return isConnected_ ? "pipewire" : ""; }
+  [[nodiscard]] bool awaitsServer() const override {
+    const std::lock_guard lock(mutex_);
+    return server_ && server_->isSilent();
+  }
+
+  [[nodiscard]] std::string server() const override {
+    return pipewire::library() != nullptr ? "pipewire" : "";
+  }
 
   bool setObserver(DeviceObserver& observer) override {
     if (const auto server = serverOrNull()) {
@@ -67,13 +74,15 @@ class PipeWireDriver final : public Driver {
   std::shared_ptr<Server> serverOrNull() {
     const std::lock_guard lock(mutex_);
     const pipewire::Library* library = pipewire::library();
-    if (!server_ && library != nullptr) server_ = Server::create(*library);
+    if (!server_ && library != nullptr) {
+      server_ = Server::create(*library);
+      if (!server_) throw noThreadLeft();
+    }
     return server_;
   }
 
-  std::mutex mutex_;  // guards server_
+  mutable std::mutex mutex_;  // guards server_
   std::shared_ptr<Server> server_;
-  bool isConnected_ = false;  // when devices() was asked last
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include <pipewire/extensions/metadata.h>
 #include <pipewire/filter.h>
+#include <pipewire/mem.h>
 #include <pipewire/pipewire.h>
 #include <spa/utils/json.h>
 

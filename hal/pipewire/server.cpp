@@ -19,6 +19,7 @@ constexpr milliseconds kStartAnswerTimeout{800};  // for the server to say that 
 constexpr milliseconds kStartTimeout{4000};       // for all links to come up
 constexpr milliseconds kStopTimeout{800};
 constexpr milliseconds kRetryPeriod{100};       // while something that a session needs is missing
+constexpr milliseconds kRatePeriod{500};        // of looking for another rate, of which no event tells
 constexpr milliseconds kReconnectPeriod{1000};  // while nobody needs the server
 
 }  // namespace
@@ -115,12 +116,14 @@ void Server::tellOfChanges() {
   observer_();
 }
 
-/// What has failed is tried again, also when no event says that anything has changed.
+/// What has failed is tried again, and what runs is looked at, also when no event says that anything has
+/// changed.
 void Server::scheduleRetry() {
   const bool isAnyMissing = std::any_of(sessions_.begin(), sessions_.end(),
                                         [](const auto& session) { return session->isUnfinished(); });
   const milliseconds whileIdle = observer_ && !connection_.isConnected() ? kReconnectPeriod : milliseconds{0};
-  retry_.every(isAnyMissing ? kRetryPeriod : whileIdle);
+  const milliseconds whileWhole = sessions_.empty() ? whileIdle : kRatePeriod;
+  retry_.every(isAnyMissing ? kRetryPeriod : whileWhole);
 }
 
 void Server::setObserver(std::function<void()> changed) {
@@ -200,6 +203,11 @@ std::optional<std::vector<DeviceInfo>> Server::devices() {
   if (!answered) return std::nullopt;
   const std::lock_guard listingLock(listing->mutex);
   return listing->devices;
+}
+
+bool Server::isSilent() {
+  const std::lock_guard lock(mutex_);
+  return unanswered_ != nullptr;
 }
 
 void Server::startNow(const DeviceInfo& device, SessionClient& client, Starting& starting) {

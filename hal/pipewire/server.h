@@ -33,6 +33,9 @@ class Server {
   /// The devices that are there now; null when there is no server, or it does not answer in time. [not-io]
   std::optional<std::vector<DeviceInfo>> devices();
 
+  /// The last devices() was not answered in time by a server that is there. [not-io]
+  [[nodiscard]] bool isSilent();
+
   struct Started {
     OSStatus status = noErr;
     std::shared_ptr<FilterSession> session;

@@ -17,7 +17,12 @@ void Catalog::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
     retired->push_back(std::move(source.desk));
   }
   sources_.clear();
+  allAsked_ = false;
+  std::set<std::string> servers;
   for (auto& driver : drivers) {
+    // Asking it would already make a client on a server that an earlier driver serves.
+    const std::string server = driver->server();
+    if (!server.empty() && !servers.insert(server).second) continue;
     sources_.push_back({std::make_shared<DriverDesk>(std::move(driver), onNews_), nullptr, 0, 0, {}});
   }
 }
@@ -39,43 +44,55 @@ std::vector<Catalog::DeskRef> Catalog::desksWithNews() const {
   return desks;
 }
 
-std::vector<AudioObjectID> Catalog::askAll() {
-  return askThese(desks());
+DeviceListing Catalog::askAll() {
+  const auto asked = desks();
+  auto [answers, list] = askThese(asked, allAsked_.exchange(true) ? kAnswerLimit : kFirstAnswerLimit);
+  DeviceListing listing{std::move(list), {}};
+  for (std::size_t d = 0; d < asked.size(); ++d) {
+    if (!answers[d]) listing.silentDrivers.emplace_back(asked[d]->driver().name());
+    if (answers[d] && answers[d]->failure) std::rethrow_exception(answers[d]->failure);
+  }
+  return listing;
 }
 
 void Catalog::ask(const DeskRef& desk) {
-  askThese({desk});
+  askThese({desk}, kAnswerLimit);
 }
 
 void Catalog::askThoseWithNews() {
   const auto withNews = desksWithNews();
-  if (!withNews.empty()) askThese(withNews);
+  if (!withNews.empty()) askThese(withNews, kAnswerLimit);
 }
 
-std::vector<AudioObjectID> Catalog::askThese(const std::vector<DeskRef>& desks) {
-  const auto deadline = Clock::now() + DriverDesk::kAnswerLimit;
+Catalog::Asked Catalog::askThese(const std::vector<DeskRef>& desks, std::chrono::milliseconds limit) {
+  const auto deadline = Clock::now() + limit;
   std::vector<DriverDesk::Ticket> tickets;
   tickets.reserve(desks.size());
   for (const DeskRef& desk : desks) tickets.push_back(desk->ask());
-  std::vector<std::shared_ptr<const DriverAnswer>> answers;
-  answers.reserve(desks.size());
-  for (std::size_t d = 0; d < desks.size(); ++d) answers.push_back(desks[d]->answer(tickets[d], deadline));
+  Asked asked;
+  asked.answers.reserve(desks.size());
+  for (std::size_t d = 0; d < desks.size(); ++d) {
+    asked.answers.push_back(desks[d]->answer(tickets[d], deadline));
+  }
   const std::lock_guard lock(mutex_);
-  for (std::size_t d = 0; d < desks.size(); ++d) take(desks[d], std::move(answers[d]));
+  for (std::size_t d = 0; d < desks.size(); ++d) take(desks[d], tickets[d].call, asked.answers[d]);
   relist();
-  return publishList();
+  publishList();
+  asked.list = list_;
+  return asked;
 }
 
-void Catalog::take(const DeskRef& desk, std::shared_ptr<const DriverAnswer> answer) {
+void Catalog::take(const DeskRef& desk, std::uint64_t call, std::shared_ptr<const DriverAnswer> answer) {
   const auto source =
       std::find_if(sources_.begin(), sources_.end(), [&](const Source& s) { return s.desk == desk; });
   if (source == sources_.end()) return;
-  if (answer && answer->number < source->answered) return;
+  // Somebody else has taken a later answer, or the one that this call has not waited for.
+  if (answer ? answer->number < source->answered : call <= source->answered) return;
   if (answer) {
     source->answered = answer->number;
     source->news = answer->news;
   }
-  source->answer = std::move(answer);
+  source->answer = answer && !answer->failure ? std::move(answer) : nullptr;
 }
 
 /// Makes the list of all answers anew: what one driver lists may hide what a later one has.
@@ -87,7 +104,9 @@ void Catalog::relist() {
   }
   ListedAlready listed;
   for (Source& source : sources_) {
-    if (source.answer && listed.begin(source.answer->server)) listDevices(source, listed);
+    if (!source.answer) continue;
+    listed.begin();
+    listDevices(source, listed);
   }
   std::set<std::shared_ptr<Device>> now;
   for (const Source& source : sources_) now.insert(source.devices.begin(), source.devices.end());
@@ -118,15 +137,14 @@ void Catalog::listDevice(Source& source, DeviceInfo info) {
   source.devices.push_back(device);
 }
 
-std::vector<AudioObjectID> Catalog::publishList() {
+void Catalog::publishList() {
   std::vector<AudioObjectID> list;
   for (const Source& source : sources_) {
     for (const auto& device : source.devices) list.push_back(device->id());
   }
   if (listed_ && list != list_) listChanged_ = true;
   listed_ = true;
-  list_ = list;
-  return list;
+  list_ = std::move(list);
 }
 
 std::shared_ptr<Device> Catalog::device(AudioObjectID id) {

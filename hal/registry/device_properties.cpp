@@ -1,5 +1,7 @@
 #include "hal/registry/properties.h"
 #include "hal/registry/value_room.h"
+#include "hal/support/realtime.h"
+#include "hal/surface/io_thread_scheduling.h"
 
 namespace tolvane::hal {
 
@@ -65,6 +67,13 @@ OSStatus readOverloads(DeviceObject& object, const ValueRoom& room) {
   return writeValue<UInt32>(room, object.device->overloads());
 }
 
+OSStatus readIoThreadScheduling(DeviceObject& object, const ValueRoom& room) {
+  const pid_t thread = object.registry.ioThread(*object.device);
+  const auto scheduling = thread == 0 ? std::nullopt : schedulingOf(thread);
+  if (!scheduling) return kAudioHardwareNotRunningError;
+  return writeValue(room, TolvaneThreadScheduling{scheduling->policy, scheduling->priority});
+}
+
 template <StreamLayout DeviceInfo::*kStreams>
 UInt32 streamsSize(DeviceObject& object) {
   const std::size_t streams = (object.device->info().*kStreams).size();
@@ -110,6 +119,8 @@ const std::vector<Property<DeviceObject>>& deviceProperties() {
       {kAudioDevicePropertyDeviceIsAlive, kGlobal, sizeOf<UInt32>, readAlive, nullptr},
       {kAudioDevicePropertyTransportType, kGlobal, sizeOf<UInt32>, readTransport, nullptr},
       {kAudioDeviceProcessorOverload, kGlobal, sizeOf<UInt32>, readOverloads, nullptr},
+      {kTolvaneDevicePropertyIOThreadScheduling, kGlobal, sizeOf<TolvaneThreadScheduling>,
+       readIoThreadScheduling, nullptr},
   };
   return *table;
 }

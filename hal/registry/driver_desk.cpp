@@ -1,10 +1,19 @@
 #include "hal/registry/driver_desk.h"
 
+#include <system_error>
+#include <thread>
 #include <utility>
 
 #include "hal/support/thread.h"
 
 namespace tolvane::hal {
+
+namespace {
+
+// How long a driver whose server is silent is left alone before it is called again.
+constexpr std::chrono::milliseconds kSilenceInterval{20};
+
+}  // namespace
 
 DriverDesk::DriverDesk(std::unique_ptr<Driver> driver, std::function<void()> onNews)
     : driver_(std::move(driver)), onNews_(std::move(onNews)) {}
@@ -12,28 +21,31 @@ DriverDesk::DriverDesk(std::unique_ptr<Driver> driver, std::function<void()> onN
 DriverDesk::Ticket DriverDesk::ask() {
   const std::lock_guard lock(mutex_);
   if (std::exchange(lateAnswer_, false)) return {done_, 0};
-  if (overdueLocked()) return {};
+  if (overdue_) return {begun_, 0, true};
   wanted_ = begun_ + 1;  // a call under way may have looked before the change that the asker knows of
-  if (!std::exchange(working_, true)) runDetached("tolvane-driver", [this] { work(); });
+  if (!working_) working_ = runDetached("tolvane-driver", [this] { work(); });
+  if (!working_) {
+    DriverAnswer none;
+    none.number = done_ = ++begun_;
+    none.news = news_.load();
+    none.failure = std::make_exception_ptr(noThreadLeft());
+    answer_ = std::make_shared<const DriverAnswer>(std::move(none));
+  }
   changed_.notify_all();
   return {wanted_, calling() ? begun_ : 0};
 }
 
 std::shared_ptr<const DriverAnswer> DriverDesk::answer(const Ticket& ticket, Clock::time_point deadline) {
-  if (ticket.call == 0) return nullptr;
   std::unique_lock lock(mutex_);
-  if (changed_.wait_until(lock, deadline, [&] { return done_ >= ticket.call; })) return answer_;
-  missed_ = true;
+  const auto isDone = [&] { return done_ >= ticket.call; };
+  if (ticket.isOverdue ? isDone() : changed_.wait_until(lock, deadline, isDone)) return answer_;
+  overdue_ = true;
   return ticket.underWay != 0 && done_ >= ticket.underWay ? answer_ : nullptr;
 }
 
 bool DriverDesk::overdue() const {
   const std::lock_guard lock(mutex_);
-  return overdueLocked();
-}
-
-bool DriverDesk::overdueLocked() const {
-  return calling() && Clock::now() - begunAt_ >= kAnswerLimit;
+  return overdue_;
 }
 
 void DriverDesk::devicesChanged(Driver& /*driver*/) noexcept {
@@ -42,17 +54,32 @@ void DriverDesk::devicesChanged(Driver& /*driver*/) noexcept {
 }
 
 void DriverDesk::work() {
-  notifies_.store(driver_->setObserver(*this));
   for (;;) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return done_ < wanted_; });
-    ++begun_;
-    begunAt_ = Clock::now();
-    DriverAnswer answer{begun_, news_.load(), begunAt_, {}, {}};
+    DriverAnswer answer;
+    answer.number = ++begun_;
     lock.unlock();
-    answer.devices = driver_->devices();
-    answer.server = driver_->server();
+    try {
+      callDriver(answer);
+    } catch (const std::bad_alloc&) {
+      answer.failure = std::current_exception();
+    } catch (const std::system_error&) {
+      answer.failure = std::current_exception();
+    }
     finish(std::move(answer));
+  }
+}
+
+void DriverDesk::callDriver(DriverAnswer& answer) {
+  if (!observes_) notifies_.store(driver_->setObserver(*this));
+  observes_ = true;
+  for (bool isAgain = false;; isAgain = true) {
+    if (isAgain) std::this_thread::sleep_for(kSilenceInterval);
+    answer.news = news_.load();
+    answer.askedAt = Clock::now();
+    answer.devices = driver_->devices();
+    if (!driver_->awaitsServer()) break;
   }
 }
 
@@ -62,7 +89,7 @@ void DriverDesk::finish(DriverAnswer answer) {
     const std::lock_guard lock(mutex_);
     done_ = answer.number;
     answer_ = std::make_shared<const DriverAnswer>(std::move(answer));
-    late = std::exchange(missed_, false);
+    late = std::exchange(overdue_, false);
     if (late) lateAnswer_ = true;
   }
   changed_.notify_all();

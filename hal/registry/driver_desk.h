@@ -5,6 +5,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstdint>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -22,15 +23,12 @@ struct DriverAnswer {
   std::uint64_t news = 0;    // that there had been when the driver was called
   Clock::time_point askedAt;
   std::vector<DeviceInfo> devices;
-  std::string server;
+  std::exception_ptr failure;  // set: there is no answer, and this is why
 };
 
 /// Asks on a thread of its own, one call at a time. It lives as long as the process.
 class DriverDesk final : public DeviceObserver {
  public:
-  /// A call that takes longer than this is overdue: nobody waits for it any more.
-  static constexpr std::chrono::milliseconds kAnswerLimit{180};
-
   /// `onNews` is called, on any thread but an IO thread, when asking again would bring something new: the
   /// driver says so, or the answer to an overdue call came.
   DriverDesk(std::unique_ptr<Driver> driver, std::function<void()> onNews);
@@ -39,13 +37,14 @@ class DriverDesk final : public DeviceObserver {
 
   /// What ask() gives for answer().
   struct Ticket {
-    std::uint64_t call = 0;      // whose answer is wanted, by number; 0 for none
+    std::uint64_t call = 0;      // whose answer is wanted, by number
     std::uint64_t underWay = 0;  // the call that was under way when it was asked for; 0 for none
+    bool isOverdue = false;      // not waited for
   };
 
   /// Has the driver called after this moment, and returns at once. Two exceptions: the driver is not called
   /// while a call is overdue; and the answer of a call that was overdue is had, once, without calling.
-  /// [not-io]
+  /// Where there is no thread to call it on, the answer is a failure. [not-io]
   Ticket ask();
 
   /// The answer for the ticket, or a later one. When it has not come by `deadline`, that of the call that was
@@ -56,7 +55,7 @@ class DriverDesk final : public DeviceObserver {
   /// How often there has been news. [any-thread]
   [[nodiscard]] std::uint64_t news() const noexcept { return news_.load(); }
 
-  /// A call has not been answered in time and is still waited for. [not-io]
+  /// Somebody has given up waiting for a call that has not ended yet. [not-io]
   [[nodiscard]] bool overdue() const;
 
   /// The driver tells of changes by itself. [any-thread]
@@ -66,8 +65,8 @@ class DriverDesk final : public DeviceObserver {
 
  private:
   [[nodiscard]] bool calling() const noexcept { return begun_ > done_; }
-  [[nodiscard]] bool overdueLocked() const;
   void work();
+  void callDriver(DriverAnswer& answer);
   void finish(DriverAnswer answer);
 
   const std::unique_ptr<Driver> driver_;
@@ -81,10 +80,11 @@ class DriverDesk final : public DeviceObserver {
   std::uint64_t wanted_ = 0;  // calls asked for, begun and done, by number
   std::uint64_t begun_ = 0;
   std::uint64_t done_ = 0;
-  Clock::time_point begunAt_;
-  bool missed_ = false;      // somebody gave up waiting for the call that is under way
+  bool overdue_ = false;     // somebody gave up waiting for the call that is under way
   bool lateAnswer_ = false;  // answer_ came after that and nobody has had it
   std::shared_ptr<const DriverAnswer> answer_;
+
+  bool observes_ = false;  // the calling thread's own: the driver knows whom to tell
 };
 
 }  // namespace tolvane::hal

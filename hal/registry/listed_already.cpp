@@ -4,10 +4,9 @@
 
 namespace tolvane::hal {
 
-bool ListedAlready::begin(const std::string& server) {
+void ListedAlready::begin() {
   cards_.merge(cardsOfThisOne_);
   cardsOfThisOne_.clear();
-  return server.empty() || servers_.insert(server).second;
 }
 
 bool ListedAlready::has(const DeviceInfo& device) const {

@@ -11,9 +11,8 @@ namespace tolvane::hal {
 /// again, by whatever way a later one reaches it. Not thread-safe. [not-io]
 class ListedAlready {
  public:
-  /// The drivers are taken in their order. False for one whose `server` (empty for none) an earlier one has:
-  /// it is passed over.
-  [[nodiscard]] bool begin(const std::string& server);
+  /// Begins the next driver, in their order.
+  void begin();
 
   /// The device has been listed: one of its identity, or, by earlier drivers, all of its cards.
   [[nodiscard]] bool has(const DeviceInfo& device) const;
@@ -22,7 +21,6 @@ class ListedAlready {
   void add(const DeviceInfo& device);
 
  private:
-  std::set<std::string> servers_;
   std::set<std::string> uids_;
   std::set<int> cards_;           // of earlier drivers
   std::set<int> cardsOfThisOne_;  // a driver may have several devices on one card

@@ -1,7 +1,6 @@
 #include "hal/registry/notifier.h"
 
 #include <algorithm>
-#include <utility>
 
 #include "hal/support/thread.h"
 
@@ -15,16 +14,18 @@ bool same(const AudioObjectPropertyAddress& a, const AudioObjectPropertyAddress&
 
 }  // namespace
 
-void Notifier::add(AudioObjectID object, const AudioObjectPropertyAddress& address,
+bool Notifier::add(AudioObjectID object, const AudioObjectPropertyAddress& address,
                    AudioObjectPropertyListenerProc listener, void* clientData) {
   const std::lock_guard lock(mutex_);
+  if (!working_) working_ = runDetached("tolvane-notify", [this] { work(); });
+  if (!working_) return false;
   const bool there = std::any_of(listeners_.begin(), listeners_.end(), [&](const ListenerRef& l) {
     return l->object == object && same(l->address, address) && l->proc == listener &&
            l->clientData == clientData;
   });
-  if (there) return;
+  if (there) return true;
   listeners_.push_back(std::make_shared<Listener>(Listener{object, address, listener, clientData}));
-  if (!std::exchange(working_, true)) runDetached("tolvane-notify", [this] { work(); });
+  return true;
 }
 
 void Notifier::remove(AudioObjectID object, const AudioObjectPropertyAddress& address,

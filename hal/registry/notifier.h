@@ -14,9 +14,10 @@ namespace tolvane::hal {
 /// The property listeners, and the thread that calls them. It lives as long as the process.
 class Notifier {
  public:
-  /// As AudioObjectAddPropertyListener and AudioObjectRemovePropertyListener, without their checks. [not-io]
-  void add(AudioObjectID object, const AudioObjectPropertyAddress& address,
-           AudioObjectPropertyListenerProc listener, void* clientData);
+  /// As AudioObjectAddPropertyListener and AudioObjectRemovePropertyListener, without their checks. False,
+  /// and nothing is added, when there is no thread to call it on. [not-io]
+  [[nodiscard]] bool add(AudioObjectID object, const AudioObjectPropertyAddress& address,
+                         AudioObjectPropertyListenerProc listener, void* clientData);
   void remove(AudioObjectID object, const AudioObjectPropertyAddress& address,
               AudioObjectPropertyListenerProc listener, void* clientData);
 

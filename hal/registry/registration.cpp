@@ -99,6 +99,12 @@ Registration::Presence Registration::presence() const {
   return there ? Presence::there : Presence::lost;
 }
 
+pid_t Registration::ioThread() const {
+  if (presence() != Presence::there) return 0;
+  const std::lock_guard lock(mutex_);
+  return run_ ? run_->ioThread() : 0;
+}
+
 void Registration::supervise(Clock::time_point now) {
   const std::lock_guard lock(mutex_);
   if (!wanted_ || starting_) return;

@@ -30,6 +30,9 @@ class Registration {
   /// Whether the device is there for this registration. [not-io]
   [[nodiscard]] Presence presence() const;
 
+  /// The thread that runs the callback, by its kernel id; 0 while none does. [not-io]
+  [[nodiscard]] pid_t ioThread() const;
+
   /// Moves on with a lost device: notes the loss, and starts a session when the device is listed again.
   /// Returns at once; to be called again and again while presence() is not idle. [not-io]
   void supervise(Clock::time_point now);

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "hal/driver_table.h"
+#include "hal/support/exhaustion.h"
 #include "hal/support/thread.h"
 
 namespace tolvane::hal {
@@ -36,10 +37,10 @@ void Registry::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
   catalog_.useDrivers(std::move(drivers));
 }
 
-std::vector<AudioObjectID> Registry::listDevices() {
-  std::vector<AudioObjectID> list = catalog_.askAll();
+DeviceListing Registry::listDevices() {
+  DeviceListing listing = catalog_.askAll();
   publishChanges();
-  return list;
+  return listing;
 }
 
 bool Registry::alive(const Device& device) const {
@@ -53,6 +54,14 @@ bool Registry::alive(const Device& device) const {
   return running || device.listedAt().has_value();
 }
 
+pid_t Registry::ioThread(const Device& device) const {
+  for (const RegistrationRef& registration : registrations()) {
+    if (registration->device().get() != &device) continue;
+    if (const pid_t thread = registration->ioThread(); thread != 0) return thread;
+  }
+  return 0;
+}
+
 OSStatus Registry::setBufferFrames(const std::shared_ptr<Device>& device, std::uint32_t frames) {
   struct Outcome {
     std::mutex mutex;
@@ -61,12 +70,13 @@ OSStatus Registry::setBufferFrames(const std::shared_ptr<Device>& device, std::u
   };
   const auto outcome = std::make_shared<Outcome>();
   const auto desk = device->desk();
-  runDetached("tolvane-set", [outcome, desk, info = device->info(), frames] {
-    const OSStatus status = desk->driver().setBufferFrames(info, frames);
+  const bool isAsked = runDetached("tolvane-set", [outcome, desk, info = device->info(), frames] {
+    const OSStatus status = orExhausted([&] { return desk->driver().setBufferFrames(info, frames); });
     const std::lock_guard lock(outcome->mutex);
     outcome->status = status;
     outcome->done.notify_all();
   });
+  if (!isAsked) return kTolvaneExhaustedError;
   std::unique_lock lock(outcome->mutex);
   if (!outcome->done.wait_for(lock, kSetLimit, [&] { return outcome->status.has_value(); })) {
     return kAudioHardwareNotReadyError;
@@ -94,6 +104,7 @@ OSStatus Registry::start(AudioObjectID device, AudioDeviceIOProcID procId) {
     const std::lock_guard lock(mutex_);
     if (ending_) return kAudioHardwareNotReadyError;
   }
+  if (!beSupervised()) return kTolvaneExhaustedError;
   const OSStatus status = found->start();
   wake();
   return status;

@@ -23,12 +23,15 @@ class Registry {
   /// Nothing may be started. For programs that bring a driver of their own, as tests do. [not-io]
   void useDrivers(std::vector<std::unique_ptr<Driver>> drivers);
 
-  /// Every driver is asked; those that do not answer in time are left out. [not-io]
-  std::vector<AudioObjectID> listDevices();
+  /// Every driver is asked; those that do not answer in time are left out. Throws as Catalog::askAll() does.
+  /// [not-io]
+  DeviceListing listDevices();
   /// Null when there is none. [not-io]
   std::shared_ptr<Device> device(AudioObjectID id) { return catalog_.device(id); }
   /// 'livn': by its running sessions, else by the list. [not-io]
   [[nodiscard]] bool alive(const Device& device) const;
+  /// The thread that runs a callback on the device, by its kernel id; 0 while none does. [not-io]
+  [[nodiscard]] pid_t ioThread(const Device& device) const;
   /// As setting 'fsiz', within the device's range. [not-io]
   OSStatus setBufferFrames(const std::shared_ptr<Device>& device, std::uint32_t frames);
 
@@ -47,6 +50,7 @@ class Registry {
   [[nodiscard]] RegistrationRef registration(AudioObjectID device, AudioDeviceIOProcID procId) const;
   [[nodiscard]] std::vector<RegistrationRef> registrations() const;
   void endAtExit();
+  bool beSupervised();
   void wake();
   void supervise();
   bool superviseOnce(Clock::time_point now);
@@ -66,7 +70,7 @@ class Registry {
   std::mutex wakeMutex_;
   std::condition_variable woken_;
   bool wake_ = false;
-  std::once_flag supervised_;
+  bool supervised_ = false;  // the thread has been made
   std::once_flag exitHandled_;
   Clock::time_point lastAskedAfterLost_;  // the supervising thread's own
 };

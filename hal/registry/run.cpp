@@ -4,6 +4,10 @@
 #include <thread>
 #include <utility>
 
+#include <unistd.h>
+
+#include "base/thread_check.h"
+#include "hal/support/exhaustion.h"
 #include "hal/support/thread.h"
 
 namespace tolvane::hal {
@@ -34,11 +38,17 @@ Run::Run(std::shared_ptr<Device> device, const Callback& callback, const DeviceI
 
 void Run::begin() {
   setState(State::starting);
-  runDetached("tolvane-start", [self = shared_from_this()] { self->startSession(); });
+  if (runDetached("tolvane-start", [self = shared_from_this()] { self->startSession(); })) return;
+  status_ = kTolvaneExhaustedError;
+  setState(State::failed);
 }
 
 void Run::startSession() {
-  StartResult result = device_->desk()->driver().start(actual_, *this);
+  StartResult result;
+  result.status = orExhausted([&] {
+    result = device_->desk()->driver().start(actual_, *this);
+    return result.status;
+  });
   if (result.status == noErr && !result.session) result.status = kAudioHardwareUnspecifiedError;
   std::unique_lock lock(mutex_);
   status_ = result.status;
@@ -71,7 +81,10 @@ void Run::end() {
   device_->forgetSessionFormat();
   if (before == State::starting) return;  // the thread that starts it sees to its end
   // The session is taken by that thread alone: whoever destroys it may be kept by the driver.
-  runDetached("tolvane-stop", [self = shared_from_this()] { self->endSession(self->takeSession()); });
+  const bool isLeft = before != State::failed && runDetached("tolvane-stop", [self = shared_from_this()] {
+                        self->endSession(self->takeSession());
+                      });
+  if (!isLeft) endSession(takeSession());
 }
 
 std::unique_ptr<Session> Run::takeSession() {
@@ -128,6 +141,9 @@ void Run::cycle(const IoCycle& cycle) noexcept {
     clear(*cycle.output);
   } else {
     const IoCycle& seen = view_.show(cycle);
+    // The one system call of a session's cycles. A driver may not know the thread: it is a library's.
+    if (ioThread_.load(std::memory_order_relaxed) == 0) ioThread_.store(gettid());
+    const IoCallbackScope scope;
     inCallbackHere = true;
     callback_.proc(callback_.device, seen.now, seen.input, seen.inputTime, seen.output, seen.outputTime,
                    callback_.clientData);

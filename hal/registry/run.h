@@ -6,6 +6,8 @@
 #include <mutex>
 #include <vector>
 
+#include <sys/types.h>
+
 #include "hal/registry/buffer_view.h"
 #include "hal/registry/device.h"
 
@@ -32,12 +34,14 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   Run(std::shared_ptr<Device> device, const Callback& callback, const DeviceInfo& promised,
       const DeviceInfo& actual);
 
-  /// Has the driver start the session; returns at once. Called once. [not-io]
+  /// Has the driver start the session; returns at once. Called once. Fails where there is no thread for it.
+  /// [not-io]
   void begin();
   /// Waits until the start has ended, well or not, or the run was ended. False at the deadline. [not-io]
   bool waitBegun(Clock::time_point deadline);
 
-  /// Shuts the gate and has the session ended; returns at once. Ending twice does nothing. [not-io]
+  /// Shuts the gate and has the session ended; returns at once, or, where there is no thread for it, when the
+  /// session has ended. Ending twice does nothing. [not-io]
   void end();
   /// Waits until the callback is not running; it will not run again once end() was called. [not-io]
   void waitSilent() const;
@@ -49,6 +53,8 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   /// What the driver's start said. [not-io]
   [[nodiscard]] OSStatus status() const;
   [[nodiscard]] bool inCallback() const noexcept { return inCallback_.load(); }
+  /// The thread of the cycles, by its kernel id; 0 before the first. [any-thread]
+  [[nodiscard]] pid_t ioThread() const noexcept { return ioThread_.load(); }
   /// The session has not said that its device is gone. [any-thread]
   [[nodiscard]] bool alive() const noexcept { return alive_.load(); }
 
@@ -71,6 +77,7 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   std::atomic<bool> shut_{false};
   std::atomic<bool> inCallback_{false};
   std::atomic<bool> alive_{true};
+  std::atomic<pid_t> ioThread_{0};
 
   mutable std::mutex mutex_;  // never held while the driver is called
   std::condition_variable changed_;

@@ -1,5 +1,8 @@
 // The registry's own thread. Sessions leave what happens to them in atomic fields, without waking anybody,
 // since it may be an IO thread that does; this thread looks at them while anything is started.
+#include <new>
+#include <system_error>
+
 #include "hal/registry/registry.h"
 #include "hal/support/thread.h"
 
@@ -20,8 +23,16 @@ AudioObjectPropertyAddress addressOf(AudioObjectPropertySelector selector,
 
 }  // namespace
 
+/// Makes the thread; false when the system has none left.
+bool Registry::beSupervised() {
+  const std::lock_guard lock(wakeMutex_);
+  if (!supervised_) supervised_ = runDetached("tolvane-hal", [this] { supervise(); });
+  return supervised_;
+}
+
+/// Nothing is started where the thread cannot be made; news then waits for the next list, or the next start.
 void Registry::wake() {
-  std::call_once(supervised_, [this] { runDetached("tolvane-hal", [this] { supervise(); }); });
+  beSupervised();
   {
     const std::lock_guard lock(wakeMutex_);
     wake_ = true;
@@ -31,7 +42,12 @@ void Registry::wake() {
 
 void Registry::supervise() {
   for (;;) {
-    const bool started = superviseOnce(Clock::now());
+    bool started = true;
+    try {
+      started = superviseOnce(Clock::now());
+    } catch (const std::bad_alloc&) {     // tried again
+    } catch (const std::system_error&) {  // as well
+    }
     std::unique_lock lock(wakeMutex_);
     if (started) {
       woken_.wait_for(lock, kLookInterval, [this] { return wake_; });

@@ -1,5 +1,8 @@
+#include <string>
 #include <utility>
+#include <vector>
 
+#include "hal/core_audio.h"
 #include "hal/registry/properties.h"
 #include "hal/registry/value_room.h"
 
@@ -18,13 +21,22 @@ struct SizedList {
 thread_local SizedList sizedList;
 constexpr auto kSizedListLife = 100ms;
 
+/// Whose devices are missing in the thread's last list.
+thread_local std::vector<std::string> silentDrivers;
+
+std::vector<AudioObjectID> newList(Registry& registry) {
+  DeviceListing listing = registry.listDevices();
+  silentDrivers = std::move(listing.silentDrivers);
+  return std::move(listing.devices);
+}
+
 std::vector<AudioObjectID> takeList(Registry& registry) {
   const bool fresh = Clock::now() < std::exchange(sizedList.until, {});
-  return fresh ? std::exchange(sizedList.ids, {}) : registry.listDevices();
+  return fresh ? std::exchange(sizedList.ids, {}) : newList(registry);
 }
 
 UInt32 deviceListSize(Registry& registry) {
-  sizedList = {registry.listDevices(), Clock::now() + kSizedListLife};
+  sizedList = {newList(registry), Clock::now() + kSizedListLife};
   return static_cast<UInt32>(sizedList.ids.size() * sizeof(AudioObjectID));
 }
 
@@ -32,11 +44,23 @@ OSStatus readDeviceList(Registry& registry, const ValueRoom& room) {
   return writeArray(room, takeList(registry));
 }
 
+UInt32 silentServersSize(Registry& /*registry*/) {
+  return sizeof(CFTypeRef);
+}
+
+OSStatus readSilentServers(Registry& /*registry*/, const ValueRoom& room) {
+  std::string names;
+  for (const std::string& name : silentDrivers) names += (names.empty() ? "" : ", ") + name;
+  return writeString(room, names);
+}
+
 }  // namespace
 
 const std::vector<Property<Registry>>& systemProperties() {
   static const auto* const table = new std::vector<Property<Registry>>{
       {kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal, deviceListSize, readDeviceList,
+       nullptr},
+      {kTolvanePropertySilentServers, kAudioObjectPropertyScopeGlobal, silentServersSize, readSilentServers,
        nullptr},
   };
   return *table;

@@ -1,6 +1,6 @@
 #include "hal/support/thread.h"
 
-#include <system_error>
+#include <new>
 #include <thread>
 #include <utility>
 
@@ -18,17 +18,24 @@ SignalsBlocked::~SignalsBlocked() {
   pthread_sigmask(SIG_SETMASK, &before_, nullptr);
 }
 
-void runDetached(const char* name, std::function<void()> work) {
+bool runDetached(const char* name, std::function<void()> work) {
   const SignalsBlocked blocked;
   try {
-    std::thread thread([name, work] {
+    std::thread thread([name, work = std::move(work)] {
       pthread_setname_np(pthread_self(), name);
       work();
     });
     thread.detach();
+    return true;
   } catch (const std::system_error&) {
-    work();
+    return false;
+  } catch (const std::bad_alloc&) {
+    return false;
   }
+}
+
+std::system_error noThreadLeft() {
+  return {std::make_error_code(std::errc::resource_unavailable_try_again), "no thread is left"};
 }
 
 }  // namespace tolvane::hal

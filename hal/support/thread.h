@@ -3,6 +3,7 @@
 
 #include <csignal>
 #include <functional>
+#include <system_error>
 
 namespace tolvane::hal {
 
@@ -19,8 +20,11 @@ class SignalsBlocked {
   sigset_t before_{};
 };
 
-/// Runs `work` on a thread that nobody waits for; on the calling thread when the system has no thread to
-/// give. `name` (at most 15 bytes) is what debuggers and monitors show. [not-io]
-void runDetached(const char* name, std::function<void()> work);
+/// Runs `work` on a thread that nobody waits for; false, and `work` is not run, when the system has no thread
+/// to give. `name` (at most 15 bytes) is what debuggers and monitors show. [not-io]
+[[nodiscard]] bool runDetached(const char* name, std::function<void()> work);
+
+/// What to throw for that, where no status can be returned. [not-io]
+[[nodiscard]] std::system_error noThreadLeft();
 
 }  // namespace tolvane::hal

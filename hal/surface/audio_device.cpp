@@ -1,9 +1,12 @@
 // The IO half of the C surface.
 #include <utility>
 
+#include "base/thread_check.h"
 #include "hal/registry/registry.h"
+#include "hal/support/exhaustion.h"
 
 using tolvane::hal::onIoThread;
+using tolvane::hal::orExhausted;
 using tolvane::hal::Registry;
 
 namespace {
@@ -16,33 +19,42 @@ OSStatus checkProc(AudioObjectID device, AudioDeviceIOProcID procID) {
   return noErr;
 }
 
+/// After these checks, what the registry's operation says.
+OSStatus withProc(AudioObjectID device, AudioDeviceIOProcID procID,
+                  OSStatus (Registry::*operation)(AudioObjectID, AudioDeviceIOProcID)) {
+  return orExhausted([&] {
+    const OSStatus status = checkProc(device, procID);
+    return status == noErr ? (Registry::shared().*operation)(device, procID) : status;
+  });
+}
+
 }  // namespace
 
 extern "C" {
 
 OSStatus AudioDeviceCreateIOProcID(AudioObjectID device, AudioDeviceIOProc proc, void* clientData,
                                    AudioDeviceIOProcID* procID) {
+  tolvane::checkNotIo();
   if (proc == nullptr || procID == nullptr) return kAudioHardwareIllegalOperationError;
   if (device == kAudioObjectSystemObject) return kAudioHardwareBadDeviceError;
-  auto found = Registry::shared().device(device);
-  if (!found) return kAudioHardwareBadObjectError;
-  *procID = Registry::shared().createProc(std::move(found), proc, clientData);
-  return noErr;
+  return orExhausted([&]() -> OSStatus {
+    auto found = Registry::shared().device(device);
+    if (!found) return kAudioHardwareBadObjectError;
+    *procID = Registry::shared().createProc(std::move(found), proc, clientData);
+    return noErr;
+  });
 }
 
 OSStatus AudioDeviceStart(AudioObjectID device, AudioDeviceIOProcID procID) {
-  const OSStatus status = checkProc(device, procID);
-  return status == noErr ? Registry::shared().start(device, procID) : status;
+  return withProc(device, procID, &Registry::start);
 }
 
 OSStatus AudioDeviceStop(AudioObjectID device, AudioDeviceIOProcID procID) {
-  const OSStatus status = checkProc(device, procID);
-  return status == noErr ? Registry::shared().stop(device, procID) : status;
+  return withProc(device, procID, &Registry::stop);
 }
 
 OSStatus AudioDeviceDestroyIOProcID(AudioObjectID device, AudioDeviceIOProcID procID) {
-  const OSStatus status = checkProc(device, procID);
-  return status == noErr ? Registry::shared().destroyProc(device, procID) : status;
+  return withProc(device, procID, &Registry::destroyProc);
 }
 
 }  // extern "C"

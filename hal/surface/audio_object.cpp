@@ -1,6 +1,8 @@
 // The properties half of the C surface: checks, then the object's table.
+#include "base/thread_check.h"
 #include "hal/registry/properties.h"
 #include "hal/registry/registry.h"
+#include "hal/support/exhaustion.h"
 
 namespace tolvane::hal {
 
@@ -9,7 +11,7 @@ namespace {
 /// Calls `use(object, property)` with what the object and the address name, or returns the status that says
 /// why there is no such thing.
 template <typename Use>
-OSStatus withProperty(AudioObjectID id, const AudioObjectPropertyAddress& address, const Use& use) {
+OSStatus useProperty(AudioObjectID id, const AudioObjectPropertyAddress& address, const Use& use) {
   Registry& registry = Registry::shared();
   if (id == kAudioObjectSystemObject) {
     const auto* const property = find(systemProperties(), address);
@@ -21,10 +23,16 @@ OSStatus withProperty(AudioObjectID id, const AudioObjectPropertyAddress& addres
   return property == nullptr ? kAudioHardwareUnknownPropertyError : use(object, *property);
 }
 
+template <typename Use>
+OSStatus withProperty(AudioObjectID id, const AudioObjectPropertyAddress& address, const Use& use) {
+  return orExhausted([&] { return useProperty(id, address, use); });
+}
+
 }  // namespace
 
 }  // namespace tolvane::hal
 
+using tolvane::checkNotIo;
 using tolvane::hal::Registry;
 using tolvane::hal::withProperty;
 
@@ -33,6 +41,7 @@ extern "C" {
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                         UInt32 /*qualifierDataSize*/, const void* /*qualifierData*/,
                                         UInt32* dataSize) {
+  checkNotIo();
   if (address == nullptr || dataSize == nullptr) return kAudioHardwareIllegalOperationError;
   return withProperty(object, *address, [&](auto& found, const auto& property) -> OSStatus {
     *dataSize = property.size(found);
@@ -43,6 +52,7 @@ OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object, const AudioObjectP
 OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32 /*qualifierDataSize*/, const void* /*qualifierData*/,
                                     UInt32* dataSize, void* data) {
+  checkNotIo();
   if (address == nullptr || dataSize == nullptr || data == nullptr)
     return kAudioHardwareIllegalOperationError;
   return withProperty(object, *address, [&](auto& found, const auto& property) -> OSStatus {
@@ -53,6 +63,7 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPrope
 OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32 /*qualifierDataSize*/, const void* /*qualifierData*/,
                                     UInt32 dataSize, const void* data) {
+  checkNotIo();
   if (address == nullptr || data == nullptr) return kAudioHardwareIllegalOperationError;
   return withProperty(object, *address, [&](auto& found, const auto& property) -> OSStatus {
     if (property.write == nullptr) return kAudioHardwareUnsupportedOperationError;
@@ -62,15 +73,17 @@ OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPrope
 
 OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                         AudioObjectPropertyListenerProc listener, void* clientData) {
+  checkNotIo();
   if (address == nullptr || listener == nullptr) return kAudioHardwareIllegalOperationError;
   return withProperty(object, *address, [&](auto& /*found*/, const auto& /*property*/) -> OSStatus {
-    Registry::shared().notifier().add(object, *address, listener, clientData);
-    return noErr;
+    const bool isAdded = Registry::shared().notifier().add(object, *address, listener, clientData);
+    return isAdded ? OSStatus{noErr} : kTolvaneExhaustedError;
   });
 }
 
 OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                            AudioObjectPropertyListenerProc listener, void* clientData) {
+  checkNotIo();
   if (address == nullptr || listener == nullptr) return kAudioHardwareIllegalOperationError;
   return withProperty(object, *address, [&](auto& /*found*/, const auto& /*property*/) -> OSStatus {
     Registry::shared().notifier().remove(object, *address, listener, clientData);

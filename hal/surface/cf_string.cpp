@@ -5,6 +5,7 @@
 #include <limits>
 #include <string>
 
+#include "base/thread_check.h"
 #include "hal/support/utf8.h"
 
 struct TolvaneString {
@@ -28,6 +29,7 @@ extern "C" {
 
 CFStringRef CFStringCreateWithCString(CFAllocatorRef /*allocator*/, const char* utf8,
                                       CFStringEncoding encoding) {
+  tolvane::checkNotIo();
   if (utf8 == nullptr || encoding != kCFStringEncodingUTF8) return nullptr;
   const auto units = tolvane::hal::utf16Length(utf8);
   if (!units) return nullptr;
@@ -56,6 +58,7 @@ CFTypeRef CFRetain(CFTypeRef object) {
 }
 
 void CFRelease(CFTypeRef object) {
+  tolvane::checkNotIo();
   if (object == nullptr) return;
   if (stringOf(object)->owners.fetch_sub(1, std::memory_order_acq_rel) == 1) delete stringOf(object);
 }

@@ -1,8 +1,5 @@
 #include "hal/virtual/virtual_driver.h"
 
-#include <new>
-#include <system_error>
-
 #include "hal/virtual/virtual_model.h"
 #include "hal/virtual/virtual_session.h"
 
@@ -17,13 +14,7 @@ class VirtualDriver final : public Driver {
   std::vector<DeviceInfo> devices() override { return {VirtualModel::shared().info()}; }
 
   StartResult start(const DeviceInfo& /*device*/, SessionClient& client) override {
-    try {
-      return {noErr, std::make_unique<VirtualSession>(VirtualModel::shared(), client)};
-    } catch (const std::bad_alloc&) {
-      return {kAudioHardwareUnspecifiedError, nullptr};
-    } catch (const std::system_error&) {  // no thread
-      return {kAudioHardwareUnspecifiedError, nullptr};
-    }
+    return {noErr, std::make_unique<VirtualSession>(VirtualModel::shared(), client)};
   }
 
   bool setObserver(DeviceObserver& observer) override {

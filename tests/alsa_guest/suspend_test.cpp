@@ -46,7 +46,8 @@ TEST(AlsaSuspend, TheCallbackRunsOnWhenTheMachineIsAwakeAgain) {
     const std::uint64_t awake = cycles;
     EXPECT_TRUE(eventually(std::chrono::seconds(2), [&] { return cycles > awake; })) << round;
     EXPECT_EQ(valueOf<UInt32>(device, kAudioDevicePropertyDeviceIsAlive), 1U) << round;
-    EXPECT_EQ(deviceOf("alsa:Intel"), device) << round;
+    // A list that comes late, on a slow machine, is without the card.
+    EXPECT_TRUE(eventually([&] { return deviceOf("alsa:Intel") == device; })) << round;
   }
   EXPECT_EQ(proc.stop(), noErr);
   EXPECT_EQ(wrongBuffers, 0U);

@@ -70,6 +70,7 @@ TEST_F(DeviceChoiceTest, TheSameDeviceChosenAgainIsAdoptedAgain) {
   QApplication::processEvents();
   QWidget* const list = QApplication::activePopupWidget();
   ASSERT_NE(list, nullptr);
+  EXPECT_TRUE(CoreAudioEngine::shared().isRunning()) << "an opened menu has chosen nothing";
   QTest::keyClick(list->windowHandle(), Qt::Key_Return);
   EXPECT_FALSE(CoreAudioEngine::shared().isRunning());
   EXPECT_EQ(statusText(), "Device: Studio Mix — configure patch then press Start.");

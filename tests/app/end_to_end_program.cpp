@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 
 #include <fcntl.h>
 #include <sys/mman.h>
@@ -43,7 +44,7 @@ class PeakTap : public tolvane::hal::VirtualTap {
   void observeChannel(std::size_t channel, const float* samples, UInt32 stride,
                       std::uint32_t frames) noexcept {
     float peak = 0.0F;
-    std::uint32_t crossings = 0;
+    std::uint64_t crossings = 0;
     float& last = last_.at(channel);
     for (std::uint32_t frame = 0; frame < frames; ++frame) {
       const float sample = samples[std::size_t{frame} * stride];
@@ -52,7 +53,7 @@ class PeakTap : public tolvane::hal::VirtualTap {
       last = sample;
     }
     record_.channels.at(channel).peak = peak;
-    record_.channels.at(channel).crossings += crossings;
+    record_.channels.at(channel).framesAndCrossings += (std::uint64_t{frames} << 32U) + crossings;
   }
 
   TapRecord& record_;
@@ -61,14 +62,27 @@ class PeakTap : public tolvane::hal::VirtualTap {
 
 TapRecord* sharedRecord = nullptr;
 
+/// How long this thread has run or waited for a processor so far.
+qint64 awakeMs() {
+  std::ifstream statistics("/proc/thread-self/schedstat");
+  qint64 ranNs = 0;
+  qint64 waitedNs = 0;
+  statistics >> ranNs >> waitedNs;
+  return (ranNs + waitedNs) / 1000000;
+}
+
 /// Called by the application when it has been made.
 void startHeartbeat() {
   auto* const timer = new QTimer(QCoreApplication::instance());
   static QElapsedTimer sinceLast;
+  static qint64 awakeBefore = awakeMs();
   sinceLast.start();
   QObject::connect(timer, &QTimer::timeout, [] {
-    const auto silenceMs = static_cast<std::uint32_t>(sinceLast.restart());
-    sharedRecord->longestSilenceMs = std::max(sharedRecord->longestSilenceMs.load(), silenceMs);
+    const qint64 awake = awakeMs();
+    const qint64 sleptMs = sinceLast.restart() - (awake - awakeBefore);
+    awakeBefore = awake;
+    const auto atLeastZero = static_cast<std::uint32_t>(std::max<qint64>(0, sleptMs));
+    sharedRecord->longestSleepMs = std::max(sharedRecord->longestSleepMs.load(), atLeastZero);
     ++sharedRecord->heartbeats;
   });
   timer->start(5);

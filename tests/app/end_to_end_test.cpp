@@ -1,5 +1,7 @@
 // The whole program in a real X window: pointer and keys go in through the X server, and what comes out is
 // heard on the device and read on standard output.
+#include <QDirIterator>
+
 #include "app/end_to_end_fixture.h"
 
 namespace tolvane::test {
@@ -28,12 +30,15 @@ TEST_F(EndToEndTest, FromTheFirstClickToTheLast) {
   const QString path = session.folder().filePath("stage.json");
   click(kSave);
   confirmPanel("Save As", path);
-  QFile saved(path);
-  ASSERT_TRUE(waitFor([&saved] { return saved.exists(); }));
-  ASSERT_TRUE(saved.open(QIODevice::ReadOnly));
-  EXPECT_EQ(saved.readAll().toStdString(),
-            R"([{"inputChannel":3,"outputChannel":5,"gain":1.0,"active":true},)"
-            R"({"inputChannel":0,"outputChannel":1,"gain":1.0,"active":true}])");
+  std::string saved;
+  // The file is there before its contents are.
+  ASSERT_TRUE(waitFor([&] {
+    QFile file(path);
+    saved = file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "";
+    return saved.ends_with(']');
+  }));
+  EXPECT_EQ(saved, R"([{"inputChannel":3,"outputChannel":5,"gain":1.0,"active":true},)"
+                   R"({"inputChannel":0,"outputChannel":1,"gain":1.0,"active":true}])");
 
   click(kClear);
   ASSERT_TRUE(waitForOutputs({}));
@@ -59,6 +64,18 @@ TEST_F(EndToEndTest, FromTheFirstClickToTheLast) {
   EXPECT_EQ(standardOutput.count('\n'), 14) << "and nothing else: " << standardOutput.toStdString();
 }
 
+TEST_F(EndToEndTest, TheFilePanelsKeepNothing) {
+  const QString path = session.folder().filePath("stage.json");
+  click(kSave);
+  confirmPanel("Save As", path);
+  click(kLoad);
+  confirmPanel("Open", path);
+  ASSERT_NO_FATAL_FAILURE(closeAndWaitForTheEnd());
+  QDirIterator left(session.folder().filePath("config"),
+                    QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDirIterator::Subdirectories);
+  EXPECT_FALSE(left.hasNext()) << left.next().toStdString();
+}
+
 TEST_F(EndToEndTest, ClosingTheStoppedWindowEndsItToo) {
   ASSERT_NO_FATAL_FAILURE(closeAndWaitForTheEnd());
   EXPECT_EQ(session.program().readAllStandardOutput(), "");
@@ -68,6 +85,11 @@ TEST_F(EndToEndTest, ClosingTheRunningWindowEndsIt) {
   click(kStart);
   ASSERT_TRUE(waitFor([this] { return tap->cycles > 10; }));
   ASSERT_NO_FATAL_FAILURE(closeAndWaitForTheEnd());
+}
+
+TEST_F(EndToEndTest, TheWindowHasItsIconWhereverTheProgramLies) {
+  // Width, height and a word for each pixel, for each size.
+  EXPECT_GT(session.propertyWords(window, "_NET_WM_ICON"), 2 + 32 * 32);
 }
 
 TEST_F(EndToEndTest, ChannelsTypedByKeysAreRouted) {

@@ -2,6 +2,9 @@
 #include <QAccessible>
 #include <QAccessibleInterface>
 #include <QApplication>
+#include <QKeyEvent>
+#include <QTest>
+#include <QWindow>
 #include <set>
 
 #include "app/window_fixture.h"
@@ -56,11 +59,42 @@ TEST_F(KeyboardTest, SpacePressesAButton) {
   EXPECT_TRUE(CoreAudioEngine::shared().isRunning());
 }
 
+TEST_F(KeyboardTest, EnterPressesAButtonAsSpaceDoes) {
+  for (const Qt::Key enter : {Qt::Key_Return, Qt::Key_Enter}) {
+    press("clearConnections");
+    buttonOf("presetThru12").setFocus();
+    key(enter);
+    EXPECT_EQ(routes().size(), 2U) << enter;
+  }
+  buttonOf("startStopTapped").setFocus();
+  key(Qt::Key_Return);
+  EXPECT_TRUE(CoreAudioEngine::shared().isRunning());
+  key(Qt::Key_Enter);
+  EXPECT_FALSE(CoreAudioEngine::shared().isRunning());
+}
+
+TEST_F(KeyboardTest, AHeldKeyPressesAButtonOnce) {
+  QPushButton& button = buttonOf("startStopTapped");
+  int clicks = 0;
+  QObject::connect(&button, &QPushButton::clicked, &button, [&clicks] { ++clicks; });
+  for (const Qt::Key held : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Enter}) {
+    clicks = 0;
+    button.setFocus();
+    QTest::keyPress(view->windowHandle(), held);
+    for (int i = 0; i < 5; ++i) {
+      QKeyEvent again(QEvent::KeyPress, held, Qt::NoModifier, QString(), true);
+      QApplication::sendEvent(view->windowHandle(), &again);
+    }
+    QTest::keyRelease(view->windowHandle(), held);
+    EXPECT_EQ(clicks, 1) << held;
+  }
+}
+
 TEST_F(KeyboardTest, ArrowsSelectARowThatCanBeRemoved) {
   press("presetThru12");
   control<ConnectionsTableView>("connectionsTableView").setFocus();
   key(Qt::Key_Down);
-  EXPECT_GE(control<ConnectionsTableView>("connectionsTableView").selectedRow(), 0);
+  EXPECT_EQ(control<ConnectionsTableView>("connectionsTableView").selectedRow(), 0);
   buttonOf("removeConnection").setFocus();
   key(Qt::Key_Space);
   EXPECT_EQ(routes().size(), 1U);
@@ -105,10 +139,10 @@ TEST_F(KeyboardTest, TheStartButtonSaysWhatItWillDo) {
   EXPECT_EQ(accessibleName(buttonOf("startStopTapped")), "Start");
   press("startStopTapped");
   EXPECT_EQ(accessibleName(buttonOf("startStopTapped")), "Stop");
-  EXPECT_EQ(control<LayerView>("statusDot").accessibleDescription(), "running");
+  EXPECT_EQ(accessibleName(control<LayerView>("statusDot")), "Engine running");
   press("startStopTapped");
   EXPECT_EQ(accessibleName(buttonOf("startStopTapped")), "Start");
-  EXPECT_EQ(control<LayerView>("statusDot").accessibleDescription(), "stopped");
+  EXPECT_EQ(accessibleName(control<LayerView>("statusDot")), "Engine stopped");
 }
 
 }  // namespace

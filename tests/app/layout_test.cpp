@@ -27,7 +27,7 @@ constexpr const char* kLabel = "QLabel";
 constexpr const char* kLine = "tolvane::LineLabel";
 constexpr const char* kBlock = "tolvane::TextBlockLabel";
 constexpr const char* kView = "tolvane::LayerView";
-constexpr const char* kButton = "QPushButton";
+constexpr const char* kButton = "tolvane::PushButton";
 constexpr const char* kField = "QLineEdit";
 
 constexpr const char* kExplanation =
@@ -54,7 +54,7 @@ const std::vector<Expected> kControls{
     {kView, "statusDot", 820, 697, 10, 10},
     {kButton, "startStopButton", 836, 689, 72, 26, "▶  Start", 0, 's', -1.0, "startStopTapped"},
     {kLabel, nullptr, 18, 660, 140, 14, "AUDIO DEVICE", 9, 'b', 0.42},
-    {"QComboBox", "devicePopup", 18, 636, 400, 24, "", 0, 's', -1.0, "deviceSelected"},
+    {"tolvane::DeviceMenu", "devicePopup", 18, 636, 400, 24, "", 0, 's', -1.0, "deviceSelected"},
     {kButton, nullptr, 426, 636, 84, 24, "↺ Refresh", 11, 's', -1.0, "refreshDevices"},
     {kLabel, "inputCountLabel", 524, 640, 130, 16, "Inputs: —", 10, 's', 0.55},
     {kLabel, "outputCountLabel", 666, 640, 130, 16, "Outputs: —", 10, 's', 0.55},

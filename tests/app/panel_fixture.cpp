@@ -3,15 +3,12 @@
 #include <QApplication>
 #include <QFile>
 #include <QMessageBox>
-#include <QSettings>
 #include <QTest>
 
 namespace tolvane::test {
 
 PanelTest::PanelTest() {
   QApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-  // The panel remembers folders in the user's settings; not in ours, here.
-  QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, folder.path());
   QDir().mkdir(folder.filePath("patches"));
 }
 
@@ -19,21 +16,31 @@ PanelTest::~PanelTest() {
   while (QFileDialog* const left = panel()) delete left;
 }
 
-QFileDialog* PanelTest::panel() {
+std::vector<QFileDialog*> PanelTest::panels() {
+  std::vector<QFileDialog*> visible;
   for (QWidget* const widget : QApplication::topLevelWidgets()) {
     auto* const dialog = qobject_cast<QFileDialog*>(widget);
-    if (dialog != nullptr && dialog->isVisible()) return dialog;
+    if (dialog != nullptr && dialog->isVisible()) visible.push_back(dialog);
   }
-  return nullptr;
+  return visible;
 }
 
-void PanelTest::confirm(const std::string& name) {
+QFileDialog* PanelTest::panel() {
+  const auto visible = panels();
+  return visible.empty() ? nullptr : visible.front();
+}
+
+void PanelTest::enter(const std::string& name) {
   QFileDialog* const open = panel();
   ASSERT_NE(open, nullptr);
   auto* const edit = open->findChild<QLineEdit*>("fileNameEdit");
   ASSERT_NE(edit, nullptr);
   edit->setText(QString::fromStdString(name));
   QTest::keyClick(edit, Qt::Key_Return);
+}
+
+void PanelTest::confirm(const std::string& name) {
+  ASSERT_NO_FATAL_FAILURE(enter(name));
   EXPECT_TRUE(QTest::qWaitFor([] { return panel() == nullptr; }, 5000));
 }
 

@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 #include <QTimer>
 #include <string>
+#include <vector>
 
 #include "app/window_fixture.h"
 
@@ -17,7 +18,11 @@ class PanelTest : public WindowTest {
 
   /// The one panel that is open, or null.
   [[nodiscard]] static QFileDialog* panel();
-  /// Types the name into the open panel and confirms it by the Return key, then waits until it has closed.
+  /// All that are open.
+  [[nodiscard]] static std::vector<QFileDialog*> panels();
+  /// Types the name into the open panel and presses the Return key.
+  static void enter(const std::string& name);
+  /// The same, and waits until the panel has closed.
   void confirm(const std::string& name);
   /// Says yes to the question whether a file is to be replaced, as soon as it is asked.
   void answerYes();

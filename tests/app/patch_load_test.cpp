@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QTest>
+#include <cstddef>
 
 #include "app/panel_fixture.h"
 #include "engine/core_audio_engine.h"
@@ -15,6 +16,11 @@ constexpr const char* kThreeRoutes = R"([
   {"inputChannel": 0, "outputChannel": 1, "gain": 1, "active": false},
   {"inputChannel": 300, "outputChannel": -1, "gain": 1.0, "active": true, "comment": "far"}
 ])";
+
+std::vector<std::byte> bytesOf(const IOProcContext& context) {
+  const auto* const first = reinterpret_cast<const std::byte*>(&context);
+  return {first, first + sizeof context};
+}
 
 class PatchLoadTest : public PanelTest {
  protected:
@@ -122,6 +128,21 @@ TEST_F(PatchLoadTest, AFileThatCannotBeReadChangesNothing) {
   open->close();
 }
 
+TEST_F(PatchLoadTest, AFileOfAnotherTypeIsNotTaken) {
+  press("presetThru12");
+  statusTexts();
+  write("patch.txt", kThreeRoutes);
+  write("PATCH.JSON", kThreeRoutes);
+  press("loadPatch");
+  enter(path("patch.txt"));
+  QApplication::processEvents();
+  EXPECT_NE(panel(), nullptr);
+  EXPECT_EQ(routes().size(), 2U);
+  EXPECT_THAT(statusTexts(), IsEmpty());
+  confirm(path("PATCH.JSON"));
+  EXPECT_EQ(routes().size(), 3U);
+}
+
 TEST_F(PatchLoadTest, ACancelledPanelDoesNothing) {
   press("presetThru12");
   statusTexts();
@@ -148,6 +169,37 @@ TEST_F(PatchLoadTest, ARunningEngineRoutesByItAtOnce) {
   EXPECT_EQ(entries[1].src, 300);
   EXPECT_EQ(entries[1].dst, -1);
   EXPECT_THAT(statusTexts(), ElementsAre("● Live  •  2 route(s) active", "Patch loaded: 3 connection(s)"));
+}
+
+TEST_F(PatchLoadTest, WhatIsNoPatchLeavesARunningEngineAsItIs) {
+  press("presetThru12");
+  press("startStopTapped");
+  statusTexts();
+  hal.takeCalls();
+  const IOProcContext* const context = CoreAudioEngine::shared().contextPtr();
+  const std::vector<std::byte> before = bytesOf(*context);
+  for (const char* const text : {"", "{}", "{\"inputChannel\": 1}", "nonsense", "[1]", "null"}) {
+    write("bad.json", text);
+    load("bad.json");
+    EXPECT_TRUE(CoreAudioEngine::shared().isRunning()) << text;
+    EXPECT_EQ(CoreAudioEngine::shared().contextPtr(), context) << text;
+    EXPECT_EQ(bytesOf(*context), before) << "nothing was published: " << text;
+    EXPECT_THAT(hal.takeCalls(), IsEmpty()) << text;
+    EXPECT_THAT(statusTexts(), IsEmpty()) << text;
+    EXPECT_EQ(buttonOf("startStopTapped").text(), "■  Stop") << text;
+  }
+}
+
+TEST_F(PatchLoadTest, InactiveRoutesAreConfiguredAndNotLive) {
+  write("two.json", R"([{"inputChannel":1,"outputChannel":1,"gain":1.0,"active":true},
+                        {"inputChannel":2,"outputChannel":2,"gain":1.0,"active":false}])");
+  load("two.json");
+  clickCell(3, 3);
+  EXPECT_EQ(statusText(), "3 connection(s) configured — press Start to route.");
+  press("startStopTapped");
+  EXPECT_EQ(statusText(), "● Running on Studio Mix  •  2 active route(s)");
+  clickCell(4, 4);
+  EXPECT_EQ(statusText(), "● Live  •  3 route(s) active");
 }
 
 TEST_F(PatchLoadTest, StartCountsActiveRoutesOnly) {

@@ -1,5 +1,9 @@
 #include <QApplication>
+#include <QMessageBox>
 #include <QTest>
+#include <QTimer>
+#include <algorithm>
+#include <cstdlib>
 
 #include "app/panel_fixture.h"
 
@@ -55,6 +59,57 @@ TEST_F(PatchSaveTest, ANameWithoutSuffixGetsOne) {
   EXPECT_TRUE(exists("stage.json"));
   EXPECT_FALSE(exists("stage"));
   EXPECT_THAT(statusTexts(), ElementsAre("Patch saved → stage.json"));
+}
+
+TEST_F(PatchSaveTest, ANameOfAnotherTypeGetsTheSuffixAsWell) {
+  save("stage.txt");
+  EXPECT_TRUE(exists("stage.txt.json"));
+  EXPECT_FALSE(exists("stage.txt"));
+  EXPECT_THAT(statusTexts(), ElementsAre("Patch saved → stage.txt.json"));
+  save("STAGE.JSON");
+  EXPECT_TRUE(exists("STAGE.JSON"));
+}
+
+TEST_F(PatchSaveTest, AskedWhetherToReplaceIsTheFileThatIsWritten) {
+  write("notes.txt.json", "old");
+  press("savePatch");
+  bool asked = false;
+  QTimer question;
+  QObject::connect(&question, &QTimer::timeout, [&asked] {
+    auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    if (box == nullptr) return;
+    asked = box->text().contains("notes.txt.json");
+    box->button(QMessageBox::No)->click();
+  });
+  question.start(5);
+  enter(path("notes.txt"));
+  EXPECT_TRUE(asked);
+  EXPECT_EQ(contents("notes.txt.json"), "old");
+  cancel();
+}
+
+TEST_F(PatchSaveTest, AFolderIsEnteredNotSaved) {
+  press("savePatch");
+  enter(folder.filePath("patches").toStdString());
+  QApplication::processEvents();
+  ASSERT_NE(panel(), nullptr);
+  EXPECT_EQ(panel()->directory().path(), folder.filePath("patches"));
+  EXPECT_FALSE(QFile::exists(folder.filePath("patches.json")));
+  cancel();
+}
+
+TEST_F(PatchSaveTest, ASecondPanelDoesNotHideTheFirst) {
+  for (const char* const action : {"savePatch", "loadPatch", "savePatch"}) press(action);
+  const auto open = panels();
+  ASSERT_EQ(open.size(), 3U);
+  for (const QFileDialog* const one : open) {
+    for (const QFileDialog* const other : open) {
+      if (one == other) continue;
+      const QPoint apart = one->pos() - other->pos();
+      EXPECT_GE(std::min(std::abs(apart.x()), std::abs(apart.y())), 16) << "each title can be seen";
+      EXPECT_LE(std::max(std::abs(apart.x()), std::abs(apart.y())), 64) << "a little off";
+    }
+  }
 }
 
 TEST_F(PatchSaveTest, SavesWhatIsThereWhenThePanelIsConfirmed) {

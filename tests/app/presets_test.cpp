@@ -5,6 +5,7 @@ namespace tolvane::test {
 namespace {
 
 using ::testing::ElementsAre;
+using ::testing::IsEmpty;
 
 class PresetsTest : public WindowTest {
  protected:
@@ -58,6 +59,28 @@ TEST_F(PresetsTest, StraightThroughDoesNotLookAtTheDevice) {
   EXPECT_THAT(routes(), ElementsAre(plainRoute(0, 0), plainRoute(1, 1)));
   EXPECT_THAT(statusTexts(), ElementsAre("2 connection(s) configured — press Start to route.",
                                          "Preset: In 1 → Out 1,  In 2 → Out 2"));
+}
+
+TEST_F(PresetsTest, LeaveAStoppedEngineAlone) {
+  openWithOutputs(8);
+  for (const char* const preset : {"presetStereoToHeadphones", "presetThru12"}) {
+    press(preset);
+    EXPECT_THAT(hal.takeCalls(), IsEmpty()) << preset;
+    EXPECT_FALSE(CoreAudioEngine::shared().isRunning()) << preset;
+    EXPECT_EQ(CoreAudioEngine::shared().contextPtr(), nullptr) << preset;
+  }
+}
+
+TEST_F(PresetsTest, DoNotRestartARunningEngine) {
+  openWithOutputs(8);
+  press("startStopTapped");
+  const IOProcContext* const context = CoreAudioEngine::shared().contextPtr();
+  hal.takeCalls();
+  for (const char* const preset : {"presetStereoToHeadphones", "presetThru12"}) {
+    press(preset);
+    EXPECT_THAT(hal.takeCalls(), IsEmpty()) << preset;
+    EXPECT_EQ(CoreAudioEngine::shared().contextPtr(), context) << preset;
+  }
 }
 
 TEST_F(PresetsTest, ReachARunningEngine) {

@@ -1,5 +1,6 @@
 // Remove and Clear, and the selection that Remove goes by.
 #include "app/window_fixture.h"
+#include "engine/core_audio_engine.h"
 
 namespace tolvane::test {
 namespace {
@@ -61,6 +62,32 @@ TEST_F(RouteRemovalTest, AClickBesideTheRowsSelectsNone) {
   auto& table = control<ConnectionsTableView>("connectionsTableView");
   clickAt(*table.viewport(), {10, table.viewport()->height() - 5});
   EXPECT_EQ(selectedRow(), -1);
+}
+
+TEST_F(RouteRemovalTest, LeavesAStoppedEngineAlone) {
+  hal.takeCalls();
+  for (const bool selected : {false, true}) {
+    if (selected) clickTableRow(1);
+    press("removeConnection");
+    EXPECT_THAT(hal.takeCalls(), IsEmpty());
+    EXPECT_FALSE(CoreAudioEngine::shared().isRunning());
+    EXPECT_EQ(CoreAudioEngine::shared().contextPtr(), nullptr);
+  }
+  EXPECT_EQ(routes().size(), 3U);
+}
+
+TEST_F(RouteRemovalTest, DoesNotRestartARunningEngine) {
+  press("startStopTapped");
+  const IOProcContext* const context = CoreAudioEngine::shared().contextPtr();
+  const auto liveBuffer = context->activeBuf;
+  hal.takeCalls();
+  press("removeConnection");
+  EXPECT_EQ(context->activeBuf, liveBuffer) << "with nothing selected nothing is published";
+  clickTableRow(1);
+  press("removeConnection");
+  EXPECT_EQ(context->activeBuf, 1 - liveBuffer);
+  EXPECT_THAT(hal.takeCalls(), IsEmpty());
+  EXPECT_EQ(CoreAudioEngine::shared().contextPtr(), context);
 }
 
 TEST_F(RouteRemovalTest, ClearRemovesAllWithoutAsking) {

@@ -1,10 +1,16 @@
-// Draws the window in five states into PNG files, on devices of its own making. Usage: FOLDER SCALE
-// (the scale only names the files; QT_SCALE_FACTOR sets it).
+// Draws the window in its states, and its panels, into PNG files, on devices of its own making. Usage: FOLDER
+// SCALE (the scale only names the files; QT_SCALE_FACTOR sets it).
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
+#include <QEventLoop>
+#include <QFileDialog>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
+#include <QTableView>
+#include <QTemporaryDir>
+#include <QTimer>
 #include <clocale>
 #include <cstdio>
 #include <functional>
@@ -14,6 +20,7 @@
 #include "app/palette.h"
 #include "app/tolvane_view_controller.h"
 #include "matrix/overlay_scroll_view.h"
+#include "matrix/patch_matrix_canvas.h"
 #include "matrix/patch_matrix_view.h"
 #include "support/scripted_hal.h"
 
@@ -28,6 +35,8 @@ struct Scene {
   const char* name;
   std::vector<ScriptedDevice> devices;
   std::function<void(AppDelegate&)> prepare;
+  bool keepsFocus = false;
+  bool isOfPanel = false;
 };
 
 ScriptedDevice device(const char* name, std::vector<UInt32> inputs, std::vector<UInt32> outputs) {
@@ -57,6 +66,72 @@ void scrollToTheMiddle(AppDelegate& delegate) {
   matrixOf(delegate).scrollView->scrollTo({64 * 16 - 269, 64 * 16 - 130});
 }
 
+QWidget& part(AppDelegate& delegate, const char* name) {
+  return *delegate.window()->findChild<QWidget*>(QString::fromLatin1(name));
+}
+
+/// Also what other threads contribute, as the panels' lists of files.
+void settle() {
+  QEventLoop loop;
+  QTimer::singleShot(300, &loop, &QEventLoop::quit);
+  loop.exec();
+}
+
+QFileDialog* openPanel() {
+  for (QWidget* const widget : QApplication::topLevelWidgets()) {
+    auto* const panel = qobject_cast<QFileDialog*>(widget);
+    if (panel != nullptr && panel->isVisible()) return panel;
+  }
+  return nullptr;
+}
+
+void startUp(AppDelegate& delegate) {
+  delegate.tolvaneVC()->startStopTapped();
+}
+
+/// Five routes of which two are inactive, one of these selected.
+void selectAnInactiveRoute(AppDelegate& delegate) {
+  QFile patch(QStringLiteral("monitors.json"));
+  if (!patch.open(QIODevice::WriteOnly)) return;
+  patch.write(R"([{"inputChannel":0,"outputChannel":0,"gain":1,"active":true},
+    {"inputChannel":1,"outputChannel":2,"gain":1,"active":false},
+    {"inputChannel":2,"outputChannel":4,"gain":1,"active":true},
+    {"inputChannel":3,"outputChannel":6,"gain":0.5,"active":true},
+    {"inputChannel":4,"outputChannel":8,"gain":1,"active":false}])");
+  patch.close();
+  delegate.tolvaneVC()->loadPatch();
+  settle();
+  QFileDialog* const panel = openPanel();
+  panel->findChild<QLineEdit*>(QStringLiteral("fileNameEdit"))->setText(QFileInfo(patch).absoluteFilePath());
+  QMetaObject::invokeMethod(panel, "accept");
+  settle();
+  auto* const table = delegate.window()->findChild<QTableView*>(QStringLiteral("connectionsTableView"));
+  table->selectRow(1);
+}
+
+void warn(AppDelegate& delegate) {
+  static_cast<QLineEdit&>(part(delegate, "inputChannelField")).setText(QStringLiteral("eight"));
+  delegate.tolvaneVC()->addConnection();
+}
+
+void moveTheFocusCell(AppDelegate& delegate) {
+  matrixOf(delegate).canvas->setFocus(Qt::TabFocusReason);
+  matrixOf(delegate).canvas->moveFocusTo({2, 3});
+}
+
+void focusTheStartButton(AppDelegate& delegate) {
+  delegate.window()->setAttribute(Qt::WA_KeyboardFocusChange);  // as the Tab key does
+  part(delegate, "startStopButton").setFocus(Qt::TabFocusReason);
+}
+
+void savePatch(AppDelegate& delegate) {
+  delegate.tolvaneVC()->savePatch();
+}
+
+void loadPatch(AppDelegate& delegate) {
+  delegate.tolvaneVC()->loadPatch();
+}
+
 std::vector<Scene> scenes() {
   const auto usual = device("Tolvane Virtual Device", {2, 16}, {20});
   return {
@@ -65,21 +140,43 @@ std::vector<Scene> scenes() {
       {"no-device", {}, [](AppDelegate&) {}},
       {"128x128", {device("Stage Box", {64, 64}, {64, 64})}, scrollToTheMiddle},
       {"700x500", {usual}, [](AppDelegate& delegate) { delegate.window()->resize(700, 500); }},
+      {"table", {usual}, selectAnInactiveRoute},
+      {"warning", {usual}, warn},
+      {"failed-start", {device("Busy Interface", {18}, {20})}, startUp},
+      {"focus-cell", {usual}, moveTheFocusCell, true},
+      {"focus-button", {usual}, focusTheStartButton, true},
+      {"save-panel", {usual}, savePatch, false, true},
+      {"open-panel", {usual}, loadPatch, false, true},
   };
+}
+
+QWidget* pictured(const Scene& scene, const AppDelegate& delegate) {
+  if (!scene.isOfPanel) return delegate.window();
+  return openPanel();
 }
 
 bool draw(const Scene& scene, const QString& folder, const QString& scale) {
   ScriptedHal hal;
   hal.devices = scene.devices;
+  // The pictures of a failed start are of one whose device refuses.
+  hal.onCall = [&hal](const std::string& call) {
+    if (call.starts_with("AudioDeviceStart(") && hal.devices.front().name == "Busy Interface") {
+      hal.answerNext(tolvane::test::HalCall::start, kAudioHardwareNotRunningError);
+    }
+  };
   AppDelegate delegate;
   delegate.applicationDidFinishLaunching();
+  settle();
   scene.prepare(delegate);
-  for (int i = 0; i < 20; ++i) QApplication::processEvents();
-  if (QWidget* const focus = QApplication::focusWidget()) focus->clearFocus();
+  settle();
+  QWidget* const focus = QApplication::focusWidget();
+  if (focus != nullptr && !scene.keepsFocus && !scene.isOfPanel) focus->clearFocus();
   const QString path =
       QStringLiteral("%1/window-%2@%3x.png").arg(folder, QString::fromLatin1(scene.name), scale);
-  const bool saved = delegate.window()->grab().save(path);
+  QWidget* const picture = pictured(scene, delegate);
+  const bool saved = picture != nullptr && picture->grab().save(path);
   std::fprintf(stderr, "%s%s\n", path.toUtf8().constData(), saved ? "" : ": cannot be written");
+  delete openPanel();
   delegate.tolvaneVC()->refreshDevices();  // stops the engine
   return saved;
 }
@@ -96,6 +193,10 @@ int main(int argc, char** argv) {
     return 2;
   }
   bool allSaved = QDir().mkpath(arguments[1]);
-  for (const Scene& scene : scenes()) allSaved = draw(scene, arguments[1], arguments[2]) && allSaved;
+  const QString folder = QFileInfo(arguments[1]).absoluteFilePath();
+  // The panels show the folder that the program runs in.
+  const QTemporaryDir patches;
+  if (!QDir::setCurrent(patches.path()) || !QDir().mkdir("Patches") || !QDir::setCurrent("Patches")) return 1;
+  for (const Scene& scene : scenes()) allSaved = draw(scene, folder, arguments[2]) && allSaved;
   return allSaved ? 0 : 1;
 }

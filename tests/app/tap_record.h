@@ -11,18 +11,20 @@ namespace tolvane::test {
 inline constexpr std::size_t kTapChannels = 20;
 
 struct TapChannel {
-  std::atomic<float> peak;               // of the last cycle
-  std::atomic<std::uint32_t> crossings;  // from below zero to zero or above, over the whole run
+  std::atomic<float> peak;  // of the last cycle
+  // Over the whole run, in one number so that both are of one moment: the frames in the upper 32 bits, and
+  // how often the signal went from below zero to zero or above in the lower.
+  std::atomic<std::uint64_t> framesAndCrossings;
 };
 
 struct TapRecord {
   std::atomic<std::uint64_t> cycles;
   std::atomic<std::uint64_t> frames;
   std::array<TapChannel, kTapChannels> channels;
-  // The window's thread counts here every few milliseconds, and notes the longest time between two counts;
-  // whoever stores 0 there begins anew.
+  // The window's thread counts here every few milliseconds. Between two counts it notes how long it slept,
+  // which is not how long it ran or waited for a processor; the longest stands here until someone stores 0.
   std::atomic<std::uint64_t> heartbeats;
-  std::atomic<std::uint32_t> longestSilenceMs;
+  std::atomic<std::uint32_t> longestSleepMs;
 };
 
 static_assert(std::atomic<float>::is_always_lock_free && std::atomic<std::uint64_t>::is_always_lock_free);

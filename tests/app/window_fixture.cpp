@@ -120,8 +120,12 @@ void WindowTest::clickTableRow(int row) {
 
 void WindowTest::moveDeviceChoice(int steps) {
   control<QComboBox>("devicePopup").setFocus();
-  for (int i = 0; i < steps; ++i) key(Qt::Key_Down);
-  for (int i = 0; i > steps; --i) key(Qt::Key_Up);
+  key(Qt::Key_Space);
+  QWidget* const menu = QApplication::activePopupWidget();
+  ASSERT_NE(menu, nullptr);
+  for (int i = 0; i < steps; ++i) QTest::keyClick(menu->windowHandle(), Qt::Key_Down);
+  for (int i = 0; i > steps; --i) QTest::keyClick(menu->windowHandle(), Qt::Key_Up);
+  QTest::keyClick(menu->windowHandle(), Qt::Key_Return);
 }
 
 void WindowTest::addRoute(const std::string& input, const std::string& output, const std::string& gain) {

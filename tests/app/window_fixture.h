@@ -74,7 +74,7 @@ class WindowTest : public ::testing::Test {
   void clickCell(int row, int column);
   void clickTableRow(int row);
   void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-  /// Moves the device menu's choice by this many items, by keys.
+  /// Opens the device menu, moves by this many items and chooses, by keys.
   void moveDeviceChoice(int steps);
 
   void addRoute(const std::string& input, const std::string& output, const std::string& gain);

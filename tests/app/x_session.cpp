@@ -1,9 +1,13 @@
 #include "app/x_session.h"
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <algorithm>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <thread>
 
@@ -27,6 +31,23 @@ xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
   const std::unique_ptr<xcb_intern_atom_reply_t, decltype(&std::free)> reply(
       xcb_intern_atom_reply(connection, cookie, nullptr), &std::free);
   return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
+}
+
+/// Whether a thread of the process runs, waits for a processor or for a disk.
+bool isAtWork(qint64 processId) {
+  std::error_code gone;  // threads may end while they are looked at
+  const std::filesystem::path tasks = "/proc/" + std::to_string(processId) + "/task";
+  for (std::filesystem::directory_iterator task(tasks, gone), end; !gone && task != end;
+       task.increment(gone)) {
+    std::ifstream file(task->path() / "stat");
+    std::string text;
+    std::getline(file, text);
+    // The state follows the name, which stands in parentheses and may hold any.
+    const std::size_t name = text.rfind(')');
+    if (name == std::string::npos || name + 2 >= text.size()) continue;
+    if (text[name + 2] == 'R' || text[name + 2] == 'D') return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -68,6 +89,7 @@ bool XSession::start(const std::string& program, const std::vector<std::string>&
   environment.remove("PIPEWIRE_REMOTE");
   environment.remove("WAYLAND_DISPLAY");
   environment.remove("DBUS_SESSION_BUS_ADDRESS");
+  environment.insert(variables_);
   program_.setProcessEnvironment(environment);
   program_.setStandardErrorFile(folder_.filePath("stderr"));
   program_.start(QString::fromStdString(program), list);
@@ -121,6 +143,35 @@ std::pair<int, int> XSession::sizeOf(const std::string& window) {
     if (line.startsWith("HEIGHT=")) size.second = line.mid(7).toInt();
   }
   return size;
+}
+
+std::uint32_t XSession::propertyWords(const std::string& window, const char* property) {
+  xcb_connection_t* const connection = xcb_connect(display_.c_str(), nullptr);
+  const auto cookie =
+      xcb_get_property(connection, 0, static_cast<xcb_window_t>(std::stoul(window)),
+                       atom(connection, property), XCB_GET_PROPERTY_TYPE_ANY, 0, UINT32_MAX / 4);
+  const std::unique_ptr<xcb_get_property_reply_t, decltype(&std::free)> reply(
+      xcb_get_property_reply(connection, cookie, nullptr), &std::free);
+  const std::uint32_t words = reply && reply->format == 32 ? reply->value_len : 0;
+  xcb_disconnect(connection);
+  return words;
+}
+
+std::optional<int> XSession::idleMsUntilTheEnd() {
+  constexpr qint64 kLook = 5;
+  qint64 idleMs = 0;
+  QElapsedTimer total;
+  QElapsedTimer sinceLook;
+  total.start();
+  sinceLook.start();
+  while (!program_.waitForFinished(kLook)) {
+    if (total.elapsed() > 60000) return std::nullopt;
+    const bool atWork = isAtWork(program_.processId()) || isAtWork(server_.processId());
+    // A look that comes late says nothing of the time before it.
+    if (!atWork) idleMs += std::min(sinceLook.elapsed(), 2 * kLook);
+    sinceLook.restart();
+  }
+  return static_cast<int>(idleMs);
 }
 
 void XSession::requestClose(const std::string& window) {

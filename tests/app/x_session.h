@@ -4,6 +4,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,6 +26,9 @@ class XSession {
   /// The folder in which programs started from now on look for sound servers; at first one without any.
   void lookForServersIn(const std::string& folder) { runtimeFolder_ = QString::fromStdString(folder); }
 
+  /// Gives the programs started from now on this variable as well.
+  void setVariable(const QString& name, const QString& value) { variables_.insert(name, value); }
+
   /// Starts the program in this session.
   bool start(const std::string& program, const std::vector<std::string>& arguments);
   [[nodiscard]] QProcess& program() { return program_; }
@@ -40,8 +44,14 @@ class XSession {
   void key(const std::string& name);
   /// Width and height of the window.
   std::pair<int, int> sizeOf(const std::string& window);
+  /// How many 32-bit words a property of the window has; 0 when it has no such property.
+  std::uint32_t propertyWords(const std::string& window, const char* property);
   /// Asks the window to close, as a window manager does when its button is pressed.
   void requestClose(const std::string& window);
+
+  /// Waits for the program's end. For how long it did nothing before, which is not how long a thread of it or
+  /// of the X server ran or waited for a processor; none when it does not end in a minute.
+  std::optional<int> idleMsUntilTheEnd();
 
   [[nodiscard]] const QTemporaryDir& folder() const { return folder_; }
 
@@ -50,6 +60,7 @@ class XSession {
   std::string xdotool(const QStringList& arguments);
 
   QTemporaryDir folder_;
+  QProcessEnvironment variables_;
   QString runtimeFolder_ = folder_.filePath("run");
   std::string display_;
   QProcess server_;

@@ -155,6 +155,25 @@ TEST_F(ChannelNumberingTest, TheLastChannelOfALargeDeviceIsReached) {
   EXPECT_THAT(output_.channel(0, 511), Each(0.0F));
 }
 
+TEST_F(ChannelNumberingTest, TheOnlyOutputMayHaveNoData) {
+  input_.add(1, 8, 1.0F);
+  output_.addWithoutData(1, 28);
+  route(0, 0);
+  cycle();
+  EXPECT_THAT(input_.copyOf(0), Each(1.0F));
+}
+
+TEST_F(ChannelNumberingTest, ChannelsWithoutDataMayBeMoreThan32BitsHold) {
+  input_.add(1, 2, 1.0F).addWithoutData(0x80000000U).add(1, 2, 2.0F);
+  output_.add(1, 2, kStale).addWithoutData(0xFFFFFFFFU, 8).add(1, 2, kStale);
+  route(0, 0);
+  route(1, 0);
+  route(2, 0);
+  cycle();
+  EXPECT_THAT(output_.copyOf(0), Each(1.0F));
+  EXPECT_THAT(output_.copyOf(2), Each(0.0F));
+}
+
 using ChannelNumberingDeathTest = ChannelNumberingTest;
 
 TEST_F(ChannelNumberingDeathTest, BufferOfMoreChannelsThan32BitsEndsTheProcess) {

@@ -68,6 +68,19 @@ TEST_F(FirstCycleTraceTest, ComesNotAgainWithAnotherContext) {
   EXPECT_EQ(lines.back(), "another start");
 }
 
+TEST_F(FirstCycleTraceTest, IsStillToComeAfterAudioThatIsNoDevices) {
+  routeUntraced(input_.get(), output_.get(), nullptr);
+  EXPECT_EQ(output_.channel(0, 0), std::vector<float>(4, kStale));
+  routeUntraced(input_.get(), output_.get(), &context_);
+  EXPECT_EQ(output_.channel(0, 0), std::vector<float>(4, 1.0F));
+  EXPECT_EQ(output_.channel(0, 1), std::vector<float>(4, 0.5F));
+  const ChildResult untraced = runInChild([this] {
+    for (int i = 0; i < 3; ++i) routeUntraced(input_.get(), output_.get(), &context_);
+  });
+  EXPECT_EQ(untraced.standardOutput, "");
+  EXPECT_EQ(linesOfCycles().size(), 8U);
+}
+
 TEST_F(FirstCycleTraceTest, WithoutClientDataHasOneLine) {
   EXPECT_THAT(linesWith(nullptr), ElementsAre("[IOProc] first call clientData=nil"));
 }

@@ -33,6 +33,18 @@ TEST_F(MixingTest, UnitGainCopiesExactly) {
   EXPECT_THAT(output_.copyOf(0), Each(0.0F));
 }
 
+TEST_F(MixingTest, InactiveRoutesAloneSilenceTheNextCycle) {
+  route(0, 0);
+  route(1, 1);
+  cycle();
+  EXPECT_THAT(output_.copyOf(0), ElementsAre(1.0F, -0.5F, 0.25F, 3.0F));
+  EXPECT_THAT(output_.copyOf(1), ElementsAre(10.0F, 20.0F, 30.0F, 40.0F));
+  for (PatchConnection& route : routes_) route.active = false;
+  cycle();
+  EXPECT_THAT(output_.copyOf(0), Each(0.0F));
+  EXPECT_THAT(output_.copyOf(1), Each(0.0F));
+}
+
 TEST_F(MixingTest, HalfGainHalves) {
   route(0, 0, 0.5F);
   cycle();

@@ -1,9 +1,12 @@
 // One thread publishes while another runs cycles, as fast as both can: no cycle reads or writes outside of
 // its buffers, and a cycle that no second publication overtakes hears one list, whole.
+#include <array>
 #include <atomic>
 #include <random>
+#include <span>
 #include <thread>
 
+#include "base/thread_check.h"
 #include "core/atomic32.h"
 #include "routing_fixture.h"
 
@@ -23,6 +26,7 @@ constexpr int kCycles = kReads;
 class PublicationUnderLoadTest : public testing::Test {
  protected:
   PublicationUnderLoadTest() {
+    becomeMainThread();  // the writer of the test before was it
     for (std::size_t c = 0; c < kChannels; ++c) {
       input_.add(1, 1, 1.0F);
       output_.add(1, 1, 0.0F);
@@ -39,10 +43,16 @@ class PublicationUnderLoadTest : public testing::Test {
   IOProcContext context_ = initialContext(kChannels, kChannels);
 };
 
+// No half of one and half of another makes a third. A fresh context's are among them.
+constexpr std::array<std::int64_t, 10> kChannelLimits = {-2147483648LL, -1,        0, 1, 7, 15, 16, 17,
+                                                         1000000,       2147483647};
+constexpr std::array<float, 6> kGains = {1.0F, 0.1F, -0.7F, 1e-45F, -3.4e38F, 1.2345678e-20F};
+
 /// Publishes lists of 0 to 64 routes with channels in and out of range, until told to stop.
 class WildWriter {
  public:
-  explicit WildWriter(IOProcContext& context) : thread_([this, &context] { run(context); }) {}
+  WildWriter(IOProcContext& context, std::span<const float> gains)
+      : thread_([this, &context, gains] { run(context, gains); }) {}
   ~WildWriter() {
     stop_ = true;
     thread_.join();
@@ -53,21 +63,18 @@ class WildWriter {
   [[nodiscard]] int publications() const { return publications_; }
 
  private:
-  void run(IOProcContext& context) {
+  void run(IOProcContext& context, std::span<const float> gains) {
+    becomeMainThread();
     std::mt19937 random(1);
-    std::uniform_int_distribution<std::size_t> length(0, 64);
-    std::uniform_int_distribution<std::size_t> pick(0, kLimits.size() - 1);
+    const auto channel = [&random] { return kChannelLimits[random() % kChannelLimits.size()]; };
     while (!stop_) {
-      std::vector<PatchConnection> routes(length(random));
+      std::vector<PatchConnection> routes(random() % 65);
       for (PatchConnection& route : routes)
-        route = {kLimits[pick(random)], kLimits[pick(random)], 1.0F, true};
+        route = {channel(), channel(), gains[random() % gains.size()], true};
       writeConnections(&context, routes);
       ++publications_;
     }
   }
-
-  static constexpr std::array<std::int64_t, 10> kLimits = {-2147483648LL, -1,        0, 1, 7, 15, 16, 17,
-                                                           1000000,       2147483647};
 
   std::atomic<bool> stop_ = false;
   std::atomic<int> publications_ = 0;
@@ -75,7 +82,8 @@ class WildWriter {
 };
 
 TEST_F(PublicationUnderLoadTest, NoCycleLeavesItsBuffers) {
-  WildWriter writer(context_);
+  constexpr float kUnit[] = {1.0F};
+  WildWriter writer(context_, kUnit);
   while (writer.publications() < 10) std::this_thread::yield();
   const int before = writer.publications();
   int sounding = 0;
@@ -95,14 +103,32 @@ TEST_F(PublicationUnderLoadTest, NoCycleLeavesItsBuffers) {
   EXPECT_GT(writer.publications() - before, 100) << "the two threads did not run side by side";
 }
 
+template <class Values, class Value>
+bool isOneOf(const Values& values, Value value) {
+  for (const auto each : values) {
+    if (each == value) return true;
+  }
+  return false;
+}
+
 TEST_F(PublicationUnderLoadTest, EveryFieldReadIsOneThatWasWritten) {
-  WildWriter writer(context_);
-  for (int i = 0; i < kReads; ++i) {
+  WildWriter writer(context_, kGains);
+  for (std::size_t i = 0; i < kReads / 5; ++i) {
     const std::int32_t live = loadAcquire(context_.activeBuf);
     ASSERT_TRUE(live == 0 || live == 1) << live;
     const std::int32_t count = loadRelaxed(live == 0 ? context_.countA : context_.countB);
     ASSERT_TRUE(count >= 0 && count <= kMaxPatchEntries) << count;
+    if (count == 0) continue;
+    const auto& entries = live == 0 ? context_.patchesA : context_.patchesB;
+    const PatchEntry& entry = entries[i % static_cast<std::size_t>(count)];
+    const std::int32_t src = loadRelaxed(entry.src);
+    const std::int32_t dst = loadRelaxed(entry.dst);
+    const float gain = loadRelaxed(entry.gain);
+    ASSERT_TRUE(isOneOf(kChannelLimits, src)) << src;
+    ASSERT_TRUE(isOneOf(kChannelLimits, dst)) << dst;
+    ASSERT_TRUE(isOneOf(kGains, gain)) << gain;
   }
+  EXPECT_GT(writer.publications(), 100) << "the two threads did not run side by side";
 }
 
 /// What a cycle heard: every output carries the number of the list, in as many outputs as the list has
@@ -143,6 +169,7 @@ TEST_F(SingleFilePublicationTest, EveryCycleHearsOneListWhole) {
   std::atomic<int> lastHeard = 0;
   // The next list comes only when the last one was heard, so that none overtakes a cycle.
   std::thread writer([&] {
+    becomeMainThread();
     for (int generation = 2; generation <= kLists; ++generation) {
       while (lastHeard.load(std::memory_order_acquire) < generation - 1) std::this_thread::yield();
       writeConnections(&context_, listOf(generation));

@@ -4,7 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "core/fatal.h"
+#include "base/fatal.h"
 #include "core/trace.h"
 #include "support/captured_output.h"
 

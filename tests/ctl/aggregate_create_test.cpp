@@ -59,6 +59,52 @@ TEST_F(AggregateTest, NamesThatCannotBeAreUsageErrors) {
   EXPECT_FALSE(std::filesystem::exists(folder()));
 }
 
+TEST_F(AggregateTest, NamesThatDriveATerminalOrHaveNoEndAreRefused) {
+  for (const std::string& name : {std::string("a\033[2Jb"), std::string("a\nb"),
+                                  std::string("a\xC2\x9B"
+                                              "2Jb"),
+                                  std::string("a\x9B"
+                                              "2Jb"),
+                                  std::string(101, 'a')}) {
+    const Finished made = run({"create", name, "First Card"});
+    EXPECT_EQ(made.status, 2) << testing::PrintToString(name);
+    EXPECT_THAT(made.err, testing::StartsWith("tolvanectl: an aggregate's name "));
+  }
+  EXPECT_EQ(run({"create", std::string(100, 'a'), "First Card"}).status, 0);
+}
+
+TEST_F(AggregateTest, NamesThatDriveATerminalAreShownEscapedWhereTheyAreThereAlready) {
+  writeFile(R"({"aggregates": [{"name": "a\u001b[2J\n\u009bb", "members": [
+      {"uid": "pipewire:first", "name": "F\u001b[2J\n\u009bC", "inputChannels": 4, "outputChannels": 2}]}]})");
+  const auto escaped = [](const std::string& text) {
+    return text.find('\033') == std::string::npos && text.find("\xC2\x9B") == std::string::npos;
+  };
+  const Finished listed = run({"list"});
+  EXPECT_EQ(listed.status, 0) << listed.err;
+  EXPECT_EQ(listed.out,
+            "aggregate          device             inputs  outputs  there\n"
+            R"(a\x1b[2J\n\u009bb  F\x1b[2J\n\u009bC     1-4      1-2  yes)"
+            "\n");
+  const Finished objects = run({"list", "--json"});
+  EXPECT_TRUE(escaped(objects.out)) << objects.out;
+  EXPECT_EQ(json::parse(objects.out)[0].at("name"),
+            "a\033[2J\n\xC2\x9B"
+            "b");
+  const Finished devices = runProgram({"devices"});
+  EXPECT_THAT(devices.out, HasSubstr(R"(a\x1b[2J\n\u009bb)"));
+  EXPECT_TRUE(escaped(devices.out)) << devices.out;
+  EXPECT_TRUE(escaped(runProgram({"devices", "--json"}).out));
+  const Finished taken = run({"create", "Stage",
+                              "a\033[2J\n\xC2\x9B"
+                              "b"});
+  EXPECT_EQ(taken.status, 1);
+  EXPECT_THAT(taken.err, HasSubstr(R"(a\x1b[2J\n\u009bb: an aggregate cannot be in another one)"));
+  const Finished deleted = run({"delete",
+                                "a\033[2J\n\xC2\x9B"
+                                "b"});
+  EXPECT_EQ(deleted.status, 0) << deleted.err;
+}
+
 TEST_F(AggregateTest, ANameIsTakenOnce) {
   ASSERT_EQ(run({"create", "Stage", "First Card"}).status, 0);
   const std::string before = readBytes(file());
@@ -72,7 +118,7 @@ TEST_F(AggregateTest, ANameIsTakenOnce) {
 }
 
 TEST_F(AggregateTest, DevicesThatCannotBeMembersAreRefused) {
-  const Finished unknown = run({"create", "Stage", "First Card", "Piano"});
+  const Finished unknown = run({"create", "--wait", "0.1", "Stage", "First Card", "Piano"});
   EXPECT_EQ(unknown.status, 4);
   EXPECT_THAT(unknown.err, HasSubstr("no device is called \"Piano\""));
   const Finished inner = run({"create", "Stage", "All Interfaces"});

@@ -48,7 +48,7 @@ TEST_F(AggregateTest, AFullDiskLeavesTheOldFileAndNothingElse) {
   ASSERT_EQ(run({"create", "Stage", "First Card"}).status, 0);
   const std::string before = readBytes(file());
   ChildProcess::Options options;
-  options.fileSizeLimit = 300;  // stands for the disk: writing beyond it fails
+  options.limits = {{RLIMIT_FSIZE, 300}};  // stands for the disk: writing beyond it fails
   const Finished made = runProgram({"aggregate", "create", "Home", "First Card", "Second Card"}, options);
   EXPECT_EQ(made.status, 1);
   EXPECT_THAT(made.err, StartsWith("tolvanectl: " + file() + ": "));
@@ -79,6 +79,16 @@ TEST_F(AggregateTest, ALinkToTheFileStaysOne) {
   ASSERT_EQ(run({"create", "Stage", "First Card"}).status, 0);
   EXPECT_TRUE(std::filesystem::is_symlink(file()));
   EXPECT_THAT(readBytes(real), HasSubstr("Stage"));
+}
+
+TEST_F(AggregateTest, ALinkToNothingStaysOneAndTheFileIsMadeWhereItLeads) {
+  const std::string real = server_.configFolder() + "/real.json";
+  std::filesystem::create_directories(folder());
+  std::filesystem::create_symlink("../real.json", file());
+  ASSERT_EQ(run({"create", "Stage", "First Card"}).status, 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(file()));
+  EXPECT_THAT(readBytes(real), HasSubstr("Stage"));
+  EXPECT_THAT(namesInFolder(), ElementsAre("aggregates.json"));
 }
 
 TEST_F(AggregateTest, ManyAtATimeAreAllKept) {

@@ -103,6 +103,27 @@ TEST_F(Check, RefusesAnActiveRouteThatNoDeviceCanHave) {
                 "is beyond 32 bits\n");
 }
 
+TEST_F(Check, RefusesAnActiveRouteOfAChannelThatNoDeviceCanHave) {
+  const auto expectRefused = [this](const PatchConnection& route, const std::string& member,
+                                    const std::string& channel) {
+    // Behind more active routes than are heard it is still one.
+    std::vector<PatchConnection> routes(70, {0, 0, 1.0F, true});
+    routes.push_back(route);
+    const std::string path = patch("p.json", patchText(routes));
+    const Finished run = runProgram({"check", path});
+    EXPECT_EQ(run.status, 3);
+    EXPECT_EQ(run.out, "");
+    EXPECT_EQ(run.err, "tolvanectl: " + path + ": element 70, member \"" + member +
+                           "\": no device can have the channel number " + channel + "\n");
+  };
+  expectRefused({-1, 0, 1.0F, true}, "inputChannel", "-1");
+  expectRefused({0, -7, 1.0F, true}, "outputChannel", "-7");
+  expectRefused({2147483647, 0, 1.0F, true}, "inputChannel", "2147483647");
+  expectRefused({0, 4294967296, 1.0F, true}, "outputChannel", "4294967296");
+  const std::string path = patch("p.json", patchText({{2147483646, 0, 1.0F, true}, {-1, -1, 1.0F, false}}));
+  EXPECT_EQ(runProgram({"check", path}).status, 0);
+}
+
 TEST_F(Check, NotesRoutesThatAreNotHeard) {
   const std::string path = patch("p.json", patchText(std::vector<PatchConnection>(70, {0, 0, 1.0F, true})));
   const Finished run = runProgram({"check", path});

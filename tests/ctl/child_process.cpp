@@ -3,10 +3,14 @@
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <fstream>
 #include <stdexcept>
+#include <utility>
 
 #include <fcntl.h>
+#include <poll.h>
 #include <pty.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -46,17 +50,45 @@ Channel pipeToChild() {
   return {reversed.ours, reversed.child};
 }
 
+Channel outputOf(const ChildProcess::Options& options) {
+  if (options.terminalOut) return terminal();
+  Channel channel = pipeFromChild();
+  if (options.out == ChildProcess::Out::nobody) ::close(std::exchange(channel.ours, -1));
+  if (options.out != ChildProcess::Out::stuck) return channel;
+  ::fcntl(channel.child, F_SETFL, O_NONBLOCK);
+  const std::string chunk(4096, '\n');
+  while (::write(channel.child, chunk.data(), chunk.size()) > 0) {
+  }
+  ::fcntl(channel.child, F_SETFL, 0);
+  return channel;
+}
+
+/// The kernel counts the threads of a user, and root's are never too many: becomes a user who has no other.
+void limitThreads(int threads) {
+  if (::geteuid() == 0) {
+    const auto id = static_cast<uid_t>(3'000'000 + ::getpid());
+    if (::setresgid(id, id, id) != 0 || ::setresuid(id, id, id) != 0) ::_exit(126);
+  }
+  const rlimit limit{static_cast<rlim_t>(threads), static_cast<rlim_t>(threads)};
+  ::setrlimit(RLIMIT_NPROC, &limit);
+}
+
 [[noreturn]] void become(const std::vector<char*>& arguments, const std::vector<char*>& environment,
                          const ChildProcess::Options& options, int in, int out, int err) {
   ::dup2(in, STDIN_FILENO);
   ::dup2(out, STDOUT_FILENO);
   ::dup2(err, STDERR_FILENO);
   if (!options.folder.empty() && ::chdir(options.folder.c_str()) != 0) ::_exit(126);
-  if (options.fileSizeLimit >= 0) {
-    const rlimit limit{static_cast<rlim_t>(options.fileSizeLimit),
-                       static_cast<rlim_t>(options.fileSizeLimit)};
-    ::setrlimit(RLIMIT_FSIZE, &limit);
+  if (options.ownTerminal) {
+    ::setsid();
+    ::ioctl(STDIN_FILENO, TIOCSCTTY, 0);
   }
+  for (const int descriptor : options.closed) ::close(descriptor);
+  for (const auto& [resource, most] : options.limits) {
+    const rlimit limit{most, most};
+    ::setrlimit(static_cast<__rlimit_resource>(resource), &limit);
+  }
+  if (options.threadLimit >= 0) limitThreads(options.threadLimit);
   ::execve(arguments.front(), arguments.data(), environment.data());
   ::_exit(127);
 }
@@ -97,7 +129,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Opti
   const std::vector<char*> argumentPointers = pointersTo(words);
   const std::vector<char*> environmentPointers = pointersTo(environment);
 
-  const Channel out = options.terminalOut ? terminal() : pipeFromChild();
+  const Channel out = outputOf(options);
   const Channel err = options.terminalErr ? terminal() : pipeFromChild();
   const Channel in = options.terminalOut ? Channel{out.child, out.ours} : pipeToChild();
   pid_ = ::fork();
@@ -109,8 +141,8 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Opti
   if (!inputIsTerminal_) ::close(in.child);
   input_ = in.ours;
   descriptors_ = {out.ours, err.ours};
-  collectors_.emplace_back([this, out] { collect(out.ours, out_); });
-  collectors_.emplace_back([this, err] { collect(err.ours, err_); });
+  if (options.out == Out::collected) addCollector(out.ours, out_);
+  addCollector(err.ours, err_);
 }
 
 ChildProcess::~ChildProcess() {
@@ -118,9 +150,16 @@ ChildProcess::~ChildProcess() {
   finish();
 }
 
+void ChildProcess::addCollector(int descriptor, std::string& into) {
+  collectors_.emplace_back([this, descriptor, &into] { collect(descriptor, into); });
+}
+
 void ChildProcess::collect(int descriptor, std::string& into) {
   char chunk[4096];
-  while (true) {
+  // A terminal is closed once nobody is in the middle of reading it.
+  while (!terminalClosed_) {
+    pollfd source{descriptor, POLLIN, 0};
+    if (::poll(&source, 1, 10) == 0) continue;
     const ssize_t count = ::read(descriptor, chunk, sizeof chunk);
     if (count < 0 && errno == EINTR) continue;
     if (count <= 0) return;  // a terminal's end is an error
@@ -157,6 +196,26 @@ void ChildProcess::closeInput() {
   input_ = -1;
 }
 
+bool ChildProcess::hasReadInput() const {
+  int unread = -1;
+  return ::ioctl(input_, FIONREAD, &unread) == 0 && unread == 0;
+}
+
+bool ChildProcess::isBlockedIn(long systemCall, int descriptor) const {
+  std::ifstream file("/proc/" + std::to_string(pid_) + "/syscall");
+  long call = -1;
+  std::string argument;
+  file >> call >> argument;
+  return call == systemCall && std::strtol(argument.c_str(), nullptr, 16) == descriptor;
+}
+
+void ChildProcess::closeTerminal() {
+  terminalClosed_ = true;
+  for (std::thread& collector : collectors_) collector.join();
+  collectors_.clear();
+  ::close(std::exchange(descriptors_.front(), -1));
+}
+
 bool ChildProcess::waitUntil(const std::function<bool()>& condition) {
   const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(60);
   while (!condition()) {
@@ -175,8 +234,12 @@ bool ChildProcess::waitForErr(const std::string& text) const {
 }
 
 Finished ChildProcess::finish() {
-  if (pid_ <= 0) return {};
   closeInput();
+  return finishWithOpenInput();
+}
+
+Finished ChildProcess::finishWithOpenInput() {
+  if (pid_ <= 0) return {};
   int waited = 0;
   const auto giveUp = std::chrono::steady_clock::now() + std::chrono::minutes(2);
   while (::waitpid(pid_, &waited, WNOHANG) == 0) {
@@ -186,6 +249,7 @@ Finished ChildProcess::finish() {
   pid_ = -1;
   for (std::thread& collector : collectors_) collector.join();
   for (const int descriptor : descriptors_) ::close(descriptor);
+  closeInput();
   return {shellStatus(waited), out(), err()};
 }
 

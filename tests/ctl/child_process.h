@@ -5,10 +5,12 @@
 #include <functional>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <thread>
 #include <vector>
 
+#include <sys/resource.h>
 #include <sys/types.h>
 
 namespace tolvane::test {
@@ -23,12 +25,22 @@ struct Finished {
 /// tolvanectl running, its output collected as it comes. Killed when it goes out of scope.
 class ChildProcess {
  public:
+  /// What becomes of the child's standard output where it is no terminal.
+  enum class Out {
+    collected,
+    stuck,   // a pipe that is full, and stays so
+    nobody,  // a pipe whose reader is gone
+  };
   struct Options {
     std::map<std::string, std::string> environment;  // added to the test's own
     bool terminalOut = false;                        // standard output (and input) is a terminal
     bool terminalErr = false;                        // standard error is a terminal
-    std::string folder;                              // to run in; empty: the test's own
-    std::int64_t fileSizeLimit = -1;                 // bytes; -1: none
+    bool ownTerminal = false;                        // and the child leads a session there
+    Out out = Out::collected;
+    std::set<int> closed;          // descriptors
+    std::string folder;            // to run in; empty: the test's own
+    std::map<int, rlim_t> limits;  // by resource, as setrlimit has them
+    int threadLimit = -1;          // that it may have at a time; -1: none
   };
 
   explicit ChildProcess(const std::vector<std::string>& arguments) : ChildProcess(arguments, Options{}) {}
@@ -40,10 +52,17 @@ class ChildProcess {
   [[nodiscard]] std::string out() const;
   [[nodiscard]] std::string err() const;
 
+  [[nodiscard]] pid_t pid() const { return pid_; }
   void send(int signal) const;
   /// Writes to the child's standard input (a pipe, where it is no terminal).
   void write(const std::string& bytes) const;
   void closeInput();
+  /// Whether it has read all that was written to it.
+  [[nodiscard]] bool hasReadInput() const;
+  /// Whether its main thread waits in this system call on this descriptor.
+  [[nodiscard]] bool isBlockedIn(long systemCall, int descriptor) const;
+  /// Closes the terminal that is its standard output.
+  void closeTerminal();
 
   /// Waits, for a minute at the most, until the condition holds; false when it never did.
   static bool waitUntil(const std::function<bool()>& condition);
@@ -52,9 +71,12 @@ class ChildProcess {
 
   /// Waits for the end; a child that does not end within two minutes is killed.
   Finished finish();
+  /// The same, but what it reads from stays open, so that it ends for another reason.
+  Finished finishWithOpenInput();
 
  private:
   void collect(int descriptor, std::string& into);
+  void addCollector(int descriptor, std::string& into);
 
   pid_t pid_ = -1;
   int input_ = -1;
@@ -62,6 +84,7 @@ class ChildProcess {
   mutable std::mutex mutex_;
   std::string out_;
   std::string err_;
+  std::atomic<bool> terminalClosed_{false};
   std::vector<std::thread> collectors_;
   std::vector<int> descriptors_;
 };

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/scripted_hal.h"
+
 namespace tolvane::ctl {
 namespace {
 
@@ -60,11 +62,64 @@ TEST(DeviceChoice, RefusesANameThatSeveralHave) {
   EXPECT_EQ(chosen("Twin"), 0U);
 }
 
+TEST(DeviceChoice, ListsNamesThatWouldDriveATerminalEscaped) {
+  const DeviceChoice choice = chooseDevice({{7, "Box\033[2J\n  8  Fake\xC2\x9B", 1, 1}}, "a\nb");
+  ASSERT_FALSE(choice);
+  EXPECT_EQ(choice.error().text,
+            "no device is called \"a\\nb\"; the devices are:\n  7  Box\\x1b[2J\\n  8  Fake\\u009b");
+}
+
 TEST(DeviceChoice, RefusesWithoutAnyDevice) {
   const DeviceChoice choice = chooseDevice({}, "");
   ASSERT_FALSE(choice);
   EXPECT_EQ(choice.error().status, ExitStatus::noSuchDevice);
   EXPECT_EQ(choice.error().text, "there is no audio device");
+}
+
+/// Of the virtual device and another one, while a server is silent or not.
+class ListedChoice : public testing::Test {
+ protected:
+  ListedChoice() {
+    hal_.devices.push_back({.id = 20, .name = "Box", .transport = kAudioDeviceTransportTypeJack});
+    hal_.devices.push_back({.id = 21, .name = "Built in"});
+  }
+
+  static AudioDeviceID chosen(const DeviceListing& listing, const std::string& wanted) {
+    const DeviceChoice choice = chooseListed(listing, wanted);
+    return choice ? choice.value().id : kAudioObjectUnknown;
+  }
+
+  test::ScriptedHal hal_;
+  const AudioDeviceInfo box_{20, "Box", 2, 2};
+  const AudioDeviceInfo virtual_{21, "Built in", 2, 2};
+};
+
+TEST_F(ListedChoice, OfAllIsAsItIsChosen) {
+  EXPECT_EQ(chosen({{box_, virtual_}, ""}, ""), 20U);
+  EXPECT_EQ(chosen({{virtual_}, ""}, ""), 21U);
+  EXPECT_EQ(chosen({{box_, virtual_}, ""}, "21"), 21U);
+  EXPECT_EQ(chooseListed({{box_}, ""}, "Piano").error().status, ExitStatus::noSuchDevice);
+}
+
+TEST_F(ListedChoice, IsNoStopgapForWhatASilentServerMayHave) {
+  EXPECT_EQ(chooseListed({{virtual_}, "pipewire"}, "").error().status, ExitStatus::failed);
+  EXPECT_EQ(chooseListed({{box_, virtual_}, "pipewire"}, "20").error().status, ExitStatus::failed);
+  EXPECT_EQ(chooseListed({{box_, virtual_}, "pipewire"}, "Piano").error().status, ExitStatus::failed);
+  EXPECT_EQ(chooseListed({{}, "pipewire"}, "").error().status, ExitStatus::failed);
+}
+
+TEST_F(ListedChoice, TakesAnotherServersDeviceAndOneThatIsNamed) {
+  EXPECT_EQ(chosen({{box_, virtual_}, "pipewire"}, ""), 20U);
+  EXPECT_EQ(chosen({{box_, virtual_}, "pipewire"}, "bo"), 20U);
+  EXPECT_EQ(chosen({{box_, virtual_}, "pipewire"}, "Built in"), 21U);
+}
+
+TEST_F(ListedChoice, OfSeveralIsNoneWhoeverIsSilent) {
+  EXPECT_EQ(chooseListed({{box_, virtual_}, "pipewire"}, "b").error().status, ExitStatus::noSuchDevice);
+}
+
+TEST_F(ListedChoice, NamesAllServersThatAreSilent) {
+  EXPECT_EQ(silenceOf({{}, "jack, pipewire"}).text, "the sound servers jack, pipewire do not answer");
 }
 
 }  // namespace

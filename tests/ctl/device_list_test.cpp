@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "engine/core_audio_engine.h"
 #include "support/scripted_hal.h"
 
 namespace tolvane::ctl {
@@ -48,16 +49,16 @@ TEST_F(DeviceListOf, TwoAsATable) {
     hal_.failProperty(test::HalCall::getPropertyData, 41, selector, kAudioObjectPropertyScopeGlobal,
                       kAudioHardwareUnknownPropertyError);
   }
-  EXPECT_EQ(deviceTable(listDevices(CoreAudioEngine())),
-            "id  name       inputs  outputs  driver   sample rate  buffer frames\n"
-            "40  Größe \"X\"      18        8  jack         44100.5             64\n"
-            "41  Odd?[31m        1        0  virtual            -              -\n");
+  EXPECT_EQ(deviceTable(detailsOf(CoreAudioEngine().getAllDevices())),
+            "id  name         inputs  outputs  driver   sample rate  buffer frames\n"
+            "40  Größe \"X\"        18        8  jack         44100.5             64\n"
+            "41  Odd\\x1b[31m       1        0  virtual            -              -\n");
 }
 
 TEST_F(DeviceListOf, TwoAsJson) {
   hal_.failProperty(test::HalCall::getPropertyData, 41, kAudioDevicePropertyNominalSampleRate,
                     kAudioObjectPropertyScopeGlobal, kAudioHardwareUnknownPropertyError);
-  EXPECT_EQ(deviceJson(listDevices(CoreAudioEngine())), R"([
+  EXPECT_EQ(deviceJson(detailsOf(CoreAudioEngine().getAllDevices())), R"([
   {
     "id": 40,
     "name": "Größe \"X\"",
@@ -82,9 +83,9 @@ TEST_F(DeviceListOf, TwoAsJson) {
 
 TEST(DeviceListWithout, AnyDeviceIsTitlesOrAnEmptyArray) {
   const test::ScriptedHal hal;
-  EXPECT_EQ(deviceTable(listDevices(CoreAudioEngine())),
+  EXPECT_EQ(deviceTable(detailsOf(CoreAudioEngine().getAllDevices())),
             "id  name  inputs  outputs  driver  sample rate  buffer frames\n");
-  EXPECT_EQ(deviceJson(listDevices(CoreAudioEngine())), "[]\n");
+  EXPECT_EQ(deviceJson(detailsOf(CoreAudioEngine().getAllDevices())), "[]\n");
 }
 
 }  // namespace

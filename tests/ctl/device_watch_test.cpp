@@ -57,7 +57,7 @@ TEST(DeviceChanges, AreNotTheOrderNorTheBuffer) {
 
 TEST(DeviceEvent, IsALineWithoutControlCharacters) {
   EXPECT_EQ(deviceEventLine("arrived", device(12, "Odd\033[31m", 2)),
-            "arrived: 12  Odd?[31m  (2 inputs, 1 output, pipewire)\n");
+            "arrived: 12  Odd\\x1b[31m  (2 inputs, 1 output, pipewire)\n");
 }
 
 TEST(DeviceEvent, IsAJsonObjectOnALine) {

@@ -63,7 +63,7 @@ TEST_F(RenderBlocks, ComeOutWholeAndInOrderFromASlowSource) {
 // The reading is blocks ahead when the writing fails.
 TEST_F(RenderBlocks, EndWithTheDiskFullHalfWay) {
   ChildProcess::Options options;
-  options.fileSizeLimit = kFrames * 2 * sizeof(float) / 2;  // stands for the disk
+  options.limits = {{RLIMIT_FSIZE, kFrames * 2 * sizeof(float) / 2}};  // stands for the disk
   const Finished run = runProgram(words(folder_ / "in.wav"), options);
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, StartsWith("tolvanectl: " + (folder_ / "out.wav") + ": "));

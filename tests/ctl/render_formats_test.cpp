@@ -109,16 +109,6 @@ TEST_F(RenderFormats, A1024ChannelFile) {
   }
 }
 
-TEST_F(RenderFormats, FollowsALinkAndKeepsTheModeOfTheFileItReplaces) {
-  writeSound(folder_ / "in.wav", {1, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {0.5F}});
-  writeText(folder_ / "real.wav", "old");
-  ASSERT_EQ(runShell("cd " + folder_.path() + " && chmod 640 real.wav && ln -s real.wav out.wav"), 0);
-  ASSERT_EQ(render({kThru}, "in.wav").status, 0);
-  EXPECT_EQ(runShell("test -L " + (folder_ / "out.wav")), 0);
-  EXPECT_EQ(runShell("test $(stat -c %a " + (folder_ / "real.wav") + ") = 640"), 0);
-  EXPECT_EQ(readSound(folder_ / "real.wav").samples, std::vector<float>{0.5F});
-}
-
 TEST_F(RenderFormats, DrawsAProgressBarOnATerminalForLongFilesOnly) {
   writePatch(folder_ / "patch.json", {kThru});
   const auto errOf = [&](std::size_t seconds, bool terminal) {
@@ -129,7 +119,7 @@ TEST_F(RenderFormats, DrawsAProgressBarOnATerminalForLongFilesOnly) {
     const Finished run = runProgram(
         {"render", "--patch", folder_ / "patch.json", folder_ / "in.wav", folder_ / "out.wav"}, options);
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.out.find('='), run.out.find("clientData=") + 10);  // the bar is not on standard output
+    EXPECT_EQ(run.out, "");
     return run.err;
   };
   EXPECT_THAT(errOf(60, true), HasSubstr("\r[" + std::string(40, '=') + "] 100 %"));

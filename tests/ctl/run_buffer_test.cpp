@@ -4,6 +4,7 @@
 
 #include "ctl/child_process.h"
 #include "ctl/files.h"
+#include "ctl/run_notes.h"
 #include "support/pipewire_client.h"
 
 namespace tolvane::test {
@@ -33,7 +34,7 @@ long firstCycleFrames(const std::string& out) {
 TEST_F(RunBuffer, IsWhatTheVirtualDeviceRunsWith) {
   const Finished run = this->run("Tolvane Virtual Device", "1024");
   EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.err, runNotes(run, "Tolvane Virtual Device"));
   EXPECT_EQ(firstCycleFrames(run.out), 1024);
 }
 
@@ -41,7 +42,7 @@ TEST_F(RunBuffer, IsWhatACardOfTheServerRunsWith) {
   const PipeWireServer server({{.name = "Card", .inputs = 2, .outputs = 2, .cardId = 76}});
   const Finished run = this->run("Card", "128");
   EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.err, runNotes(run, "Card"));
   EXPECT_EQ(firstCycleFrames(run.out), 128);
 }
 

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <unistd.h>
 
 #include "ctl/files.h"
@@ -57,10 +58,75 @@ TEST_F(RunDevice, SaysWhyItDoesNotStart) {
   EXPECT_THAT(out_, testing::Not(HasSubstr("cycles")));
 }
 
+TEST_F(RunDevice, SaysWhyItDoesNotStartAlsoWhenItIsToldToEnd) {
+  hal_.answerNext(test::HalCall::start, -50);
+  atStart([] { end(); });
+  EXPECT_EQ(run(), ExitStatus::failed);
+  EXPECT_THAT(err_, HasSubstr("AudioDeviceStart failed (-50)"));
+}
+
+TEST_F(RunDevice, EndsOnceThoughItIsToldTwice) {
+  atStart([] {
+    end();
+    end();
+  });
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_THAT(out_, HasSubstr("cycles: 0\n"));
+}
+
+using RunDeviceDeathTest = RunDevice;
+
+TEST_F(RunDeviceDeathTest, ADeviceThatNeverStartsIsLeftByTheSignal) {
+  atStart([] {
+    end();
+    for (;;) ::pause();
+  });
+  EXPECT_EXIT(static_cast<void>(runCommand(options_)), testing::KilledBySignal(SIGTERM), "");
+}
+
+TEST_F(RunDeviceDeathTest, ADeviceThatNeverStopsIsLeftByTheSignal) {
+  hal_.onCall = [](const std::string& call) {
+    if (call.starts_with("AudioDeviceStart")) end();
+    if (!call.starts_with("AudioDeviceStop")) return;
+    for (;;) ::pause();
+  };
+  EXPECT_EXIT(static_cast<void>(runCommand(options_)), testing::KilledBySignal(SIGTERM), "");
+}
+
 TEST_F(RunDevice, SaysThatThereIsNone) {
   hal_.devices.clear();
   EXPECT_EQ(run(), ExitStatus::noSuchDevice);
   EXPECT_EQ(err_, "tolvanectl: there is no audio device\n");
+}
+
+TEST_F(RunDevice, SaysInOneLineThatNoThreadIsLeft) {
+  hal_.answerNext(test::HalCall::start, kTolvaneExhaustedError);
+  EXPECT_EQ(run(), ExitStatus::failed);
+  EXPECT_EQ(err_, "tolvanectl: Box: no thread, memory or descriptor is left\n");
+}
+
+TEST_F(RunDevice, DoesNotRunWhereItCannotBeToldOfOverloads) {
+  hal_.answerNext(test::HalCall::addPropertyListener, kTolvaneExhaustedError);
+  EXPECT_EQ(run(), ExitStatus::failed);
+  EXPECT_EQ(err_, "tolvanectl: Box: no thread, memory or descriptor is left\n");
+}
+
+TEST_F(RunDevice, SaysWhyThereIsNoList) {
+  hal_.failProperty(test::HalCall::getPropertyDataSize, kAudioObjectSystemObject,
+                    kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal, kTolvaneExhaustedError);
+  EXPECT_EQ(run(), ExitStatus::failed);
+  EXPECT_EQ(err_,
+            "tolvanectl: the audio devices cannot be listed: no thread, memory or descriptor is left\n");
+}
+
+TEST_F(RunDevice, EndsInTheWaitForADevice) {
+  options_.device = "Nobody's";
+  options_.waitSeconds = 1000.0;
+  hal_.onCall = [](const std::string& call) {
+    if (call.starts_with("AudioObjectGetPropertyData(1, dev#")) end();
+  };
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_EQ(out_ + err_, "");
 }
 
 TEST_F(RunDevice, CountsCyclesAndOverloads) {
@@ -69,10 +135,36 @@ TEST_F(RunDevice, CountsCyclesAndOverloads) {
     end();
   });
   EXPECT_EQ(run(), ExitStatus::done);
-  EXPECT_EQ(err_, "");
+  EXPECT_EQ(err_, "tolvanectl: routing on Box\n");
   EXPECT_THAT(out_, HasSubstr("cycles: 0\noverloads: 3\n"
                               "input  output  gain    dB  active\n"
                               "    1       2   0.5  -6.0  yes\n"));
+}
+
+TEST_F(RunDevice, NamesThePolicyAndThePriorityOfTheAudioThread) {
+  hal_.devices[0].scheduling = {SCHED_FIFO, 60};
+  atStart(end);
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_EQ(err_, "tolvanectl: routing on Box\n");
+  EXPECT_THAT(out_, HasSubstr("overloads: 0\nscheduling: SCHED_FIFO, priority 60\ninput"));
+}
+
+TEST_F(RunDevice, SaysOnceThatTheAudioThreadDidNotGetRealtimePriority) {
+  hal_.devices[0].scheduling = {SCHED_OTHER, 0};
+  options_.seconds = 2.5;  // after the wait for a service that may still grant it
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_EQ(err_,
+            "tolvanectl: routing on Box\n"
+            "tolvanectl: Box: its audio thread did not get real-time priority (SCHED_OTHER); sound may break "
+            "up under load\n");
+  EXPECT_THAT(out_, HasSubstr("overloads: 0\nscheduling: SCHED_OTHER\ninput"));
+}
+
+TEST_F(RunDevice, SaysSoAtTheEndOfAShortRun) {
+  hal_.devices[0].scheduling = {SCHED_OTHER, 0};
+  atStart(end);
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_THAT(err_, HasSubstr("did not get real-time priority"));
 }
 
 TEST_F(RunDevice, SaysThatTheDeviceWentAndCameBack) {
@@ -89,7 +181,9 @@ TEST_F(RunDevice, SaysThatTheDeviceWentAndCameBack) {
     }
   };
   EXPECT_EQ(run(), ExitStatus::done);
-  EXPECT_EQ(err_, "tolvanectl: Box: is gone; waiting for it to come back\ntolvanectl: Box: is back\n");
+  EXPECT_EQ(err_,
+            "tolvanectl: routing on Box\n"
+            "tolvanectl: Box: is gone; waiting for it to come back\ntolvanectl: Box: is back\n");
 }
 
 TEST_F(RunDevice, SetsTheBufferBeforeTheStart) {
@@ -104,7 +198,7 @@ TEST_F(RunDevice, SetsTheBufferBeforeTheStart) {
     end();
   };
   EXPECT_EQ(run(), ExitStatus::done);
-  EXPECT_EQ(err_, "");
+  EXPECT_EQ(err_, "tolvanectl: routing on Box\n");
   EXPECT_EQ(hal_.devices[0].bufferFrames, 128U);
   EXPECT_GT(setAt, 0U);
   EXPECT_GT(startedAt, setAt);

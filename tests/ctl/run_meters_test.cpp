@@ -89,23 +89,58 @@ TEST_F(RunMeterScreen, DrawsTheLevelsOnATerminalAndEndsByAKey) {
   EXPECT_THAT(run.out.substr(givenBack), HasSubstr("cycles: "));
 }
 
-TEST_F(RunMeterScreen, GivesTheTerminalBackOnASignal) {
+class RunMeterScreenSignalled : public RunMeterScreen, public testing::WithParamInterface<int> {};
+
+TEST_P(RunMeterScreenSignalled, GivesTheTerminalBack) {
   ChildProcess child(words(), onTerminal());
   ASSERT_TRUE(child.waitForOut("-24.0 dBFS")) << child.out();
-  child.send(SIGTERM);
+  child.send(GetParam());
   const Finished run = child.finish();
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.out, HasSubstr("\033[?1049l"));
 }
 
-TEST_F(RunMeterScreen, PrintsLinesOnATerminalThatCannotBeDrawnOn) {
+INSTANTIATE_TEST_SUITE_P(Signals, RunMeterScreenSignalled, testing::Values(SIGINT, SIGTERM, SIGQUIT));
+
+/// The child leads the session of its terminal, as it does in a window of its own, or it does not.
+class RunOnAClosedTerminal : public RunMeterScreen, public testing::WithParamInterface<bool> {};
+
+TEST_P(RunOnAClosedTerminal, Ends) {
   ChildProcess::Options options = onTerminal();
-  options.environment["TERM"] = "no-such-terminal";
+  options.ownTerminal = GetParam();
   ChildProcess child(words(), options);
-  EXPECT_TRUE(child.waitForOut("in 1 -18.0 dBFS  in 18 -18.0 dBFS")) << child.out();
+  ASSERT_TRUE(child.waitForOut("-24.0 dBFS")) << child.out();
+  child.closeTerminal();
+  EXPECT_EQ(child.finish().status, 1);  // the summary cannot be written any more
+}
+
+INSTANTIATE_TEST_SUITE_P(Leads, RunOnAClosedTerminal, testing::Bool());
+
+TEST_F(RunMeterScreen, EndsWithItsTerminalAlsoWithoutMeters) {
+  ChildProcess::Options options = onTerminal();
+  options.ownTerminal = true;
+  ChildProcess child({"run", "--patch", patch_, "--device", "Tolvane Virtual Device"}, options);
+  ASSERT_TRUE(child.waitForOut("first call completed OK")) << child.out();
+  child.closeTerminal();
+  EXPECT_EQ(child.finish().status, 1);
+}
+
+class RunMeterLines : public RunMeterScreen, public testing::WithParamInterface<const char*> {};
+
+TEST_P(RunMeterLines, ArePrintedOnATerminalThatCannotBeDrawnOn) {
+  ChildProcess::Options options = onTerminal();
+  options.environment["TERM"] = GetParam();
+  ChildProcess child(words(), options);
+  // A terminal ends its lines so.
+  EXPECT_TRUE(
+      child.waitForOut("\r\nin 1 -18.0 dBFS  in 18 -18.0 dBFS  out 1 -18.0 dBFS  out 20 -24.0 dBFS\r\n"))
+      << child.out();
   child.send(SIGINT);
   EXPECT_EQ(child.finish().status, 0);
+  EXPECT_THAT(child.out(), testing::Not(HasSubstr("\033")));
 }
+
+INSTANTIATE_TEST_SUITE_P(Terminals, RunMeterLines, testing::Values("dumb", "no-such-terminal", ""));
 
 }  // namespace
 }  // namespace tolvane::test

@@ -6,6 +6,7 @@
 
 #include "ctl/child_process.h"
 #include "ctl/files.h"
+#include "ctl/run_notes.h"
 
 namespace tolvane::test {
 namespace {
@@ -38,7 +39,8 @@ class Run : public testing::Test {
 TEST_F(Run, EndsByItselfAfterTheSecondsGiven) {
   const Finished run = runProgram(words({"--seconds", "0.5"}));
   EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(run.err, runNotes(run, kVirtual));
+  EXPECT_THAT(run.out, HasSubstr("\nscheduling: SCHED_"));
   EXPECT_THAT(run.out, HasSubstr("[Engine] Running ✓\n"));
   EXPECT_THAT(run.out, HasSubstr("[IOProc] first call completed OK ✓\n"));
   EXPECT_GT(figure(run.out, "cycles"), 0);
@@ -82,7 +84,7 @@ TEST_F(Run, TakesTheFirstDeviceWhenNoneIsNamed) {
 
 TEST_F(Run, SaysWhichDevicesThereAreWhenItKnowsNoSuchDevice) {
   for (const char* unknown : {"Nobody's Interface", "4294967295", "99999999999999999999"}) {
-    const Finished run = runProgram(words({}, unknown));
+    const Finished run = runProgram(words({"--wait", "0.1"}, unknown));
     EXPECT_EQ(run.status, 4);
     EXPECT_EQ(run.out, "");
     EXPECT_THAT(run.err,
@@ -127,7 +129,7 @@ TEST_F(Run, KeepsTheRoutesWhenThePatchIsBadOnHangup) {
   child.send(SIGINT);
   const Finished run = child.finish();
   EXPECT_EQ(run.status, 0);
-  EXPECT_THAT(run.err, testing::StartsWith("tolvanectl: " + patch_ + ": "));
+  EXPECT_THAT(run.err, HasSubstr("\ntolvanectl: " + patch_ + ": "));
   EXPECT_THAT(run.out, HasSubstr("    1       1   1.0   0.0  yes\n"));
 }
 
@@ -135,8 +137,9 @@ TEST_F(Run, NotesRoutesThatAreNotHeard) {
   writePatch(patch_, std::vector<PatchConnection>(65, {0, 0, 0.01F, true}));
   const Finished run = runProgram(words({"--seconds", "0.1"}));
   EXPECT_EQ(run.status, 0);
-  EXPECT_EQ(run.err,
-            "tolvanectl: " + patch_ + ": 65 routes are active, but only the first 64 of them are heard\n");
+  EXPECT_EQ(run.err, "tolvanectl: " + patch_ +
+                         ": 65 routes are active, but only the first 64 of them are heard\n" +
+                         runNotes(run, kVirtual));
 }
 
 }  // namespace

@@ -5,9 +5,11 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "ctl/child_process.h"
 #include "ctl/files.h"
+#include "ctl/run_notes.h"
 
 namespace tolvane::test {
 namespace {
@@ -99,6 +101,50 @@ TEST_F(RunWatch, KeepsTheOldRoutesWhileTheFileIsGone) {
   EXPECT_EQ(child.finish().status, 0);
 }
 
+class RunWatchPipe : public RunWatch {
+ protected:
+  /// In the place of the file there is a pipe that nobody writes to.
+  void putPipeInThePlace() const {
+    const std::string pipe = folder_ / "pipe";
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    std::filesystem::rename(pipe, patch_);
+  }
+  [[nodiscard]] bool isRefused(const ChildProcess& child) const {
+    return child.waitForErr(patch_ + ": is not a regular file; the routes stay as they were\n");
+  }
+};
+
+TEST_F(RunWatchPipe, IsNotWaitedForAndTheNextFileIsTakenOver) {
+  ChildProcess child(words(patch_));
+  ASSERT_TRUE(child.waitForOut("out 1 -18.0 dBFS\n"));
+  putPipeInThePlace();
+  ASSERT_TRUE(isRefused(child));
+  writePatch(folder_ / "new.json", {{6, 6, 1.0F, true}});
+  std::filesystem::rename(folder_ / "new.json", patch_);
+  EXPECT_TRUE(heard(child, "in 7 -18.0 dBFS  out 7 -18.0 dBFS\n"));
+  child.send(SIGINT);
+  EXPECT_EQ(child.finish().status, 0);
+}
+
+TEST_F(RunWatchPipe, IsNotWaitedForOnAHangup) {
+  ChildProcess child({"run", "--patch", patch_, "--device", "Tolvane Virtual Device", "--meters"});
+  ASSERT_TRUE(child.waitForOut("out 1 -18.0 dBFS\n"));
+  putPipeInThePlace();
+  child.send(SIGHUP);
+  ASSERT_TRUE(isRefused(child));
+  child.send(SIGTERM);
+  EXPECT_EQ(child.finish().status, 0);
+}
+
+TEST_F(RunWatchPipe, DoesNotPutOffTheEnd) {
+  std::vector<std::string> limited = words(patch_);
+  limited.insert(limited.end(), {"--seconds", "5"});
+  ChildProcess child(limited);
+  ASSERT_TRUE(child.waitForOut("out 1 -18.0 dBFS\n"));
+  putPipeInThePlace();
+  EXPECT_EQ(child.finish().status, 0);
+}
+
 TEST_F(RunWatch, SaysNothingWhenTheTextIsTheSame) {
   ChildProcess child(words(patch_));
   ASSERT_TRUE(child.waitForOut("out 1 -18.0 dBFS\n"));
@@ -107,9 +153,10 @@ TEST_F(RunWatch, SaysNothingWhenTheTextIsTheSame) {
   // Two more lines of meters: a second and more, long after the file has settled.
   const std::size_t seen = child.out().size();
   ASSERT_TRUE(ChildProcess::waitUntil([&] { return child.out().size() > seen + 80; }));
-  EXPECT_EQ(child.err(), "");
   child.send(SIGINT);
-  EXPECT_EQ(child.finish().status, 0);
+  const Finished run = child.finish();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, runNotes(run, "Tolvane Virtual Device"));
 }
 
 TEST_F(RunWatch, DoesNotWatchUnlessAsked) {

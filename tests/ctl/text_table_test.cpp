@@ -15,10 +15,10 @@ TEST(TextTable, AlignsByCharactersNotBytes) {
             "100  abcde\n");
 }
 
-TEST(TextTable, ShowsControlCharactersAsQuestionMarks) {
-  TextTable table({{"a"}});
-  table.addRow({"x\n\033[2Jy\x7F"});
-  EXPECT_EQ(table.text(), "a\nx??[2Jy?\n");
+TEST(TextTable, ShowsControlCharactersEscapedAndCountsThemSo) {
+  TextTable table({{"a"}, {"b"}});
+  table.addRow({"x\n\033[2Jy\x7F", "1"});
+  EXPECT_EQ(table.text(), "a                b\nx\\n\\x1b[2Jy\\x7f  1\n");
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "ctl/child_process.h"
+#include "ctl/files.h"
 
 namespace tolvane::test {
 namespace {
@@ -44,6 +45,46 @@ TEST_P(Nonsense, IsAUsageErrorOnStandardError) {
 }
 
 using Words = std::vector<std::string>;
+
+TEST(Usage, WhatIsNoCommandIsNamedWithThoseThatAre) {
+  const Finished run = runProgram({"bogus"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.err,
+            "tolvanectl: \"bogus\" is no command; the commands are devices, check, render, run, aggregate\n"
+            "tolvanectl: try 'tolvanectl --help'\n");
+  EXPECT_THAT(runProgram({"aggregate", "rename"}).err,
+              StartsWith("tolvanectl: \"rename\" is no command; the commands are list, create, delete\n"));
+  EXPECT_THAT(runProgram({"--bogus"}).err, StartsWith("tolvanectl: \"--bogus\" is no command; "));
+}
+
+TEST(Usage, WithoutACommandTheCommandsAreNamed) {
+  EXPECT_THAT(runProgram({}).err,
+              StartsWith("tolvanectl: a command is missing; the commands are devices, check, render, run, "
+                         "aggregate\n"));
+  EXPECT_THAT(runProgram({"aggregate"}).err,
+              StartsWith("tolvanectl: a command is missing; the commands are list, create, delete\n"));
+}
+
+TEST(Usage, NumbersAreDecimalWhateverTheyBeginWith) {
+  const TemporaryFolder folder;
+  writePatch(folder / "p.json", {});
+  writeSound(folder / "in.wav", {1, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {0.5F}});
+  const Finished run = runProgram({"render", "--patch", folder / "p.json", "--outputs", "010", "--buffer",
+                                   "0064", folder / "in.wav", folder / "out.wav"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(readSound(folder / "out.wav").channels, 10);
+}
+
+TEST(Usage, NumbersThatCannotBeAreSaidWithThoseThatCan) {
+  EXPECT_THAT(runProgram({"render", "--patch", "p", "--outputs", "0x10", "in", "out"}).err,
+              StartsWith("tolvanectl: --outputs: \"0x10\" is not a whole number from 1 to 1024\n"));
+  EXPECT_THAT(runProgram({"run", "--patch", "p", "--buffer", "65537"}).err,
+              StartsWith("tolvanectl: --buffer: \"65537\" is not a whole number from 1 to 65536\n"));
+  EXPECT_THAT(runProgram({"run", "--patch", "p", "--seconds", "9e9"}).err,
+              StartsWith("tolvanectl: --seconds: \"9e9\" is not a number of seconds above 0 and up to "
+                         "1000000000\n"));
+}
+
 INSTANTIATE_TEST_SUITE_P(
     Usage, Nonsense,
     testing::Values(Words{}, Words{"play"}, Words{"devices", "--xml"}, Words{"devices", "extra"},
@@ -67,7 +108,14 @@ INSTANTIATE_TEST_SUITE_P(
                     Words{"run", "--patch", "p.json", "--seconds", "-1"},
                     Words{"run", "--patch", "p.json", "--seconds", "nan"},
                     Words{"run", "--patch", "p.json", "--seconds", "1,5"},
-                    Words{"run", "--patch", "p.json", "--seconds", "inf"}));
+                    Words{"run", "--patch", "p.json", "--seconds", "inf"},
+                    Words{"run", "--patch", "p.json", "--seconds", "0x10"},
+                    Words{"run", "--patch", "p.json", "--seconds", "1s"},
+                    Words{"run", "--patch", "p.json", "--seconds", ""},
+                    Words{"render", "--patch", "p.json", "--buffer", "0x10", "in.wav", "out.wav"},
+                    Words{"render", "--patch", "p.json", "--buffer", "+5", "in.wav", "out.wav"},
+                    Words{"render", "--patch", "p.json", "--buffer", "", "in.wav", "out.wav"},
+                    Words{"render", "--patch", "p.json", "--buffer", "18446744073709551617", "i", "o"}));
 
 INSTANTIATE_TEST_SUITE_P(Aggregates, Nonsense,
                          testing::Values(Words{"aggregate"}, Words{"aggregate", "rename", "a", "b"},

@@ -173,6 +173,15 @@ TEST_F(AccessibleMatrix, ACellCanBeFocusedByItsAction) {
   EXPECT_EQ(view_.canvas->focusCell(), (MatrixCell{4, 4}));
 }
 
+TEST_F(AccessibleMatrix, ACanvasWithoutOutputsHasNoCells) {
+  view_.canvas->outputCount = 0;
+  EXPECT_EQ(canvas().childCount(), 0);
+  EXPECT_EQ(canvas().child(0), nullptr);
+  EXPECT_EQ(canvas().child(7), nullptr);
+  EXPECT_EQ(table().cellAt(0, 0), nullptr);
+  EXPECT_EQ(canvas().focusChild(), nullptr);
+}
+
 TEST_F(AccessibleMatrix, AMillionCellsAreAskedForOneByOne) {
   view_.configure(1024, 1024, {{1023, 1023, 1.0F, true}});
   EXPECT_EQ(canvas().childCount(), 1024 * 1024);

@@ -1,9 +1,11 @@
 #include <QTest>
+#include <algorithm>
+#include <stdexcept>
 
 #include <gtest/gtest.h>
 
-#include "matrix/overlay_knob.h"
 #include "matrix/overlay_scroll_view.h"
+#include "matrix/overlay_scroller.h"
 #include "matrix/patch_matrix_canvas.h"
 #include "matrix/patch_matrix_col_header.h"
 #include "matrix/patch_matrix_row_header.h"
@@ -21,15 +23,31 @@ class ContainerScroll : public ::testing::Test {
     view_.show();
   }
 
+  [[nodiscard]] QRect deviceRect(const QRect& area) const {
+    const int scale = qRound(view_.devicePixelRatioF());
+    return {area.topLeft() * scale, area.size() * scale};
+  }
   [[nodiscard]] QPoint origin() const { return view_.scrollView->contentOrigin(); }
-  [[nodiscard]] std::vector<OverlayKnob*> visibleKnobs() const {
-    std::vector<OverlayKnob*> visible;
-    for (OverlayKnob* knob : view_.findChildren<OverlayKnob*>()) {
-      if (knob->isVisible()) {
-        visible.push_back(knob);
+  [[nodiscard]] std::vector<OverlayScroller*> visibleBars() const {
+    std::vector<OverlayScroller*> visible;
+    for (OverlayScroller* bar : view_.findChildren<OverlayScroller*>()) {
+      if (bar->isVisible()) {
+        visible.push_back(bar);
       }
     }
     return visible;
+  }
+  // The one that scrolls down, at the right edge.
+  [[nodiscard]] OverlayScroller& downBar() const {
+    const auto bars = visibleBars();
+    const auto upright = std::find_if(bars.begin(), bars.end(),
+                                      [](const QWidget* bar) { return bar->height() > bar->width(); });
+    return upright == bars.end() ? throw std::runtime_error("no upright bar") : **upright;
+  }
+  // What is seen in the middle of its knob.
+  [[nodiscard]] int knobGrey() {
+    const QPoint middle = downBar().mapTo(&view_, downBar().knobRect().center());
+    return greyAt(grabbed(view_), middle.x(), middle.y());
   }
 
   PatchMatrixView view_;
@@ -111,40 +129,46 @@ TEST_F(ContainerScroll, ASmallGridStandsAtTheTopLeftOfTheBackground) {
   EXPECT_EQ(greyAt(picture, 575, 297), 38);
 }
 
-TEST_F(ContainerScroll, BarsTakeNoRoomAndAreHiddenAtRest) {
+TEST_F(ContainerScroll, BarsTakeNoRoom) {
   EXPECT_EQ(view_.scrollView->viewport()->geometry(), QRect(0, 0, 538, 260));
-  EXPECT_TRUE(visibleKnobs().empty());
-}
-
-TEST_F(ContainerScroll, BarsFloatOverTheGridWhileScrollingAndGoAway) {
   turnWheel(*view_.canvas, {0, -120});
-  ASSERT_EQ(visibleKnobs().size(), 1U);
   EXPECT_EQ(view_.scrollView->viewport()->geometry(), QRect(0, 0, 538, 260));
-  EXPECT_GT(visibleKnobs()[0]->x(), 520);
-  EXPECT_TRUE(QTest::qWaitFor([this] { return visibleKnobs().empty(); }, 20000));
 }
 
-TEST_F(ContainerScroll, ThePointerAtAnEdgeBringsItsBarOut) {
-  hoverThroughWindow(view_, {38 + 530, 38 + 100});
-  ASSERT_EQ(visibleKnobs().size(), 1U);
-  EXPECT_GT(visibleKnobs()[0]->height(), visibleKnobs()[0]->width());
-  hoverThroughWindow(view_, {38 + 100, 38 + 255});
-  EXPECT_EQ(visibleKnobs().size(), 2U);
+TEST_F(ContainerScroll, AKnobIsBrightWhileItScrollsAndThenComesToRest) {
+  const int resting = knobGrey();
+  turnWheel(*view_.canvas, {0, -120});
+  turnWheel(*view_.canvas, {0, 120});
+  EXPECT_GT(knobGrey(), resting + 40);
+  EXPECT_TRUE(QTest::qWaitFor([&] { return knobGrey() == resting; }, 20000));
 }
 
-TEST_F(ContainerScroll, NoBarComesOutWhenNothingCanScroll) {
+TEST_F(ContainerScroll, AKnobIsBrightUnderThePointer) {
+  const int resting = knobGrey();
+  hoverThroughWindow(view_, {38 + 200, 38 + 200});
+  EXPECT_EQ(knobGrey(), resting);
+  hoverThroughWindow(view_, {38 + 534, 38 + 200});
+  EXPECT_GT(knobGrey(), resting + 40);
+}
+
+TEST_F(ContainerScroll, ThereIsNoBarWhereNothingCanScroll) {
+  EXPECT_EQ(visibleBars().size(), 2U);
+  view_.configure(2, 128, {});
+  EXPECT_EQ(visibleBars().size(), 1U);
   view_.configure(2, 3, {});
-  hoverThroughWindow(*view_.canvas, {20, 20});
-  turnWheel(*view_.canvas, {0, -120});
-  EXPECT_TRUE(visibleKnobs().empty());
+  EXPECT_TRUE(visibleBars().empty());
+  view_.resize(60, 298);
+  EXPECT_EQ(visibleBars().size(), 1U);
+}
+
+TEST_F(ContainerScroll, TheWheelOverABarScrollsToo) {
+  EXPECT_TRUE(turnWheel(downBar(), {0, -120}));
+  EXPECT_EQ(origin(), QPoint(0, 48));
 }
 
 TEST_F(ContainerScroll, DraggingTheKnobToItsEndScrollsToTheEnd) {
-  hoverThroughWindow(view_, {38 + 530, 38 + 250});
-  ASSERT_FALSE(visibleKnobs().empty());
-  OverlayKnob& knob = *visibleKnobs()[0];
   QWindow* window = view_.windowHandle();
-  const QPoint grip = knob.mapTo(&view_, knob.rect().center());
+  const QPoint grip = downBar().mapTo(&view_, downBar().knobRect().center());
   QTest::mousePress(window, Qt::LeftButton, Qt::NoModifier, grip);
   QTest::mouseMove(window, grip + QPoint(0, 1000));
   QTest::mouseRelease(window, Qt::LeftButton, Qt::NoModifier, grip + QPoint(0, 1000));
@@ -152,12 +176,46 @@ TEST_F(ContainerScroll, DraggingTheKnobToItsEndScrollsToTheEnd) {
   EXPECT_EQ(view_.rowHeader->scrollOffset, 128 * 16 - 260);
 }
 
-TEST_F(ContainerScroll, BesideTheKnobClicksReachTheCells) {
-  turnWheel(*view_.canvas, {0, -120});
+// The knob of the vertical bar stands at its upper end here.
+TEST_F(ContainerScroll, AClickInTheStripBesideAKnobScrollsByAViewAndTogglesNothing) {
+  hoverThroughWindow(view_, {38 + 534, 38 + 200});
   int toggles = 0;
   view_.onConnectionToggled = [&](std::int64_t, std::int64_t) { ++toggles; };
-  clickThroughWindow(view_, {38 + 534, 38 + 250});
-  EXPECT_EQ(toggles, 1);
+  clickThroughWindow(view_, {38 + 534, 38 + 200});
+  EXPECT_EQ(toggles, 0);
+  EXPECT_EQ(origin(), QPoint(0, 260));
+  clickThroughWindow(view_, {38 + 534, 38 + 4});
+  EXPECT_EQ(origin(), QPoint(0, 0));
+  clickThroughWindow(view_, {38 + 400, 38 + 256});
+  EXPECT_EQ(origin(), QPoint(538, 0));
+  EXPECT_EQ(toggles, 0);
+}
+
+TEST_F(ContainerScroll, ACellAtTheEdgeIsToggledInItsMiddle) {
+  view_.scrollView->scrollTo({128 * 16, 128 * 16});
+  std::pair<std::int64_t, std::int64_t> toggled;
+  view_.onConnectionToggled = [&](std::int64_t input, std::int64_t output) { toggled = {input, output}; };
+  clickThroughWindow(*view_.canvas, {128 * 16 - 8, 128 * 16 - 8});
+  EXPECT_EQ(toggled, (std::pair<std::int64_t, std::int64_t>(127, 127)));
+}
+
+// What the view shows beside the grid itself.
+TEST_F(ContainerScroll, AtRestAHintStaysThatThereIsMore) {
+  const auto overlaid = [this](const QRect& area) {
+    return !firstDifference(grabbed(view_).copy(deviceRect(area.translated(38, 38))),
+                            grabbed(*view_.canvas).copy(deviceRect(area)))
+                .isEmpty();
+  };
+  const QRect rightEdge(528, 0, 10, 240);
+  const QRect lowerEdge(0, 250, 500, 10);
+  EXPECT_TRUE(overlaid(rightEdge));
+  EXPECT_TRUE(overlaid(lowerEdge));
+  view_.configure(16, 128, {});
+  EXPECT_FALSE(overlaid(rightEdge)) << "all rows are seen";
+  EXPECT_TRUE(overlaid(lowerEdge));
+  view_.configure(128, 33, {});
+  EXPECT_TRUE(overlaid(rightEdge));
+  EXPECT_FALSE(overlaid(lowerEdge)) << "all columns are seen";
 }
 
 }  // namespace

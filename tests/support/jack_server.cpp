@@ -16,7 +16,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "core/fatal.h"
+#include "base/fatal.h"
 #include "support/eventually.h"
 
 extern char** environ;
@@ -41,8 +41,14 @@ pid_t spawnKeeper(const std::string& frames, const std::string& alsaPcm, int inp
   posix_spawn_file_actions_adddup2(&actions, input, STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions, output, STDOUT_FILENO);
   const std::string name = serverName();
-  std::array<const char*, 7> arguments{
-      "sh", TOLVANE_JACK_SERVER_SCRIPT, name.c_str(), "48000", frames.c_str(), alsaPcm.c_str(), nullptr};
+  std::array<const char*, 8> arguments{"sh",
+                                       TOLVANE_JACK_SERVER_SCRIPT,
+                                       TOLVANE_JACK_WAIT,
+                                       name.c_str(),
+                                       "48000",
+                                       frames.c_str(),
+                                       alsaPcm.c_str(),
+                                       nullptr};
   pid_t pid = 0;
   EXPECT_EQ(posix_spawnp(&pid, "sh", &actions, nullptr, const_cast<char**>(arguments.data()), environ), 0);
   posix_spawn_file_actions_destroy(&actions);
@@ -109,7 +115,7 @@ void JackServer::resume() {
 
 void JackServer::signalAndAwaitEnd(int signal) {
   ::kill(jackd_, signal);
-  EXPECT_TRUE(eventually(5s, [this] { return hasEnded(jackd_); })) << "jackd does not end";
+  EXPECT_TRUE(eventually([this] { return hasEnded(jackd_); })) << "jackd does not end";
 }
 
 }  // namespace tolvane::test

@@ -1,9 +1,9 @@
 #!/bin/sh
-# A private jackd for one test program: jack_server.sh NAME RATE_HZ BUFFER_FRAMES [ALSA_PCM]
+# A private jackd for one test program: jack_server.sh JACK_WAIT NAME RATE_HZ BUFFER_FRAMES [ALSA_PCM]
 #
 # Prints jackd's process id once it takes clients, and keeps jackd until its own standard input ends, which it does
 # however the test program ends. Then jackd goes, running, stopped or dead, and nothing of it stays behind.
-name=$1 rate=$2 frames=$3 alsa_pcm=$4
+jack_wait=$1 name=$2 rate=$3 frames=$4 alsa_pcm=$5
 log=$(mktemp)
 
 # A signal for the whole group of processes ends the waiting below, and not the clearing up after it.
@@ -17,13 +17,18 @@ serve() {
   exec jackd -n "$name" -p 512 --no-realtime -S -t 20000 -d "$@" -r "$rate" -p "$frames" </dev/null >"$log" 2>&1
 }
 
-await_clients() {
-  tries=0
-  until JACK_NO_START_SERVER=1 jack_lsp -s "$name" >/dev/null 2>&1 || [ "$tries" -ge 200 ]; do
-    sleep 0.05
-    tries=$((tries + 1))
+# Returns when it takes clients. jackd gives itself up when a thread of its own has not begun after a second, which
+# happens on a busy machine: then another one is started, and what the first had to say is printed.
+begin_server() {
+  for attempt in 1 2 3 4 5; do
+    serve &
+    pid=$!
+    "$jack_wait" "$name" "$pid" && return
+    echo "jackd has not come up, attempt $attempt:" >&2
+    cat "$log" >&2
+    kill -KILL "$pid" 2>/dev/null
+    wait "$pid"
   done
-  [ "$tries" -lt 200 ] || cat "$log" >&2
 }
 
 # Its status is then in $status. A server that a client joins or leaves just then may wait for it without end.
@@ -37,9 +42,7 @@ end_server() {
   kill "$guard" 2>/dev/null
 }
 
-serve &
-pid=$!
-await_clients
+begin_server
 echo "$pid"
 exec 1>&2
 cat >/dev/null
@@ -47,9 +50,7 @@ end_server
 
 # What a killed server leaves in shared memory is cleared away by the next one of its name.
 if [ "$status" -eq 137 ]; then
-  serve &
-  pid=$!
-  await_clients
+  begin_server
   end_server
 fi
 rm -f "/dev/shm/jack_sem.$(id -u)_${name}"_*

@@ -108,7 +108,15 @@ void JackTestClient::record(std::size_t frames) {
   cycleStarts_.reserve(frames);
   wanted_ = frames;
   recorded_ = 0;
+  endAsked_ = false;
   recording_.store(true, std::memory_order_release);
+}
+
+bool JackTestClient::endRecording() {
+  endAsked_ = true;
+  if (!awaitRecording() || recorded_ == wanted_) return false;
+  for (auto& channel : recordings_) channel.resize(recorded_);
+  return true;
 }
 
 bool JackTestClient::awaitRecording(std::chrono::seconds timeout) {
@@ -139,7 +147,7 @@ void JackTestClient::takeRecording(jack_nframes_t frames) noexcept {
   }
   cycleStarts_.push_back(start);
   recorded_.store(start + count);
-  if (start + count == wanted_) recording_.store(false, std::memory_order_release);
+  if (start + count == wanted_ || endAsked_) recording_.store(false, std::memory_order_release);
 }
 
 }  // namespace tolvane::test

@@ -48,8 +48,10 @@ class JackTestClient {
   [[nodiscard]] std::vector<std::string> connectionsOf(const std::string& port) const;
   [[nodiscard]] std::string name() const { return jack_get_client_name(client_); }
 
-  /// Records every recording port, from the next cycle on.
+  /// Records every recording port, from the next cycle on: so many frames, or fewer when it is ended before.
   void record(std::size_t frames);
+  /// Ends the recording, which is then as long as it has become; false when that was all that it was to be.
+  [[nodiscard]] bool endRecording();
   [[nodiscard]] bool awaitRecording(std::chrono::seconds timeout = std::chrono::seconds(100));
   /// Of the finished recording: the samples of one port, and where each of its cycles began.
   [[nodiscard]] const std::vector<float>& recording(std::size_t port) const { return recordings_[port]; }
@@ -76,6 +78,7 @@ class JackTestClient {
   std::size_t wanted_ = 0;
   std::atomic<std::size_t> recorded_{0};
   std::atomic<bool> recording_{false};
+  std::atomic<bool> endAsked_{false};
   std::atomic<std::uint64_t> cycles_{0};
 };
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <stdexcept>
 
-#include "hal/pipewire/pipewire_headers.h"
+#include "hal/pipewire/library.h"
 
 namespace tolvane::test {
 
@@ -59,6 +59,7 @@ struct PipeWireClient::State {
   spa_hook coreHook{};
   spa_hook registryHook{};
   std::map<std::uint32_t, std::string> nodes;
+  std::set<std::string> nodesSoFar;  // by name
   std::map<std::uint32_t, Port> ports;
   std::map<std::uint32_t, bool> links;
   std::map<std::string, pw_proxy*> metadata;
@@ -67,7 +68,10 @@ struct PipeWireClient::State {
 
   void onGlobal(std::uint32_t id, const char* type, const spa_dict* properties) {
     const std::string kind = type;
-    if (kind == PW_TYPE_INTERFACE_Node) nodes[id] = textOf(properties, PW_KEY_NODE_NAME);
+    if (kind == PW_TYPE_INTERFACE_Node) {
+      nodes[id] = textOf(properties, PW_KEY_NODE_NAME);
+      nodesSoFar.insert(nodes[id]);
+    }
     if (kind == PW_TYPE_INTERFACE_Link) links[id] = true;
     if (kind == PW_TYPE_INTERFACE_Port) {
       ports[id] = {numberOf(properties, PW_KEY_NODE_ID), textOf(properties, PW_KEY_PORT_DIRECTION) == "in",
@@ -145,7 +149,7 @@ PipeWireClient::PipeWireClient() : state_(std::make_unique<State>()) {
   pw_init(nullptr, nullptr);
   State& state = *state_;
   state.loop = pw_thread_loop_new("test-client", nullptr);
-  const spa_dict_item item{PW_KEY_CONFIG_NAME, "client-rt.conf"};
+  const spa_dict_item item{PW_KEY_CONFIG_NAME, pipewire::realTimeConfigName(pw_get_library_version())};
   const spa_dict properties{0, 1, &item};
   state.context = pw_context_new(pw_thread_loop_get_loop(state.loop), pw_properties_new_dict(&properties), 0);
   pw_thread_loop_start(state.loop);
@@ -212,6 +216,9 @@ void PipeWireClient::link(const PipeWirePort& from, const PipeWirePort& to) {
                                  {"link.input.node", std::to_string(*state_->nodeId(to.node))},
                                  {"link.input.port", std::to_string(*state_->portId(to))},
                                  {"object.linger", "false"}}));
+  // One after the other: what the server sends for many links at once is more than a library before 0.3.71
+  // takes in without fail.
+  state_->roundTripLocked();
 }
 
 void PipeWireClient::setSetting(const std::string& key, const std::string& value) {
@@ -235,6 +242,17 @@ std::vector<std::string> PipeWireClient::nodeNames() {
   std::vector<std::string> names;
   for (const auto& [id, name] : state_->nodes) names.push_back(name);
   return names;
+}
+
+std::uint32_t PipeWireClient::nodeId(const std::string& name) {
+  const LoopLock lock(state_->loop);
+  return state_->nodeId(name).value();
+}
+
+std::set<std::string> PipeWireClient::nodeNamesSoFar() {
+  const LoopLock lock(state_->loop);
+  state_->roundTripLocked();
+  return state_->nodesSoFar;
 }
 
 unsigned PipeWireClient::linkCount() {

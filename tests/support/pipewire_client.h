@@ -5,6 +5,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -48,7 +49,12 @@ class PipeWireClient {
 
   /// The names of our kind of objects that are there now.
   [[nodiscard]] std::vector<std::string> nodeNames();
+  /// The names of all nodes that have been there since this client was made.
+  [[nodiscard]] std::set<std::string> nodeNamesSoFar();
   [[nodiscard]] unsigned linkCount();
+
+  /// The server's identifier of the node of this name.
+  [[nodiscard]] std::uint32_t nodeId(const std::string& name);
 
   /// Has the server destroy every link, whoever made it.
   void removeLinks();

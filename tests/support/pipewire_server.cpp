@@ -14,8 +14,12 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+#include "hal/pipewire/library.h"
 
 namespace tolvane::test {
 
@@ -73,17 +77,28 @@ void replace(std::string& text, const std::string& placeholder, const std::strin
   text.replace(text.find(placeholder), placeholder.size(), value);
 }
 
-/// Unpaced, a cycle still has to end within its nominal time: at this rate that is long, even for a busy
-/// machine.
-constexpr const char* kUnpacedRate = "1000";
+const char* rateOf(PipeWirePace pace) {
+  switch (pace) {
+    case PipeWirePace::slow:
+      return "256";
+    case PipeWirePace::unpaced:
+      // Before 1.4 a cycle still has to end within its nominal time: at this rate that is a second even for
+      // the shortest that a test asks for.
+      return "64";
+    default:
+      return "48000";
+  }
+}
+
+std::string lastServersRate = rateOf(PipeWirePace::realTime);
 
 std::string configOf(const std::vector<PipeWireCard>& cards, PipeWirePace pace) {
-  const bool isUnpaced = pace == PipeWirePace::unpaced;
+  const bool isRealTime = pace == PipeWirePace::realTime;
   std::string head = kHead;
-  replace(head, "$RATE", isUnpaced ? kUnpacedRate : "48000");
-  replace(head, "$RATES", isUnpaced ? kUnpacedRate : "44100 48000 96000");
+  replace(head, "$RATE", rateOf(pace));
+  replace(head, "$RATES", isRealTime ? "44100 48000 96000" : rateOf(pace));
   std::string driver = kDriver;
-  replace(driver, "$UNPACED", isUnpaced ? "true" : "false");
+  replace(driver, "$UNPACED", pace == PipeWirePace::unpaced ? "true" : "false");
   std::ostringstream config;
   config << head << driver;
   for (const PipeWireCard& card : cards) {
@@ -116,7 +131,11 @@ PipeWireProperties nodeOf(const PipeWireCard& card, const char* part, const char
       {"object.linger", "true"},
       {"adapter.auto-port-config", "{ mode = dsp monitor = true position = preserve }"},
   };
-  if (!card.alsaPcm.empty()) {
+  if (card.alsaPcm.empty()) {
+    // Without these, a server from 1.4 on gives a node of nothing one port for all its channels.
+    node["audio.format"] = "F32P";
+    node["audio.rate"] = lastServersRate;
+  } else {
     const bool isSink = std::string_view(mediaClass) == "Audio/Sink";
     node["factory.name"] = isSink ? "api.alsa.pcm.sink" : "api.alsa.pcm.source";
     node["media.class"] = isSink ? mediaClass : "Audio/Source";
@@ -127,6 +146,17 @@ PipeWireProperties nodeOf(const PipeWireCard& card, const char* part, const char
     node["device.name"] = card.name;
   }
   return node;
+}
+
+/// The file is there a moment before anybody listens.
+bool isListenedTo(const std::string& socketFile) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  socketFile.copy(address.sun_path, sizeof address.sun_path - 1);
+  const int client = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  const bool isTaken = ::connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  ::close(client);
+  return isTaken;
 }
 
 /// Waits for the end of our life in its standard input, then removes the folder.
@@ -146,6 +176,10 @@ pid_t startGuard(const std::string& folder, int pipeEnd) {
 
 }  // namespace
 
+PipeWirePace fastestExactPace() {
+  return hal::pipewire::isSince(pw_get_library_version(), 1, 4) ? PipeWirePace::slow : PipeWirePace::unpaced;
+}
+
 std::vector<PipeWireProperties> nodesOf(const PipeWireCard& card) {
   if (card.isDuplexNode) return {nodeOf(card, "", "Audio/Duplex", card.inputs)};
   std::vector<PipeWireProperties> nodes;
@@ -159,6 +193,7 @@ PipeWireServer::PipeWireServer(const std::vector<PipeWireCard>& cards, PipeWireP
   if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a folder for the server");
   folder_ = pattern;
   configFile_ = folder_ + "/server.conf";
+  lastServersRate = rateOf(pace);
   std::ofstream(configFile_) << configOf(cards, pace);
 
   std::array<int, 2> ends{};
@@ -195,7 +230,7 @@ void PipeWireServer::start() {
   const std::string socket = folder_ + "/pipewire-0";
   for (int attempt = 0; attempt < 2000; ++attempt) {
     // It listens before it has made the cards, but answers nobody until it has.
-    if (std::filesystem::exists(socket)) return;
+    if (isListenedTo(socket)) return;
     if (::waitpid(pid_, nullptr, WNOHANG) == pid_) {
       pid_ = -1;
       throw std::runtime_error("the pipewire program cannot be run");

@@ -9,13 +9,16 @@ if(NOT TARGET qt_test_precompiled)
     <gmock/gmock.h> <gtest/gtest.h> <QImage> <QPainter> <QWidget>)
 endif()
 
-# tolvane_qt_test(<name> SOURCES ... LINK ... [SCALES ...] [TIMEOUT s]): one test program on the
-# offscreen platform, run once for every display scale (1 unless said otherwise). Sources are given with paths;
-# "scale 2/" and the like stand before the names of the cases at other scales.
+# tolvane_qt_test(<name> SOURCES ... LINK ... [SCALES ...] [PLATFORM platform] [TIMEOUT s]): one test program on the
+# offscreen platform (unless said otherwise), run once for every display scale (1 unless said otherwise). Sources are
+# given with paths; "scale 2/" and the like stand before the names of the cases at other scales.
 function(tolvane_qt_test name)
-  cmake_parse_arguments(TEST "" "TIMEOUT" "SOURCES;LINK;SCALES" ${ARGN})
+  cmake_parse_arguments(TEST "" "PLATFORM;TIMEOUT" "SOURCES;LINK;SCALES" ${ARGN})
   if(NOT TEST_SCALES)
     set(TEST_SCALES 1)
+  endif()
+  if(NOT TEST_PLATFORM)
+    set(TEST_PLATFORM offscreen)
   endif()
   if(NOT TEST_TIMEOUT)
     set(TEST_TIMEOUT 120)
@@ -30,7 +33,7 @@ function(tolvane_qt_test name)
       set(prefix "scale ${scale}/")
     endif()
     # Two properties for two variables: a list does not survive the way through test discovery.
-    set(properties TIMEOUT ${TEST_TIMEOUT} ENVIRONMENT QT_QPA_PLATFORM=offscreen
+    set(properties TIMEOUT ${TEST_TIMEOUT} ENVIRONMENT QT_QPA_PLATFORM=${TEST_PLATFORM}
         ENVIRONMENT_MODIFICATION QT_SCALE_FACTOR=set:${scale})
     gtest_discover_tests(${name} TEST_PREFIX ${prefix} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})
   endforeach()

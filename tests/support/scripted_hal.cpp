@@ -82,13 +82,16 @@ std::optional<Bytes> globalValue(const ScriptedDevice& device, AudioObjectProper
       return bytesOf(device.transport);
     case kAudioDeviceProcessorOverload:
       return bytesOf(UInt32{0});
+    case kTolvaneDevicePropertyIOThreadScheduling:
+      return device.scheduling ? std::optional(bytesOf(*device.scheduling)) : std::nullopt;
     default:
       return std::nullopt;
   }
 }
 
 bool isString(AudioObjectPropertySelector selector) {
-  return selector == kAudioObjectPropertyName || selector == kAudioDevicePropertyDeviceUID;
+  return selector == kAudioObjectPropertyName || selector == kAudioDevicePropertyDeviceUID ||
+         selector == kTolvanePropertySilentServers;
 }
 
 void releaseString(const Bytes& value) {
@@ -262,6 +265,7 @@ const ScriptedHal::Failure* ScriptedHal::failureOf(HalCall call, const PropertyK
 std::optional<Bytes> ScriptedHal::valueOf(const PropertyKey& key) const {
   const auto [object, selector, scope] = key;
   if (object == kAudioObjectSystemObject) {
+    if (selector == kTolvanePropertySilentServers) return newString(silentServers);
     if (selector != kAudioHardwarePropertyDevices) return std::nullopt;
     return deviceList(devices);
   }

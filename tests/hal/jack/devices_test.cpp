@@ -44,12 +44,12 @@ TEST_F(JackDevices, ListsThePhysicalAudioPortsOfEachClient) {
   const JackTestClient ear = JackTestClient::ear("ear", 2);
 
   const hal::DeviceInfo found = device("card");
-  const auto devices = driver_->devices();
-  ASSERT_EQ(devices.size(), 2U);
-  EXPECT_EQ(devices[0].uid, "jack:system");
-  EXPECT_EQ(devices[0].inputStreams, hal::StreamLayout(2, 1));
-  EXPECT_EQ(devices[0].outputStreams, hal::StreamLayout(2, 1));
-  EXPECT_EQ(devices[1], found);
+  const auto list = devices();
+  ASSERT_EQ(list.size(), 2U);
+  EXPECT_EQ(list[0].uid, "jack:system");
+  EXPECT_EQ(list[0].inputStreams, hal::StreamLayout(2, 1));
+  EXPECT_EQ(list[0].outputStreams, hal::StreamLayout(2, 1));
+  EXPECT_EQ(list[1], found);
   EXPECT_EQ(found.name, "card");
   EXPECT_EQ(found.transportType, UInt32{kAudioDeviceTransportTypeJack});
   EXPECT_EQ(found.inputStreams, hal::StreamLayout(3, 1));
@@ -64,7 +64,7 @@ TEST_F(JackDevices, ForgetsADeviceThatHasGone) {
     const JackTestClient card = JackTestClient::card("card", 1, 1);
     device("card");
   }
-  EXPECT_TRUE(eventually(3s, [this] { return driver_->devices().size() == 1; }));
+  EXPECT_TRUE(eventually([this] { return driver_->devices().size() == 1; }));
 }
 
 TEST_F(JackDevices, HasNoneWithoutAServerAndStartsNoneAndSaysNothing) {

@@ -2,16 +2,20 @@
 
 #include <cmath>
 #include <cstdint>
+#include <mutex>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "engine/core_audio_engine.h"
 #include "hal/jack/jack_fixture.h"
+#include "hal/registry/registry.h"
 
 namespace tolvane::test {
 
 inline constexpr std::size_t kSecond = 48000;  // frames
+/// Of a recording that the test ends: so long that no standing still of the machine ends it before.
+inline constexpr std::size_t kLongestRecording = 20 * kSecond;
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 inline constexpr std::size_t kLongWhile = kSecond;  // these builds fall far behind the clock
 #else
@@ -22,16 +26,39 @@ inline constexpr std::size_t kLongWhile = 5 * kSecond;
 /// and back, heard by an ear in the very cycle.
 class JackRoutingFixture : public JackFixture {
  protected:
+  JackRoutingFixture() {
+    static std::once_flag once;
+    std::call_once(once, [] {
+      // As patient as the HAL lets a driver be.
+      std::vector<std::unique_ptr<hal::Driver>> drivers;
+      drivers.push_back(hal::makeJackDriver({.signOfLife = 4500ms, .start = 4500ms, .setting = 450ms}));
+      hal::Registry::shared().useDrivers(std::move(drivers));
+    });
+  }
+
   void TearDown() override { engine_.stop(); }
+
+  /// One server for the whole program. The HAL follows it with a client of its own, and libjack has one
+  /// server's shared memory for a process: a client of a next server, opened before the HAL has taken leave
+  /// of the one before, would lose its place there.
+  void startServer(std::uint32_t bufferFrames = 256) {
+    // Never destroyed: it goes with the program, after the HAL.
+    static const auto* const server = new JackServer(bufferFrames);
+    ASSERT_NE(server, nullptr);
+    JackTestClient::ear("clock", 1).setBufferSize(bufferFrames);
+    EXPECT_TRUE(eventually([this] { return idOf("card") == kAudioObjectUnknown; }));  // of the test before
+  }
+
+  AudioDeviceID idOf(const std::string& card) {
+    for (const AudioDeviceInfo& info : engine_.getAllDevices()) {
+      if (info.name == card) return info.id;
+    }
+    return kAudioObjectUnknown;
+  }
 
   void route(const std::string& card, std::span<const PatchConnection> routes) {
     AudioDeviceID id = kAudioObjectUnknown;
-    EXPECT_TRUE(eventually(5s, [&] {
-      for (const AudioDeviceInfo& info : engine_.getAllDevices()) {
-        if (info.name == card) id = info.id;
-      }
-      return id != kAudioObjectUnknown;
-    })) << card;
+    EXPECT_TRUE(eventually([&] { return (id = idOf(card)) != kAudioObjectUnknown; })) << card;
     const auto error = engine_.start(id, routes);
     EXPECT_FALSE(error) << error->errorDescription();
   }
@@ -43,7 +70,7 @@ class JackRoutingFixture : public JackFixture {
   /// Waits until connections that were just made carry.
   static void settle(const JackTestClient& ear) {
     const std::uint64_t before = ear.cycles();
-    EXPECT_TRUE(eventually(10s, [&] { return ear.cycles() > before + 10; }));
+    EXPECT_TRUE(eventually([&] { return ear.cycles() > before + 10; }));
   }
 
   static void listen(JackTestClient& ear, std::size_t outputs) {

@@ -25,7 +25,7 @@ std::vector<PatchConnection> scatter(const Size& size) {
 
 TEST_P(JackRouting, PutsEverySampleOnItsOutputInItsCycle) {
   const Size size = GetParam();
-  startServer();
+  startServer(4096);  // long cycles: many short ones leave a busy machine no time for so many ports
   JackTestClient card = JackTestClient::card("card", size.inputs, size.outputs);
   card.activate();
   const auto routes = scatter(size);
@@ -104,12 +104,13 @@ TEST_F(JackPatch, ChangesBetweenTwoCyclesWithoutASilentOne) {
   for (int change = 0; change < 10; ++change) {
     publish(before);
     settle(*ear_);
-    ear_->record(24000);
-    ASSERT_TRUE(eventually(10s, [&] { return ear_->recordedFrames() > 4096; }));
+    ear_->record(kLongestRecording);
+    ASSERT_TRUE(eventually([&] { return ear_->recordedFrames() > 4096; }));
     const std::size_t framesBefore = ear_->recordedFrames();
     publish(after);
     const std::size_t framesAfter = ear_->recordedFrames();
-    ASSERT_TRUE(ear_->awaitRecording());
+    ASSERT_TRUE(eventually([&] { return ear_->recordedFrames() > framesAfter + 4096; }));
+    ASSERT_TRUE(ear_->endRecording());
 
     expectUnbroken(reference());
     std::vector<float> wanted = codedLike(reference(), 1);
@@ -129,14 +130,13 @@ TEST_F(JackPatch, ChangesBetweenTwoCyclesWithoutASilentOne) {
 
 TEST_F(JackPatch, PlaysOnThroughChangesOfTheServersBufferSize) {
   play(std::vector<PatchConnection>{{1, 0, 1.0F, true}, {3, 3, 1.0F, true}});
-  ear_->record(4 * kSecond);
-  std::size_t goal = 0;
+  ear_->record(kLongestRecording);
   for (const jack_nframes_t frames : {64U, 1024U, 256U, 64U, 256U, 1024U}) {
     card_->setBufferSize(frames);
-    goal += 24000;
-    ASSERT_TRUE(eventually(30s, [&] { return ear_->recordedFrames() > goal; }));
+    const std::size_t goal = ear_->recordedFrames() + 24000;
+    ASSERT_TRUE(eventually([&] { return ear_->recordedFrames() > goal; }));
   }
-  ASSERT_TRUE(ear_->awaitRecording());
+  ASSERT_TRUE(ear_->endRecording());
   expectUnbroken(reference());
   expectSame(ear_->recording(0), codedLike(reference(), 1), "output 0");
   expectSame(ear_->recording(3), codedLike(reference(), 3), "output 3");

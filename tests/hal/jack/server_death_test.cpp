@@ -1,5 +1,3 @@
-#include <chrono>
-
 #include <gmock/gmock.h>
 
 #include "hal/jack/jack_fixture.h"
@@ -8,14 +6,13 @@ namespace tolvane::test {
 namespace {
 
 using ::testing::IsEmpty;
-using Clock = std::chrono::steady_clock;
 
 /// The dummy driver's own device, so that no other client of this process is touched by the death.
 class JackServerDeath : public JackFixture {
  protected:
   std::unique_ptr<hal::Session> startSystem(JackSessionClient& client) {
     auto session = start("system", client);
-    EXPECT_TRUE(eventually(5s, [&] { return client.cycles > 2; }));
+    EXPECT_TRUE(eventually([&] { return client.cycles > 2; }));
     return session;
   }
 
@@ -26,16 +23,14 @@ class JackServerDeath : public JackFixture {
     auto session = startSystem(client);
     ASSERT_NE(session, nullptr);
     (*server_.*end)();
-    EXPECT_TRUE(eventually(5s, [&] { return !client.alive; }));
-    EXPECT_TRUE(stopsInASecond(session));
-    EXPECT_TRUE(eventually(1s, [this] { return driver_->devices().empty(); }));
+    EXPECT_TRUE(eventually([&] { return !client.alive; }));
+    EXPECT_TRUE(stopsInTime(session));
+    EXPECT_TRUE(eventually([this] { return driver_->devices().empty(); }));
     server_.reset();
   }
 
-  static bool stopsInASecond(std::unique_ptr<hal::Session>& session) {
-    const auto before = Clock::now();
-    session.reset();
-    return Clock::now() - before < 1s;
+  static bool stopsInTime(std::unique_ptr<hal::Session>& session) {
+    return endsWithin(500ms, [&] { session.reset(); });
   }
 };
 
@@ -52,24 +47,17 @@ TEST_F(JackServerDeath, LeavesTheSessionSilentUntilItIsStopped) {
   JackSessionClient client(2, 2, straightRoutes(2));
   auto session = startSystem(client);
   server_->kill();
-  ASSERT_TRUE(eventually(5s, [&] { return !client.alive; }));
+  ASSERT_TRUE(eventually([&] { return !client.alive; }));
   const std::uint64_t cycles = client.cycles;
   server_.reset();
   startServer();
   EXPECT_EQ(device("system").inputStreams.size(), 2U);  // listed anew, while the dead session is still there
   EXPECT_EQ(client.cycles, cycles);
   EXPECT_FALSE(client.alive);
-  EXPECT_TRUE(stopsInASecond(session));
+  EXPECT_TRUE(stopsInTime(session));
 }
 
-class JackServerHang : public JackServerDeath {
- protected:
-  static std::chrono::milliseconds timeOf(const std::function<void()>& action) {
-    const auto before = Clock::now();
-    action();
-    return std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - before);
-  }
-};
+class JackServerHang : public JackServerDeath {};
 
 TEST_F(JackServerHang, LeavesTheListEmptyInTime) {
   startServer();
@@ -77,24 +65,24 @@ TEST_F(JackServerHang, LeavesTheListEmptyInTime) {
   server_->pause();
   std::this_thread::sleep_for(150ms);  // until the last answer has lost its worth
   for (int ask = 0; ask < 5; ++ask) {
-    EXPECT_LE(timeOf([this] { EXPECT_THAT(driver_->devices(), IsEmpty()); }), 190ms);
+    EXPECT_TRUE(endsWithin(150ms, [this] { EXPECT_THAT(driver_->devices(), IsEmpty()); }));
   }
   server_->resume();
   EXPECT_EQ(device("system").inputStreams.size(), 2U);
 }
 
-TEST_F(JackServerHang, LetsASessionStopInASecondAndLeaveTheGraphLater) {
+TEST_F(JackServerHang, LetsASessionStopInTimeAndLeaveTheGraphLater) {
   startServer();
   JackTestClient card = JackTestClient::card("card", 2, 2);
   card.activate();
   JackSessionClient client(2, 2, straightRoutes(2));
   auto session = start("card", client);
-  ASSERT_TRUE(eventually(5s, [&] { return client.cycles > 2; }));
+  ASSERT_TRUE(eventually([&] { return client.cycles > 2; }));
   server_->pause();
-  EXPECT_TRUE(stopsInASecond(session));
+  EXPECT_TRUE(stopsInTime(session));
   const std::uint64_t cycles = client.cycles;
   server_->resume();
-  EXPECT_TRUE(eventually(10s, [&] { return card.connectionsOf("card:capture_1").empty(); }));
+  EXPECT_TRUE(eventually([&] { return card.connectionsOf("card:capture_1").empty(); }));
   EXPECT_EQ(client.cycles, cycles);
 }
 
@@ -103,8 +91,10 @@ TEST_F(JackServerHang, StopsAStartThatFindsIt) {
   const hal::DeviceInfo system = device("system");
   server_->pause();
   {
+    const auto driver = hal::makeJackDriver();
     JackSessionClient client(2, 2, straightRoutes(2));
-    EXPECT_EQ(driver_->start(system, client).status, kAudioHardwareNotReadyError);
+    EXPECT_TRUE(endsWithin(
+        800ms, [&] { EXPECT_EQ(driver->start(system, client).status, kAudioHardwareNotReadyError); }));
   }
   server_->resume();
   // What was begun is undone once the server is back, and the next start finds it as it was.
@@ -117,7 +107,7 @@ TEST_F(JackServerHang, MayEndInACrash) {
   JackSessionClient client(2, 2, straightRoutes(2));
   auto session = startSystem(client);
   server_->pause();
-  EXPECT_TRUE(stopsInASecond(session));
+  EXPECT_TRUE(stopsInTime(session));
   EXPECT_THAT(driver_->devices(), IsEmpty());
   server_->kill();
   server_.reset();

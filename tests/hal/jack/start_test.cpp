@@ -22,7 +22,7 @@ class JackStart : public JackFixture {
   /// A change of connections shows at the server's next cycle.
   static void expectConnections(const JackTestClient& card, const std::string& port,
                                 const std::vector<std::string>& others) {
-    eventually(5s, [&] { return card.connectionsOf(port) == others; });
+    eventually([&] { return card.connectionsOf(port) == others; });
     EXPECT_EQ(card.connectionsOf(port), others) << port;
   }
 
@@ -69,7 +69,7 @@ TEST_F(JackStart, LeavesAloneWhatTheUserDisconnects) {
   expectConnections(card, "card:capture_1", {"Tolvane:in_1"});
   card.disconnect("card:capture_1", "Tolvane:in_1");
   const std::uint64_t before = client_.cycles;
-  EXPECT_TRUE(eventually(5s, [&] { return client_.cycles > before + 20; }));
+  EXPECT_TRUE(eventually([&] { return client_.cycles > before + 20; }));
   expectConnections(card, "card:capture_1", {});
   EXPECT_TRUE(client_.alive);
 }
@@ -79,7 +79,7 @@ TEST_F(JackStart, HandsOnOneBufferAChannelWithTheTimes) {
   JackTestClient card = JackTestClient::card("card", 2, 3);
   card.activate();
   auto session = start("card", client_);
-  ASSERT_TRUE(eventually(5s, [this] { return client_.cycles > 3; }));
+  ASSERT_TRUE(eventually([this] { return client_.cycles > 3; }));
   session.reset();
   timespec clock{};
   clock_gettime(CLOCK_MONOTONIC, &clock);
@@ -111,11 +111,11 @@ TEST_F(JackStart, CallsTheClientNoMoreOnceStopped) {
   for (int round = 0; round < 20; ++round) {
     JackSessionClient client(2, 2, straightRoutes(2));
     auto session = start("card", client);
-    ASSERT_TRUE(eventually(5s, [&] { return client.cycles > 0; }));
+    ASSERT_TRUE(eventually([&] { return client.cycles > 0; }));
     session.reset();
     const std::uint64_t cycles = client.cycles;
     const std::uint64_t cardCycles = card.cycles();
-    ASSERT_TRUE(eventually(5s, [&] { return card.cycles() > cardCycles + 3; }));
+    ASSERT_TRUE(eventually([&] { return card.cycles() > cardCycles + 3; }));
     EXPECT_EQ(client.cycles, cycles);
   }
 }
@@ -127,7 +127,7 @@ TEST_F(JackStart, RunsBesideAnotherOfItsName) {
   const auto first = start("card", client_);
   JackSessionClient other(2, 2, straightRoutes(2));
   const auto second = start("card", other);
-  EXPECT_TRUE(eventually(5s, [&] { return client_.cycles > 3 && other.cycles > 3; }));
+  EXPECT_TRUE(eventually([&] { return client_.cycles > 3 && other.cycles > 3; }));
   expectConnections(card, "card:capture_1", {"Tolvane:in_1", "Tolvane-01:in_1"});
 }
 

@@ -150,6 +150,15 @@ TEST(PipeWireEnumeration, AServerThatIsKilledHasNoDevicesAndOneThatReturnsHasThe
   EXPECT_THAT(uidsOf(listedDevices(*driver, 1)), ElementsAre("pipewire:a"));
 }
 
+TEST(PipeWireEnumeration, ANodeThatSaysMoreChannelsThanItHasPortsIsListedWithItsPorts) {
+  // No server of today gives a node more than 64.
+  const PipeWireServer server({{.name = "large", .outputs = 65, .cardId = 901}});
+  const auto driver = hal::makePipeWireDriver();
+  const auto devices = listedDevices(*driver, 1);
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_EQ(devices[0].outputStreams, StreamLayout(64, 1));
+}
+
 TEST(PipeWireEnumeration, SixtyFourChannelsEachWay) {
   const PipeWireServer server({{.name = "large", .inputs = 64, .outputs = 64, .cardId = 901}});
   const auto driver = hal::makePipeWireDriver();

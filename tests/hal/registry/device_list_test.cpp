@@ -17,6 +17,10 @@ std::vector<std::string> uids() {
 
 using Uids = std::vector<std::string>;
 
+std::string silentServers() {
+  return stringOf(kAudioObjectSystemObject, kTolvanePropertySilentServers);
+}
+
 TEST_F(DeviceList, isEmptyWithoutDevices) {
   const auto list = address(kAudioHardwarePropertyDevices);
   UInt32 size = 99;
@@ -104,6 +108,63 @@ TEST_F(DeviceList, leavesOutADriverThatHangsAndListsItWhenItIsBack) {
   EXPECT_TRUE(life.hears(1));
   EXPECT_TRUE(alive(both[0]));
   EXPECT_EQ(deviceList(), both);
+}
+
+TEST_F(DeviceList, theFirstOneWaitsForADriverThatIsLate) {
+  first_.setDevices({scriptedDevice("late", 1, 1)});
+  second_.setDevices({scriptedDevice("quick", 1, 1)});
+  first_.listing.close();
+  std::thread opener([&] {
+    EXPECT_TRUE(eventually([&] { return first_.listing.held() == 1; }));
+    std::this_thread::sleep_for(400ms);
+    first_.listing.open();
+  });
+  EXPECT_EQ(uids(), (Uids{"late", "quick"}));
+  EXPECT_EQ(silentServers(), "");
+  opener.join();
+}
+
+TEST_F(DeviceList, namesTheServersThatAreMissingInTheThreadsLastOne) {
+  first_.setDevices({scriptedDevice("slow", 1, 1)});
+  second_.setDevices({scriptedDevice("quick", 1, 1)});
+  EXPECT_EQ(silentServers(), "");
+  first_.listing.close();
+  EXPECT_EQ(uids(), (Uids{"quick"}));
+  EXPECT_EQ(silentServers(), "scripted");
+  second_.listing.close();
+  EXPECT_EQ(uids(), Uids{});
+  EXPECT_EQ(silentServers(), "scripted, scripted");
+  first_.listing.open();
+  second_.listing.open();
+  EXPECT_TRUE(eventually([] { return uids().size() == 2; }));
+  EXPECT_EQ(silentServers(), "");
+}
+
+TEST_F(DeviceList, leavesOutADriverWhoseServerIsSilentUntilThatAnswers) {
+  first_.setDevices({scriptedDevice("slow", 1, 1)});
+  second_.setDevices({scriptedDevice("quick", 1, 1)});
+  EXPECT_EQ(uids(), (Uids{"slow", "quick"}));
+  first_.setSilent(true);
+  for (int ask = 0; ask < 3; ++ask) {
+    EXPECT_EQ(uids(), Uids{"quick"});
+    EXPECT_EQ(silentServers(), "scripted");
+  }
+  Listening list(kAudioObjectSystemObject, kAudioHardwarePropertyDevices);
+  first_.setSilent(false);
+  EXPECT_TRUE(list.hears(1));  // by itself
+  EXPECT_EQ(uids(), (Uids{"slow", "quick"}));
+  EXPECT_EQ(silentServers(), "");
+}
+
+TEST_F(DeviceList, failsWhenADriverHasNoDescriptorLeftAndIsThereAgainLater) {
+  const AudioObjectID one = listOne();
+  first_.setExhausted(true);
+  const auto list = address(kAudioHardwarePropertyDevices);
+  UInt32 size = 0;
+  EXPECT_EQ(AudioObjectGetPropertyDataSize(kAudioObjectSystemObject, &list, 0, nullptr, &size),
+            kTolvaneExhaustedError);
+  first_.setExhausted(false);
+  EXPECT_EQ(deviceList(), std::vector<AudioObjectID>{one});
 }
 
 TEST_F(DeviceList, ofADriverThatHangsHoldsNoOtherQueryUp) {

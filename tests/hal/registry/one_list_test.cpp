@@ -86,16 +86,24 @@ TEST_F(OneList, ACardOfADriverThatHangsIsTheLaterOnesMeanwhile) {
   EXPECT_TRUE(eventually([] { return uids() == Uids{"server:usb"}; }));
 }
 
-TEST_F(OneList, OfTwoDriversForOneServerTheFirstIsListed) {
+TEST_F(OneList, OfTwoDriversForOneServerTheFirstAloneIsUsed) {
   first_.setServer("pipewire");
   second_.setServer("pipewire");
+  useScripts(true);
   first_.setDevices({scriptedDevice("native:a", 2, 2)});
   second_.setDevices({scriptedDevice("compatible:a", 2, 2), scriptedDevice("compatible:b", 2, 2)});
   EXPECT_EQ(uids(), Uids{"native:a"});
-  first_.setDevices({});  // connected, with no device
+  first_.setDevices({});  // it answers, with no device
   EXPECT_EQ(uids(), Uids{});
-  first_.setServer("");  // not connected
-  EXPECT_EQ(uids(), (Uids{"compatible:a", "compatible:b"}));
+  EXPECT_EQ(second_.listings(), 0);
+}
+
+TEST_F(OneList, ADriverForAServerOfItsOwnIsUsed) {
+  first_.setServer("pipewire");
+  useScripts(true);
+  first_.setDevices({scriptedDevice("one", 2, 2)});
+  second_.setDevices({scriptedDevice("two", 2, 2)});
+  EXPECT_EQ(uids(), (Uids{"one", "two"}));
 }
 
 TEST_F(OneList, DriversWithoutAServerAreAllListed) {

@@ -1,5 +1,7 @@
 #include "hal/registry/scripted_driver.h"
 
+#include <cerrno>
+#include <system_error>
 #include <utility>
 
 #include "hal/registry/buffer_view.h"
@@ -56,11 +58,15 @@ class ScriptedDriver final : public hal::Driver {
     {
       const std::lock_guard lock(script_.mutex_);
       ++script_.listings_;
-      devices = script_.devices_;
+      if (script_.exhausted_) throw std::system_error(EMFILE, std::generic_category());
+      wasSilent_ = script_.silent_;
+      if (!wasSilent_) devices = script_.devices_;
     }
     script_.listing.pass();
     return devices;
   }
+
+  [[nodiscard]] bool awaitsServer() const override { return wasSilent_; }
 
   [[nodiscard]] std::string server() const override {
     const std::lock_guard lock(script_.mutex_);
@@ -95,6 +101,7 @@ class ScriptedDriver final : public hal::Driver {
 
  private:
   Script& script_;
+  bool wasSilent_ = false;  // in the last devices()
 };
 
 std::unique_ptr<hal::Driver> Script::makeDriver() {
@@ -117,6 +124,16 @@ void Script::notify() {
 void Script::setServer(const std::string& server) {
   const std::lock_guard lock(mutex_);
   server_ = server;
+}
+
+void Script::setSilent(bool silent) {
+  const std::lock_guard lock(mutex_);
+  silent_ = silent;
+}
+
+void Script::setExhausted(bool exhausted) {
+  const std::lock_guard lock(mutex_);
+  exhausted_ = exhausted;
 }
 
 void Script::setNotifies(bool notifies) {

@@ -40,7 +40,12 @@ class Script {
   /// Tells the HAL that the list has changed.
   void notify();
   void setNotifies(bool notifies);
+  /// Before the HAL uses the driver.
   void setServer(const std::string& server);
+  /// Its server has taken the connection and says nothing: no devices() is an answer.
+  void setSilent(bool silent);
+  /// devices() throws what a system without descriptors makes it throw.
+  void setExhausted(bool exhausted);
   void setStartStatus(OSStatus status);
   void setBufferFramesStatus(OSStatus status);
 
@@ -75,6 +80,8 @@ class Script {
   hal::DeviceObserver* observer_ = nullptr;
   bool notifies_ = true;
   std::string server_;
+  bool silent_ = false;
+  bool exhausted_ = false;
   OSStatus startStatus_ = noErr;
   OSStatus bufferFramesStatus_ = noErr;
   int listings_ = 0;

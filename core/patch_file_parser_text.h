@@ -1,0 +1,62 @@
+// A patch file's text as the JSON parser is given it.
+#pragma once
+
+#include <cstddef>
+#include <iterator>
+
+namespace tolvane {
+
+/// Reads a text byte by byte, and counts what it takes. The parser refuses every number that is beyond a
+/// double, also where nobody wants to know it; so it is shown smaller ones of the same form: an exponent's
+/// digits as zeros, and of an integer part no more digits than a double holds. Whoever wants a number reads
+/// the text itself. [not-io]
+class ParserText {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = char;
+
+  /// Bytes of the text, counted by the parser's copy of the iterator.
+  struct Count {
+    std::size_t taken = 0;    // those that were left out as well
+    std::size_t leftOut = 0;  // the parser does not know of them
+  };
+
+  /// `count` outlives the iterator.
+  ParserText(const char* at, const char* end, Count& count) : at_(at), end_(end), count_(&count) {}
+
+  char operator*() const { return place_ == Place::exponent && isDigit(*at_) ? '0' : *at_; }
+  ParserText& operator++() {
+    follow(*at_);
+    take();
+    while (place_ == Place::integer && digits_ >= kMostDigits && at_ != end_ && isDigit(*at_)) {
+      take();
+      ++count_->leftOut;
+    }
+    return *this;
+  }
+  bool operator==(const ParserText& other) const { return at_ == other.at_; }
+
+ private:
+  enum class Place { between, string, escape, integer, fraction, exponent };
+
+  static constexpr int kMostDigits = 300;
+
+  static bool isDigit(char byte) { return byte >= '0' && byte <= '9'; }
+  void take() {
+    ++at_;
+    ++count_->taken;
+  }
+  void follow(char byte);
+  bool isStillNumber(char byte);
+
+  const char* at_;
+  const char* end_;
+  Count* count_;
+  Place place_ = Place::between;
+  int digits_ = 0;  // of the integer part
+};
+
+}  // namespace tolvane

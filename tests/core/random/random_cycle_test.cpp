@@ -1,0 +1,43 @@
+// Random cycles, over all that a device may hand to the callback, in every form of the mixing loops: the
+// memory is left as the plain order leaves it.
+#include <iostream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "core/mix/mix_kernels.h"
+#include "cycle_check.h"
+
+namespace tolvane::test {
+namespace {
+
+constexpr std::uint64_t kFirstSeed = 1;
+constexpr std::uint64_t kCycles = 5000;
+
+class RandomCycles : public testing::TestWithParam<const MixKernels*> {
+ protected:
+  void SetUp() override { useMixKernels(*GetParam()); }
+  void TearDown() override { useMixKernels(*allMixKernels().forms[0]); }
+};
+
+std::vector<const MixKernels*> formsOfThisProcessor() {
+  std::vector<const MixKernels*> forms;
+  for (const MixKernels* form : allMixKernels().forms) {
+    if (form != nullptr) forms.push_back(form);
+  }
+  return forms;
+}
+
+INSTANTIATE_TEST_SUITE_P(All, RandomCycles, testing::ValuesIn(formsOfThisProcessor()),
+                         [](const auto& form) { return form.param->name; });
+
+// `cycle_soak` runs any number of them.
+TEST_P(RandomCycles, AgreeWithThePlainOrderToTheBit) {
+  std::cout << kCycles << " cycles from seed " << kFirstSeed << '\n';
+  CycleCheck check;
+  for (std::uint64_t seed = kFirstSeed; seed < kFirstSeed + kCycles; ++seed)
+    ASSERT_EQ(check.differenceOf(seed), "") << "seed " << seed;
+}
+
+}  // namespace
+}  // namespace tolvane::test

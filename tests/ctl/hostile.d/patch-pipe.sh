@@ -1,0 +1,7 @@
+# A signal while a run waits for its patch.
+# statuses: 129 130 143
+. "$hostile/lib.bash"
+mkfifo pipe
+"${background[@]}" run --patch pipe &
+a_moment
+end_by "$(pick INT TERM HUP)" $!

@@ -1,0 +1,8 @@
+# A rendering, which has nothing to say on standard output.
+# statuses: 0
+. "$hostile/lib.bash"
+comes_right() {
+    a_recording 1000 in.wav
+    [ -z "$("$TOLVANECTL" render --patch p.json in.wav out.wav)" ] && [ -s out.wav ]
+}
+comes_right || exit 93

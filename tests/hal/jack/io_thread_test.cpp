@@ -1,0 +1,25 @@
+// The thread of the cycles is libjack's own: what the device tells of it.
+#include <sched.h>
+
+#include "hal/hal_client.h"
+#include "hal/jack/routing_fixture.h"
+
+namespace tolvane::test {
+namespace {
+
+class JackIoThread : public JackRoutingFixture {};
+
+TEST_F(JackIoThread, IsScheduledAsTheServerHasIt) {
+  startServer();  // without real-time priority, which it then gives no client either
+  JackTestClient card = JackTestClient::card("card", 2, 2);
+  card.activate();
+  route("card", {});
+  settle(card);
+  const auto scheduling =
+      valueOf<TolvaneThreadScheduling>(engine_.currentDeviceID(), kTolvaneDevicePropertyIOThreadScheduling);
+  EXPECT_EQ(scheduling.mPolicy, SCHED_OTHER);
+  EXPECT_EQ(scheduling.mPriority, 0);
+}
+
+}  // namespace
+}  // namespace tolvane::test

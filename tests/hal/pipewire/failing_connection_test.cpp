@@ -1,0 +1,95 @@
+// Connections that fail while the server is well.
+#include <memory>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "hal/pipewire/listed_devices.h"
+#include "hal/pipewire/patch_rig.h"
+#include "hal/pipewire/pipewire_driver.h"
+#include "hal/pipewire/routing_client.h"
+#include "hal/promised_times.h"
+#include "support/pipewire_proxy.h"
+#include "support/stall_watch.h"
+
+namespace tolvane::test {
+namespace {
+
+using namespace std::chrono_literals;
+
+/// A card whose driver comes to the server by way of a proxy; the signal and what listens to it do not.
+class PipeWireFailingConnection : public ::testing::Test {
+ protected:
+  void start() {
+    started_ = driver_->start(device_, client_);
+    ASSERT_EQ(started_.status, noErr);
+  }
+
+  void waitUntilHeard() { EXPECT_TRUE(rig_.settle(25ms)); }
+
+  const std::vector<PatchConnection> routes_ = straightThrough(4);
+  PipeWireServer server_{{kCard}};
+  PatchRig rig_{kCard, routes_};
+  PipeWireProxy proxy_;
+  std::unique_ptr<hal::Driver> driver_ = hal::makePipeWireDriver();
+  hal::DeviceInfo device_ = onlyDevice(*driver_);
+  RoutingClient client_{device_, routes_};
+  hal::StartResult started_;
+};
+
+TEST_F(PipeWireFailingConnection, AStartWhoseLinksAreRefusedForItIsHeardInTime) {
+  expectWithin(kReturnBound, [&] {
+    started_.session.reset();
+    const unsigned before = proxy_.connections();
+    proxy_.misnumberNextMemory();
+    const auto time = timeOf([&] {
+      start();
+      waitUntilHeard();
+    });
+    EXPECT_TRUE(proxy_.isDone());
+    EXPECT_EQ(proxy_.connections(), before + 1);
+    return time;
+  });
+}
+
+TEST_F(PipeWireFailingConnection, ASessionWhoseNextLinksAreRefusedForItIsHeardAgainInTime) {
+  start();
+  ASSERT_TRUE(rig_.settle());
+  expectWithin(kReturnBound, [&] {
+    const unsigned before = proxy_.connections();
+    proxy_.misnumberNextMemory();
+    rig_.client().removeCard(kCard);
+    rig_.client().addCard(kCard);
+    rig_.linkCard(0);
+    const auto time = timeOf([&] { waitUntilHeard(); });
+    EXPECT_TRUE(proxy_.isDone());
+    EXPECT_EQ(proxy_.connections(), before + 1);
+    return time;
+  });
+  EXPECT_TRUE(client_.isAlive());
+}
+
+TEST_F(PipeWireFailingConnection, OneThatBreaksOffIsMadeAnewAndHeardAgainInTime) {
+  start();
+  ASSERT_TRUE(rig_.settle());
+  expectWithin(kReturnBound, [&] {
+    const unsigned before = proxy_.connections();
+    proxy_.sendNonsense();
+    return timeOf([&] {
+      EXPECT_TRUE(eventually([&] { return proxy_.connections() == before + 1; }));
+      waitUntilHeard();
+    });
+  });
+  EXPECT_TRUE(eventually([&] { return client_.isAlive(); }));
+  EXPECT_EQ(onlyDevice(*driver_).uid, device_.uid);
+}
+
+TEST_F(PipeWireFailingConnection, OneThatBreaksOffWhileNothingRunsIsMadeAnewForTheList) {
+  proxy_.sendNonsense();
+  EXPECT_TRUE(eventually([&] { return proxy_.isDone(); }));
+  rig_.client().addCard({.name = "usb", .inputs = 1, .outputs = 1, .cardId = 901});
+  EXPECT_EQ(plainDevices(*driver_, 2).size(), 2U);
+}
+
+}  // namespace
+}  // namespace tolvane::test

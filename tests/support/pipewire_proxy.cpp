@@ -1,0 +1,258 @@
+#include "support/pipewire_proxy.h"
+
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <cstring>
+#include <deque>
+#include <list>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <thread>
+#include <vector>
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include "hal/pipewire/pipewire_headers.h"
+
+namespace tolvane::test {
+
+namespace proxied {
+
+constexpr std::size_t kMaxDescriptors = 253;  // that the kernel sends at once
+
+/// What is before each message: whom it is for, what it is and its length, its number, its descriptors.
+struct MessageHeader {
+  std::uint32_t object = 0;
+  std::uint32_t opcodeAndSize = 0;
+  std::uint32_t sequence = 0;
+  std::uint32_t descriptors = 0;
+
+  [[nodiscard]] std::uint32_t opcode() const { return opcodeAndSize >> 24; }
+  [[nodiscard]] std::size_t bytes() const { return sizeof(MessageHeader) + (opcodeAndSize & 0xffffffU); }
+};
+
+/// In a message about a piece of memory: after the header, the structure's head and the first number's head.
+constexpr std::size_t kMemoryIdOffset = sizeof(MessageHeader) + 8 + 8;
+
+union ControlRoom {
+  std::array<char, CMSG_SPACE(kMaxDescriptors * sizeof(int))> bytes;
+  cmsghdr alignment;
+};
+
+inline int connectTo(const std::string& path, bool listen) {
+  const int end = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  path.copy(static_cast<char*>(address.sun_path), sizeof(address.sun_path) - 1);
+  const auto* const at = reinterpret_cast<const sockaddr*>(&address);
+  const bool isMade = listen ? ::bind(end, at, sizeof(address)) == 0 && ::listen(end, 8) == 0
+                             : ::connect(end, at, sizeof(address)) == 0;
+  if (!isMade) throw std::runtime_error("the proxy has no socket " + path);
+  return end;
+}
+
+inline void sendAll(int end, const char* bytes, std::size_t count, std::vector<int>& descriptors) {
+  while (count != 0) {
+    iovec part{const_cast<char*>(bytes), count};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    ControlRoom room{};
+    if (!descriptors.empty()) {
+      const std::size_t length = descriptors.size() * sizeof(int);
+      message.msg_control = room.bytes.data();
+      message.msg_controllen = CMSG_SPACE(length);
+      cmsghdr* const control = CMSG_FIRSTHDR(&message);
+      control->cmsg_level = SOL_SOCKET;
+      control->cmsg_type = SCM_RIGHTS;
+      control->cmsg_len = CMSG_LEN(length);
+      std::memcpy(CMSG_DATA(control), descriptors.data(), length);
+    }
+    const ssize_t sent = ::sendmsg(end, &message, MSG_NOSIGNAL);
+    for (const int descriptor : descriptors) ::close(descriptor);
+    descriptors.clear();
+    if (sent < 0) return;  // the other end has gone; that shows when it is read from
+    bytes += sent;
+    count -= static_cast<std::size_t>(sent);
+  }
+}
+
+/// One way of a connection.
+struct Way {
+  int from = -1;
+  int to = -1;
+  std::vector<char> bytes = {};  // that have come in
+  std::deque<int> descriptors = {};
+
+  /// False at the end.
+  bool receive() {
+    std::array<char, 65536> block{};
+    iovec part{block.data(), block.size()};
+    ControlRoom room{};
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = room.bytes.data();
+    message.msg_controllen = room.bytes.size();
+    const ssize_t received = ::recvmsg(from, &message, MSG_CMSG_CLOEXEC);
+    if (received <= 0) return false;
+    bytes.insert(bytes.end(), block.begin(), block.begin() + received);
+    for (cmsghdr* control = CMSG_FIRSTHDR(&message); control != nullptr;
+         control = CMSG_NXTHDR(&message, control)) {
+      std::vector<int> taken((control->cmsg_len - CMSG_LEN(0)) / sizeof(int));
+      std::memcpy(taken.data(), CMSG_DATA(control), taken.size() * sizeof(int));
+      descriptors.insert(descriptors.end(), taken.begin(), taken.end());
+    }
+    return true;
+  }
+
+  /// Hands on the first message, if all of it has come; `look` may change it before.
+  template <class Look>
+  bool handOn(const Look& look) {
+    MessageHeader header;
+    if (bytes.size() < sizeof(header)) return false;
+    std::memcpy(&header, bytes.data(), sizeof(header));
+    if (bytes.size() < header.bytes() || descriptors.size() < header.descriptors) return false;
+    look(header, bytes.data());
+    std::vector<int> taken(descriptors.begin(), descriptors.begin() + header.descriptors);
+    descriptors.erase(descriptors.begin(), descriptors.begin() + header.descriptors);
+    sendAll(to, bytes.data(), header.bytes(), taken);
+    bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(header.bytes()));
+    return true;
+  }
+};
+
+struct Connection {
+  Way toServer;
+  Way toClient;
+
+  void close() {
+    for (const Way* const way : {&toServer, &toClient}) {
+      ::close(way->from);
+      for (const int descriptor : way->descriptors) ::close(descriptor);
+    }
+  }
+};
+
+}  // namespace proxied
+
+using namespace proxied;
+
+struct PipeWireProxy::State {
+  std::string folder = std::getenv("XDG_RUNTIME_DIR");
+  std::string path = folder + "/proxy-0";
+  int listener = connectTo(path, true);
+  std::list<Connection> open;
+  std::atomic<unsigned> connections = 0;
+  std::atomic<bool> isMisnumbering = false;
+  std::atomic<std::uint32_t> refusedNode = SPA_ID_INVALID;
+  std::atomic<bool> isNonsenseDue = false;
+  std::atomic<bool> isEnding = false;
+  std::thread thread{[this] { run(); }};
+
+  void run() {
+    while (!isEnding) {
+      std::vector<pollfd> ends{{listener, POLLIN, 0}};
+      for (const Connection& connection : open) {
+        ends.push_back({connection.toServer.from, POLLIN, 0});
+        ends.push_back({connection.toClient.from, POLLIN, 0});
+      }
+      ::poll(ends.data(), ends.size(), 5);
+      serve(ends);
+      if (ends[0].revents != 0) accept();
+    }
+  }
+
+  void accept() {
+    const int client = ::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC);
+    const int server = connectTo(folder + "/pipewire-0", false);
+    open.push_back({{.from = client, .to = server}, {.from = server, .to = client}});
+    ++connections;
+  }
+
+  void serve(const std::vector<pollfd>& ends) {
+    std::size_t at = 1;
+    for (auto connection = open.begin(); connection != open.end(); at += 2) {
+      bool isOpen = ends[at].revents == 0 || connection->toServer.receive();
+      isOpen = isOpen && (ends[at + 1].revents == 0 || connection->toClient.receive());
+      while (connection->toServer.handOn([&](const auto& header, char* bytes) { refuse(header, bytes); })) {
+      }
+      while (
+          connection->toClient.handOn([&](const auto& header, char* bytes) { misnumber(header, bytes); })) {
+      }
+      if (isNonsenseDue.exchange(false)) sendNonsense(connection->toClient.to);
+      if (!isOpen) connection->close();
+      connection = isOpen ? std::next(connection) : open.erase(connection);
+    }
+  }
+
+  /// Has the link made by a factory that there is not.
+  void refuse(const MessageHeader& header, char* bytes) const {
+    if (header.object != PW_ID_CORE || header.opcode() != PW_CORE_METHOD_CREATE_OBJECT) return;
+    const std::string_view message(bytes, header.bytes());
+    const std::size_t factory = message.find("link-factory");
+    const std::size_t key = message.find(PW_KEY_LINK_INPUT_NODE);
+    if (factory == std::string_view::npos || key == std::string_view::npos) return;
+    // After the key, with its end, and the head of the text that is its value.
+    const char* const node = bytes + key + sizeof(PW_KEY_LINK_INPUT_NODE) + 8;
+    if (node == std::to_string(refusedNode)) bytes[factory] = 'x';
+  }
+
+  void misnumber(const MessageHeader& header, char* bytes) {
+    if (header.object != PW_ID_CORE || header.opcode() != PW_CORE_EVENT_ADD_MEM) return;
+    if (!isMisnumbering.exchange(false)) return;
+    std::uint32_t id = 0;
+    std::memcpy(&id, bytes + kMemoryIdOffset, sizeof(id));
+    id += 80;
+    std::memcpy(bytes + kMemoryIdOffset, &id, sizeof(id));
+  }
+
+  /// More descriptors than a message can have.
+  static void sendNonsense(int end) {
+    const MessageHeader header{.object = PW_ID_CORE, .descriptors = 0xffff};
+    std::vector<int> none;
+    sendAll(end, reinterpret_cast<const char*>(&header), sizeof(header), none);
+  }
+};
+
+PipeWireProxy::PipeWireProxy() : state_(std::make_unique<State>()) {
+  ::setenv("PIPEWIRE_REMOTE", "proxy-0", 1);
+}
+
+PipeWireProxy::~PipeWireProxy() {
+  ::unsetenv("PIPEWIRE_REMOTE");
+  state_->isEnding = true;
+  state_->thread.join();
+  for (Connection& connection : state_->open) connection.close();
+  ::close(state_->listener);
+  ::unlink(state_->path.c_str());
+}
+
+void PipeWireProxy::misnumberNextMemory() {
+  state_->isMisnumbering = true;
+}
+
+void PipeWireProxy::refuseLinksTo(std::uint32_t nodeId) {
+  state_->refusedNode = nodeId;
+}
+
+void PipeWireProxy::sendNonsense() {
+  state_->isNonsenseDue = true;
+}
+
+bool PipeWireProxy::isDone() const {
+  return !state_->isMisnumbering && !state_->isNonsenseDue;
+}
+
+unsigned PipeWireProxy::connections() const {
+  return state_->connections;
+}
+
+}  // namespace tolvane::test

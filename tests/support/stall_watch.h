@@ -1,0 +1,81 @@
+// Times on a machine that stands still now and then, which is no fault of what is timed.
+#pragma once
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <iostream>
+#include <thread>
+
+#include <gtest/gtest.h>
+#include <pthread.h>
+
+namespace tolvane::test {
+
+/// Sees from its construction on for how long the machine has stood still: a thread before all others that
+/// sleeps to deadlines and finds itself late.
+class StallWatch {
+ public:
+  StallWatch() {
+    const sched_param first{::sched_get_priority_max(SCHED_FIFO)};
+    ::pthread_setschedparam(thread_.native_handle(), SCHED_FIFO, &first);
+  }
+  ~StallWatch() {
+    isEnding_ = true;
+    thread_.join();
+  }
+  StallWatch(const StallWatch&) = delete;
+  StallWatch& operator=(const StallWatch&) = delete;
+
+  /// All stalls together.
+  [[nodiscard]] std::chrono::milliseconds stalled() const {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::duration(stalled_.load()));
+  }
+
+ private:
+  static constexpr std::chrono::milliseconds kPeriod{1};
+  static constexpr std::chrono::milliseconds kUsualLateness{2};
+
+  void run() {
+    while (!isEnding_) {
+      const auto deadline = std::chrono::steady_clock::now() + kPeriod;
+      std::this_thread::sleep_until(deadline);
+      const auto lateness = std::chrono::steady_clock::now() - deadline;
+      if (lateness > kUsualLateness) stalled_ += lateness.count();
+    }
+  }
+
+  std::atomic<bool> isEnding_ = false;
+  std::atomic<std::chrono::steady_clock::rep> stalled_ = 0;
+  std::thread thread_{[this] { run(); }};
+};
+
+/// How long the action takes.
+template <class Action>
+std::chrono::steady_clock::duration timeOf(const Action& action) {
+  const auto begin = std::chrono::steady_clock::now();
+  action();
+  return std::chrono::steady_clock::now() - begin;
+}
+
+/// Expects the time that `measure` returns to be below the bound. A time that is below it but for a stall of
+/// the machine, seen while it was taken, is said and taken again.
+template <class Measure>
+void expectWithin(std::chrono::milliseconds bound, const Measure& measure) {
+  for (int again = 1;; ++again) {
+    const StallWatch watch;
+    const auto time = std::chrono::duration_cast<std::chrono::milliseconds>(measure());
+    const auto stalled = watch.stalled();
+    if (time < bound || ::testing::Test::HasFatalFailure()) return;
+    if (time - stalled >= bound) {
+      ADD_FAILURE() << time.count() << " ms instead of less than " << bound.count()
+                    << " ms, with the machine standing still for " << stalled.count() << " ms";
+      return;
+    }
+    std::cout << "[  STALL   ] " << stalled.count() << " ms of " << time.count() << " ms: measured again ("
+              << again << ")" << std::endl;
+  }
+}
+
+}  // namespace tolvane::test
