@@ -35,7 +35,7 @@ CycleRunner::CycleRunner(const Library& library, SessionClient& client, const St
   gate_.open();
 }
 
-void CycleRunner::setPorts(std::vector<void*> inputs, std::vector<void*> outputs) {
+void CycleRunner::setPorts(std::vector<FilterPort*> inputs, std::vector<FilterPort*> outputs) {
   inputPorts_ = std::move(inputs);
   outputPorts_ = std::move(outputs);
   last_ = {};
@@ -61,33 +61,41 @@ CycleRunner::Moment CycleRunner::momentOf(const spa_io_clock& clock) noexcept {
   return {clock.id, clock.rate.denom, clock.position, frames, clock.nsec, xrunFramesOf(clock)};
 }
 
-void* CycleRunner::takeBuffer(void* port, bool isOutput, std::uint32_t frames) noexcept {
-  pw_buffer* taken = library_.pw_filter_dequeue_buffer(port);
+void* CycleRunner::takeInput(FilterPort& port, std::uint32_t frames) noexcept {
+  pw_buffer* const taken = library_.pw_filter_dequeue_buffer(&port);
+  if (taken == nullptr) return nullptr;
+  const spa_data& block = taken->buffer->datas[0];
+  const std::uint64_t bytes = std::uint64_t{frames} * sizeof(float);
+  const std::uint32_t offset = block.chunk->offset;
+  // A peer that has written less than the cycle has nothing to give in it.
+  const bool isWhole = block.data != nullptr && bytes <= block.chunk->size && offset <= block.maxsize &&
+                       bytes <= block.maxsize - offset && offset % sizeof(float) == 0;
+  void* const data = isWhole ? static_cast<std::byte*>(block.data) + offset : nullptr;
+  library_.pw_filter_queue_buffer(&port, taken);
+  return data;
+}
+
+void* CycleRunner::takeOutput(FilterPort& port, std::uint32_t frames) noexcept {
+  // The library keeps what the graph does not take in this cycle, and hands it over in the next one in place
+  // of the next one's: the port would be a cycle late for good.
+  const spa_io_buffers* const handover = port.handover.load(std::memory_order_acquire);
+  if (handover == nullptr || handover->status == SPA_STATUS_HAVE_DATA) return nullptr;
+  pw_buffer* const taken = library_.pw_filter_dequeue_buffer(&port);
   if (taken == nullptr) return nullptr;
   const spa_data& block = taken->buffer->datas[0];
   const auto bytes = static_cast<std::uint32_t>(frames * sizeof(float));
   void* data = nullptr;
-  if (block.data != nullptr && isOutput && bytes <= block.maxsize) {
+  if (block.data != nullptr && bytes <= block.maxsize) {
     *block.chunk = {0, bytes, sizeof(float), 0};
     data = block.data;
-  } else if (block.data != nullptr && !isOutput) {
-    // A peer that has written less than the cycle has nothing to give in it.
-    const std::uint32_t offset = block.chunk->offset;
-    const bool isWhole = bytes <= block.chunk->size && offset <= block.maxsize &&
-                         bytes <= block.maxsize - offset && offset % sizeof(float) == 0;
-    if (isWhole) data = static_cast<std::byte*>(block.data) + offset;
   }
-  library_.pw_filter_queue_buffer(port, taken);
+  library_.pw_filter_queue_buffer(&port, taken);
   return data;
 }
 
 void CycleRunner::fetchBuffers(std::uint32_t frames) noexcept {
-  for (std::size_t i = 0; i < inputPorts_.size(); ++i) {
-    inputs_.set(i, takeBuffer(inputPorts_[i], false, frames));
-  }
-  for (std::size_t i = 0; i < outputPorts_.size(); ++i) {
-    outputs_.set(i, takeBuffer(outputPorts_[i], true, frames));
-  }
+  for (std::size_t i = 0; i < inputPorts_.size(); ++i) inputs_.set(i, takeInput(*inputPorts_[i], frames));
+  for (std::size_t i = 0; i < outputPorts_.size(); ++i) outputs_.set(i, takeOutput(*outputPorts_[i], frames));
   inputs_.begin(frames);
   outputs_.begin(frames);
 }

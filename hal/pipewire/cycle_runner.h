@@ -12,13 +12,19 @@
 
 namespace tolvane::hal::pipewire {
 
+/// A port of our node: the library keeps it, from the port's making to its end.
+struct FilterPort {
+  /// Where the library and the graph hand each other this port's buffers; null while they do not.
+  std::atomic<spa_io_buffers*> handover = nullptr;
+};
+
 class CycleRunner {
  public:
   CycleRunner(const Library& library, SessionClient& client, const StreamLayout& inputs,
               const StreamLayout& outputs);
 
   /// The filter's ports, in channel order. While no filter runs. [not-io]
-  void setPorts(std::vector<void*> inputs, std::vector<void*> outputs);
+  void setPorts(std::vector<FilterPort*> inputs, std::vector<FilterPort*> outputs);
 
   /// Whether the client is called: not while nothing of the device is there. [any-thread]
   void setRunning(bool running) noexcept { running_.store(running, std::memory_order_release); }
@@ -44,15 +50,16 @@ class CycleRunner {
   };
 
   static Moment momentOf(const spa_io_clock& clock) noexcept;
-  void* takeBuffer(void* port, bool isOutput, std::uint32_t frames) noexcept;
+  void* takeInput(FilterPort& port, std::uint32_t frames) noexcept;
+  void* takeOutput(FilterPort& port, std::uint32_t frames) noexcept;
   void fetchBuffers(std::uint32_t frames) noexcept;
   void noteClock(const Moment& moment) noexcept;
   void callClient(const Moment& moment) noexcept;
 
   const Library& library_;
   SessionClient& client_;
-  std::vector<void*> inputPorts_;
-  std::vector<void*> outputPorts_;
+  std::vector<FilterPort*> inputPorts_;
+  std::vector<FilterPort*> outputPorts_;
   StreamBuffers inputs_;
   StreamBuffers outputs_;
   Moment last_;  // of the cycle before; without frames where there was none

@@ -1,6 +1,7 @@
 #include "hal/pipewire/filter.h"
 
 #include <array>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -40,6 +41,12 @@ Filter::Filter(const Library& library, pw_core* core, CycleRunner& runner, std::
     events.version = PW_VERSION_FILTER_EVENTS;
     events.state_changed = [](void* data, pw_filter_state /*old*/, pw_filter_state state,
                               const char* /*error*/) { static_cast<Filter*>(data)->onStateChanged(state); };
+    events.io_changed = [](void* /*data*/, void* port, std::uint32_t id, void* area, std::uint32_t bytes) {
+      if (port == nullptr || id != SPA_IO_Buffers) return;
+      const bool isWhole = bytes >= sizeof(spa_io_buffers);
+      static_cast<FilterPort*>(port)->handover.store(isWhole ? static_cast<spa_io_buffers*>(area) : nullptr,
+                                                     std::memory_order_release);
+    };
     events.process = [](void* data, spa_io_position* position) {
       static_cast<Filter*>(data)->runner_.process(position);
     };
@@ -49,7 +56,7 @@ Filter::Filter(const Library& library, pw_core* core, CycleRunner& runner, std::
   if (isDead_) return;
   library_.pw_filter_add_listener(filter_, &hook_, &kEvents, this);
   runner_.setPorts(addPorts(PW_DIRECTION_INPUT, inputs), addPorts(PW_DIRECTION_OUTPUT, outputs));
-  isDead_ = library_.pw_filter_connect(filter_, PW_FILTER_FLAG_RT_PROCESS, nullptr, 0) < 0;
+  isDead_ = isDead_ || library_.pw_filter_connect(filter_, PW_FILTER_FLAG_RT_PROCESS, nullptr, 0) < 0;
 }
 
 Filter::~Filter() {
@@ -65,16 +72,21 @@ void Filter::suggestLatency(const std::string& latency) {
   library_.pw_filter_update_properties(filter_, nullptr, &properties);
 }
 
-std::vector<void*> Filter::addPorts(pw_direction direction, std::size_t count) {
+std::vector<FilterPort*> Filter::addPorts(pw_direction direction, std::size_t count) {
   const std::string prefix = direction == PW_DIRECTION_INPUT ? "input_" : "output_";
-  std::vector<void*> ports;
+  std::vector<FilterPort*> ports;
   for (std::size_t number = 1; number <= count; ++number) {
     const std::string name = prefix + std::to_string(number);
     pw_properties* properties =
         propertiesOf(library_, std::array<spa_dict_item, 2>{{{PW_KEY_FORMAT_DSP, "32 bit float mono audio"},
                                                              {PW_KEY_PORT_NAME, name.c_str()}}});
-    ports.push_back(library_.pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS,
-                                                sizeof(void*), properties, nullptr, 0));
+    void* const memory = library_.pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS,
+                                                     sizeof(FilterPort), properties, nullptr, 0);
+    if (memory == nullptr) {
+      isDead_ = true;
+      return {};
+    }
+    ports.push_back(new (memory) FilterPort);
   }
   return ports;
 }

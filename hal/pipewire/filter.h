@@ -33,7 +33,7 @@ class Filter {
   [[nodiscard]] bool isDead() const noexcept { return isDead_; }
 
  private:
-  std::vector<void*> addPorts(pw_direction direction, std::size_t count);
+  std::vector<FilterPort*> addPorts(pw_direction direction, std::size_t count);
   void onStateChanged(pw_filter_state state);
 
   const Library& library_;

@@ -19,8 +19,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "hal/pipewire/library.h"
-
 namespace tolvane::test {
 
 namespace {
@@ -69,8 +67,8 @@ context.objects = [
 // A driver apart from the cards. (A card that drives comes last in its own cycle, so what is heard of it is
 // one cycle old.)
 constexpr const char* kDriver = R"(
-    { factory = spa-node-factory args = { factory.name = support.node.driver node.name = Cards-Driver
-        node.group = cards node.freewheel = $UNPACED priority.driver = 40000 } }
+    { factory = spa-node-factory args = { factory.name = $DRIVER library.name = $LIBRARY node.name = Cards-Driver
+        node.group = cards priority.driver = 40000 } }
 )";
 
 void replace(std::string& text, const std::string& placeholder, const std::string& value) {
@@ -81,10 +79,6 @@ const char* rateOf(PipeWirePace pace) {
   switch (pace) {
     case PipeWirePace::slow:
       return "256";
-    case PipeWirePace::unpaced:
-      // Before 1.4 a cycle still has to end within its nominal time: at this rate that is a second even for
-      // the shortest that a test asks for.
-      return "64";
     default:
       return "48000";
   }
@@ -93,12 +87,14 @@ const char* rateOf(PipeWirePace pace) {
 std::string lastServersRate = rateOf(PipeWirePace::realTime);
 
 std::string configOf(const std::vector<PipeWireCard>& cards, PipeWirePace pace) {
-  const bool isRealTime = pace == PipeWirePace::realTime;
   std::string head = kHead;
   replace(head, "$RATE", rateOf(pace));
-  replace(head, "$RATES", isRealTime ? "44100 48000 96000" : rateOf(pace));
+  const bool isSlow = pace == PipeWirePace::slow;
+  replace(head, "$RATES", isSlow ? rateOf(pace) : "44100 48000 96000");
   std::string driver = kDriver;
-  replace(driver, "$UNPACED", pace == PipeWirePace::unpaced ? "true" : "false");
+  const bool isPatient = pace == PipeWirePace::patient;
+  replace(driver, "$DRIVER", isPatient ? "tolvane.patient.driver" : "support.node.driver");
+  replace(driver, "$LIBRARY", isPatient ? "tolvane_patient_driver" : "support/libspa-support");
   std::ostringstream config;
   config << head << driver;
   for (const PipeWireCard& card : cards) {
@@ -176,10 +172,6 @@ pid_t startGuard(const std::string& folder, int pipeEnd) {
 
 }  // namespace
 
-PipeWirePace fastestExactPace() {
-  return hal::pipewire::isSince(pw_get_library_version(), 1, 4) ? PipeWirePace::slow : PipeWirePace::unpaced;
-}
-
 std::vector<PipeWireProperties> nodesOf(const PipeWireCard& card) {
   if (card.isDuplexNode) return {nodeOf(card, "", "Audio/Duplex", card.inputs)};
   std::vector<PipeWireProperties> nodes;
@@ -224,6 +216,7 @@ void PipeWireServer::start() {
   if (pid_ < 0) throw std::runtime_error("cannot fork");
   if (pid_ == 0) {
     ::prctl(PR_SET_PDEATHSIG, SIGKILL);
+    ::setenv("SPA_PLUGIN_DIR", TOLVANE_SPA_PLUGINS, 1);
     ::execlp("pipewire", "pipewire", "-c", configFile_.c_str(), nullptr);
     ::_exit(127);
   }

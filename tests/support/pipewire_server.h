@@ -32,12 +32,8 @@ struct PipeWireCard {
 enum class PipeWirePace {
   realTime,  // a driver by the machine's clock, at 48000 Hz
   slow,  // the same with cycles of 256 frames a second long, so that no stall of the machine makes one late
-  unpaced,  // a driver that begins each cycle when all have finished the last: as fast as it goes, never late
+  patient,  // a driver that begins each cycle when all have finished the last: fast, and nobody is ever late
 };
-
-/// Unpaced where the server can be trusted with it, else slow: one from 1.4 on begins cycles before all have
-/// finished the last.
-[[nodiscard]] PipeWirePace fastestExactPace();
 
 /// Runs from its construction to its destruction, or at the most as long as the test does. Sets
 /// XDG_RUNTIME_DIR, so that every client of this process finds this server and no other, and XDG_CONFIG_HOME.

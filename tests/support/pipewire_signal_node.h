@@ -2,7 +2,9 @@
 #pragma once
 
 #include <array>
+#include <atomic>
 #include <cstdint>
+#include <new>
 #include <span>
 #include <string>
 #include <vector>
@@ -19,10 +21,19 @@ class SignalNode {
 
   SignalNode(PipeWireClient& client, const std::string& name, pw_direction direction, std::size_t ports,
              Process process, void* owner)
-      : client_(client), process_(process), owner_(owner), buffers_(ports) {
+      : client_(client),
+        process_(process),
+        owner_(owner),
+        isOutput_(direction == PW_DIRECTION_OUTPUT),
+        buffers_(ports) {
     static const pw_filter_events kEvents = [] {
       pw_filter_events events{};
       events.version = PW_VERSION_FILTER_EVENTS;
+      events.io_changed = [](void* /*data*/, void* port, std::uint32_t id, void* area,
+                             std::uint32_t /*bytes*/) {
+        if (port != nullptr && id == SPA_IO_Buffers)
+          *static_cast<Handover*>(port) = static_cast<spa_io_buffers*>(area);
+      };
       events.process = [](void* data, spa_io_position* position) {
         static_cast<SignalNode*>(data)->onProcess(position);
       };
@@ -51,20 +62,28 @@ class SignalNode {
   SignalNode& operator=(const SignalNode&) = delete;
 
  private:
+  /// Where the library and the graph hand each other a port's buffers.
+  using Handover = std::atomic<spa_io_buffers*>;
+
   void addPort(pw_direction direction, std::size_t index) {
     const std::string name = "port_" + std::to_string(index);
     const std::array<spa_dict_item, 2> items = {
         {{PW_KEY_FORMAT_DSP, "32 bit float mono audio"}, {PW_KEY_PORT_NAME, name.c_str()}}};
     const spa_dict properties{0, static_cast<std::uint32_t>(items.size()), items.data()};
-    ports_.push_back(pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS, sizeof(void*),
-                                        pw_properties_new_dict(&properties), nullptr, 0));
+    void* const memory =
+        pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS, sizeof(Handover),
+                           pw_properties_new_dict(&properties), nullptr, 0);
+    ports_.push_back(new (memory) Handover);
   }
 
   void onProcess(const spa_io_position* position) {
     if (position == nullptr) return;
     const auto frames = static_cast<std::uint32_t>(position->clock.duration);
     for (std::size_t i = 0; i < ports_.size(); ++i) {
-      buffers_[i] = static_cast<float*>(pw_filter_get_dsp_buffer(ports_[i], frames));
+      // What is sent while nobody takes it would make the port a cycle late for good.
+      const spa_io_buffers* const handover = *ports_[i];
+      const bool isWaiting = isOutput_ && (handover == nullptr || handover->status == SPA_STATUS_HAVE_DATA);
+      buffers_[i] = isWaiting ? nullptr : static_cast<float*>(pw_filter_get_dsp_buffer(ports_[i], frames));
     }
     process_(owner_, position->clock, buffers_);
   }
@@ -74,7 +93,8 @@ class SignalNode {
   void* owner_;
   pw_filter* filter_ = nullptr;
   spa_hook hook_{};
-  std::vector<void*> ports_;
+  bool isOutput_;
+  std::vector<Handover*> ports_;
   std::vector<float*> buffers_;
 };
 

@@ -214,7 +214,7 @@ TEST(PipeWireAggregateReturn, AMemberThatComesBackIsHeardInTime) {
 }
 
 TEST(PipeWireAggregateStart, AMemberThatIsMissingAtTheStartPlaysInItsPlaceWhenItComes) {
-  const PipeWireServer server({kSecond}, fastestExactPace());
+  const PipeWireServer server({kSecond}, PipeWirePace::patient);
   writeAggregates(server, aggregateText("Stage", {kFirst, kSecond}));
   const auto driver = hal::makePipeWireDriver();
   const hal::DeviceInfo device = deviceNamed(*driver, "Stage");
