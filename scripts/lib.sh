@@ -23,10 +23,7 @@ build_preset() {
 
 # run_suite PRESET: all of its tests. Most of them wait for a sound server's cycles, so two share a processor, but not under
 # a sanitizer, which keeps it busy.
-# libjack keeps one database for all of a user's clients. A process that ends inside it leaves locks there, and a dozen of
-# them stop every client; so it is cleared where no server of the user's needs it.
 run_suite() {
-    pgrep -u "$(id -u)" -x 'jackd|jackdbus' >/dev/null || rm -rf "/dev/shm/jack_db-$(id -u)"
     local jobs=$((2 * $(nproc)))
     case $1 in asan | tsan) jobs=$(nproc) ;; esac
     ctest --preset "$1" -j "$jobs"

@@ -22,6 +22,9 @@ namespace {
 constexpr std::uint64_t kPauseNs = 1'000'000;
 // Links come up while the graph runs, and then some cycle is never finished.
 constexpr std::uint64_t kPatienceNs = 3'000'000'000;
+// So it is, in a server from 1.0 on, when the cycle's length changes: whoever counts does so only afterwards.
+constexpr std::uint64_t kPatienceAtAChangeNs = 100'000'000;
+constexpr unsigned kCyclesOfAChange = 20;
 // A process() that only clears up after a cycle that was not finished.
 constexpr std::uint32_t kRecoverFlag = 1U << 1;
 
@@ -109,12 +112,15 @@ class PatientDriver {
     advance();
     isFinished_ = false;
     spa_node_call_ready(&callbacks_, SPA_STATUS_HAVE_DATA | SPA_STATUS_NEED_DATA);
-    if (!isFinished_) wakeAt(nowNs() + kPatienceNs);
+    if (!isFinished_)
+      wakeAt(nowNs() + (sinceChange_ < kCyclesOfAChange ? kPatienceAtAChangeNs : kPatienceNs));
   }
 
   void advance() {
 #if PW_CHECK_VERSION(1, 0, 0)
     const std::uint64_t frames = clock_->target_duration;
+    sinceChange_ = frames == frames_ ? sinceChange_ + 1 : 0;
+    frames_ = frames;
     clock_->rate = clock_->target_rate;
     clock_->position += clock_->duration;
 #else
@@ -158,6 +164,8 @@ class PatientDriver {
   spa_source timer_{};
   spa_io_clock* clock_ = nullptr;
   spa_io_position* position_ = nullptr;
+  std::uint64_t frames_ = 0;  // of the last cycle
+  unsigned sinceChange_ = kCyclesOfAChange;
   bool isStarted_ = false;
   bool isFinished_ = false;
 };

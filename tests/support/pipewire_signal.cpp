@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <bitset>
 #include <cmath>
 #include <mutex>
 #include <optional>
@@ -75,13 +74,13 @@ struct SignalRecorder::State {
   // A lock on the graph's thread is well enough for a test, and gives whole cycles.
   mutable std::mutex mutex;
   std::vector<ReceivedSignal> received;
-  std::bitset<8193> cycleFrames;
+  std::uint64_t lastCycleFrames = 0;
   std::optional<SignalNode> node;
 
   static void process(void* owner, const spa_io_clock& clock, std::span<float* const> buffers) {
     auto& state = *static_cast<State*>(owner);
     const std::lock_guard lock(state.mutex);
-    state.cycleFrames.set(std::min<std::uint64_t>(clock.duration, 8192));
+    state.lastCycleFrames = clock.duration;
     for (std::size_t i = 0; i < buffers.size(); ++i) {
       record(state.received[i], state.channels[i], clock, buffers[i]);
     }
@@ -123,7 +122,6 @@ SignalRecorder::~SignalRecorder() = default;
 void SignalRecorder::reset() {
   const std::lock_guard lock(state_->mutex);
   std::fill(state_->received.begin(), state_->received.end(), ReceivedSignal{});
-  state_->cycleFrames.reset();
 }
 
 std::vector<ReceivedSignal> SignalRecorder::received() const {
@@ -131,13 +129,9 @@ std::vector<ReceivedSignal> SignalRecorder::received() const {
   return state_->received;
 }
 
-std::vector<std::uint32_t> SignalRecorder::cycleFrames() const {
+std::uint64_t SignalRecorder::lastCycleFrames() const {
   const std::lock_guard lock(state_->mutex);
-  std::vector<std::uint32_t> counts;
-  for (std::uint32_t frames = 0; frames < state_->cycleFrames.size(); ++frames) {
-    if (state_->cycleFrames.test(frames)) counts.push_back(frames);
-  }
-  return counts;
+  return state_->lastCycleFrames;
 }
 
 }  // namespace tolvane::test

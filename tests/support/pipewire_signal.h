@@ -53,8 +53,8 @@ class SignalRecorder {
   /// As it stands after a whole cycle.
   [[nodiscard]] std::vector<ReceivedSignal> received() const;
 
-  /// The frame counts of the cycles since the last reset, each once.
-  [[nodiscard]] std::vector<std::uint32_t> cycleFrames() const;
+  /// The frames of the last cycle; 0 before the first.
+  [[nodiscard]] std::uint64_t lastCycleFrames() const;
 
   struct State;
 

@@ -1,0 +1,41 @@
+// Gives each test program a /dev/shm of its own. libjack keeps one database there for all clients of a user,
+// and a process that ends or stands still inside it stops all others: the clients of another test, and the
+// user's own.
+#include <cstdio>
+#include <fstream>
+#include <string>
+
+#include <sched.h>
+#include <sys/mount.h>
+#include <unistd.h>
+
+namespace {
+
+/// A user who is not root may do so only in a namespace where he is.
+bool leaveNamespaces() {
+  if (::unshare(CLONE_NEWNS) == 0) return true;
+  const std::string user = std::to_string(::getuid());
+  const std::string group = std::to_string(::getgid());
+  if (::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+  std::ofstream("/proc/self/setgroups") << "deny";
+  std::ofstream("/proc/self/uid_map") << user + " " + user + " 1";
+  std::ofstream("/proc/self/gid_map") << group + " " + group + " 1";
+  return true;
+}
+
+/// What is mounted here is not to be seen outside.
+bool makePrivate() {
+  for (const char* folder : {"/dev/shm", "/dev", "/"}) {
+    if (::mount(nullptr, folder, nullptr, MS_PRIVATE, nullptr) == 0) return true;
+  }
+  return false;
+}
+
+[[gnu::constructor]] void takePrivateMemory() {
+  if (!leaveNamespaces() || !makePrivate() ||
+      ::mount("tmpfs", "/dev/shm", "tmpfs", MS_NOSUID | MS_NODEV, "mode=1777") != 0) {
+    std::perror("The test shares /dev/shm with other programs, because it cannot have its own");
+  }
+}
+
+}  // namespace
