@@ -48,7 +48,7 @@ class PipeWireCycleRunner : public testing::Test {
     position_.clock.position += 256;
   }
 
-  const Library library_{};
+  Library library_{};
   ClockClient client_;
   CycleRunner runner_{library_, client_, {}, {}};
   spa_io_position position_{};
@@ -96,6 +96,80 @@ TEST_F(PipeWireCycleRunner, AnotherClocksXrunsAreNotOurs) {
   setXrunFrames(64);
   runCycle();
   EXPECT_EQ(client_.overloads, 0);
+}
+
+/// A device of one output, whose port has a single buffer.
+class PipeWireOutputPort : public testing::Test {
+ protected:
+  PipeWireOutputPort() {
+    library_.pw_filter_dequeue_buffer = [](void* port) {
+      return of(port).isFree ? &of(port).buffer : nullptr;
+    };
+    library_.pw_filter_queue_buffer = [](void* port, pw_buffer* /*buffer*/) {
+      ++of(port).queued;
+      return 0;
+    };
+    port_.data.data = port_.samples;
+    port_.data.maxsize = sizeof port_.samples;
+    port_.data.chunk = &port_.chunk;
+    port_.block.datas = &port_.data;
+    port_.buffer.buffer = &port_.block;
+    runner_.setPorts({}, {&port_});
+    runner_.setRunning(true);
+    position_.clock.rate = {1, 48000};
+    position_.clock.duration = 256;
+  }
+
+  void runCycle() {
+    runner_.process(&position_);
+    position_.clock.position += 256;
+  }
+
+  struct Port : hal::pipewire::FilterPort {
+    spa_io_buffers io{};
+    float samples[256]{};
+    spa_chunk chunk{};
+    spa_data data{};
+    spa_buffer block{};
+    pw_buffer buffer{};
+    bool isFree = true;
+    int queued = 0;
+  };
+
+  static Port& of(void* port) { return *static_cast<Port*>(static_cast<hal::pipewire::FilterPort*>(port)); }
+
+  Library library_{};
+  ClockClient client_;
+  CycleRunner runner_{library_, client_, {}, {1}};
+  Port port_;
+  spa_io_position position_{};
+};
+
+TEST_F(PipeWireOutputPort, ThatTheGraphEmptiesIsFilledInEveryCycle) {
+  port_.handover = &port_.io;
+  for (int cycle = 0; cycle < 5; ++cycle) runCycle();
+  EXPECT_EQ(port_.queued, 5);
+  EXPECT_EQ(client_.cycles, 5);
+}
+
+// The library would hand over the old buffer in place of each new one, a cycle late for good.
+TEST_F(PipeWireOutputPort, WhoseLastBufferNobodyHasTakenGetsNoOther) {
+  port_.handover = &port_.io;
+  port_.io.status = SPA_STATUS_HAVE_DATA;
+  runCycle();
+  EXPECT_EQ(port_.queued, 0);
+  EXPECT_EQ(client_.cycles, 1);
+  port_.io.status = SPA_STATUS_NEED_DATA;
+  runCycle();
+  EXPECT_EQ(port_.queued, 1);
+}
+
+TEST_F(PipeWireOutputPort, ThatHasBuffersBeforeItHasSomewhereToPutThemIsNotFilled) {
+  runCycle();
+  EXPECT_EQ(port_.queued, 0);
+  port_.handover = &port_.io;
+  runCycle();
+  EXPECT_EQ(port_.queued, 1);
 }
 
 }  // namespace
