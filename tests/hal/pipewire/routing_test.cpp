@@ -14,7 +14,6 @@
 namespace tolvane::test {
 namespace {
 
-
 /// As many routes as sound at once, to as many outputs as there are: each to another one while they last, and
 /// the inputs in another order than the outputs.
 std::vector<PatchConnection> crossed(unsigned inputs, unsigned outputs) {
