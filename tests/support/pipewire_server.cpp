@@ -19,6 +19,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "hal/pipewire/library.h"
+
 namespace tolvane::test {
 
 namespace {
@@ -171,6 +173,10 @@ pid_t startGuard(const std::string& folder, int pipeEnd) {
 }
 
 }  // namespace
+
+bool isSilentAtAQuantumChange() {
+  return hal::pipewire::isSince(pw_get_library_version(), 1, 4);
+}
 
 std::vector<PipeWireProperties> nodesOf(const PipeWireCard& card) {
   if (card.isDuplexNode) return {nodeOf(card, "", "Audio/Duplex", card.inputs)};

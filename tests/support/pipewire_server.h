@@ -35,6 +35,10 @@ enum class PipeWirePace {
   patient,  // a driver that begins each cycle when all have finished the last: fast, and nobody is ever late
 };
 
+/// Whether the servers of this version interrupt the audio when the quantum changes: from 1.4 on they make
+/// all buffers anew.
+[[nodiscard]] bool isSilentAtAQuantumChange();
+
 /// Runs from its construction to its destruction, or at the most as long as the test does. Sets
 /// XDG_RUNTIME_DIR, so that every client of this process finds this server and no other, and XDG_CONFIG_HOME.
 /// Every failure throws std::runtime_error.

@@ -9,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include "core/patch_connection.h"
-#include "hal/pipewire/library.h"
 #include "support/eventually.h"
 #include "support/pipewire_client.h"
 #include "support/pipewire_server.h"
@@ -112,8 +111,7 @@ class PatchRig {
     const bool isChanged = eventually([&] { return recorder_.lastCycleFrames() == frames; });
     if (!isChanged)
       return ::testing::AssertionFailure() << "the cycle is still " << recorder_.lastCycleFrames();
-    const bool isSilent = hal::pipewire::isSince(pw_get_library_version(), 1, 4);
-    return isSilent ? settle(settled) : ::testing::AssertionSuccess();
+    return isSilentAtAQuantumChange() ? settle(settled) : ::testing::AssertionSuccess();
   }
 
   /// Waits until so much more has come as shows what is not right in the long run.
