@@ -1,4 +1,4 @@
-# The front door, and nothing but a door: each target is one script.
+# Each target only runs its script.
 .PHONY: run test build bench check clean
 run:
 	@scripts/run

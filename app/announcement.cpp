@@ -10,14 +10,13 @@
 namespace tolvane {
 namespace {
 
-/// Waits for the end of the turn; a widget that has one is a notification.
+/// Fires at the end of the event-loop turn. A widget with an Announcement as its child is a notification.
 class Announcement : public QTimer {
  public:
   explicit Announcement(QWidget& widget) : QTimer(&widget) {
     setSingleShot(true);
     callOnTimeout(&widget, [&widget] {
-      // Screen readers say a notification when it is shown. Qt knows an event for announcements only from 6.8
-      // on.
+      // Screen readers say a notification when it is shown. Qt has an event for announcements only since 6.8.
       QAccessibleEvent shown(&widget, QAccessible::ObjectShow);
       QAccessible::updateAccessibility(&shown);
     });

@@ -1,23 +1,24 @@
-// What a screen reader is told as it happens.
+// Notifications for screen readers.
 #pragma once
 
 #include <QWidget>
 
 namespace tolvane {
 
-/// Makes the widget a notification to assistive technology, by its accessible name or, a label, by its text.
-/// To be called as soon as the widget is made, before anything asks what it is. [main-thread]
+/// Makes the widget a notification for assistive technology. A label is announced by its text, any other
+/// widget by its accessible name. Call this right after construction, before anything queries the widget's
+/// accessible interface. [main-thread]
 void makeNotification(QWidget& widget);
 
-/// The same, for where the widget is made.
+/// Does the same and returns the widget, for use in the expression that constructs it.
 template <class Widget>
 [[nodiscard]] Widget* asNotification(Widget* widget) {
   makeNotification(*widget);
   return widget;
 }
 
-/// Has screen readers say the notification once the present turn of the event loop is over: a text that
-/// another one has replaced by then is not said. Saying the same text again is fine. [main-thread]
+/// Screen readers say the notification at the end of the current event-loop turn. They say only the last text
+/// of that turn. The same text may be announced again. [main-thread]
 void announce(QWidget& notification);
 
 }  // namespace tolvane

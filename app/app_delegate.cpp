@@ -13,7 +13,7 @@ namespace {
 constexpr QSize kFirstSize(900, 700);
 constexpr QSize kMinimumSize(700, 500);
 
-/// The middle of the screen, but never with the upper left corner beyond the screen's.
+/// Upper left corner of a window centred on the screen. Never left of or above the screen's own corner.
 QPoint centred(QSize size, const QRect& screen) {
   const QPoint middle = screen.center() - QRect({}, size).center();
   return {qMax(middle.x(), screen.x()), qMax(middle.y(), screen.y())};
@@ -27,7 +27,7 @@ AppDelegate::~AppDelegate() = default;
 void AppDelegate::applicationDidFinishLaunching() {
   const QScreen* const screen = QGuiApplication::primaryScreen();
   if (screen == nullptr) {
-    // Qt can make no window then.
+    // Qt cannot make a window without a screen.
     QObject::connect(
         qGuiApp, &QGuiApplication::screenAdded, &screenWatch_, [this] { applicationDidFinishLaunching(); },
         Qt::SingleShotConnection);

@@ -9,7 +9,7 @@ namespace tolvane {
 
 class TolvaneViewController;
 
-/// Opens the one window and puts the controller into it. It starts and stops no audio. [main-thread]
+/// Opens the only window and puts the controller's view into it. Does not start or stop audio. [main-thread]
 class AppDelegate {
  public:
   AppDelegate();
@@ -17,21 +17,21 @@ class AppDelegate {
   AppDelegate(const AppDelegate&) = delete;
   AppDelegate& operator=(const AppDelegate&) = delete;
 
-  /// Makes the window and shows it; while there is no screen, as soon as there is one. To be called once,
-  /// when the application runs.
+  /// Makes and shows the window. Without a screen, does so when the first one arrives. Call once, when the
+  /// application runs.
   void applicationDidFinishLaunching();
 
-  /// Always: closing the window quits.
+  /// Always true: closing the window quits.
   [[nodiscard]] bool applicationShouldTerminateAfterLastWindowClosed() const noexcept { return true; }
 
-  /// Both null until launching has finished.
+  /// Both are null until launching has finished.
   [[nodiscard]] QMainWindow* window() const noexcept { return window_.get(); }
   [[nodiscard]] TolvaneViewController* tolvaneVC() const noexcept { return tolvaneVC_.get(); }
 
  private:
   QObject screenWatch_;  // waits for the first screen
   std::unique_ptr<QMainWindow> window_;
-  std::unique_ptr<TolvaneViewController> tolvaneVC_;  // goes first, and takes its view out of the window
+  std::unique_ptr<TolvaneViewController> tolvaneVC_;  // destroyed before the window; deletes its view
 };
 
 }  // namespace tolvane

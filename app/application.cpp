@@ -10,12 +10,12 @@
 namespace tolvane {
 
 int runApplication() {
-  // Qt keeps references to both for as long as it lives; it gets our name alone.
+  // Qt keeps references to both for its lifetime. It gets only our name, no arguments.
   static int argc = 1;
   static char name[] = "tolvane";
   static char* argv[] = {name, nullptr};
   QApplication app(argc, argv);
-  // Qt has set the user's locale: numbers stay in the C locale.
+  // Qt has set the user's locale. Numbers stay in the C locale.
   std::setlocale(LC_NUMERIC, "C");
   QGuiApplication::setDesktopFileName(QStringLiteral("tolvane"));
   applyLook();

@@ -4,8 +4,8 @@
 
 namespace tolvane {
 
-/// Draws the cells of the connections table. Their colours stay as they are in a selected row; the focus is
-/// shown for the table as a whole; and what is cut has a tool tip. [main-thread]
+/// Draws the cells of the connections table. A selected row keeps its text colours. Cells draw no focus: the
+/// table as a whole shows it. Truncated text has a tool tip. [main-thread]
 class ConnectionsCellDelegate : public QStyledItemDelegate {
   Q_OBJECT
 

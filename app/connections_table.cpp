@@ -20,7 +20,7 @@ namespace {
 constexpr int kRowHeight = 20;
 constexpr int kHeaderHeight = 22;
 
-/// The one-based number of a zero-based channel; the largest one still has one.
+/// One-based number of a zero-based channel. Does not overflow at the largest channel.
 QString channelText(std::int64_t channel) {
   const QString number =
       channel < 0 ? QString::number(channel + 1) : QString::number(static_cast<std::uint64_t>(channel) + 1);
@@ -43,7 +43,7 @@ QString identifierOf(int column) {
   return QString::fromLatin1(columnAt(column).identifier);
 }
 
-/// The end of the header above the scroll bar.
+/// The part of the header above the scroll bar.
 class HeaderEnd : public QWidget {
  public:
   HeaderEnd() { setFixedHeight(kHeaderHeight); }
@@ -113,14 +113,14 @@ ConnectionsTableView::ConnectionsTableView(QWidget* parent)
   setEditTriggers(NoEditTriggers);
   setSelectionBehavior(SelectRows);
   setSelectionMode(SingleSelection);
-  setShowGrid(false);  // the lines between rows are drawn here, and there are none between columns
+  setShowGrid(false);  // paintEvent draws lines between rows; columns have none
   setTabKeyNavigation(false);
   setWordWrap(false);
   setFrameShape(NoFrame);
   setVerticalScrollBarPolicy(Qt::ScrollBarAlwaysOn);
   setHorizontalScrollMode(ScrollPerPixel);
   addScrollBarWidget(new HeaderEnd, Qt::AlignTop);
-  // Darker than elsewhere: the grey of an inactive route is read on it, too.
+  // Darker than elsewhere, to keep the grey text of inactive routes legible.
   QPalette colors = palette();
   colors.setColor(QPalette::Highlight, calibratedRgb(0.05, 0.24, 0.12));
   setPalette(colors);
@@ -151,7 +151,7 @@ void ConnectionsTableView::reloadData(const std::vector<PatchConnection>& routes
   const int row = selectedRow();
   model_->reload(routes);
   if (row >= 0 && row < model_->rowCount()) {
-    // The row may be out of sight, and it is no reason to scroll.
+    // Selecting a row that is out of sight must not scroll.
     setAutoScroll(false);
     selectionModel()->setCurrentIndex(model_->index(row, 0),
                                       QItemSelectionModel::ClearAndSelect | QItemSelectionModel::Rows);
@@ -187,7 +187,7 @@ void ConnectionsTableView::mousePressEvent(QMouseEvent* event) {
 }
 
 void ConnectionsTableView::keyPressEvent(QKeyEvent* event) {
-  // With nothing selected the keys begin at the first row, wherever the last selection was.
+  // Without a selection, keys start at the first row, not at the last selected one.
   if (selectedRow() < 0) selectionModel()->clearCurrentIndex();
   QTableView::keyPressEvent(event);
 }
@@ -195,7 +195,7 @@ void ConnectionsTableView::keyPressEvent(QKeyEvent* event) {
 void ConnectionsTableView::selectionChanged(const QItemSelection& selected,
                                             const QItemSelection& deselected) {
   QTableView::selectionChanged(selected, deselected);
-  viewport()->update();  // the base repaints the columns alone
+  viewport()->update();  // the base class repaints only the columns
 }
 
 }  // namespace tolvane

@@ -29,7 +29,8 @@ struct ConnectionsCell {
   QColor color;
 };
 
-/// What a route shows in the column with this identifier; the text is empty for any other identifier.
+/// Text and colour of a route in the column with this identifier. The text is empty for an unknown
+/// identifier.
 [[nodiscard]] ConnectionsCell connectionsCell(const PatchConnection& route, QStringView identifier);
 
 /// [main-thread]
@@ -42,7 +43,7 @@ class ConnectionsTableModel : public QAbstractTableModel {
 
   explicit ConnectionsTableModel(QObject* parent = nullptr);
 
-  /// Shows another route list. The views' selection goes with the old one.
+  /// Replaces the route list. The views lose their selection.
   void reload(const std::vector<PatchConnection>& routes);
 
   [[nodiscard]] int rowCount(const QModelIndex& parent = {}) const override;
@@ -54,8 +55,8 @@ class ConnectionsTableModel : public QAbstractTableModel {
   std::vector<PatchConnection> routes_;
 };
 
-/// A row reaches to the right edge of the view, beyond its last column: its band, its line, and clicks on it.
-/// [main-thread]
+/// The table's view. A row's selection band, its line and its click area extend beyond the last column to the
+/// right edge of the view. [main-thread]
 class ConnectionsTableView : public QTableView {
   Q_OBJECT
 
@@ -65,11 +66,11 @@ class ConnectionsTableView : public QTableView {
   /// The selected row, or -1.
   [[nodiscard]] int selectedRow() const;
 
-  /// Shows another route list. The selected row stays selected as long as there is such a row, and the list
-  /// stays scrolled as it is as long as it is long enough.
+  /// Replaces the route list. The selected row stays selected if the new list has a row of that number. The
+  /// scroll position stays if the new list is long enough.
   void reloadData(const std::vector<PatchConnection>& routes);
 
-  /// The cell there; right of the columns, the last cell of the row.
+  /// The cell at this position. Right of the columns, the last cell of the row.
   [[nodiscard]] QModelIndex indexAt(const QPoint& position) const override;
 
   /// The colour of the lines between the rows.

@@ -1,4 +1,4 @@
-// Which device, and whether it runs.
+// Choice of the device; start and stop.
 #include <QLabel>
 
 #include "app/device_menu.h"

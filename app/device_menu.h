@@ -7,17 +7,17 @@
 
 namespace tolvane {
 
-/// The menu of the devices. A choice may stop a running engine, so that only an entry chosen from the opened
-/// menu counts: Up, Down, Space and Enter open it, and the wheel and all other keys do nothing to it while it
-/// is closed. [main-thread]
+/// The device menu. A choice may stop a running engine, so only an entry chosen from the open menu counts.
+/// Up, Down, Space, Return and Enter open the menu. While closed it ignores the wheel and all other keys.
+/// [main-thread]
 class DeviceMenu : public QComboBox {
   Q_OBJECT
 
  public:
   explicit DeviceMenu(QWidget* parent = nullptr);
 
-  /// Lists these devices, each with its name and channel counts, and shows the first as the current one.
-  /// Emits no activated().
+  /// Lists these devices, each with its name and channel counts. The first one becomes current. Does not emit
+  /// activated().
   void setDevices(const std::vector<AudioDeviceInfo>& devices);
 
  protected:

@@ -10,7 +10,7 @@
 
 namespace tolvane {
 std::optional<std::int64_t> parseInteger(std::string_view text) noexcept {
-  // from_chars knows the minus sign alone; a plus sign must be followed by a digit, not by another sign.
+  // from_chars accepts only a minus sign. After a plus sign, another sign is not allowed.
   if (text.starts_with('+')) {
     text.remove_prefix(1);
     if (text.starts_with('-')) return std::nullopt;
@@ -28,7 +28,7 @@ std::optional<float> parseGain(const std::string& text) {
   const ScopedCLocale scope;
   char* stopped = nullptr;
   const float value = std::strtof(text.c_str(), &stopped);
-  // An embedded NUL stops the reading before the end of the text.
+  // strtof stops at an embedded NUL, before the end of the text.
   if (stopped != text.c_str() + text.size()) return std::nullopt;
   return value;
 }

@@ -1,5 +1,4 @@
-// What the user types into the three entry fields, read as it stands: nothing is trimmed, and the user's
-// locale has no say.
+// Parsing and formatting for the three entry fields. Nothing is trimmed. The user's locale has no effect.
 #pragma once
 
 #include <cstdint>
@@ -9,16 +8,16 @@
 
 namespace tolvane {
 
-/// A whole decimal integer: at most one leading sign, then digits and nothing else. None for anything else,
-/// and for what does not fit 64 bits. [any-thread]
+/// Parses a decimal integer: at most one leading sign, then only digits. Returns nullopt for any other text
+/// and for a number that does not fit 64 bits. [any-thread]
 [[nodiscard]] std::optional<std::int64_t> parseInteger(std::string_view text) noexcept;
 
-/// A floating-point number in any form that the C library reads (decimal, exponent, hexadecimal, infinity,
-/// not-a-number), over the whole text. None for anything else, also for leading white space. A number too
-/// large becomes infinity. [not-io]
+/// Parses a floating-point number in any form that the C library reads: decimal, exponent, hexadecimal,
+/// infinity, not-a-number. The number must span the whole text, without leading white space; otherwise
+/// returns nullopt. A number too large becomes infinity. [not-io]
 [[nodiscard]] std::optional<float> parseGain(const std::string& text);
 
-/// The gain as "%.2f" writes it. [not-io]
+/// Formats the gain as "%.2f" does in the C locale. [not-io]
 [[nodiscard]] std::string formatGain(float gain);
 
 }  // namespace tolvane

@@ -1,4 +1,4 @@
-// The ring that shows which control gets the keys.
+// The ring that shows which control has the keyboard focus.
 #pragma once
 
 #include <QWidget>
@@ -8,8 +8,8 @@ namespace tolvane {
 /// Draws the ring along the inside of a frame's edge.
 void drawFocusRing(QPainter& painter, const QRectF& frame, qreal cornerRadius);
 
-/// The ring of a control that cannot draw one around its parts: it lies over the whole of `frame` while
-/// `control`, a part of it, has the focus, and lets the pointer through. Belongs to `frame`. [main-thread]
+/// Focus ring for a control that cannot draw one around its parts. Covers the whole of `frame` while
+/// `control`, a part of it, has the focus. Lets the pointer through. `frame` owns the ring. [main-thread]
 class FocusRing : public QWidget {
   Q_OBJECT
 

@@ -13,7 +13,7 @@ namespace {
 
 using Paragraphs = std::vector<std::unique_ptr<QTextLayout>>;
 
-/// Breaks the text into lines of at most `width`, a layout for each paragraph.
+/// Breaks the text into lines of at most `width`. Returns one layout per paragraph.
 Paragraphs layOut(const QString& text, const QFont& font, qreal width) {
   Paragraphs paragraphs;
   for (const QString& paragraph : text.split(u'\n')) {
@@ -27,7 +27,7 @@ Paragraphs layOut(const QString& text, const QFont& font, qreal width) {
   return paragraphs;
 }
 
-/// An empty paragraph has one line as well.
+/// Counts an empty paragraph as one line.
 int lineCount(const Paragraphs& paragraphs) {
   int count = 0;
   for (const auto& layout : paragraphs) count += std::max(layout->lineCount(), 1);
@@ -64,7 +64,7 @@ void TextBlockLabel::paintEvent(QPaintEvent* /*event*/) {
   painter.setPen(palette().color(foregroundRole()));
   const QRectF area = contentsRect();
   const Paragraphs paragraphs = layOut(text(), font(), area.width());
-  // A fifth of the font's size between the lines reads well; less where there is no room for it.
+  // A gap of a fifth of the font size reads well. It shrinks if the height is too small.
   const qreal lineHeight = std::min(font().pixelSize() * 1.2, area.height() / lineCount(paragraphs));
   qreal y = area.top();
   for (const auto& layout : paragraphs) {

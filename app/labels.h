@@ -1,12 +1,12 @@
-// The two labels whose text does not fit the way a plain label would draw it.
+// Two labels for text that does not fit a plain label.
 #pragma once
 
 #include <QLabel>
 
 namespace tolvane {
 
-/// A label for one line of any text. Line feeds are drawn as blanks and what is too long ends in an ellipsis;
-/// text() keeps the whole, and so does the tool tip when not all of it shows. [main-thread]
+/// A label for one line of any text. Draws line feeds as blanks and elides long text at the end. text() keeps
+/// the whole text. The tool tip shows the whole text if the label does not. [main-thread]
 class LineLabel : public QLabel {
   Q_OBJECT
 
@@ -22,8 +22,8 @@ class LineLabel : public QLabel {
   [[nodiscard]] QString visibleLine() const;
 };
 
-/// A label for several lines of plain text, from the top. Lines wrap at the width; when all would not fit the
-/// height at the font's own spacing, they move closer. [main-thread]
+/// A label for several lines of plain text, from the top. Lines wrap at the width. They move closer if they
+/// do not fit the height. [main-thread]
 class TextBlockLabel : public QLabel {
   Q_OBJECT
 

@@ -1,4 +1,4 @@
-// Builds every control of the window from the layout table, and wires it.
+// Builds every control of the window from the layout table and wires it.
 #include <QAbstractButton>
 #include <QLabel>
 #include <QLineEdit>
@@ -64,7 +64,7 @@ QWidget* makeTextField(const LayoutRow& row) {
 }
 
 QWidget* makeScrollView() {
-  // The table scrolls itself, so that its header stays; this is the frame around it.
+  // Only a frame around the table. The table scrolls itself, so its header stays in place.
   auto* const scrollView = new QScrollArea;
   scrollView->setWidgetResizable(true);
   scrollView->setFrameStyle(QFrame::StyledPanel | QFrame::Sunken);
@@ -80,7 +80,7 @@ QWidget* makeTableView(const LayoutRow& row) {
   return table;
 }
 
-/// Where the Tab key stops in a control: itself or a part of it; null for what takes no keys.
+/// The widget where the Tab key stops: the control or a part of it. Null if neither takes keys.
 QWidget* tabStop(QWidget* control) {
   if (control->focusPolicy() & Qt::TabFocus) return control;
   for (QWidget* const part : control->findChildren<QWidget*>()) {
@@ -111,7 +111,7 @@ void TolvaneViewController::setupUI() {
     if (stop != nullptr) previous = stop;
   }
   adoptControls();
-  // On some desktops a screen reader takes the name of a pop-up button from its label alone.
+  // On some desktops a screen reader takes the name of a pop-up button only from its label.
   view_->findChild<QLabel*>(QStringLiteral("deviceHeading"))->setBuddy(devicePopup_);
 }
 
@@ -135,7 +135,7 @@ QWidget* TolvaneViewController::makeControl(const LayoutRow& row) {
     case ControlKind::textField:
       return makeTextField(row);
     case ControlKind::patchMatrix:
-      // At its size from the start: its corner stays where it was built.
+      // Built at its final size: the matrix keeps its corner where it was built.
       return new PatchMatrixView(QRect({}, row.frame.size()));
     case ControlKind::scrollView:
       return makeScrollView();

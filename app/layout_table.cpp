@@ -27,7 +27,7 @@ constexpr const char* kHowItWorks =
     "HOT CHANGES:  Add/remove connections while running — changes apply within one buffer cycle with no "
     "clicks or dropouts.";
 
-// Shorthands for the rows that come often.
+// Shorthands for frequent kinds of rows.
 constexpr LayoutRow label(const char* name, QRect frame, const char* text, Font font, int pixels,
                           double white) {
   return {.kind = Kind::label,

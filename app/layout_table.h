@@ -1,4 +1,4 @@
-// Every control of the window and every column of the connections table, as data.
+// Every control of the window, as data.
 #pragma once
 
 #include <QRect>
@@ -24,20 +24,21 @@ enum class ControlKind {
 
 enum class FontChoice { byDefault, system, bold, monospaced };
 
-/// One control. Only what its kind uses is set.
+/// One control. Fields that its kind does not use keep their defaults.
 struct LayoutRow {
   ControlKind kind;
-  const char* name;       // object name; for what the controller keeps a reference to, the field's name
+  const char* name;       // object name; also the controller's field name if it has one
   QRect frame;            // lower left corner and size in the root view
   const char* text = "";  // UTF-8; also a text field's placeholder
   FontChoice font = FontChoice::byDefault;
   int fontPixels = 0;
   double white = 0.0;               // grey of the text, or of the background
   const char* action = nullptr;     // the controller's operation that the control calls
-  const char* accessibleName = "";  // UTF-8; where the text alone does not say it
+  const char* accessibleName = "";  // UTF-8; set if the text alone does not name the control
 };
 
-/// In the order of creation, which is the reading order and the order from back to front.
+/// All controls in order of creation. This is also the reading order, and the stacking order from back to
+/// front.
 [[nodiscard]] std::span<const LayoutRow> layoutRows() noexcept;
 
 /// The size of the whole view.

@@ -35,7 +35,7 @@ void setColors(QPalette& palette) {
   palette.setColor(QPalette::LinkVisited, calibratedRgb(0.18, 0.65, 0.38));
 }
 
-/// Fusion derives its disabled look from these; left alone they would stay as bright as the others.
+/// Fusion derives its disabled look from these colours. By default they are as bright as the enabled ones.
 void setDisabledColors(QPalette& palette) {
   for (const auto role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText, QPalette::ToolTipText,
                           QPalette::HighlightedText, QPalette::PlaceholderText}) {

@@ -11,21 +11,20 @@ namespace tolvane {
 [[nodiscard]] QColor runningColor();
 [[nodiscard]] QColor stoppedColor();
 
-/// The ring of the control that gets the keys; the matrix has the same around its cell.
+/// The ring of the control with the keyboard focus. The matrix has the same ring around its focus cell.
 [[nodiscard]] QColor focusColor();
 
 /// The dark palette of the whole program, the disabled state included.
 [[nodiscard]] QPalette applicationPalette();
 
-/// The size of controls without a font of their own.
+/// Font size of controls without a font of their own.
 inline constexpr int kDefaultFontPixels = 13;
 
 /// The desktop's interface font and its fixed-pitch font, in pixels. A QGuiApplication must exist.
 [[nodiscard]] QFont systemFont(int pixels, bool bold = false);
 [[nodiscard]] QFont monospacedFont(int pixels);
 
-/// The Fusion style, the palette, the default font and the icon, for the one application object.
-/// [main-thread]
+/// Sets style, palette, default font, tool tips and icon of the application object. [main-thread]
 void applyLook();
 
 }  // namespace tolvane

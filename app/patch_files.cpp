@@ -1,4 +1,4 @@
-// Patch files, through the save and the open panel.
+// Saving and loading patch files through file panels.
 #include <QFile>
 #include <QFileInfo>
 
@@ -10,7 +10,7 @@ namespace tolvane {
 void TolvaneViewController::savePatch() {
   auto* const panel = new PatchPanel(QFileDialog::AcceptSave);
   panel->selectFile(QStringLiteral("mypatch.json"));
-  // With this as the context nothing is called once the controller is gone.
+  // `this` as the context: nothing is called once the controller is destroyed.
   connect(panel, &QFileDialog::accepted, this,
           [this, panel] { writePatch(panel->selectedFiles().value(0)); });
   panel->show();
@@ -27,7 +27,7 @@ void TolvaneViewController::writePatch(const QString& path) {
   const PatchEncodeResult encoded = encodePatch(connections_);
   if (!encoded) return;
   QFile file(path);
-  // Whether it could be written is not reported.
+  // A failed write is not reported.
   if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
     file.write(encoded.value().data(), static_cast<qint64>(encoded.value().size()));
   }

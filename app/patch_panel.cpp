@@ -27,8 +27,8 @@ bool hidesAnother(const QWidget& panel) {
 }  // namespace
 
 PatchPanel::PatchPanel(AcceptMode mode) {
-  // Qt's panels note folders and history in a settings file. Nothing can be made here, so they neither read
-  // nor write one.
+  // Qt's panels keep folders and history in a settings file. Nothing can be created under this path, so they
+  // neither read nor write one.
   QSettings::setPath(QSettings::NativeFormat, QSettings::UserScope, QStringLiteral("/dev/null"));
   setAcceptMode(mode);
   setFileMode(mode == AcceptSave ? AnyFile : ExistingFile);
@@ -36,13 +36,13 @@ PatchPanel::PatchPanel(AcceptMode mode) {
   setDefaultSuffix(QStringLiteral("json"));
   setModal(false);
   setAttribute(Qt::WA_DeleteOnClose);
-  // The program ends with its window, whatever panel is still open.
+  // An open panel does not keep the program running once the window is closed.
   setAttribute(Qt::WA_QuitOnClose, false);
 }
 
 void PatchPanel::accept() {
   const QString path = selectedFiles().value(0);
-  // The desktop's own panel has no field here, and sees to the type itself.
+  // The desktop's native panel has no such field and checks the type itself.
   auto* const nameField = findChild<QLineEdit*>(QStringLiteral("fileNameEdit"));
   if (nameField == nullptr || path.isEmpty() || isJson(path) || QFileInfo(path).isDir()) {
     QFileDialog::accept();

@@ -1,12 +1,12 @@
-// The panel in which the user names a patch file.
+// The panel where the user names a patch file.
 #pragma once
 
 #include <QFileDialog>
 
 namespace tolvane {
 
-/// A panel that stands free beside the window, for JSON files alone; it deletes itself when it is closed. It
-/// opens a little off any other that is open, and leaves nothing on the disk. [main-thread]
+/// A panel for JSON files only, not modal. Deletes itself when closed. Opens offset from other open panels.
+/// Leaves no settings or history on the disk. [main-thread]
 class PatchPanel : public QFileDialog {
   Q_OBJECT
 
@@ -14,7 +14,7 @@ class PatchPanel : public QFileDialog {
   explicit PatchPanel(AcceptMode mode);
 
  protected:
-  /// Saving, a name of another type gets the suffix as well; opening, a file of another type is not taken.
+  /// When saving, appends ".json" to a name of another type. When opening, refuses a file of another type.
   void accept() override;
   void showEvent(QShowEvent* event) override;
 };

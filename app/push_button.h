@@ -4,7 +4,7 @@
 
 namespace tolvane {
 
-/// A push button that Return and Enter work as Space does: pressed with the key, clicked when it is let go.
+/// A push button that treats Return and Enter like Space: key down presses it, key up clicks it.
 /// [main-thread]
 class PushButton : public QPushButton {
   Q_OBJECT

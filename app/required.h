@@ -6,7 +6,7 @@
 
 namespace tolvane {
 
-/// The control; one that is missing is a mistake of ours and ends the process.
+/// Returns the control. A missing control is a programming error and ends the process.
 template <class Control>
 [[nodiscard]] Control& required(const QPointer<Control>& control) {
   if (control.isNull()) fatal("a control of the window is missing");

@@ -21,7 +21,8 @@ QColor buttonFill(const QStyleOption& option) {
   return (option.state & QStyle::State_MouseOver) ? color.lighter(118) : color;
 }
 
-/// A click on a button is no reason for a ring.
+/// True if the widget has the focus and the user moves the focus by keyboard. A click on a button shows no
+/// ring.
 bool hasKeyboardFocus(const QStyleOption& option) {
   return (option.state & QStyle::State_HasFocus) && (option.state & QStyle::State_KeyboardFocusChange);
 }
@@ -48,7 +49,8 @@ void drawHeaderSection(const QStyleOption& option, QPainter& painter) {
   painter.fillRect(right, option.palette.color(QPalette::Light));
 }
 
-/// The thumb of a scroll bar: as long a part of the bar as the visible part is of the whole.
+/// Rectangle of a scroll bar's thumb. Its share of the bar is the visible share of the whole, but at least
+/// kShortestThumb.
 QRect thumbOf(const QStyleOptionSlider& bar) {
   const bool isHorizontal = bar.orientation == Qt::Horizontal;
   const int length = isHorizontal ? bar.rect.width() : bar.rect.height();
@@ -86,7 +88,7 @@ void RoundedStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* o
   if (element == PE_PanelButtonCommand) return drawButton(*option, *painter);
   if (element == PE_FrameLineEdit) return drawFieldFrame(*option, *painter, widget);
   if (element == PE_FrameFocusRect) {
-    // A push button's ring is drawn with its panel.
+    // drawButton draws a push button's ring.
     const bool isPushButton = qobject_cast<const QPushButton*>(widget) != nullptr;
     if (hasKeyboardFocus(*option) && !isPushButton) drawFocusRing(*painter, option->rect, kFieldCornerRadius);
     return;

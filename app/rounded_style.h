@@ -5,9 +5,9 @@
 
 namespace tolvane {
 
-/// Fusion with flat buttons of rounder corners, one ring for whatever has the focus, a plain table header and
-/// slim scroll bars without arrows, which show nothing while there is nothing to scroll. A title too long for
-/// its pop-up button gives way in its middle. [main-thread]
+/// Fusion with flat, rounder buttons, one focus ring for all controls, a plain table header and slim scroll
+/// bars without arrows. A scroll bar shows no thumb if there is nothing to scroll. A pop-up button elides a
+/// long title in the middle. [main-thread]
 class RoundedStyle : public QProxyStyle {
   Q_OBJECT
 

@@ -1,4 +1,4 @@
-// Everything that changes the route list, and its publication to a running engine.
+// All changes of the route list, and its publication to a running engine.
 #include <QLineEdit>
 #include <algorithm>
 #include <utility>
@@ -16,7 +16,7 @@ std::string typed(const QLineEdit& field) {
   return field.text().toStdString();
 }
 
-/// The zero-based index of the one-based channel typed by the user.
+/// Zero-based index of the one-based channel typed by the user.
 std::optional<std::int64_t> channelIndex(const QLineEdit& field) {
   const auto channel = parseInteger(typed(field));
   if (!channel || *channel < 1) return std::nullopt;
@@ -65,8 +65,8 @@ void TolvaneViewController::presetThru12() {
 }
 
 void TolvaneViewController::toggleConnection(std::int64_t input, std::int64_t output) {
-  // Only a route with unit gain is taken away: one with another gain is the user's own work, and a click on
-  // its cell adds a plain route beside it.
+  // A click removes only an active route with gain 1.0. A route with another gain is the user's own work; a
+  // click on its cell adds a plain route beside it.
   const PatchConnection plain{input, output, 1.0F, true};
   const auto found = std::ranges::find(connections_, plain);
   if (found == connections_.end()) {

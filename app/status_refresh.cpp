@@ -1,4 +1,4 @@
-// The status line, and the display of what is true now.
+// The status line, and refreshing all that shows the current state.
 #include <QLabel>
 #include <QMetaObject>
 #include <QPushButton>
@@ -42,7 +42,7 @@ void TolvaneViewController::updateStartStopButton() {
 }
 
 void TolvaneViewController::setStatus(const QString& text) {
-  // Posted to the label itself: the texts stay in order, and those still waiting go with the label.
+  // Posted to the label: texts stay in order, and pending ones are dropped with the label.
   QLabel* const label = &required(statusLabel_);
   QMetaObject::invokeMethod(
       label,

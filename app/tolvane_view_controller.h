@@ -23,42 +23,42 @@ class PatchMatrixView;
 class RootView;
 struct LayoutRow;
 
-/// Owns the device list, the selected device and the route list, reacts to every control and drives
-/// CoreAudioEngine::shared(). The route list is the one truth for table, matrix, engine and patch file: each
-/// change of it is published to the engine while that runs, then shown.
+/// Owns the device list, the selected device and the route list. Handles every control and drives
+/// CoreAudioEngine::shared(). Table, matrix, engine and patch file all follow the route list. A change is
+/// published to the engine if it runs, then shown.
 ///
-/// Everything is [main-thread] but setStatus. Asking for a control before view() was called, or after it was
-/// destroyed, ends the process.
+/// Everything is [main-thread] except setStatus. An operation that needs a control ends the process before
+/// view() is called and after the view is destroyed.
 class TolvaneViewController : public QObject {
   Q_OBJECT
 
  public:
   explicit TolvaneViewController(QObject* parent = nullptr);
-  /// Takes its view along. The engine is left as it is.
+  /// Deletes its view. Leaves the engine as it is.
   ~TolvaneViewController() override;
 
-  /// The content of the window, 920 x 720, built and filled with the device list on the first call. The
-  /// controls in it carry the names of the fields below as object names, and the name of the operation that
-  /// they call as the property "action".
+  /// The content of the window, 920 x 720. The first call builds it and fills in the device list. Controls
+  /// have the names of the fields below as object names. Their property "action" is the name of the operation
+  /// that they call.
   QWidget* view();
 
   /// In menu order.
   [[nodiscard]] const std::vector<AudioDeviceInfo>& devices() const noexcept { return devices_; }
-  /// What Start will use.
+  /// The device that Start will use.
   [[nodiscard]] const std::optional<AudioDeviceInfo>& selectedDevice() const noexcept {
     return selectedDevice_;
   }
-  /// In the order in which they were added.
+  /// In order of addition.
   [[nodiscard]] const std::vector<PatchConnection>& connections() const noexcept { return connections_; }
 
-  /// Shows the text in the status line, later, on the main thread; texts come in the order of the calls.
-  /// [not-io]
+  /// Posts the text to the status line on the main thread. Texts appear in order of the calls. [not-io]
   void setStatus(const QString& text);
 
  public Q_SLOTS:
-  /// Stops the engine, asks for the devices anew and adopts the first one. With none, the old one stays.
+  /// Stops the engine, lists the devices again and selects the first one. If there is none, the old selection
+  /// stays.
   void refreshDevices();
-  /// Adopts the device chosen in the menu: stops the engine, keeps the routes.
+  /// Selects the device chosen in the menu. Stops the engine and keeps the routes.
   void deviceSelected();
   void addConnection();
   void removeConnection();
@@ -66,7 +66,7 @@ class TolvaneViewController : public QObject {
   void presetStereoToHeadphones();
   void presetThru12();
   void startStopTapped();
-  /// Both return at once; their panel does the rest when it is confirmed.
+  /// Both open a panel and return at once. The file is written or read when the user confirms the panel.
   void savePatch();
   void loadPatch();
 

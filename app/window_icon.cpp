@@ -9,7 +9,7 @@ namespace {
 
 constexpr double kDesignSize = 256.0;
 constexpr int kCells = 4;                                      // in each direction
-constexpr std::array<int, kCells> kLitColumns = {0, 2, 3, 1};  // of each row
+constexpr std::array<int, kCells> kLitColumns = {0, 2, 3, 1};  // lit cell of each row
 
 void drawCell(QPainter& painter, int row, int column) {
   const bool isLit = kLitColumns.at(static_cast<std::size_t>(row)) == column;

@@ -4,8 +4,8 @@
 
 namespace tolvane {
 
-/// The program's icon, as packaging/icons/tolvane.svg has it, drawn here: the window has it wherever the
-/// program lies, installed or not. A QGuiApplication must exist. [main-thread]
+/// The program's icon, the same as packaging/icons/tolvane.svg. Drawn in code, so the window has it even if
+/// the program is not installed. A QGuiApplication must exist. [main-thread]
 [[nodiscard]] QIcon windowIcon();
 
 }  // namespace tolvane

@@ -8,7 +8,7 @@
 namespace tolvane {
 
 void fatal(const char* message) noexcept {
-  // One write of one line: this may be the IO thread, and standard error may be shared with others.
+  // A single write: the caller may be the IO thread, and other processes may share standard error.
   char line[256];
   const int length = std::snprintf(line, sizeof line, "tolvane: fatal: %s\n", message);
   const auto size =

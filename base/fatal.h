@@ -2,8 +2,8 @@
 
 namespace tolvane {
 
-/// Ends the process (abort) after one line on standard error, "tolvane: fatal: " and the message: for what
-/// cannot happen in correct operation. [any-thread]
+/// Writes the line "tolvane: fatal: <message>" to standard error and aborts the process. For states that
+/// cannot occur in correct operation. [any-thread]
 [[noreturn]] void fatal(const char* message) noexcept;
 
 }  // namespace tolvane

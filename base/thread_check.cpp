@@ -11,7 +11,7 @@ namespace tolvane {
 
 namespace {
 
-// How many scopes this thread is in. Its address stands for the thread.
+// The number of scopes this thread is in. The address of the variable identifies the thread.
 thread_local int callbacksHere = 0;
 
 constinit std::atomic<const void*> mainThread = nullptr;

@@ -1,14 +1,15 @@
-// The thread tags of hal/core_audio.h, asserted. In builds with TOLVANE_DEBUG_CHECKS a function that is
-// called where its tag forbids it ends the process with one line that names it. In other builds nothing of
-// this is left.
+// Asserts the thread tags of hal/core_audio.h. In builds with TOLVANE_DEBUG_CHECKS, a function that is called
+// where its tag forbids it ends the process with one line that names the function. Other builds compile the
+// checks away.
 #pragma once
 
 namespace tolvane {
 
 #if defined(TOLVANE_DEBUG_CHECKS)
 
-/// While one of these lives, its thread is inside an IO callback. Whoever calls a callback makes one around
-/// the call, and so does a callback that a system's own HAL calls. [any-thread]
+/// Marks its thread as inside an IO callback for the lifetime of the scope. Whoever calls an IO callback
+/// makes a scope around the call. A callback that the operating system's HAL calls makes one itself.
+/// [any-thread]
 class IoCallbackScope {
  public:
   IoCallbackScope() noexcept;
@@ -17,17 +18,17 @@ class IoCallbackScope {
   IoCallbackScope& operator=(const IoCallbackScope&) = delete;
 };
 
-/// At the start of a [not-io] function, which `function` is: ends the process inside an IO callback.
-/// [any-thread]
+/// Called at the start of a [not-io] function. Ends the process inside an IO callback. `function` is the name
+/// of the caller. [any-thread]
 void checkNotIo(const char* function = __builtin_FUNCTION()) noexcept;
 
-/// At the start of a [main-thread] function: ends the process inside an IO callback, and on every thread but
-/// the main one. That is the thread which calls such a function first: in the window, in tolvanectl and in a
-/// test the one that runs main(). [any-thread]
+/// Called at the start of a [main-thread] function. Ends the process inside an IO callback and on any thread
+/// but the main one. The main thread is the first thread to call such a function: in the window, in
+/// tolvanectl and in a test it is the one that runs main(). [any-thread]
 void checkMainThread(const char* function = __builtin_FUNCTION()) noexcept;
 
-/// From now on the calling thread is the main thread: for a program that hands the role over. The one before
-/// it has finished. [not-io]
+/// Makes the calling thread the main thread, for a program that hands the role over. The previous main thread
+/// must have finished. [not-io]
 void becomeMainThread() noexcept;
 
 #else

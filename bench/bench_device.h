@@ -1,4 +1,4 @@
-// A device's buffers for one cycle, as a driver would lay them out: each stream on a cache line of its own.
+// A device's buffers for one cycle, in a driver's layout: each stream on a cache line of its own.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@
 namespace tolvane::bench {
 
 enum class Arrangement {
-  planar,       // one stream to a channel
+  planar,       // one stream per channel
   interleaved,  // one stream of all channels
 };
 
@@ -33,17 +33,18 @@ class BenchStreams {
   std::unique_ptr<std::byte[]> records_;
 };
 
-/// A device with as many inputs as outputs (or not), its routes published.
+/// A device with its buffers, its routing context and its published routes.
 struct BenchDevice {
   BenchDevice(Arrangement arrangement, std::size_t inputs, std::size_t outputs, std::size_t cycleFrames);
 
-  /// Publishes `count` routes: route k goes from input k to output k % `into`, both around the end.
-  /// The list stays the device's.
+  /// Publishes `count` routes. Route k goes from input k to output k % `into`; both wrap around at the
+  /// channel counts. The device owns the returned list.
   const std::vector<PatchConnection>& publish(std::size_t count, std::size_t into, float gain);
 
-  /// One call of the routing.
+  /// Calls the routing once.
   void cycle();
-  /// The rival: copies each input buffer over the output buffer, as far as there are both.
+  /// The rival: copies each input buffer to the output buffer of the same number, up to the smaller count and
+  /// size.
   void copy();
   /// Sets every output buffer to zero, one by one.
   void clear();

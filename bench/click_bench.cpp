@@ -1,4 +1,4 @@
-// What lies between a click on a cell of the matrix and the routes that the next cycle uses.
+// Time from a click on a cell of the matrix to the publication of the routes for the next cycle.
 #include <QApplication>
 #include <QComboBox>
 #include <QMainWindow>
@@ -24,7 +24,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// Notes on a thread of its own when the live buffer of the running engine changes.
+/// Watches the live buffer of the running engine on a thread of its own and records when it changes.
 class PublicationWatch {
  public:
   PublicationWatch() : thread_([this] { run(); }) {}
@@ -35,7 +35,7 @@ class PublicationWatch {
   PublicationWatch(const PublicationWatch&) = delete;
   PublicationWatch& operator=(const PublicationWatch&) = delete;
 
-  /// When the publication that makes `count` of them was seen.
+  /// Waits until `count` publications were seen. Returns the time of the last one.
   [[nodiscard]] Clock::time_point timeOf(std::uint64_t count) const {
     while (count_.load(std::memory_order_acquire) < count) std::this_thread::yield();
     return last_;
@@ -94,7 +94,7 @@ class RunningWindow {
   QWidget* canvas_ = nullptr;
 };
 
-// Argument: the routes that there are besides the one that is clicked.
+// Argument: number of routes besides the clicked one.
 void clickToPublishedRoutes(benchmark::State& state) {
   RunningWindow window;
   for (int route = 0; route < state.range(0); ++route) window.click(1 + route / 16, route % 16);
@@ -104,7 +104,7 @@ void clickToPublishedRoutes(benchmark::State& state) {
     const auto begin = Clock::now();
     window.click(0, 19);
     state.SetIterationTime(std::chrono::duration<double>(watch.timeOf(before + 1) - begin).count());
-    // What the click has asked to be drawn is none of the next one's time.
+    // Draws what this click has changed, so the next measurement does not include it.
     QApplication::processEvents();
   }
 }

@@ -13,7 +13,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int kRounds = 4000;
 constexpr double kNearly = 0.92;
 
-/// Additions in a nanosecond, of as many independent chains as a core adds at once.
+/// Additions per nanosecond, on as many independent chains as a core adds at once.
 double additionsInANanosecond() {
   std::uint64_t a = 0;
   std::uint64_t b = 0;
@@ -24,7 +24,7 @@ double additionsInANanosecond() {
 #pragma GCC unroll 10
     for (int i = 0; i < 10; ++i) {
       ++a, ++b, ++c, ++d;
-      // As if each were looked at: or the compiler would make one addition of all.
+      // Keeps the compiler from merging the additions into one.
       __asm__ volatile("" : "+r"(a), "+r"(b), "+r"(c), "+r"(d));
     }
   }

@@ -1,18 +1,18 @@
-// Tells whether something else runs on the same physical core: another processor of the machine that is a
-// second thread of it, or another guest of the host that is. Such a neighbour takes up to half of what the
-// core computes and less of what it copies, and so changes a ratio of the two.
+// Tells whether something else runs on the same physical core. That may be another processor of the machine,
+// as a second thread of the core, or another guest of the host. Such a neighbour takes up to half of the
+// core's computing but less of its copying. So it changes a ratio of the two.
 #pragma once
 
 namespace tolvane::bench {
 
-/// Watches the core that the calling thread runs on, by how many independent additions it does in a
-/// nanosecond: the fewer, the more somebody else does there.
+/// Watches the calling thread's core by its rate of independent additions. The lower the rate, the busier the
+/// neighbour.
 class CoreWatch {
  public:
   /// Takes half a second, to see the core at its fastest.
   CoreWatch();
 
-  /// Whether the core does nearly as much as the most that was ever seen. Takes a few microseconds.
+  /// Whether the rate is close to the highest seen so far. Takes a few microseconds.
   [[nodiscard]] bool isAlone();
 
  private:

@@ -1,5 +1,4 @@
-// The cost of a cycle: routes, channels, frames and arrangement of the buffers, each against copying the
-// device's bytes.
+// The cost of a cycle by routes, channels, frames and buffer arrangement, against copying the device's bytes.
 #include "bench/cycle_bench.h"
 
 #include <cstddef>

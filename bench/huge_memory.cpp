@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kHugePage = std::size_t{2} << 20U;
 constexpr std::size_t kPlaces = 16;
-constexpr std::size_t kPlaceBytes = std::size_t{17} * 64;  // no two at the same place of a small page
+constexpr std::size_t kPlaceBytes = std::size_t{17} * 64;  // all at different offsets in a small page
 
 std::size_t nextPlace() {
   static std::size_t count = 0;

@@ -1,6 +1,6 @@
-// Memory whose place in the caches is no matter of luck. The second cache is told apart by physical
-// addresses: buffers of many small pages, put wherever pages are free, may push one another out of it in one
-// run and not in the next.
+// Memory with the same place in the caches in every run. Physical addresses decide the place in the second
+// cache. Buffers of many small pages lie wherever pages are free, so they may evict each other in one run and
+// not in the next.
 #pragma once
 
 #include <cstddef>
@@ -8,14 +8,14 @@
 
 namespace tolvane::bench {
 
-/// Samples in huge pages, where the system has them; each block begins at another place of its page, as
-/// blocks of a heap do.
+/// Samples in huge pages, if the system has them. Each block starts at another offset in its page, as heap
+/// blocks do.
 class HugeMemory {
  public:
   /// Throws std::bad_alloc.
   explicit HugeMemory(std::size_t samples);
 
-  /// The first sample, on a cache line.
+  /// The first sample, at the start of a cache line.
   [[nodiscard]] float* samples() noexcept { return samples_; }
 
  private:

@@ -1,6 +1,6 @@
-// The share of one processor that a running route takes: the CPU time of the virtual device's IO thread, 18
-// inputs and 20 outputs, 64 frames a cycle, against the time that the cycles stand for; and what a thread
-// takes that sleeps to the same deadlines and does nothing else.
+// Share of one processor that a running route takes: the CPU time of the virtual device's IO thread against
+// the length of the cycles, with 18 inputs, 20 outputs and 64 frames a cycle. The reference is a thread that
+// only sleeps to the same deadlines.
 //
 // Prints one line: case|ours|rival|ratio|limit.
 #include <algorithm>
@@ -30,7 +30,7 @@ double threadCpuSeconds() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-/// The median of the differences between neighbours, over the cycles of a window.
+/// Seconds per cycle: the median of the differences between neighbours, divided by the cycles of a window.
 double secondsACycle(const std::vector<double>& seconds) {
   std::vector<double> windows;
   for (std::size_t w = 1; w < seconds.size(); ++w) windows.push_back(seconds[w] - seconds[w - 1]);
@@ -39,8 +39,8 @@ double secondsACycle(const std::vector<double>& seconds) {
   return *middle / static_cast<double>(kCyclesAWindow);
 }
 
-/// The IO thread's CPU time over windows of many cycles. It looks at the clock once a window, so that looking
-/// costs nothing.
+/// Records the IO thread's CPU time over windows of many cycles. Reads the clock only once a window, so the
+/// reading costs nearly nothing.
 class CpuTap final : public hal::VirtualTap {
  public:
   void observe(std::uint64_t /*firstFrame*/, std::uint32_t /*frames*/,
@@ -54,7 +54,7 @@ class CpuTap final : public hal::VirtualTap {
 
   [[nodiscard]] bool isDone() const { return count_.load(std::memory_order_acquire) == std::size(seconds_); }
 
-  /// Seconds of CPU at the start of each window, without the first, which holds the start of the device.
+  /// CPU seconds at the start of each window, except the first. That one includes the start of the device.
   [[nodiscard]] std::vector<double> seconds() const { return {std::begin(seconds_) + 1, std::end(seconds_)}; }
 
  private:
@@ -73,13 +73,13 @@ bool run(CpuTap& tap) {
   CoreAudioEngine engine;
   const std::vector<AudioDeviceInfo> devices = engine.getAllDevices();
   if (devices.empty() || engine.start(devices.back().id, routes))
-    return false;  // the virtual one is the last
+    return false;  // the virtual device is the last
   while (!tap.isDone()) std::this_thread::sleep_for(std::chrono::milliseconds(50));
   engine.stop();
   return true;
 }
 
-/// What a thread of the same kind takes that only sleeps, in seconds a cycle.
+/// CPU seconds per cycle of a thread of the same kind that only sleeps.
 double idleSecondsACycle() {
   std::vector<double> seconds;
   std::thread sleeper([&seconds] {

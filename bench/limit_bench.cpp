@@ -20,7 +20,7 @@ struct Layout {
   std::size_t outputs;
   std::size_t frames;
   std::size_t routes;
-  std::size_t into;  // outputs that they go to
+  std::size_t into;  // outputs that the routes go to
 };
 
 constexpr Layout kPlanar = {Arrangement::planar, 64, 64, 512, 64, 64};
@@ -31,8 +31,8 @@ constexpr Layout kOneOfMany = {Arrangement::planar, 256, 256, 64, 1, 1};
 
 using Work = std::function<void(BenchDevice&)>;
 
-/// One row: `work` beside `rival`, on devices of their own, so that neither finds the other's lines in the
-/// cache.
+/// Registers one row: `work` against `rival`. Each has a device of its own, so neither finds the other's
+/// lines in the cache.
 void limit(const char* name, const char* label, double atMost, const Layout& layout, const Work& work,
            const Work& rival) {
   benchmark::RegisterBenchmark(

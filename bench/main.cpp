@@ -13,7 +13,8 @@
 
 namespace {
 
-/// The first cycle of a process writes a trace, which is no figure.
+/// Runs the first cycle with standard output discarded. That cycle writes a trace, which must not mix with
+/// the figures.
 void runFirstCycleSilently() {
   std::fflush(stdout);
   const int kept = ::dup(STDOUT_FILENO);
@@ -26,7 +27,7 @@ void runFirstCycleSilently() {
   ::close(nowhere);
 }
 
-/// Whoever asks for one of the library's own formats gets it.
+/// False if the arguments ask for the benchmark library's own formats or its list.
 bool wantsTables(int argc, char** argv) {
   return std::none_of(argv, argv + argc, [](const char* argument) {
     return std::string_view(argument).starts_with("--benchmark_format") ||

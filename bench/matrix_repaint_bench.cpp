@@ -1,4 +1,4 @@
-// What repainting the visible matrix costs, by the number of channels, with the same area filled.
+// Cost of repainting the visible matrix by number of channels. The painted area is always the same.
 #include <QApplication>
 #include <QImage>
 
@@ -12,7 +12,7 @@ namespace {
 constexpr int kInputs = 18;
 constexpr int kOutputs = 20;
 
-// Just as large as 18 × 20 cells and the two strips: every larger matrix fills the same area.
+// The size of 18 × 20 cells and the two strips. Every larger matrix fills the same area.
 QSize areaOfTheSmallest() {
   return {static_cast<int>(PatchMatrixView::labelW + kOutputs * PatchMatrixView::cellSize),
           static_cast<int>(PatchMatrixView::labelH + kInputs * PatchMatrixView::cellSize)};

@@ -8,7 +8,7 @@ namespace tolvane::bench {
 
 namespace {
 
-/// One channel of a device's buffers.
+/// One channel in a device's buffers.
 struct Channel {
   float* samples;
   int stride;

@@ -8,13 +8,13 @@
 
 namespace tolvane::bench {
 
-/// Clears every output, then one cblas_saxpy a route, on one thread.
+/// Clears every output, then calls cblas_saxpy once per route, on one thread.
 void clearAndSaxpy(BenchDevice& device, std::span<const PatchConnection> routes);
 
-/// Clears every output, then one plain loop over the frames a route.
+/// Clears every output, then runs one plain loop over the frames per route.
 void clearAndLoop(BenchDevice& device, std::span<const PatchConnection> routes);
 
-/// Copies the whole input and the whole output somewhere else: every byte of both is read once.
+/// Copies the whole input and the whole output to other buffers. Reads every byte of both once.
 class CopyOfBoth {
  public:
   explicit CopyOfBoth(BenchDevice& device);

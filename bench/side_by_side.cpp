@@ -12,7 +12,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// A turn lasts about this long, or one call where that takes longer.
+/// Approximate length of a turn. A single longer call is a turn by itself.
 constexpr double kTurnNanoseconds = 150'000.0;
 
 double nanosecondsOf(const std::function<void()>& work, int calls) {

@@ -1,5 +1,5 @@
-// Two pieces of work timed in turns, so that whatever else the machine does falls on both; and as far as
-// possible only in turns in which nothing else ran on the core.
+// Times two pieces of work in turns, so other load on the machine affects both. If possible, counts only
+// turns in which nothing else ran on the core.
 #pragma once
 
 #include <cstddef>
@@ -9,10 +9,10 @@
 
 namespace tolvane::bench {
 
-/// Turns that count in one measurement; what is reported is the median.
+/// Turns that count in one measurement. The result is their median.
 inline constexpr std::size_t kTurns = 31;
 
-/// How many turns are tried for kTurns of them to be undisturbed; where they are not, all of them count.
+/// Most turns to try for kTurns undisturbed ones. If there are fewer undisturbed ones, all turns count.
 enum class Patience : std::size_t { little = 300, much = 10'000 };
 
 /// Counters of a measurement, by name.
@@ -21,7 +21,7 @@ inline constexpr auto kRivalNanoseconds = "rival_ns";  // the median of the riva
 inline constexpr auto kRatio = "ratio";                // the median of work / rival, turn by turn
 inline constexpr auto kUndisturbed = "undisturbed";    // 1 when only undisturbed turns counted, or 0
 
-/// Medians over the turns that count, in nanoseconds a call, and of the ratio, turn by turn.
+/// Medians over the turns that count. Times are in nanoseconds per call. The ratio is formed turn by turn.
 struct Comparison {
   double workNs;
   double rivalNs;
@@ -29,12 +29,11 @@ struct Comparison {
   bool undisturbed;
 };
 
-/// Times `work` and `rival` in turns, each turn long enough to be told from the clock.
+/// Times `work` and `rival` in turns. Each turn is long compared with the clock's resolution.
 [[nodiscard]] Comparison compare(const std::function<void()>& work, const std::function<void()>& rival,
                                  Patience patience);
 
-/// The body of a benchmark registered with Iterations(1) and UseManualTime: compares, and sets the
-/// counters.
+/// Body of a benchmark registered with Iterations(1) and UseManualTime. Compares and sets the counters.
 void measureSideBySide(benchmark::State& state, const std::function<void()>& work,
                        const std::function<void()>& rival, Patience patience);
 

@@ -6,10 +6,10 @@
 
 namespace tolvane::bench {
 
-/// Prints the measurements as tables that a person can read: one row for a number of channels and frames, one
-/// column for a number of routes, nanoseconds and the ratio to the rival in each cell. Measurements with a
-/// limit are lines "case|ours|rival|ratio|limit", points of the cost curve
-/// "curve|routes|frames|nanoseconds|beside half as many frames".
+/// Prints the measurements as readable tables. A row is a number of channels and frames, a column a number of
+/// routes. Each cell has the nanoseconds and the ratio to the rival. A measurement with a limit is a line
+/// "case|ours|rival|ratio|limit". A point of the cost curve is a line "curve|routes|frames|nanoseconds|beside
+/// half as many frames".
 class TableReporter : public benchmark::BenchmarkReporter {
  public:
   bool ReportContext(const Context& context) override;

@@ -1,7 +1,8 @@
-// Times two programs from their start to their first window, in turns, and reads their memory at rest.
+// Times two programs in turns, from start to first window. Then reads their memory at rest.
 //
-// Usage: window_start PAIRS PROGRAM RIVAL, on a display without a window manager. Prints one line for each
-// figure: what it is, the program's median, the rival's, and the median of the pairs' ratios, between bars.
+// Usage: window_start PAIRS PROGRAM RIVAL, on a display without a window manager. Prints one line per figure,
+// its fields separated by bars: name, the program's median, the rival's median, and the median of the pairs'
+// ratios.
 #include <algorithm>
 #include <array>
 #include <chrono>
@@ -26,7 +27,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using Milliseconds = std::chrono::duration<double, std::milli>;
 
-constexpr int kSmallestWindow = 200;  // pixels; what is smaller is a helper of the toolkit
+constexpr int kSmallestWindow = 200;  // pixels; smaller windows are helpers of the toolkit
 constexpr int kTimeoutMs = 20000;
 constexpr auto kAtRestAfter = std::chrono::seconds(1);
 
@@ -39,7 +40,7 @@ struct Start {
   double residentMb = 0.0;
 };
 
-/// Sees every window that comes onto the display, and every change of its picture.
+/// Sees every window that appears on the display, and every change of its pixels.
 class Screen {
  public:
   Screen() : connection_(xcb_connect(nullptr, nullptr)) {
@@ -58,7 +59,7 @@ class Screen {
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
-  /// Waits for a window and its first picture; the times since `begin`.
+  /// Waits for a window and its first drawing. Returns the times since `begin`.
   Start waitForWindow(Clock::time_point begin) {
     Start start;
     xcb_window_t window = XCB_NONE;
@@ -82,7 +83,7 @@ class Screen {
     throw std::runtime_error("no window came");
   }
 
-  /// Forgets what has happened until now.
+  /// Discards all events so far.
   void drain() {
     sync();
     while (xcb_generic_event_t* event = xcb_poll_for_event(connection_)) std::free(event);
@@ -181,7 +182,7 @@ void print(const char* name, const char* unit, const std::vector<Pair>& pairs, d
 
 void run(int pairs, const char* program, const char* rival) {
   Screen screen;
-  // Once each, so that both are in the page cache.
+  // One run each brings both into the page cache.
   measure(screen, program);
   measure(screen, rival);
   std::vector<Pair> measured;

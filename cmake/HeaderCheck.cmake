@@ -1,7 +1,7 @@
-# The target check_headers compiles every header of every room alone, with what its room links and no more.
+# The target check_headers compiles every header of every room on its own, with only what its room links.
 add_custom_target(check_headers)
 
-# tolvane_check_headers(<target> <folder> [EXCLUDE regex])
+# tolvane_check_headers(<target> <folder> [EXCLUDE regex]): adds the folder's headers to check_headers.
 function(tolvane_check_headers target folder)
   cmake_parse_arguments(CHECK "" "EXCLUDE" "" ${ARGN})
   file(GLOB_RECURSE headers RELATIVE ${CMAKE_SOURCE_DIR} CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.h)

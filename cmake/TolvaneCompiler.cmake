@@ -1,4 +1,4 @@
-# Flags that hold for every target: the language, the warnings, the rounding rule and the sanitizers.
+# Flags for every target: the language, the warnings, the rounding rule, hardening and the sanitizers.
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -14,7 +14,7 @@ endif()
 add_compile_options(
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wcast-align -Wconversion
   -Wsign-conversion -Wdouble-promotion -Wformat=2 -Wimplicit-fallthrough
-  # Every product and every sum is rounded on its own: contraction to fused multiply-add changes the bits.
+  # Round every product and every sum separately: contraction to fused multiply-add would change the output.
   -ffp-contract=off)
 if(TOLVANE_WERROR)
   add_compile_options(-Werror)
@@ -22,14 +22,14 @@ endif()
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   add_compile_options(-Wduplicated-cond -Wlogical-op)
   if(CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
-    # GCC 12 sees an overlap in its own library's string concatenation (its bug 105651).
+    # GCC 12 wrongly reports an overlap in its own library's string concatenation (GCC bug 105651).
     add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
   endif()
 endif()
 
 if(TOLVANE_DEBUG_CHECKS)
   add_compile_definitions(TOLVANE_DEBUG_CHECKS=1)
-  # The library's own assertions, in builds that are for finding faults.
+  # The C++ library's own assertions.
   add_compile_definitions(_GLIBCXX_ASSERTIONS)
 endif()
 
@@ -48,12 +48,13 @@ endif()
 if(TOLVANE_SANITIZE)
   add_compile_options(-fsanitize=${TOLVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TOLVANE_SANITIZE})
-  # GCC's flow warnings see the sanitizers' own branches and report what is not in the source.
+  # GCC's flow warnings analyse the branches that the sanitizers add, and report faults that the source does
+  # not have.
   add_compile_options(-Wno-maybe-uninitialized -Wno-stringop-overflow)
 endif()
 
 if(TOLVANE_FRAMEWORK_STANDIN)
-  # A library of objects is compiled and nothing is linked: the frameworks are not here.
+  # Nothing can be linked, since the frameworks are absent: CMake's own checks must only compile.
   set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-stdlib=libc++>)
   include_directories(SYSTEM ${CMAKE_CURRENT_SOURCE_DIR}/tests/framework_standin)

@@ -1,9 +1,9 @@
-# A room is a folder at the top of the tree with one library of its own. Its headers are named from the top
-# ("core/patch_file.h") and are found only by targets that link the room, so that an include which breaks the
-# order of the rooms fails to build.
+# A room is a top-level folder with its own library. Its headers are included by their path from the top
+# ("core/patch_file.h"). Only targets that link the room find them, so an include that breaks the order of the
+# rooms fails to build.
 
-# tolvane_expose(<target> <PUBLIC|INTERFACE> <room> [entries...]): makes the room's folder, or only the named
-# entries of it, visible to whoever links the target.
+# tolvane_expose(<target> <PUBLIC|INTERFACE|PRIVATE> <room> [entries...]): adds the room's folder, or only the
+# named entries of it, to the target's include path with this visibility.
 function(tolvane_expose target visibility room)
   set(view ${CMAKE_BINARY_DIR}/rooms/${target})
   if(ARGN)
@@ -18,20 +18,21 @@ function(tolvane_expose target visibility room)
   target_include_directories(${target} ${visibility} ${view})
 endfunction()
 
-# Headers of the language's library that most of a large room's files include.
+# Standard library headers that most files of a large room include.
 set(TOLVANE_COMMON_HEADERS
   <algorithm> <array> <atomic> <chrono> <condition_variable> <cstdint> <functional> <map> <memory> <mutex> <optional>
   <string> <thread> <utility> <vector>)
 
-# tolvane_precompile(<target> [headers...]): these and the common headers are compiled once for all of the target's
-# files. Only in builds that are made often: the others see that each file includes what it needs.
+# tolvane_precompile(<target> [headers...]): precompiles these and the common headers for the target, if
+# TOLVANE_PRECOMPILED is on. Builds without it check that each file includes what it needs.
 function(tolvane_precompile target)
   if(TOLVANE_PRECOMPILED)
     target_precompile_headers(${target} PRIVATE ${TOLVANE_COMMON_HEADERS} ${ARGN})
   endif()
 endfunction()
 
-# tolvane_room(<room> SOURCES ... LINK ...): the room's static library, named tolvane_<room>.
+# tolvane_room(<room> SOURCES ... [LINK ...] [PRIVATE_LINK ...]): the room's static library, named
+# tolvane_<room>.
 function(tolvane_room room)
   cmake_parse_arguments(ROOM "" "" "SOURCES;LINK;PRIVATE_LINK" ${ARGN})
   add_library(tolvane_${room} STATIC ${ROOM_SOURCES})

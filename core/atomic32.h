@@ -1,8 +1,8 @@
-// 32-bit atomic access to fields of plain records. The records keep their layout and stay trivially copyable;
-// both threads go through these functions, so there is no data race. Every function is wait-free.
-// [any-thread]
+// Atomic access to 32-bit fields of plain records. The records keep their layout and stay trivially copyable.
+// The main thread and the IO thread both use these functions, so there is no data race. Every function is
+// wait-free. [any-thread]
 //
-// They stand on the compilers' built-ins because std::atomic_ref is missing from the macOS library in use.
+// The functions use compiler built-ins, because the macOS standard library in use lacks std::atomic_ref.
 #pragma once
 
 #include <cstdint>
@@ -28,12 +28,12 @@ inline void storeRelaxed(T& field, T value) noexcept {
   __atomic_store(&field, &value, __ATOMIC_RELAXED);
 }
 
-/// Everything written before the release that stored the value is seen after this load.
+/// Everything written before the addRelease() that stored the value is visible after this load.
 [[nodiscard]] inline std::int32_t loadAcquire(const std::int32_t& field) noexcept {
   return __atomic_load_n(&field, __ATOMIC_ACQUIRE);
 }
 
-/// Adds, and publishes everything written before. Returns the new value; wraps around.
+/// Adds `addend` and publishes everything written before. Returns the new value; wraps around.
 inline std::int32_t addRelease(std::int32_t& field, std::int32_t addend) noexcept {
   return __atomic_add_fetch(&field, addend, __ATOMIC_ACQ_REL);
 }

@@ -19,17 +19,17 @@ namespace tolvane {
 
 namespace {
 
-// Cycles in the life of the process, modulo 2^32.
+// Cycles that this process has run, modulo 2^32.
 std::int32_t ioProcCallCount = 0;
-// The counter comes back to 1 after weeks or months; only this remembers that the first cycle was long ago.
+// The counter wraps to 1 after weeks or months. This flag remembers that the first cycle is long past.
 constinit std::atomic_flag firstCallMade;
 
-/// Counts a cycle. Whether it is the first of the process, which is traced.
+/// Counts a cycle. Returns true for the first cycle of the process, which is traced.
 bool isFirstCall() noexcept {
   return addRelease(ioProcCallCount, 1) == 1 && !firstCallMade.test_and_set(std::memory_order_relaxed);
 }
 
-/// The cycle's frames, by the first output buffer; none when there is no such buffer or nothing in it.
+/// The frame count of the cycle, from the first output buffer; none if that buffer is missing or empty.
 std::optional<std::int64_t> frameCountOf(const AudioBufferList& output) noexcept {
   if (output.mNumberBuffers == 0) return std::nullopt;
   const AudioBuffer& first = output.mBuffers[0];
@@ -50,20 +50,20 @@ LiveRoutes liveRoutes(const IOProcContext& context) noexcept {
           loadRelaxed(liveIsA ? context.countA : context.countB)};
 }
 
-/// Whether a channel is one of the first `count`; a negative one is not.
+/// True if 0 <= channel < count.
 bool isBelow(std::int32_t channel, std::int32_t count) noexcept {
   return static_cast<std::uint32_t>(channel) < static_cast<std::uint32_t>(count);
 }
 
-/// The live routes that name a channel below the bounds and with data on either side.
+/// The live routes whose channels are below the bounds and have data on both sides.
 CycleRoutes audibleRoutes(const LiveRoutes& live, const ChannelTable& in, ChannelTable& out, std::int32_t nIn,
                           std::int32_t nOut) noexcept {
-  // A count beyond the record is not one that was published; the entries end with the record.
+  // No published count exceeds the capacity. Clamp it anyway, so that no read passes the end of the entries.
   CycleRoutes routes(std::min(live.count, kMaxPatchEntries));
   const ChannelSlot* const inputs = &in[0];
   ChannelSlot* const outputs = &out[0];
   for (std::int32_t i = routes.count() - 1; i >= 0; --i) {
-    // Each field is read once: the writer may be changing the entry, and what was checked must be what is
+    // Each field is read once: the writer may be changing the entry, and the checked value must be the one
     // used.
     const PatchEntry entry = {loadRelaxed(live.entries[i].src), loadRelaxed(live.entries[i].dst),
                               loadRelaxed(live.entries[i].gain)};
@@ -110,7 +110,7 @@ void routeInto(const AudioBufferList& input, AudioBufferList& output, const IOPr
 void routeLists(const AudioBufferList* input, AudioBufferList* output, const void* clientData,
                 bool firstCall) noexcept {
   if (clientData == nullptr) return;
-  // A direction that the device does not have may come as no list at all: it has no buffers.
+  // The HAL may pass a null list for a direction that the device lacks.
   const AudioBufferList noInput{};
   AudioBufferList noOutput{};
   routeInto(input != nullptr ? *input : noInput, output != nullptr ? *output : noOutput,
@@ -137,7 +137,7 @@ void routeUntraced(const AudioBufferList* input, AudioBufferList* output, void* 
 OSStatus halIOProc(AudioObjectID /*device*/, const AudioTimeStamp* /*now*/, const AudioBufferList* inputData,
                    const AudioTimeStamp* /*inputTime*/, AudioBufferList* outputData,
                    const AudioTimeStamp* /*outputTime*/, void* clientData) noexcept {
-  // The HAL may be the system's, which marks nothing.
+  // The operating system's HAL does not mark its IO callbacks, so the callback marks itself.
   const IoCallbackScope scope;
   routeCycle(inputData, outputData, clientData);
   return noErr;

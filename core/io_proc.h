@@ -5,22 +5,24 @@
 
 namespace tolvane {
 
-/// One IO cycle: clears every output buffer, then adds each published route's input channel, times its gain,
-/// to its output channel, in route order; product and sum are rounded each. No clipping, no smoothing.
+/// Runs one IO cycle. Clears every output buffer, then adds each published route's input channel, times its
+/// gain, to its output channel, in route order. Product and sum are rounded separately. No clipping, no
+/// smoothing.
 ///
-/// `clientData` is the IOProcContext, or null (then nothing is done). A list may have buffers without data:
-/// they use up their channel numbers; a null list has no buffers. Routes that name a channel which is not
-/// there are skipped. The frame count is that of the first output buffer; input buffers must be as long.
-/// Nothing is written when a channel count of the context is below 1.
+/// `clientData` is the IOProcContext, or null; with null the call does nothing. A buffer without data still
+/// uses up its channel numbers. A null list counts as a list without buffers. Routes that name a missing
+/// channel, or one without data, are skipped. The frame count is that of the first output buffer; input
+/// buffers must be as long. Nothing is written if a channel count of the context is below 1.
 ///
-/// A negative route count, and a buffer with data and more channels than a signed 32-bit number holds, end
-/// the process.
-/// It neither locks nor waits; it allocates and frees two tables, and on the first cycle of the process
-/// writes a trace to standard output. The lists and the context are the caller's. [io-thread]
+/// A negative route count ends the process, and so does a buffer with data and more channels than a signed
+/// 32-bit number holds.
+///
+/// Does not lock or wait. Allocates and frees two tables; the first cycle of the process also writes a trace
+/// to standard output. The caller owns the lists and the context. [io-thread]
 void routeCycle(const AudioBufferList* input, AudioBufferList* output, void* clientData) noexcept;
 
-/// routeCycle for audio that is no device's: it is no cycle of the process, so nothing is counted and nothing
-/// traced. [any-thread, one at a time for a context]
+/// routeCycle for audio that does not come from a device. The call is not counted as a cycle of the process
+/// and writes no trace. [any-thread, one call at a time for a context]
 void routeUntraced(const AudioBufferList* input, AudioBufferList* output, void* clientData) noexcept;
 
 extern "C" {

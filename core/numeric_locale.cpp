@@ -7,7 +7,7 @@ namespace tolvane {
 namespace {
 
 locale_t cLocale() noexcept {
-  // Kept for the life of the process: threads may use it until the very end.
+  // Never freed: threads may use it until the process ends.
   static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
   if (locale == nullptr) fatal("the C locale is missing");
   return locale;

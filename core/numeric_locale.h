@@ -7,8 +7,8 @@
 
 namespace tolvane {
 
-/// While it lives, this thread reads and prints numbers as the C locale does, whatever the process's locale
-/// and whoever changes it meanwhile. Other threads are not touched. [not-io]
+/// Switches the calling thread to the number format of the C locale for the lifetime of the object, whatever
+/// the process locale is or becomes. Other threads keep their locale. [not-io]
 class ScopedCLocale {
  public:
   ScopedCLocale() noexcept;

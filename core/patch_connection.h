@@ -6,12 +6,12 @@
 
 namespace tolvane {
 
-/// One route: an input channel of the device sounds on an output channel, times a gain. Channels are
-/// zero-based and count across all the device's buffers; no range is enforced here.
+/// One route: the device plays an input channel on an output channel, times a gain. Channels are zero-based
+/// and counted across all buffers of the device. No range is enforced here.
 struct PatchConnection {
   std::int64_t inputChannel = 0;
   std::int64_t outputChannel = 0;
-  float gain = 1.0F;   // linear; 1.0 leaves the level as it is
+  float gain = 1.0F;   // linear; 1.0 is unity gain
   bool active = true;  // false: kept, shown and saved, but not routed
 
   /// Equal in all four fields, gains compared as numbers: NaN equals nothing, -0.0 equals 0.0.

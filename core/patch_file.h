@@ -18,29 +18,31 @@ namespace tolvane {
 struct PatchFileError {
   std::string reason;                     // "expected an integer, found a string"
   std::optional<std::size_t> element;     // zero-based index in the array
-  std::string member;                     // the member's key; empty when it is not about one
+  std::string member;                     // the member's key; empty if the error concerns no member
   std::optional<std::size_t> byteOffset;  // zero-based; see decodePatch
 
-  /// All of it in one line, without a line feed: "element 3, member \"gain\", byte 57: expected ...".
+  /// The whole error in one line, without a line feed: "element 3, member \"gain\", byte 57: expected ...".
   [[nodiscard]] std::string message() const;
 };
 
 using PatchDecodeResult = Result<std::vector<PatchConnection>, PatchFileError>;
 using PatchEncodeResult = Result<std::string, PatchFileError>;
 
-/// The routes in the text of a patch file, all of them or none: no range, duplicate or gain check. Member
-/// order and white space are free; of equal members in one object the last holds; unknown members may hold
-/// any JSON, numbers of any size and nesting of any depth included. A gain is the float nearest to its text.
+/// Reads the routes from the text of a patch file. Returns all of them or an error. Any 64-bit channel
+/// number, duplicate routes and any finite gain are accepted. Members may come in any order, with any white
+/// space. If an object repeats a member, the last one counts. Unknown members may hold any JSON, with numbers
+/// of any size and nesting of any depth. A gain becomes the float nearest to its text. A byte order mark
+/// before the array is skipped. The process locale has no effect.
+///
 /// Errors: text that is not UTF-8 JSON, a NUL byte, a top level that is not an array, an element that is not
 /// an object, a missing member, a member of the wrong type, an integer beyond 64 bits, a gain beyond 32-bit
-/// float. The error's byte offset is that of the first byte of the wrong value, or of the element that lacks
-/// a member; in text that is not JSON, of the byte at which it ceases to be (the text's length when it ends
-/// too early). A byte order mark before the array is skipped. The process's locale does not matter. Throws
-/// nothing but std::bad_alloc. [not-io]
+/// float. The byte offset is that of the first byte of the wrong value, or of the element that lacks a
+/// member. In text that is not JSON it is the first byte that breaks the syntax, or the text's length if the
+/// text ends too early. Throws nothing but std::bad_alloc. [not-io]
 [[nodiscard]] PatchDecodeResult decodePatch(std::string_view text);
 
-/// The text of a patch file: compact, members in field order, each gain in the shortest decimal form that
-/// reads back as the same float. Error: a gain that is not finite. [not-io]
+/// Writes the text of a patch file: compact, with members in field order. Each gain has the shortest decimal
+/// form that reads back as the same float. Error: a gain that is not finite. [not-io]
 [[nodiscard]] PatchEncodeResult encodePatch(std::span<const PatchConnection> connections);
 
 }  // namespace tolvane

@@ -14,16 +14,16 @@ using Key = PatchConnection::CodingKeys;
 
 constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
-// Follows the parser through the text and keeps nothing but the routes. Level 1 is the patch, level 2 a
-// route; what lies deeper belongs to a member that is unknown or wrong. Levels are counted, and neither the
-// parser nor this calls itself for one: there may be as many as the text has room for.
+// Receives the parser's events and keeps only the routes. Level 1 is the patch, level 2 a route; deeper
+// levels belong to a member that is unknown or wrong. Levels are only counted: neither the parser nor this
+// class recurses, so only the length of the text limits the nesting.
 class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
  public:
   explicit PatchReader(std::string_view text) : text_(text) {
     if (text.starts_with(kByteOrderMark)) previousEnd_ = kByteOrderMark.size();
   }
 
-  /// Once.
+  /// Called once for a reader.
   PatchDecodeResult read() {
     const char* const end = text_.data() + text_.size();
     const ParserText first(text_.data(), end, count_);
@@ -56,7 +56,8 @@ class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
                    const nlohmann::detail::exception& error) override;
 
  private:
-  // Between two values there is nothing else; the byte that ends a number may have been taken already.
+  // Only these characters separate two values. The parser may already have taken the byte that ends a number;
+  // that byte then lies before previousEnd_.
   std::size_t valueOffset() const { return text_.find_first_not_of(" \t\r\n,:", previousEnd_); }
 
   bool number();
@@ -69,9 +70,9 @@ class PatchReader final : public nlohmann::json_sax<nlohmann::json> {
 
   std::string_view text_;
   ParserText::Count count_;
-  std::size_t previousEnd_ = 0;  // where the search for the next value's first byte begins
+  std::size_t previousEnd_ = 0;  // where to search for the first byte of the next value
   std::size_t depth_ = 0;
-  std::optional<Key> member_;  // the one whose value is being read
+  std::optional<Key> member_;  // the known member whose value is being read
   PatchRouteBuilder route_;
   std::vector<PatchConnection> routes_;
   PatchFileError error_;
@@ -136,8 +137,8 @@ bool PatchReader::fail(std::string reason, std::size_t byteOffset) {
   return false;
 }
 
-// The parser's own words without its error number, its line and column, and the text it last read: that text
-// may be of any length and hold anything. Its words change with its version; the first two do not.
+// The parser's message without its error number, its line and column, and the token that it last read, which
+// may have any length and content. The wording depends on the parser's version; only "syntax error" does not.
 std::string syntaxReason(std::string_view message) {
   const std::size_t begin = message.find("syntax error");
   if (begin == std::string_view::npos) return "syntax error";
@@ -158,14 +159,14 @@ PatchDecodeResult decodePatch(std::string_view text) {
     return PatchFileError{
         .reason = "there is no text", .element = std::nullopt, .member = {}, .byteOffset = 0};
   }
-  // The parser would take it for the end of the text and never look behind it.
+  // The parser would take a NUL byte for the end of the text and ignore the rest.
   if (const auto offset = text.find('\0'); offset != std::string_view::npos) {
     return PatchFileError{.reason = "found a NUL byte; a patch file is UTF-8 text",
                           .element = std::nullopt,
                           .member = {},
                           .byteOffset = offset};
   }
-  // Numbers are converted by the thread's locale.
+  // The number conversions follow the locale of the thread.
   const ScopedCLocale locale;
   return PatchReader(text).read();
 }

@@ -10,7 +10,7 @@ namespace {
 
 using Key = PatchConnection::CodingKeys;
 
-// The member's name, with what stands around it.
+// A member's key and colon. `before` ends with the key's opening quote.
 std::string label(const char* before, Key key) {
   return before + std::string(stringValue(key)) + "\":";
 }

@@ -16,8 +16,8 @@ namespace {
 using FloatJson =
     nlohmann::basic_json<std::map, std::vector, std::string, bool, std::int64_t, std::uint64_t, float>;
 
-// Rounding to double first and to float then may end on another float, though the text is nearest to this
-// one.
+// Checks both ways of reading: rounding to double and then to float may give another float than rounding
+// once.
 bool readsBack(const char* text, float gain) {
   return std::strtof(text, nullptr) == gain && static_cast<float>(std::strtod(text, nullptr)) == gain;
 }
@@ -35,10 +35,11 @@ std::string shortestByTrial(float gain) {
 }  // namespace
 
 std::string gainText(float gain) {
-  // From here on there are short texts that lie just between two floats and round to the even one. The
-  // library never takes such a text, so it prints one digit more than it must.
+  // From here on, some short texts lie halfway between two floats and round to the even one. The library
+  // never uses such a text, so it prints one digit more than needed.
   constexpr float kFirstTie = 1U << 25U;
-  // The one text of the library's, but for its sign, that a reader by way of double takes for another float.
+  // Only for this value and its negative, the library's text gives another float when read as a double and
+  // narrowed.
   constexpr float kRoundsTwice = 0x1.5c87fap-84F;
   const float size = std::fabs(gain);
   if (size >= kFirstTie || size == kRoundsTwice) return shortestByTrial(gain);

@@ -22,7 +22,7 @@ struct Decimal {
   std::int64_t exponent = 0;
 };
 
-// An exponent too long for 64 bits is cut to one that is as good as infinite: no text has that many digits.
+// Clamps an exponent beyond 64 bits. The limit acts as infinite: no text has that many digits.
 std::int64_t readExponent(std::string_view text) {
   constexpr std::int64_t kHuge = std::numeric_limits<std::int64_t>::max() / 4;
   if (text.starts_with('+')) text.remove_prefix(1);

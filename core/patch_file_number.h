@@ -1,4 +1,4 @@
-// The integers a JSON number may stand for.
+// Reads integers from the text of JSON numbers.
 #pragma once
 
 #include <cstdint>
@@ -6,11 +6,11 @@
 
 namespace tolvane {
 
-/// What a number's text says when an integer is wanted.
+/// The result of reading a number's text as an integer.
 struct IntegerReading {
   enum class Outcome { integer, fraction, outOfRange };
   Outcome outcome = Outcome::integer;
-  std::int64_t value = 0;  // only with Outcome::integer
+  std::int64_t value = 0;  // valid only with Outcome::integer
 };
 
 /// The exact integer that a JSON number's text stands for: "1.0", "1e3" and "9007199254740993.0" are

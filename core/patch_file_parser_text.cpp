@@ -2,7 +2,8 @@
 
 namespace tolvane {
 
-/// Says where the byte leads to: as far as the text is JSON, and what comes after that nobody reads.
+/// Updates the place after this byte. The place is right only while the text is valid JSON; the parser stops
+/// at the first error.
 void ParserText::follow(char byte) {
   if (place_ == Place::escape) {
     place_ = Place::string;

@@ -1,4 +1,4 @@
-// A patch file's text as the JSON parser is given it.
+// A patch file's text as the JSON parser sees it.
 #pragma once
 
 #include <cstddef>
@@ -6,10 +6,10 @@
 
 namespace tolvane {
 
-/// Reads a text byte by byte, and counts what it takes. The parser refuses every number that is beyond a
-/// double, also where nobody wants to know it; so it is shown smaller ones of the same form: an exponent's
-/// digits as zeros, and of an integer part no more digits than a double holds. Whoever wants a number reads
-/// the text itself. [not-io]
+/// Iterator over a text that counts the bytes it takes. The parser rejects every number beyond a double, even
+/// in members that nobody needs. The iterator therefore shows it a smaller number of the same form: exponent
+/// digits as zeros, and no more integer digits than a double can hold. Code that needs the number reads it
+/// from the text itself. [not-io]
 class ParserText {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -18,13 +18,13 @@ class ParserText {
   using pointer = const char*;
   using reference = char;
 
-  /// Bytes of the text, counted by the parser's copy of the iterator.
+  /// Byte counts of the text, updated by the parser's copy of the iterator.
   struct Count {
-    std::size_t taken = 0;    // those that were left out as well
-    std::size_t leftOut = 0;  // the parser does not know of them
+    std::size_t taken = 0;    // including those left out
+    std::size_t leftOut = 0;  // not shown to the parser
   };
 
-  /// `count` outlives the iterator.
+  /// `count` must outlive the iterator.
   ParserText(const char* at, const char* end, Count& count) : at_(at), end_(end), count_(&count) {}
 
   char operator*() const { return place_ == Place::exponent && isDigit(*at_) ? '0' : *at_; }

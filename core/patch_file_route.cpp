@@ -17,7 +17,7 @@ const char* nameOf(const JsonValue& value) {
   return "a number";
 }
 
-// Each of these stores the value, or says why it cannot.
+// Each function stores the value and returns an empty text, or returns why the value cannot be stored.
 
 std::string takeInteger(const JsonValue& value, std::int64_t& field) {
   const auto* number = std::get_if<JsonNumber>(&value);
@@ -34,7 +34,8 @@ std::string takeInteger(const JsonValue& value, std::int64_t& field) {
 std::string takeGain(const JsonValue& value, float& field) {
   const auto* number = std::get_if<JsonNumber>(&value);
   if (number == nullptr) return mismatch("a number", value);
-  // At once: rounded to a double first, a text near the middle of two floats may end on the farther one.
+  // Converted directly to float: by way of double, a text near the middle of two floats may end on the
+  // farther one.
   const float gain = std::strtof(std::string(number->text).c_str(), nullptr);
   if (!std::isfinite(gain)) return "number out of range for a 32-bit float";
   field = gain;

@@ -1,4 +1,4 @@
-// One route of a patch file, gathered member by member.
+// Builds one route of a patch file, member by member.
 #pragma once
 
 #include <array>
@@ -12,12 +12,12 @@
 
 namespace tolvane {
 
-/// A member's value that is no number, true or false: only what it is called in an error matters.
+/// A value other than a number, true or false. Only its name in error messages is kept.
 struct OtherJsonValue {
   const char* name;  // "a string"
 };
 
-/// A number, as its text has it.
+/// A number, kept as its text.
 struct JsonNumber {
   std::string_view text;
 };
@@ -27,20 +27,21 @@ using JsonValue = std::variant<OtherJsonValue, JsonNumber, bool>;
 /// "expected an integer, found a string". [any-thread]
 [[nodiscard]] std::string mismatch(const char* wanted, const JsonValue& value);
 
-/// Takes the members of one JSON object in any order and judges them when the object ends: of equal members
-/// only the last counts, so a wrong one may still be replaced by a right one. The thread's locale is C's.
-/// [not-io]
+/// Takes the members of one JSON object in any order and checks them when the object ends. If a member is
+/// repeated, the last one counts, so a right value may still replace a wrong one. The calling thread must use
+/// the C locale. [not-io]
 class PatchRouteBuilder {
  public:
   using Key = PatchConnection::CodingKeys;
 
-  /// Forgets everything: a new object begins at this byte.
+  /// Starts a new object, which begins at this byte, and forgets the previous one.
   void begin(std::size_t byteOffset);
 
-  /// The member's value, which begins at this byte.
+  /// Sets a member's value, which begins at this byte.
   void set(Key key, const JsonValue& value, std::size_t byteOffset);
 
-  /// The route; or the first member, in field order, that is missing or wrong. The error names no element.
+  /// Returns the route, or an error for the first member in field order that is missing or wrong. The error
+  /// names no element.
   [[nodiscard]] Result<PatchConnection, PatchFileError> finish() const;
 
  private:

@@ -5,7 +5,7 @@
 
 namespace tolvane {
 
-/// A value or the reason why there is none. Asking for the one that is not held throws
+/// A value, or the error that says why there is none. Asking for the one that is not held throws
 /// std::bad_variant_access.
 template <class Value, class Error>
 class Result {

@@ -1,12 +1,13 @@
-// The one memory that the main thread and the IO thread share: two route buffers, and which of them is live.
+// The memory that the main thread and the IO thread share: two route buffers and the index of the live one.
 //
 // The protocol, by role:
 //   The writer (the main thread, one at a time) fills the buffer that is not live, stores its count, then
-//   flips `activeBuf` with release semantics. It never waits for the reader. The reader (the IO thread) loads
-//   `activeBuf` once a cycle with acquire semantics and uses that buffer for the whole cycle. Two
-//   publications within one cycle rewrite the buffer the reader is in: it may then see a mixture of old and
-//   new entries for that one cycle. Each field is read whole, and the reader checks every index, so the worst
-//   is a route missing or astray for one cycle.
+//   flips `activeBuf` with release semantics. It never waits for the reader.
+//   The reader (the IO thread) loads `activeBuf` once a cycle with acquire semantics and uses that buffer for
+//   the whole cycle.
+//   Two publications within one cycle rewrite the buffer that the reader is using. In that cycle the reader
+//   may see a mixture of old and new entries. It reads each field whole and checks every index, so at worst a
+//   route is missing or goes astray for one cycle.
 // Both sides are wait-free.
 #pragma once
 
@@ -20,7 +21,7 @@
 
 namespace tolvane {
 
-/// Routes that a patch can have sounding; active routes beyond it are not heard.
+/// The most routes that sound at once. Active routes beyond this number are not heard.
 inline constexpr std::int32_t kMaxPatchEntries = 64;
 
 /// One route as the IO thread sees it. Channels are zero-based, counted across all buffers of the device.
@@ -30,8 +31,8 @@ struct PatchEntry {
   float gain;
 };
 
-/// Plain memory: owns nothing, may be copied, zeroed or freed as bytes. While the callback is registered, all
-/// but the channel counts is read and written through core/atomic32.h only.
+/// Plain memory: owns nothing, and may be copied, zeroed or freed as bytes. While the callback is registered,
+/// all fields but the channel counts are accessed only through core/atomic32.h.
 struct IOProcContext {
   std::array<PatchEntry, kMaxPatchEntries> patchesA;
   std::int32_t countA;  // valid entries at the start of patchesA, 0..64
@@ -51,13 +52,13 @@ static_assert(offsetof(IOProcContext, activeBuf) == 1544);
 static_assert(offsetof(IOProcContext, inputChannelCount) == 1548);
 static_assert(offsetof(IOProcContext, outputChannelCount) == 1552);
 
-/// A context with A live and both buffers empty; every entry is -1 to -1 with gain 1.0, harmless if it were
-/// ever read. A count that is not within 32 bits ends the process. [any-thread]
+/// A context with buffer A live and both buffers empty. Every entry routes -1 to -1 with gain 1.0, which is
+/// harmless if it is ever read. A channel count beyond 32 bits ends the process. [any-thread]
 [[nodiscard]] IOProcContext initialContext(std::int64_t inputChannels, std::int64_t outputChannels) noexcept;
 
-/// Publishes the active routes of the list, in order, the first 64 of them; the IO thread uses them from its
-/// next cycle. Channel numbers are copied as they stand; one beyond 32 bits ends the process, before the
-/// flip. `context` is not null. One writer at a time. [main-thread]
+/// Publishes the first 64 active routes of the list, in order. The IO thread uses them from its next cycle.
+/// Channel numbers are copied unchanged; one beyond 32 bits ends the process before the flip. `context` must
+/// not be null. One writer at a time. [main-thread]
 void writeConnections(IOProcContext* context, std::span<const PatchConnection> connections);
 
 }  // namespace tolvane

@@ -15,7 +15,7 @@ void traceLine(const char* format, ...) noexcept {
   if (length < 0) return;
   auto end = std::min(static_cast<std::size_t>(length), sizeof line - 2);
   line[end++] = '\n';
-  // One call and a flush, so that the line is whole even when standard output is a pipe that others write to.
+  // One call and a flush keep the line whole even if standard output is a pipe with other writers.
   std::fwrite(line, 1, end, stdout);
   std::fflush(stdout);
 }

@@ -10,16 +10,16 @@
 
 namespace tolvane::ctl {
 
-/// A device that is there, with what makes it a member of an aggregate.
+/// A present device, with what decides whether it can be a member of an aggregate.
 struct MemberCandidate {
   AudioDeviceInfo info;
   std::string uid;
   bool isAggregate = false;
 };
 
-/// The device that is meant: the one of this uid, else as chooseDevice() has it. Failure: none, or several
-/// (noSuchDevice); one that cannot be in an aggregate, the text then lists those that can; nothing at all is
-/// meant (usage). [not-io]
+/// Finds the device that `wanted` names: by uid, else by the rules of chooseDevice(). Failure: no device, or
+/// several (noSuchDevice); `wanted` is empty (usage); the device cannot be in an aggregate (failed; the text
+/// lists those that can). [not-io]
 [[nodiscard]] Result<hal::AggregateMember, Failure> chooseMember(const std::vector<MemberCandidate>& devices,
                                                                  const std::string& wanted);
 

@@ -15,16 +15,18 @@ struct AggregateOptions {
   double waitSeconds = kDefaultWaitSeconds;
 };
 
-// Each says on standard error why it fails. Where the system has a tool of its own for aggregates, all fail.
+// Each command reports its failure on standard error. All fail on a system that has its own tool for
+// aggregates.
 
-/// Prints the named aggregates, as a table or as JSON. Fails, too, when a sound server is silent for as long
-/// as devices are waited for. [main-thread]
+/// Prints the named aggregates, as a table or as JSON. Fails after printing if a sound server does not answer
+/// within `waitSeconds`. [main-thread]
 [[nodiscard]] ExitStatus aggregateListCommand(const AggregateOptions& options);
 
-/// Makes an aggregate of the devices, in their order, which are waited for. [main-thread]
+/// Waits up to `waitSeconds` for the devices and makes an aggregate of them, in the given order.
+/// [main-thread]
 [[nodiscard]] ExitStatus aggregateCreateCommand(const AggregateOptions& options);
 
-/// Forgets the aggregate. [main-thread]
+/// Deletes the aggregate; its devices stay. [main-thread]
 [[nodiscard]] ExitStatus aggregateDeleteCommand(const AggregateOptions& options);
 
 }  // namespace tolvane::ctl

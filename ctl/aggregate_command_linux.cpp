@@ -41,7 +41,7 @@ Members chooseMembers(const std::vector<MemberCandidate>& devices, const std::ve
   return members;
 }
 
-/// Waits for the members. `devices` are those that are there then.
+/// Waits for the members. Sets `devices` to all devices present at the end of the wait.
 Members findMembers(const AggregateOptions& options, std::vector<MemberCandidate>& devices) {
   const auto isMissing = [](const Members& members) {
     return !members && members.error().status == ExitStatus::noSuchDevice;
@@ -100,7 +100,7 @@ ExitStatus aggregateCreateCommand(const AggregateOptions& options) {
     return fail({"an aggregate has at most " + std::to_string(hal::kMaxAggregateMembers) + " devices",
                  ExitStatus::usage});
   }
-  // A bad file is said first: without it nobody knows which names are taken.
+  // Check the file before waiting for devices: an invalid one does not tell which names are taken.
   if (const auto document = readAggregates(); !document) return fail(document.error());
   if (const auto failure = tooFewResources()) return fail(*failure);
   std::vector<MemberCandidate> devices;

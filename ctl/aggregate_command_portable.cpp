@@ -1,4 +1,4 @@
-// Aggregates on a system that keeps them itself.
+// The aggregate commands on a system with its own tool for aggregates.
 #include "ctl/aggregate_command.h"
 #include "ctl/messages.h"
 

@@ -9,7 +9,8 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// "5-8", "5", or "-" for none; `first` goes on to what comes next.
+/// The range of `count` channels from `first` on: "5-8", "5", or "-" if `count` is 0. Advances `first` by
+/// `count`.
 std::string channelRange(std::uint32_t& first, std::uint32_t count) {
   const std::uint32_t begin = first;
   first += count;

@@ -8,14 +8,14 @@
 
 namespace tolvane::ctl {
 
-// `there`: the uids of the devices that are there.
+// `there`: the uids of the present devices.
 
-/// A line of titles and one a member: its channels in the aggregate, counted from 1, and whether it is there.
-/// [not-io]
+/// One title line, then one line for each member: its channels in the aggregate, counted from 1, and whether
+/// the device is present. [not-io]
 [[nodiscard]] std::string aggregateTable(const std::vector<hal::Aggregate>& aggregates,
                                          const std::set<std::string>& there);
 
-/// As a JSON array of objects, ended by a line feed. [not-io]
+/// A JSON array of objects, followed by a line feed. [not-io]
 [[nodiscard]] std::string aggregateJson(const std::vector<hal::Aggregate>& aggregates,
                                         const std::set<std::string>& there);
 

@@ -17,7 +17,7 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// With all the folders above it; a number of an error, or 0.
+/// Creates the folder and its parents where missing. Returns 0, or the errno value.
 int makeFolder(const std::string& path) {
   for (std::size_t end = path.find('/', 1);; end = path.find('/', end + 1)) {
     if (::mkdir(path.substr(0, end).c_str(), 0700) != 0 && errno != EEXIST) return errno;
@@ -76,7 +76,7 @@ AggregateStore::~AggregateStore() {
 }
 
 std::optional<Failure> AggregateStore::write(const std::string& text) {
-  std::signal(SIGXFSZ, SIG_IGN);  // a file size limit is then a failed write, which cleans up
+  std::signal(SIGXFSZ, SIG_IGN);  // a file size limit then fails the write, which cleans up
   auto pending = PendingFile::create(path_);
   if (!pending) return pending.error();
   PendingFile file = std::move(pending).value();

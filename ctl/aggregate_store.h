@@ -9,12 +9,12 @@
 
 namespace tolvane::ctl {
 
-/// The user's file of aggregates, for changing it: nobody else who changes it by this class does so from the
-/// moment it is read to its end. [main-thread]
+/// The user's aggregates file, opened for a change. Holds an exclusive lock for its lifetime: open() blocks
+/// while another AggregateStore, in any process, holds the lock. [main-thread]
 class AggregateStore {
  public:
-  /// Makes the folder if need be. Failure: the folder cannot be made or locked; the file cannot be read, or
-  /// is bad: the text says where.
+  /// Creates the folder if it is missing. Failure: the folder cannot be created or locked, or the file cannot
+  /// be read, or is invalid (the text says where).
   [[nodiscard]] static Result<AggregateStore, Failure> open();
 
   AggregateStore(AggregateStore&& other) noexcept;
@@ -25,18 +25,18 @@ class AggregateStore {
 
   [[nodiscard]] const hal::AggregateDocument& document() const noexcept { return document_; }
 
-  /// Makes this the content of the file; as it was when that fails.
+  /// Replaces the file's content. On failure the file is unchanged.
   [[nodiscard]] std::optional<Failure> write(const std::string& text);
 
  private:
   AggregateStore(std::string path, int lock) : path_(std::move(path)), lock_(lock) {}
 
   std::string path_;
-  int lock_;  // the folder's descriptor; -1 when it has moved to another object
+  int lock_;  // descriptor of the locked folder; -1 after a move
   hal::AggregateDocument document_;
 };
 
-/// The file as it is now, for looking at it. Failure: as of open(), but for the folder. [main-thread]
+/// Reads the file without a lock. Failure: the file cannot be read, or is invalid. [main-thread]
 [[nodiscard]] Result<hal::AggregateDocument, Failure> readAggregates();
 
 }  // namespace tolvane::ctl

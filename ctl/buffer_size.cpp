@@ -14,7 +14,7 @@ std::string frameCount(double frames) {
   return plainDecimal(frames) + (frames == 1.0 ? " frame" : " frames");
 }
 
-/// Why `frames` is out of the question; none when the device may take it.
+/// Why the range does not allow `frames`; none if it does.
 std::optional<std::string> objection(const std::optional<AudioValueRange>& range, std::uint32_t frames) {
   if (!range) return "its buffer size cannot be set";
   if (frames >= range->mMinimum && frames <= range->mMaximum) return std::nullopt;

@@ -8,9 +8,8 @@
 
 namespace tolvane::ctl {
 
-/// Makes `frames` the device's frames a cycle. Failure (failed): the device's size is fixed and another,
-/// `frames` is outside of its range, the device refuses, or it takes another size than was asked.
-/// [main-thread]
+/// Sets the device's buffer size in frames. Failure (failed): the device has no range of sizes, `frames` is
+/// outside its range, the device refuses the size, or the device takes another one. [main-thread]
 [[nodiscard]] std::optional<Failure> setBufferFrames(const AudioDeviceInfo& device, std::uint32_t frames);
 
 }  // namespace tolvane::ctl

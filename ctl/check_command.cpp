@@ -16,9 +16,10 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// The first active route of a channel that no device can have, whatever else is active.
+/// A failure if an active route has a channel that no device can have. Checks all active routes, not only the
+/// first 64.
 std::optional<Failure> impossibleChannel(const std::string& path, const Routes& routes) {
-  // Devices count their channels in 32 bits, so the last one has the number before the largest count.
+  // A device's channel count is a signed 32-bit number, so its highest possible channel is the maximum - 1.
   const auto isPossible = [](std::int64_t channel) {
     return channel >= 0 && channel < std::numeric_limits<std::int32_t>::max();
   };
@@ -47,7 +48,7 @@ ExitStatus checkFile(const std::string& path) {
 }  // namespace
 
 ExitStatus checkCommand(const std::vector<std::string>& paths) {
-  ExitStatus worst = ExitStatus::done;  // their numbers rank them: a bad patch above an unreadable file
+  ExitStatus worst = ExitStatus::done;  // the numbers rank: badPatch is above failed
   for (const std::string& path : paths) worst = std::max(worst, checkFile(path));
   return worst;
 }

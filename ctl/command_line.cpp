@@ -23,7 +23,7 @@ namespace {
 
 constexpr const char* kPatchHelp = "the patch file";
 
-// The argument library takes "[a,b]" for a list, and "" for nothing. With this mark behind it either is a
+// The argument library parses "[a,b]" as a list and ignores "". Appending this mark makes either a plain
 // word.
 constexpr char kWordMark = '\x1F';
 
@@ -38,7 +38,7 @@ std::string withoutMarks(std::string text) {
   return text;
 }
 
-/// A name as the user gave it.
+/// Takes a word as a name: removes its mark and refuses an empty one.
 CLI::Validator name() {
   const auto check = [](std::string& text) {
     if (text.ends_with(kWordMark)) text.pop_back();
@@ -47,7 +47,7 @@ CLI::Validator name() {
   return {check, ""};
 }
 
-/// Digits are decimal, whatever they begin with.
+/// Takes decimal digits only: a leading 0 does not mean octal.
 CLI::Validator wholeNumber(int lowest, int highest) {
   const auto check = [lowest, highest](std::string& text) {
     int number = 0;
@@ -63,7 +63,7 @@ CLI::Validator wholeNumber(int lowest, int highest) {
   return {check, ""};
 }
 
-/// What the arguments are read into.
+/// The parsed arguments of all commands.
 struct Arguments {
   DevicesOptions devices;
   std::vector<std::string> checkedPaths;
@@ -183,7 +183,7 @@ void declareAggregate(CLI::App& program, Arguments& arguments, ExitStatus& statu
   remove->callback([&] { status = aggregateDeleteCommand(options); });
 }
 
-/// Why there is no command to run after the ones that were given; empty when there is one.
+/// The message if a command or subcommand is missing or unknown; empty if one was given.
 std::string missingCommand(const CLI::App& program) {
   const auto given = program.get_subcommands();
   const CLI::App& last = given.empty() ? program : *given.front();

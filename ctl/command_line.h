@@ -4,7 +4,7 @@
 
 namespace tolvane::ctl {
 
-/// The whole program: reads the arguments, runs the command that they name. [main-thread]
+/// Parses the arguments and runs the command. [main-thread]
 [[nodiscard]] ExitStatus runCommandLine(int argc, char** argv);
 
 }  // namespace tolvane::ctl

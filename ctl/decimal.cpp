@@ -23,7 +23,7 @@ bool sameFloat(float a, float b) {
 std::string shortestDecimal(float value) {
   if (std::isnan(value)) return "nan";
   if (std::isinf(value)) return value > 0.0F ? "inf" : "-inf";
-  constexpr int kDigitsOfFloat = 9;  // always enough
+  constexpr int kDigitsOfFloat = 9;  // these identify every float
   std::string text;
   for (int digits = 1; digits <= kDigitsOfFloat; ++digits) {
     text = significant(static_cast<double>(value), digits);

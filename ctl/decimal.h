@@ -1,5 +1,4 @@
-// Numbers as text. The decimal mark is a point whatever the user's language: the program never changes the
-// numeric locale of the process.
+// Numbers as text. The decimal mark is always a point: the program never sets the process's numeric locale.
 #pragma once
 
 #include <string>
@@ -13,7 +12,7 @@ namespace tolvane::ctl {
 /// zero, "inf", "nan". The sign of `linear` does not matter. [not-io]
 [[nodiscard]] std::string decibels(float linear);
 
-/// `value` without digits that say nothing: "48000", "44100.5". [not-io]
+/// `value` with up to 12 significant digits and no trailing zeros: "48000", "44100.5". [not-io]
 [[nodiscard]] std::string plainDecimal(double value);
 
 }  // namespace tolvane::ctl

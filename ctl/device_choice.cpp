@@ -43,7 +43,7 @@ std::vector<AudioDeviceInfo> candidates(const std::vector<AudioDeviceInfo>& devi
                                         const std::string& wanted) {
   auto exact = matching(devices, [&](const AudioDeviceInfo& d) { return d.name == wanted; });
   if (!exact.empty()) return exact;
-  // A number never falls through to names: an identifier that is gone must not pick another device.
+  // A number never falls through to parts of names: a departed identifier must not choose another device.
   if (isNumber(wanted)) return matching(devices, [&](const AudioDeviceInfo& d) { return hasId(d, wanted); });
   return matching(devices, [&](const AudioDeviceInfo& d) { return containsIgnoringCase(d.name, wanted); });
 }
@@ -61,7 +61,7 @@ bool isVirtual(const AudioDeviceInfo& device) {
          kAudioDeviceTransportTypeVirtual;
 }
 
-/// No device that is still to come changes what is chosen.
+/// True if devices that appear later cannot change the choice.
 bool isDecided(const DeviceListing& listing, const std::string& wanted) {
   const bool isComplete = listing.silentServers.empty();
   if (wanted.empty()) return isComplete;

@@ -13,19 +13,21 @@ namespace tolvane::ctl {
 
 using DeviceChoice = Result<AudioDeviceInfo, Failure>;
 
-/// The device that `wanted` means: the one with exactly this name; for a number, the one with this
-/// identifier; else the only one with this part in its name, capitals or not (ASCII). An empty `wanted` means
-/// the first. Failure (noSuchDevice): none, or several; the text lists the devices. [not-io]
+/// Finds the device that `wanted` names: the one with exactly this name; else, for a number, the one with
+/// this identifier; else the only one whose name contains `wanted`, ignoring ASCII case. An empty `wanted`
+/// means the first device. Failure (noSuchDevice): no device, or several; the text lists the devices.
+/// [not-io]
 [[nodiscard]] DeviceChoice chooseDevice(const std::vector<AudioDeviceInfo>& devices,
                                         const std::string& wanted);
 
-/// The same of a listing that is not waited for any longer. Failure, too (failed): what is missing in it
-/// could be meant as well. That is so where there is no such device yet, where nothing is wanted and only the
-/// virtual device is there, and for an identifier, since devices that come get other ones. [not-io]
+/// The same, for the last listing after the wait. Also fails (failed) while a sound server is silent and its
+/// missing devices could be meant. That is the case if no device matches, if `wanted` is empty and only the
+/// virtual device is present, and if `wanted` is an identifier: identifiers follow the order in which devices
+/// appear. [not-io]
 [[nodiscard]] DeviceChoice chooseListed(const DeviceListing& listing, const std::string& wanted);
 
-/// The device that `wanted` means, waited for until it is there and no sound server that could have it, too,
-/// is silent: for `seconds` at the most, and until `isInterrupted` says true. [main-thread]
+/// Waits for the device that `wanted` names, and for silent sound servers that could have a matching device
+/// too. Stops waiting after `seconds`, or as soon as `isInterrupted` returns true. [main-thread]
 [[nodiscard]] DeviceChoice awaitDevice(const std::string& wanted, double seconds,
                                        const std::function<bool()>& isInterrupted);
 

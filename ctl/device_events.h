@@ -8,26 +8,26 @@
 
 namespace tolvane::ctl {
 
-/// What the HAL tells of one device while it is listened to: overloads, and that it went or came back.
-/// [main-thread] but for the counting itself, which is the HAL's notification thread's.
+/// Listens to one device's notifications: overloads, and that the device went or came back. The listener runs
+/// on the HAL's notification thread, everything else is [main-thread].
 class DeviceEvents {
  public:
   explicit DeviceEvents(AudioDeviceID device);
   DeviceEvents(const DeviceEvents&) = delete;
   DeviceEvents& operator=(const DeviceEvents&) = delete;
-  /// When it has returned, nothing more is told.
+  /// After it returns, no notification arrives any more.
   ~DeviceEvents();
 
-  /// Why nothing can be told; noErr when it can.
+  /// noErr, or why the device cannot be listened to.
   [[nodiscard]] OSStatus status() const noexcept { return status_; }
 
-  /// Readable when the device may have gone or come back. To be polled.
+  /// For poll(): readable when the device may have gone or come back.
   [[nodiscard]] int descriptor() const noexcept { return wake_.descriptor(); }
 
-  /// Deadlines that were missed since construction. [any-thread]
+  /// Overloads since construction. [any-thread]
   [[nodiscard]] std::uint64_t overloads() const noexcept { return overloads_.load(); }
 
-  /// Asks the device, and empties the descriptor. A device that does not answer is not alive.
+  /// Drains the descriptor and asks the device. A device that does not answer is not alive.
   [[nodiscard]] bool isAlive() const;
 
  private:

@@ -25,7 +25,7 @@ struct Transport {
   const char* name;
 };
 
-// Every system's transports in one table: a code means the same wherever it turns up.
+// One table for every system: a code means the same on all of them.
 constexpr Transport kTransports[] = {
     {code("virt"), "virtual"},    {code("jack"), "jack"},        {code("pipw"), "pipewire"},
     {code("alsa"), "alsa"},       {code("grup"), "aggregate"},   {code("fgrp"), "aggregate"},

@@ -9,29 +9,30 @@
 
 namespace tolvane::ctl {
 
-/// One device with what the user may want to know of it beyond its channels.
+/// One device with the properties that the list shows.
 struct DeviceDetails {
   AudioDeviceInfo info;
-  std::string driver;  // what carries its audio: "jack", "virtual", "usb"
+  std::string driver;  // its transport's name: "jack", "virtual", "usb"
   std::optional<double> sampleRateHz;
   std::optional<std::uint32_t> bufferFrames;
 };
 
-/// The name of what carries a device's audio, by its transport code; the code's own four characters where it
-/// has no name here. [not-io]
+/// The name of a transport code. A code without a name gives its four characters, or "unknown" if they are
+/// not printable ASCII. [not-io]
 [[nodiscard]] std::string transportName(std::uint32_t transportType);
 
-/// What the HAL tells of these devices. [not-io]
+/// Reads the devices' properties from the HAL. [not-io]
 [[nodiscard]] std::vector<DeviceDetails> detailsOf(const std::vector<AudioDeviceInfo>& devices);
 
-/// As a table with a line of titles. [not-io]
+/// A table with a title line. [not-io]
 [[nodiscard]] std::string deviceTable(const std::vector<DeviceDetails>& devices);
 
-/// As a JSON array of objects, ended by a line feed; what a device does not tell is null. [not-io]
+/// A JSON array of objects, followed by a line feed. A property that the device does not have is null.
+/// [not-io]
 [[nodiscard]] std::string deviceJson(const std::vector<DeviceDetails>& devices);
 
-/// What has happened to one device, as a line for people, and as a JSON object on a line with the member
-/// "event" before those of the list. [not-io]
+/// What has happened to one device, as a line for people, and as a one-line JSON object: the member "event",
+/// then the members that deviceJson() gives a device. [not-io]
 [[nodiscard]] std::string deviceEventLine(const std::string& event, const DeviceDetails& device);
 [[nodiscard]] std::string deviceEventJson(const std::string& event, const DeviceDetails& device);
 

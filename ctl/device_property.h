@@ -12,8 +12,8 @@ namespace tolvane::ctl {
   return {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMain};
 }
 
-/// The value of a device's property in the global scope; none when the device has no such property, has gone,
-/// or has a value of another size. [not-io]
+/// The value of a device's property in the global scope. None if the device has no such property or has gone,
+/// or if the value's size differs. [not-io]
 template <class Value>
 [[nodiscard]] std::optional<Value> deviceProperty(AudioDeviceID device,
                                                   AudioObjectPropertySelector selector) {

@@ -15,7 +15,7 @@ using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::milliseconds kListInterval{50};
 
-/// Why the engine has an empty list; noErr when there is a list now.
+/// Asks the HAL for its list again after the engine found no device: the error, or noErr.
 OSStatus listStatus() {
   const AudioObjectPropertyAddress list = globalAddress(kAudioHardwarePropertyDevices);
   UInt32 size = 0;
@@ -36,7 +36,7 @@ DeviceListingResult listOrFailure() {
     if (!listing.devices.empty() || attempt == kAttempts) return listing;
     const OSStatus status = listStatus();
     if (status != noErr) return Failure{"the audio devices cannot be listed: " + statusText(status)};
-    // There is one now: what was missing for the engine's may have come back.
+    // The HAL can list now, so the engine's empty list may be due to an error that has passed: try again.
   }
 }
 

@@ -1,4 +1,4 @@
-// The list of devices, waited for where a sound server is late.
+// The device list, with a wait for sound servers that are slow to answer.
 #pragma once
 
 #include <functional>
@@ -11,29 +11,29 @@
 
 namespace tolvane::ctl {
 
-/// How long a command waits for sound servers, and for a device that it was told to use.
+/// How long a command waits for sound servers and for the devices that its arguments name.
 inline constexpr double kDefaultWaitSeconds = 3.0;
 
-/// The devices that are there.
+/// The present devices.
 struct DeviceListing {
   std::vector<AudioDeviceInfo> devices;
-  std::string silentServers;  // "jack, pipewire": they do not answer, and their devices are missing
+  std::string silentServers;  // "jack, pipewire": do not answer, so their devices are missing
 };
 
 using DeviceListingResult = Result<DeviceListing, Failure>;
 
-/// Lists again and again until `isEnough` says true of a listing, but not for longer than `seconds`; the last
-/// listing. Failure: the HAL can list none. [main-thread]
+/// Lists the devices repeatedly until `isEnough` accepts a listing or `seconds` have passed, and returns the
+/// last listing. Failure: the HAL cannot list its devices. [main-thread]
 [[nodiscard]] DeviceListingResult awaitDevices(double seconds,
                                                const std::function<bool(const DeviceListing&)>& isEnough);
 
-/// The same until every sound server has answered. [main-thread]
+/// The same, until every sound server has answered. [main-thread]
 [[nodiscard]] DeviceListingResult awaitAllDevices(double seconds);
 
-/// That servers do not answer, of a listing in which some do not. [not-io]
+/// The failure that names the listing's silent servers; there must be one. [not-io]
 [[nodiscard]] Failure silenceOf(const DeviceListing& listing);
 
-/// What a status of the HAL means, in words where it has any. [not-io]
+/// A HAL status for a message: words if it has any, else its number. [not-io]
 [[nodiscard]] std::string statusText(OSStatus status);
 
 }  // namespace tolvane::ctl

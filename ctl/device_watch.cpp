@@ -35,7 +35,7 @@ std::vector<DeviceDetails> missing(const std::vector<DeviceDetails>& all,
   return missing;
 }
 
-/// The list as it is printed and followed.
+/// The last printed state of the list.
 class WatchedList {
  public:
   WatchedList(bool json, const DeviceListing& listing) : json_(json), devices_(detailsOf(listing.devices)) {}
@@ -50,7 +50,7 @@ class WatchedList {
 
   void printChanges() {
     const DeviceListingResult listing = awaitAllDevices(0.0);
-    if (!listing) return;  // nobody knows whether anything has gone
+    if (!listing) return;  // a failed listing does not tell which devices are gone
     std::vector<DeviceDetails> now = detailsOf(listing.value().devices);
     const DeviceChanges changes = changesBetween(devices_, now);
     for (const DeviceDetails& device : changes.departed) printEvent("departed", device);
@@ -73,7 +73,7 @@ bool flushed() {
   return std::fflush(stdout) == 0 && std::ferror(stdout) == 0;
 }
 
-/// Sleeps until a signal came, which is false, or the list may have changed.
+/// Sleeps until the list may have changed. Returns false if a signal came.
 bool awaitChange(const SignalPipe& signals, const DeviceListEvents& events) {
   for (;;) {
     pollfd sources[] = {{signals.descriptor(), POLLIN, 0}, {events.descriptor(), POLLIN, 0}};
@@ -114,7 +114,7 @@ DeviceChanges changesBetween(const std::vector<DeviceDetails>& before,
 
 ExitStatus watchDevices(bool json) {
   if (const auto failure = tooFewResources()) return fail(*failure);
-  // First of all, so that no thread of the HAL ever takes a signal.
+  // Before the HAL starts threads: they inherit the blocked signals.
   const SignalPipe signals({SIGINT, SIGTERM});
   const DeviceListEvents events;
   const DeviceListingResult listing = awaitAllDevices(0.0);
@@ -126,7 +126,7 @@ ExitStatus watchDevices(bool json) {
     if (!awaitChange(signals, events)) return ExitStatus::done;
     list.printChanges();
   }
-  return ExitStatus::failed;  // which is said when the program ends
+  return ExitStatus::failed;  // main() reports it
 }
 
 }  // namespace tolvane::ctl

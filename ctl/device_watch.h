@@ -10,7 +10,7 @@
 
 namespace tolvane::ctl {
 
-/// Tells when the system's list of devices has changed, from construction to destruction. [main-thread]
+/// Listens for changes of the system's device list, from construction to destruction. [main-thread]
 class DeviceListEvents {
  public:
   DeviceListEvents();
@@ -18,13 +18,13 @@ class DeviceListEvents {
   DeviceListEvents& operator=(const DeviceListEvents&) = delete;
   ~DeviceListEvents();
 
-  /// Readable when the list may have changed. To be polled.
+  /// For poll(): readable when the list may have changed.
   [[nodiscard]] int descriptor() const noexcept { return wake_.descriptor(); }
 
-  /// Why nothing can be told; noErr when it can.
+  /// noErr, or why the list cannot be listened to.
   [[nodiscard]] OSStatus status() const noexcept { return status_; }
 
-  /// Empties the descriptor; true when it was readable.
+  /// Drains the descriptor. True if it was readable.
   [[nodiscard]] bool take() const;
 
  private:
@@ -35,8 +35,8 @@ class DeviceListEvents {
   OSStatus status_ = noErr;
 };
 
-/// What has come and gone between two lists. A device that has other channels or another name than before has
-/// gone and come.
+/// The difference between two lists. A device whose name or channel counts changed is in both `departed` and
+/// `arrived`.
 struct DeviceChanges {
   std::vector<DeviceDetails> departed;  // in the old list's order
   std::vector<DeviceDetails> arrived;   // in the new list's order
@@ -44,9 +44,9 @@ struct DeviceChanges {
 [[nodiscard]] DeviceChanges changesBetween(const std::vector<DeviceDetails>& before,
                                            const std::vector<DeviceDetails>& now);
 
-/// Prints the devices, and then a line for each that goes or comes, until SIGINT or SIGTERM. With `json` each
-/// device, also of those that are there at first, is an object on a line of its own, with the member "event":
-/// "present", "arrived" or "departed". Failed when standard output takes no more. [main-thread]
+/// Prints the devices, then one line for each that departs or arrives, until SIGINT or SIGTERM. With `json`,
+/// every line is an object, also for the devices present at first; its member "event" is "present", "arrived"
+/// or "departed". Returns failed if standard output cannot be written. [main-thread]
 [[nodiscard]] ExitStatus watchDevices(bool json);
 
 }  // namespace tolvane::ctl

@@ -7,12 +7,12 @@ namespace tolvane::ctl {
 
 struct DevicesOptions {
   bool json = false;   // instead of a table
-  bool watch = false;  // go on as watchDevices does
+  bool watch = false;  // run watchDevices() instead; waitSeconds is then unused
   double waitSeconds = kDefaultWaitSeconds;
 };
 
-/// Prints the audio devices. Failed, and said, when a sound server is silent for as long as they are waited
-/// for. [main-thread]
+/// Prints the audio devices. Reports and returns failed if a sound server does not answer within
+/// `waitSeconds`. [main-thread]
 [[nodiscard]] ExitStatus devicesCommand(const DevicesOptions& options);
 
 }  // namespace tolvane::ctl

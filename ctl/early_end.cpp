@@ -21,7 +21,7 @@ namespace {
 
 constexpr int kEndingSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
-// Read by signal handlers, so of a fixed size: the text is whole while the flag is set.
+// Signal handlers read the path, so it has a fixed buffer. It is complete while the flag is set.
 char pathToRemove[PATH_MAX];
 std::atomic<bool> hasPathToRemove{false};
 static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler reads it");
@@ -81,7 +81,7 @@ void endBySignal(int signal) noexcept {
   sigaddset(&only, signal);
   ::pthread_sigmask(SIG_UNBLOCK, &only, nullptr);
   ::raise(signal);
-  ::_exit(128 + signal);  // not reached by a signal that ends
+  ::_exit(128 + signal);  // not reached: the signal's default action ends the process
 }
 
 void endForWantOf(const char* what) noexcept {

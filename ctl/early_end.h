@@ -1,4 +1,5 @@
-// How the process ends in the middle of its work: by a signal, or for want of memory, threads or descriptors.
+// How the process ends in the middle of its work: by a signal, or because memory, threads or descriptors ran
+// out.
 #pragma once
 
 #include <csignal>
@@ -6,28 +7,32 @@
 
 namespace tolvane::ctl {
 
-/// To be called once, before there is any thread. From then on SIGINT, SIGTERM, SIGHUP and SIGQUIT end the
-/// process at once and leave no file behind, also those that the parent had blocked; one that the parent
-/// ignores (as nohup does) stays ignored. A write that nobody reads is an error instead of a signal. An
-/// exception that no thread catches ends the process as endForWantOf does, where it says that the system has
-/// no more to give. [main-thread]
+/// Called once, before any thread starts. From then on:
+/// - SIGINT, SIGTERM, SIGHUP and SIGQUIT end the process at once and leave no file behind, even if the parent
+///   process had blocked them. A signal that the parent set to be ignored (as nohup does) stays ignored.
+/// - Writing to a pipe without a reader returns an error; SIGPIPE is ignored.
+/// - An uncaught std::bad_alloc or std::system_error ends the process through endForWantOf(). Any other
+///   uncaught exception aborts.
+/// [main-thread]
 void prepareForEarlyEnds();
 
-/// The file that must not stay when the process ends early; null: none. `path` is copied, and is not removed
-/// when it is longer than the system's longest. [main-thread]
+/// Sets the file to remove if the process ends early; null: none. Copies `path`. A path of PATH_MAX bytes or
+/// more is not removed. [main-thread]
 void removeAtEarlyEnd(const char* path) noexcept;
 
-/// Ends the process as the signal would have done of itself. Safe in a signal handler. [any-thread]
+/// Removes the file that is set and ends the process by the signal's default action. Safe in a signal
+/// handler. [any-thread]
 [[noreturn]] void endBySignal(int signal) noexcept;
 
-/// Ends the process with ExitStatus::failed after one message. Allocates nothing. [any-thread]
+/// Removes the file that is set, prints one message and ends the process with ExitStatus::failed. Allocates
+/// no memory. [any-thread]
 [[noreturn]] void endForWantOf(const char* what) noexcept;
 
-/// Holds signals back in the calling thread, and in those that it starts meanwhile, for its life.
+/// Blocks signals for its lifetime, in the calling thread and in the threads that it starts meanwhile.
 /// [any-thread]
 class SignalsHeld {
  public:
-  /// Every signal.
+  /// Blocks every signal.
   SignalsHeld() noexcept;
   SignalsHeld(std::initializer_list<int> signals) noexcept;
   SignalsHeld(const SignalsHeld&) = delete;

@@ -6,14 +6,14 @@
 
 namespace tolvane::ctl {
 
-/// Why a command cannot go on: a text for the user, without the program's name, and the status to leave with.
-/// Names in the text are printable().
+/// Why a command fails: a text for the user, without the program's name, and the exit status. Names in the
+/// text have been through printable().
 struct Failure {
   std::string text;
   ExitStatus status = ExitStatus::failed;
 };
 
-/// "WHAT: the system's words for `errorNumber`". [not-io]
+/// "WHAT: " and the system's text for `errorNumber`, an errno value. [not-io]
 [[nodiscard]] Failure systemFailure(const std::string& what, int errorNumber);
 
 }  // namespace tolvane::ctl

@@ -8,26 +8,27 @@
 
 namespace tolvane::ctl {
 
-/// Notices that a file has changed: written in place, replaced by another, removed, put back, or reached
-/// through another link. It may notice more than there is; the reader compares. [main-thread]
+/// Notices that a file was written, replaced, removed or restored, or that a symbolic link to it changed. It
+/// may report a change that was none: the caller compares the content. [main-thread]
 class FileWatcher {
  public:
   virtual ~FileWatcher() = default;
 
-  /// Readable when there may be a change; -1 where there is no such descriptor. To be polled.
+  /// For poll(): readable when the file may have changed. -1 if there is no such descriptor.
   [[nodiscard]] virtual int descriptor() const noexcept = 0;
 
-  /// Ask changed() at least this often, also when the descriptor stays quiet.
+  /// Call changed() at least this often, even if the descriptor is not readable.
   [[nodiscard]] virtual std::chrono::milliseconds askEvery() const noexcept = 0;
 
-  /// Whether there was a change since the last call, or since construction. Does not wait.
+  /// True if the file changed since the last call, or since construction. Does not block.
   [[nodiscard]] virtual bool changed() = 0;
 };
 
-/// The best watcher that the system has: told by the system where it can tell, else one that looks. [not-io]
+/// Watches with the system's change notifications if it has any, else by polling. [not-io]
 [[nodiscard]] std::unique_ptr<FileWatcher> watchFile(const std::string& path);
 
-/// Looks at what the file system says of the file. Works everywhere, also on network folders.
+/// Compares the file's identity, size and modification time. Works on every file system, also on network
+/// folders.
 class PollingWatcher : public FileWatcher {
  public:
   PollingWatcher(std::string path, std::chrono::milliseconds interval);
@@ -37,7 +38,7 @@ class PollingWatcher : public FileWatcher {
   [[nodiscard]] bool changed() override;
 
  private:
-  /// What tells one content from the next. All zero when there is no file.
+  /// Changes with the file's content. All zero if there is no file.
   struct Stamp {
     dev_t device = 0;
     ino_t inode = 0;

@@ -6,8 +6,8 @@
 
 namespace tolvane::ctl {
 
-/// Hands pointers from one thread to another, first in, first out. Putting never waits: it holds as many as
-/// are in circulation. [not-io]
+/// A FIFO queue of pointers from one thread to another; it does not own the items. put() never waits for
+/// room: the queue has no limit. [not-io]
 template <class T>
 class HandOver {
  public:
@@ -17,7 +17,7 @@ class HandOver {
     changed_.notify_one();
   }
 
-  /// The next item, when it has come; null once it is closed and empty.
+  /// Blocks until there is an item. Returns null if the queue is closed and empty.
   [[nodiscard]] T* take() {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return closed_ || !items_.empty(); });
@@ -27,14 +27,14 @@ class HandOver {
     return item;
   }
 
-  /// No more will come; what is there can still be taken.
+  /// No more items will come. Those in the queue can still be taken.
   void close() {
     const std::lock_guard lock(mutex_);
     closed_ = true;
     changed_.notify_all();
   }
 
-  /// Closes, and takes back what is there.
+  /// Closes the queue and drops its items.
   void abandon() {
     const std::lock_guard lock(mutex_);
     items_.clear();

@@ -1,4 +1,4 @@
-// The real-time thread of a device that runs, as far as the system tells of it.
+// The scheduling of a running device's IO thread.
 #pragma once
 
 #include <optional>
@@ -8,13 +8,13 @@
 
 namespace tolvane::ctl {
 
-/// How the thread of the device's callback is scheduled now; none where the HAL does not say, or when no
-/// cycle has run. [not-io]
+/// The current scheduling of the thread that calls the device's IO proc. None if the HAL does not report it
+/// or no cycle has run. [not-io]
 [[nodiscard]] std::optional<TolvaneThreadScheduling> ioThreadScheduling(AudioDeviceID device);
 
 [[nodiscard]] bool isRealtime(const TolvaneThreadScheduling& scheduling) noexcept;
 
-/// "SCHED_FIFO, priority 60"; "SCHED_OTHER" of a policy without priorities.
+/// "SCHED_FIFO, priority 60", or "SCHED_OTHER" for a policy without priorities.
 [[nodiscard]] std::string schedulingText(const TolvaneThreadScheduling& scheduling);
 
 }  // namespace tolvane::ctl

@@ -7,7 +7,7 @@
 namespace tolvane::ctl {
 
 std::string jsonText(const nlohmann::ordered_json& json, int indent) {
-  // A name is the hardware's own text and need not be UTF-8.
+  // Names come from the hardware and may be invalid UTF-8.
   const std::string text = json.dump(indent, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
   std::string result;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -18,7 +18,7 @@ std::string jsonText(const nlohmann::ordered_json& json, int indent) {
       result += text[i];
       continue;
     }
-    // Neither is anywhere but in a string.
+    // In JSON these characters occur only within strings, so an escape is valid here.
     char escaped[8];
     std::snprintf(escaped, sizeof escaped, "\\u%04x", isHighControl ? next : byte);
     result += escaped;

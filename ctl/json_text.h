@@ -6,9 +6,9 @@
 
 namespace tolvane::ctl {
 
-/// The JSON text for standard output, ended by a line feed; on one line when `indent` is -1. Control
-/// characters are escaped, those above U+007E too, which a terminal would heed; bytes that are not UTF-8
-/// come out as U+FFFD. [not-io]
+/// The JSON text for standard output, followed by a line feed; one line if `indent` is -1. Control characters
+/// are escaped, including U+007F to U+009F, which a terminal would obey. Invalid UTF-8 becomes U+FFFD.
+/// [not-io]
 [[nodiscard]] std::string jsonText(const nlohmann::ordered_json& json, int indent);
 
 }  // namespace tolvane::ctl

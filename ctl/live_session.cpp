@@ -18,7 +18,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-/// A service may be asked for real-time priority, and take its time.
+/// The IO thread may get its real-time priority from a system service, which answers late.
 constexpr std::chrono::seconds kGrantWait{2};
 
 std::size_t channels(std::int64_t count) {
@@ -45,7 +45,7 @@ LiveSession::LiveSession(const RunOptions& options, AudioDeviceInfo device, Patc
   setMeterBank(&bank_);
   if (!options_.watch) return;
   watcher_ = watchFile(patch_.path());
-  fileSettling_.touch(Clock::now());  // it may have changed between its reading and the watching
+  fileSettling_.touch(Clock::now());  // the file may have changed between its reading and now
 }
 
 LiveSession::~LiveSession() {
@@ -75,8 +75,8 @@ ExitStatus LiveSession::run() {
     showMeters();
     if (options_.seconds && Clock::now() >= endTime()) ended_ = true;
   }
-  tellScheduling();  // before the thread has gone
-  meters_.reset();   // first, as a server that hangs may never let the device stop
+  tellScheduling();  // while the IO thread still exists
+  meters_.reset();   // restores the terminal before stop(), which may never return if a sound server hangs
   messages_.release();
   engine_.stop();
   printSummary();
@@ -85,7 +85,7 @@ ExitStatus LiveSession::run() {
 
 void LiveSession::sleep() {
   const auto left = std::chrono::ceil<milliseconds>(wakeTime() - Clock::now()).count();
-  // A descriptor of -1 is passed over.
+  // poll() ignores a descriptor of -1.
   pollfd sources[] = {{signals_.descriptor(), POLLIN, 0},
                       {events_.descriptor(), POLLIN, 0},
                       {watcher_ ? watcher_->descriptor() : -1, POLLIN, 0}};
@@ -177,8 +177,8 @@ void LiveSession::showMeters() {
 }
 
 void LiveSession::openMeters(Clock::time_point now) {
-  // The first cycle prints its trace, which would tear the picture: wait for it, though not for a dead
-  // device.
+  // The first cycle prints its trace, which would tear the picture: wait for that cycle, but only so long, as
+  // a dead device runs none.
   constexpr milliseconds kLook{10};
   constexpr std::chrono::seconds kLongestWait{2};
   nextMeters_ = now + kLook;
@@ -198,7 +198,7 @@ void LiveSession::printSummary() const {
               static_cast<unsigned long long>(events_.overloads()));
   if (scheduling_) std::printf("scheduling: %s\n", schedulingText(*scheduling_).c_str());
   std::fputs(routeTable(routes_).c_str(), stdout);
-  std::fflush(stdout);  // while a signal still ends it, however full the pipe is
+  std::fflush(stdout);  // now, while the SignalPipe exists: a signal then ends a flush into a full pipe
 }
 
 }  // namespace tolvane::ctl

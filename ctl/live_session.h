@@ -18,17 +18,18 @@
 
 namespace tolvane::ctl {
 
-/// A device that routes, from start to summary. [main-thread]
+/// Live routing on one device, from the start to the summary. [main-thread]
 class LiveSession {
  public:
-  /// `patch` and `signals` are the caller's and outlive the session; `routes` are what `patch` gave.
+  /// `patch` and `signals` belong to the caller and must outlive the session. `routes` came from `patch`.
   LiveSession(const RunOptions& options, AudioDeviceInfo device, PatchSource& patch, Routes routes,
               const SignalPipe& signals);
   LiveSession(const LiveSession&) = delete;
   LiveSession& operator=(const LiveSession&) = delete;
   ~LiveSession();
 
-  /// Routes until it is told to end. Done, or failed when the device does not start.
+  /// Routes until a signal, the user or the time limit ends the run. Returns failed if the device does not
+  /// start, else done.
   [[nodiscard]] ExitStatus run();
 
  private:
@@ -41,7 +42,7 @@ class LiveSession {
   void heedFile();
   void heedDevice();
   void heedScheduling();
-  /// Notes how the audio thread is scheduled, and says once that it is not real-time.
+  /// Reads the IO thread's scheduling, and reports once if it is not real-time.
   void tellScheduling();
   void takeOver(const PatchResult& result);
   void showMeters();
@@ -57,14 +58,14 @@ class LiveSession {
   MeterBank bank_;
   CoreAudioEngine engine_;
   DeviceEvents events_;
-  std::unique_ptr<FileWatcher> watcher_;  // none: the file is not watched
+  std::unique_ptr<FileWatcher> watcher_;  // null: the file is not watched
   Settling fileSettling_;
-  std::unique_ptr<MeterView> meters_;  // none: no meters
+  std::unique_ptr<MeterView> meters_;  // null: no meters, or not open yet
   MeterPicture picture_;
   Clock::time_point started_;
   Clock::time_point nextMeters_;
-  std::optional<Clock::time_point> schedulingDue_;     // to be looked at; none: it has been
-  std::optional<TolvaneThreadScheduling> scheduling_;  // of the audio thread, as last seen
+  std::optional<Clock::time_point> schedulingDue_;     // when to check; none: already checked
+  std::optional<TolvaneThreadScheduling> scheduling_;  // of the IO thread, as last read
   bool schedulingTold_ = false;
   bool ended_ = false;
   bool deviceTold_ = false;

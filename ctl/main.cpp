@@ -12,7 +12,7 @@ namespace {
 using tolvane::ctl::endForWantOf;
 using tolvane::ctl::ExitStatus;
 
-/// Output that could not be written (a full disk) is a failure, whatever the command said.
+/// Makes it a failure if the output could not be written, for example on a full disk.
 ExitStatus afterFlush(ExitStatus status) {
   if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return status;
   tolvane::ctl::say("standard output cannot be written");
@@ -24,7 +24,7 @@ ExitStatus afterFlush(ExitStatus status) {
 int main(int argc, char** argv) {
   if (!tolvane::ctl::openStandardDescriptors()) endForWantOf("/dev/null cannot be opened");
   tolvane::ctl::prepareForEarlyEnds();
-  // Caught here, so that all that stands on the stack is put in order first.
+  // Caught here, not by the terminate handler, so that the destructors on the stack run first.
   try {
     return static_cast<int>(afterFlush(tolvane::ctl::runCommandLine(argc, argv)));
   } catch (const std::bad_alloc&) {

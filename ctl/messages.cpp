@@ -7,7 +7,7 @@
 namespace tolvane::ctl {
 
 void say(std::string_view text) {
-  // One write, so that the line stays whole beside the lines of others.
+  // One write, so that output of other threads or processes does not split the line.
   const std::string line = "tolvanectl: " + printableLines(text) + '\n';
   std::fwrite(line.data(), 1, line.size(), stderr);
 }

@@ -9,21 +9,21 @@
 
 namespace tolvane::ctl {
 
-/// Writes one message to standard error, headed by the program's name. Nothing in it drives a terminal, but
-/// line feeds stay: names in it have to be printable(). [main-thread]
+/// Writes one message to standard error, after the program's name. Escapes control characters except line
+/// feeds, so pass names through printable() first. [main-thread]
 void say(std::string_view text);
 
-/// Says why, and returns the status to leave with. [main-thread]
+/// Reports the failure and returns its exit status. [main-thread]
 [[nodiscard]] ExitStatus fail(const Failure& failure);
 
-/// Messages of a run that may have taken the terminal for a picture: while they are held back they would tear
-/// the picture, so they are kept and said when the terminal is free again. [main-thread]
+/// Messages of a run whose meters may occupy the terminal. A message would tear the picture: after holdBack()
+/// messages are kept, and release() writes them. [main-thread]
 class MessageLog {
  public:
   void say(std::string_view text);
   void holdBack() { heldBack_ = true; }
   void release();
-  /// The newest message, for the picture's own line; empty before the first.
+  /// The newest message, for the picture's message line. Empty before the first.
   [[nodiscard]] const std::string& latest() const noexcept { return latest_; }
 
  private:

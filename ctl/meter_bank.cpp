@@ -53,7 +53,7 @@ void MeterBank::Side::meterOnly(std::span<const PatchConnection> routes,
 
 void MeterBank::Side::observe(const AudioBufferList* list) noexcept {
   if (list == nullptr) return;
-  std::size_t number = 0;  // across all buffers, those without data included
+  std::size_t number = 0;  // channel across all buffers, including those without data
   for (UInt32 b = 0; b < list->mNumberBuffers && number < count; ++b) {
     const AudioBuffer& buffer = list->mBuffers[b];
     const std::size_t stride = buffer.mNumberChannels;
@@ -72,7 +72,8 @@ void MeterBank::raisePeak(Channel& channel, const float* first, std::size_t fram
   std::uint32_t peak = 0;
   for (std::size_t f = 0; f < frames; ++f) peak = std::max(peak, magnitudeBits(first[f * stride]));
   std::uint32_t shown = channel.peakBits.load(std::memory_order_relaxed);
-  // Only a peak that the main thread takes at this very moment makes it try again.
+  // Rarely repeats: only if the main thread takes the peak at the same moment, or the exchange fails
+  // spuriously.
   while (peak > shown && !channel.peakBits.compare_exchange_weak(shown, peak, std::memory_order_relaxed)) {
   }
 }

@@ -1,4 +1,4 @@
-// Counting cycles and taking peaks around the routing callback.
+// Cycle counting and peak metering around the routing callback.
 #pragma once
 
 #include <atomic>
@@ -12,21 +12,21 @@
 
 namespace tolvane::ctl {
 
-/// The cycles of a run, and the peaks of its routed channels. The IO thread adds, the main thread takes away;
-/// all storage is there before the run. Every operation of either side is lock-free.
+/// The cycle count of a run and the peaks of its routed channels. The IO thread records, the main thread
+/// reads and resets. All memory is allocated before the run, and every shared variable is a lock-free atomic.
 class MeterBank {
  public:
-  /// Room for a device's channels; a channel that the device has beyond them is not metered. [not-io]
+  /// Allocates room for so many channels. Further channels of the device are not metered. [not-io]
   MeterBank(std::size_t inputs, std::size_t outputs);
 
-  /// Meters the channels of these active routes from now on, and no others. [main-thread]
+  /// From now on, meters only the channels of the routes that sound: the first 64 active ones. [main-thread]
   void meter(std::span<const PatchConnection> routes) noexcept;
 
-  /// Counts one cycle and raises the peaks by its buffers; either list may be null. [io-thread]
+  /// Counts one cycle and raises the peaks to those of its buffers. Either list may be null. [io-thread]
   void observe(const AudioBufferList* input, const AudioBufferList* output) noexcept;
 
-  /// The highest magnitude since it was last taken; 0 for a channel that is not metered. A sample that is not
-  /// a number is above all others. [main-thread]
+  /// Returns the highest magnitude since the last call and resets it; 0 for a channel that is not metered.
+  /// NaN counts as higher than any number. [main-thread]
   [[nodiscard]] float takeInputPeak(std::size_t channel) noexcept;
   [[nodiscard]] float takeOutputPeak(std::size_t channel) noexcept;
 
@@ -36,7 +36,7 @@ class MeterBank {
  private:
   struct Channel {
     std::atomic<std::uint32_t> metered{0};
-    std::atomic<std::uint32_t> peakBits{0};  // of a magnitude, which orders as its bits do
+    std::atomic<std::uint32_t> peakBits{0};  // a float magnitude's bits, which order like the magnitude
   };
   struct Side {
     explicit Side(std::size_t channelCount)
@@ -60,13 +60,13 @@ class MeterBank {
   std::atomic<std::uint64_t> cycles_{0};
 };
 
-/// The bank that meteredIoProc fills; null, as at first, fills none. It must outlive the run. [main-thread,
-/// while no device runs]
+/// Sets the bank that meteredIoProc fills; null, the initial value, is none. The bank must outlive the run.
+/// [main-thread, while no device runs]
 void setMeterBank(MeterBank* bank) noexcept;
 
 extern "C" {
 
-/// halIOProc, observed by the meter bank. [io-thread]
+/// Calls halIOProc, then meters its buffers with the current bank. [io-thread]
 OSStatus meteredIoProc(AudioObjectID device, const AudioTimeStamp* now, const AudioBufferList* inputData,
                        const AudioTimeStamp* inputTime, AudioBufferList* outputData,
                        const AudioTimeStamp* outputTime, void* clientData) noexcept;

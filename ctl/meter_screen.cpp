@@ -1,4 +1,4 @@
-// The meters as a picture on the terminal, by ncurses.
+// The meters as a full-screen picture on the terminal, drawn with ncurses.
 #define NCURSES_NOMACROS 1
 #include <algorithm>
 #include <clocale>
@@ -18,13 +18,13 @@ namespace tolvane::ctl {
 
 namespace {
 
-constexpr double kBottomDb = -60.0;  // where a bar begins
+constexpr double kBottomDb = -60.0;  // an empty bar
 constexpr double kFallDbPerShow = 1.0;
 constexpr std::chrono::milliseconds kShowEvery{50};
 
 enum ColourPair : short { kQuiet = 1, kLoud = 2, kOver = 3 };
 
-/// The level that a meter shows: up at once, down slowly, so that the eye can follow.
+/// A meter's shown level in dB: rises at once, falls kFallDbPerShow at a time.
 class Ballistics {
  public:
   double follow(const std::string& label, float peak) {
@@ -44,7 +44,7 @@ std::string levelText(double db) {
   return decibels(static_cast<float>(std::pow(10.0, db / 20.0)));
 }
 
-/// Where the meters stand: down a column, then down the next.
+/// The layout of the meters: column by column, top to bottom.
 struct Grid {
   int firstRow = 2;
   int rows = 1;
@@ -106,7 +106,7 @@ class MeterScreen : public MeterView {
     refresh();
   }
 
-  /// By the key, or as nobody looks any more: the terminal was closed.
+  /// True after the key q, or if the terminal was closed.
   [[nodiscard]] bool endAsked() override {
     pollfd terminal{STDOUT_FILENO, 0, 0};
     if (::poll(&terminal, 1, 0) > 0) return true;
@@ -158,7 +158,7 @@ class MeterScreen : public MeterView {
 
 std::unique_ptr<MeterView> makeMeterScreen() {
   if (::isatty(STDOUT_FILENO) != 1) return nullptr;
-  // For device names; numbers keep their point.
+  // ncurses needs the user's character set for device names. LC_NUMERIC keeps the decimal point.
   std::setlocale(LC_CTYPE, "");
   std::fflush(stdout);
   SCREEN* screen = newterm(nullptr, stdout, stdin);

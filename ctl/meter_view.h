@@ -19,29 +19,29 @@ struct MeterReading {
   float peak = 0.0F;  // linear, since the last reading
 };
 
-/// Everything that a meter view may show.
+/// The data that a meter view can show.
 struct MeterPicture {
   std::string deviceName;
   std::uint64_t cycles = 0;
   std::uint64_t overloads = 0;
-  std::string message;  // the newest, or empty
+  std::string message;  // the newest message, or empty
   std::vector<MeterReading> inputs;
   std::vector<MeterReading> outputs;
 };
 
-/// Takes the peaks of the channels that the sounding routes use, each once, in order; channels that the
-/// device does not have (counts given) are left out. [main-thread]
+/// Takes the peak of every channel that a sounding route uses, once each, in ascending order, into `picture`.
+/// Skips channels beyond the device's channel counts. [main-thread]
 void readMeters(MeterBank& bank, std::span<const PatchConnection> routes, std::int64_t deviceInputs,
                 std::int64_t deviceOutputs, MeterPicture& picture);
 
-/// [main-thread]
+/// A display of the meters. [main-thread]
 class MeterView {
  public:
   virtual ~MeterView() = default;
-  /// How often it wants to be shown.
+  /// The time between two calls of show().
   [[nodiscard]] virtual std::chrono::milliseconds interval() const noexcept = 0;
   virtual void show(const MeterPicture& picture) = 0;
-  /// Whether the user asked, by a key, to end the run.
+  /// True if the user asked to end the run, by a key or by closing the terminal.
   [[nodiscard]] virtual bool endAsked() { return false; }
 };
 
@@ -54,8 +54,8 @@ class MeterLines : public MeterView {
   void show(const MeterPicture& picture) override;
 };
 
-/// Takes the terminal for a picture; null when standard output is no terminal, or one that cannot be drawn
-/// on. The terminal is given back when the view ends.
+/// Opens a full-screen view on the terminal. Null if standard output is no terminal, or a terminal that
+/// cannot move its cursor. The view's destructor restores the terminal. [main-thread]
 [[nodiscard]] std::unique_ptr<MeterView> makeMeterScreen();
 
 }  // namespace tolvane::ctl

@@ -12,7 +12,7 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// A file's bytes, by their place.
+/// Reads a file's bytes at any offset.
 class FileBytes {
  public:
   explicit FileBytes(const std::string& path)
@@ -28,7 +28,7 @@ class FileBytes {
 
   [[nodiscard]] std::int64_t size() const noexcept { return size_; }
 
-  /// Fewer where the file ends.
+  /// Returns `count` bytes, fewer at the end of the file.
   [[nodiscard]] std::string at(std::int64_t offset, std::size_t count) const {
     std::string bytes(count, '\0');
     const ssize_t got = ::pread(descriptor_, bytes.data(), count, offset);
@@ -48,17 +48,17 @@ std::uint64_t integerOf(std::string bytes, bool bigEndian) {
   return value;
 }
 
-/// How a format cuts its files into chunks: an identifier, a size, a body.
+/// How a format divides its files into chunks. A chunk is an identifier, a size and a body.
 struct ChunkFormat {
   std::string_view magic;  // the first bytes of the file
   std::int64_t firstChunk;
   std::int64_t idBytes;
   std::int64_t sizeBytes;
   bool bigEndian;
-  bool sizeHasHeader;      // the size counts the identifier and itself
+  bool sizeHasHeader;      // the size includes the chunk's identifier and size fields
   std::int64_t alignment;  // of a chunk
   std::string_view soundId;
-  std::int64_t soundOffset;  // in the body of that chunk
+  std::int64_t soundOffset;  // within that chunk's body
 };
 
 constexpr ChunkFormat kChunkFormats[] = {
@@ -67,13 +67,14 @@ constexpr ChunkFormat kChunkFormats[] = {
     {"FORM", 12, 4, 4, true, false, 2, "SSND", 8},
 };
 
-/// Bytes of sound: so many by the header, and so many there.
+/// Bytes of sound: as many as the header states, and as many as the file holds.
 struct SoundBytes {
   std::int64_t promised = 0;
   std::int64_t there = 0;
 };
 
-/// The sound that the file's header promises; nothing when it promises nothing.
+/// The size that the sound chunk's header states, and the bytes that follow it. Both 0 if no size is stated
+/// or no sound chunk is found.
 SoundBytes soundBytes(const FileBytes& file, const ChunkFormat& format) {
   constexpr int kMostChunks = 10000;
   constexpr std::uint64_t kIsElsewhere = 0xFFFFFFFF;
@@ -100,7 +101,7 @@ SoundBytes soundBytes(const FileBytes& file, const ChunkFormat& format) {
   return {};
 }
 
-/// The same for AU, which has no chunks: the offset of the sound and its size follow the first four bytes.
+/// The same for AU, which has no chunks: bytes 4 to 7 are the offset of the sound, bytes 8 to 11 its size.
 SoundBytes soundBytesOfAu(const FileBytes& file) {
   const std::uint64_t offset = integerOf(file.at(4, 4), true);
   const std::uint64_t size = integerOf(file.at(8, 4), true);
@@ -115,7 +116,7 @@ std::optional<std::string> missingSound(const SoundBytes& bytes) {
          " bytes of sound are there";
 }
 
-/// Whether the file's last page is whole and the last one of its stream.
+/// True if the file's last page is complete and marked as the last of its stream.
 bool hasLastOggPage(const FileBytes& file) {
   constexpr std::int64_t kLargestPage = 65307;
   constexpr std::size_t kHeaderBytes = 27;
@@ -149,7 +150,8 @@ std::optional<std::string> missingEnd(const std::string& path) {
 }
 
 bool standsForAnySize(std::uint64_t bytes) noexcept {
-  // The largest numbers of 31, 32 and 64 bits, give or take a header and what makes them round.
+  // Values near the largest that 31 and 32 bits hold (programs subtract a header, or round), and every value
+  // beyond 63 bits.
   return (bytes >= 0x7F000000 && bytes <= 0x80000000) || (bytes >= 0xFFFF0000 && bytes <= 0xFFFFFFFF) ||
          bytes > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max());
 }

@@ -6,12 +6,14 @@
 
 namespace tolvane::ctl {
 
-/// What a sound file lacks of the sound that it promises: "only 80 of 120 bytes of sound are there". By the
-/// header in WAV, RF64, W64, AIFF and AU, by the last page in Ogg. None when nothing is missing, and where a
-/// file promises nothing or cannot be read. "-" is standard input; not for pipes. [not-io]
+/// Checks whether a sound file is cut off, and says by how much: "only 80 of 120 bytes of sound are there".
+/// WAV, RF64, W64, AIFF and AU are checked by the size in their header, Ogg by its last page. None if nothing
+/// is missing, if the file states no size, or if it cannot be read. "-" is standard input. Not for pipes.
+/// [not-io]
 [[nodiscard]] std::optional<std::string> missingEnd(const std::string& path);
 
-/// Whether a size in a header is none: who cannot come back to fill it in writes one like this. [not-io]
+/// True if a size in a header is a placeholder. A program that cannot seek back, because it writes to a pipe,
+/// leaves such a value. [not-io]
 [[nodiscard]] bool standsForAnySize(std::uint64_t bytes) noexcept;
 
 }  // namespace tolvane::ctl

@@ -21,7 +21,7 @@ OfflineRouter::OfflineRouter(std::span<const PatchConnection> routes, std::int32
 }
 
 void OfflineRouter::route(const float* input, float* output, std::size_t frames) noexcept {
-  // The record's pointer is not const; the routine reads only.
+  // AudioBuffer's pointer is not const, but the routine only reads its input.
   const AudioBufferList in = oneBuffer(context_.inputChannelCount, const_cast<float*>(input), frames);
   AudioBufferList out = oneBuffer(context_.outputChannelCount, output, frames);
   routeUntraced(&in, &out, &context_);

@@ -9,15 +9,15 @@
 
 namespace tolvane::ctl {
 
-/// A device that is not there: sends interleaved blocks through the routing routine of the live engine.
+/// Routes interleaved blocks without a device, with the routine that the live engine uses.
 class OfflineRouter {
  public:
-  /// Both channel counts are at least 1; at most the first 64 active routes sound. [not-io]
+  /// Both channel counts must be at least 1. Only the first 64 active routes sound. [not-io]
   OfflineRouter(std::span<const PatchConnection> routes, std::int32_t inputChannels,
                 std::int32_t outputChannels);
 
-  /// One cycle of `frames` frames: `input` holds frames x inputs samples, `output` receives frames x outputs.
-  /// [any-thread, one at a time]
+  /// Routes one cycle of `frames` frames. `input` holds frames x input channels samples, `output` receives
+  /// frames x output channels. [any-thread, one call at a time]
   void route(const float* input, float* output, std::size_t frames) noexcept;
 
  private:

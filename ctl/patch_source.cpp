@@ -32,7 +32,7 @@ PatchFileError beyondDevices(std::size_t element, const char* member, std::int64
           member, std::nullopt};
 }
 
-/// The first sounding route that publication could not take.
+/// The error for the first sounding route whose channels the engine could not publish.
 std::optional<PatchFileError> unroutable(std::span<const PatchConnection> routes) {
   std::int32_t sounding = 0;
   for (std::size_t i = 0; i < routes.size() && sounding < kMaxPatchEntries; ++i) {
@@ -45,10 +45,10 @@ std::optional<PatchFileError> unroutable(std::span<const PatchConnection> routes
   return std::nullopt;
 }
 
-/// Open for reading; -1 and errno otherwise.
+/// Opens the file for reading. Returns -1 and sets errno on failure.
 int openFile(const std::string& path, Readable readable) {
   if (readable == Readable::anything) return ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
-  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);  // it may be no regular file
+  return ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);  // in case it is a FIFO or tty
 }
 
 bool isRegularFile(int descriptor) {

@@ -1,4 +1,4 @@
-// Patch files as the commands use them: read whole, decoded, and refused where no device could route them.
+// Reading and decoding patch files for the commands. A patch that the engine could not route is refused.
 #pragma once
 
 #include <cstddef>
@@ -16,31 +16,31 @@ namespace tolvane::ctl {
 using Routes = std::vector<PatchConnection>;
 using PatchResult = Result<Routes, Failure>;
 
-/// What to read: anything, which for a FIFO or a terminal waits for its writer; or a regular file alone, for
-/// those who cannot wait.
+/// Which files to read. `anything` includes FIFOs and terminals, whose reading blocks until something is
+/// written. `regularFile` never blocks that way: anything else is a failure.
 enum class Readable { anything, regularFile };
 
-/// The bytes of a file. Failure: it cannot be read, has more than 256 MiB, which no patch has, or is not what
-/// is to be read. [not-io]
+/// The bytes of a file. Failure: the file cannot be read, is larger than 256 MiB, more than any patch, or is
+/// not of the kind that `readable` allows. [not-io]
 [[nodiscard]] Result<std::string, Failure> readWholeFile(const std::string& path,
                                                          Readable readable = Readable::anything);
 
-/// The routes in the text of the file `path`, which the message names. Failure (badPatch): what the decoder
-/// refuses, and a route that would sound but whose channel number is beyond 32 bits. [not-io]
+/// Decodes the text of the patch file `path`; `path` is for messages. Failure (badPatch): the decoder refuses
+/// the text, or a sounding route has a channel number beyond 32 bits. [not-io]
 [[nodiscard]] PatchResult parsePatch(const std::string& path, const std::string& text);
 
-/// Both of the above. [not-io]
+/// Reads and decodes a patch file. [not-io]
 [[nodiscard]] PatchResult loadPatch(const std::string& path);
 
-/// The active routes that a patch can have sounding, in order: the first 64. [not-io]
+/// The routes that sound: the first 64 active ones, in order. [not-io]
 [[nodiscard]] Routes soundingRoutes(std::span<const PatchConnection> routes);
 
-/// What to tell the user when active routes are more than can sound; none when all are heard. [not-io]
+/// A note for the user if more routes are active than can sound; none if all sound. [not-io]
 [[nodiscard]] std::optional<std::string> unheardRoutesNote(const std::string& path,
                                                            std::span<const PatchConnection> routes);
 
-/// A patch file that is read again and again: first whatever it is, then as a regular file alone, as what
-/// reads it then has other things to do than to wait for a writer.
+/// A patch file that is read repeatedly. The first reading accepts any file. Later readings accept only a
+/// regular file: a running session must not block on a FIFO.
 class PatchSource {
  public:
   explicit PatchSource(std::string path) : path_(std::move(path)) {}
@@ -53,17 +53,16 @@ class PatchSource {
   /// Reads the file again. [not-io]
   [[nodiscard]] PatchResult reload();
 
-  /// Reads the file again, and gives the result only when it is another than that of the last reading.
-  /// [not-io]
+  /// Reads the file again. Returns the result only if the text, or the reason why it cannot be read, differs
+  /// from the last reading. [not-io]
   [[nodiscard]] std::optional<PatchResult> loadIfChanged();
 
  private:
   [[nodiscard]] PatchResult read(Readable readable);
 
   std::string path_;
-  // What the last reading gave: the text, or why there was none.
-  std::string lastText_;
-  std::optional<Failure> lastFailure_;
+  std::string lastText_;                // as last read without a failure
+  std::optional<Failure> lastFailure_;  // why the last reading failed; none if it did not
 };
 
 }  // namespace tolvane::ctl

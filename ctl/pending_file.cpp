@@ -18,9 +18,10 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// Where a path's links lead in the end, whether something is there or not. Failure: in a circle.
+/// Follows the symbolic links of a path to the end; the target need not exist. Failure: the links form a
+/// loop.
 Result<std::string, Failure> endOfLinks(const std::string& path) {
-  constexpr int kMostLinks = 40;  // the system follows no more either
+  constexpr int kMostLinks = 40;  // as many as the system follows
   std::filesystem::path end = path;
   for (int links = 0; links <= kMostLinks; ++links) {
     std::error_code isNoLink;
@@ -37,8 +38,8 @@ std::string folderOf(const std::string& path) {
   return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-/// Has `make` make something in the folder under a name that nobody else has. The name; empty, with the
-/// reason in errno, when that fails.
+/// Calls `make` with random names in the folder until one is free. Returns the name; on failure, an empty
+/// string with the reason in errno.
 template <class Make>
 std::string underNewName(const std::string& folder, Make make) {
   constexpr int kAttempts = 100;
@@ -51,12 +52,12 @@ std::string underNewName(const std::string& folder, Make make) {
   return {};
 }
 
-/// Flushes to the disk; a file system that cannot be asked to is no failure.
+/// Flushes the file to disk. A file system without fsync is no failure.
 bool makeLasting(int descriptor) {
   return ::fsync(descriptor) == 0 || errno == EINVAL || errno == ENOTSUP;
 }
 
-/// The name itself is lasting once its folder is.
+/// Flushes the folder to disk, which holds the file's name.
 void makeNameLasting(const std::string& path) {
   const int folder = ::open(folderOf(path).c_str(), O_RDONLY | O_CLOEXEC);
   if (folder < 0) return;
@@ -85,7 +86,7 @@ Result<PendingFile, Failure> PendingFile::create(const std::string& path) {
     removeAtEarlyEnd(temporary.c_str());
   }
   if (descriptor < 0) return systemFailure(path, errno);
-  // Who may read the old file may read the new one, and nobody else; where that cannot be, nothing is lost.
+  // Keep the old file's permissions. A failure is ignored: the content is what matters.
   if (exists && ::fchmod(descriptor, existing.st_mode & 0777U) != 0) errno = 0;
   return PendingFile(target.value(), std::move(temporary), descriptor);
 }
@@ -113,7 +114,7 @@ bool PendingFile::takeName() {
   if (temporary_.empty()) {
     if (nameFile(descriptor_, path_)) return true;
     if (errno != EEXIST) return false;
-    // Only a file that has a name can take the place of another.
+    // rename() needs a named file to replace the old one.
     temporary_ = underNewName(folderOf(path_),
                               [this](const std::string& name) { return nameFile(descriptor_, name); });
     if (temporary_.empty()) return false;

@@ -8,14 +8,14 @@
 
 namespace tolvane::ctl {
 
-/// A file that gets its name only when it is whole. Until then it has none, and nothing is left of it when it
-/// is given up, or its process is killed. Where the system has no files without a name it lies beside its
-/// place under a hidden one, which only a killed process leaves behind. What stood under the name stays until
-/// then. [not-io]
+/// An atomic file: it appears under its name only when it is complete, and the old file of that name stays
+/// until then. It has no name before, so nothing remains if the object is destroyed or the process is killed.
+/// Where the system has no unnamed files, it has a hidden name in the same folder instead; only a killed
+/// process leaves that behind. [not-io]
 class PendingFile {
  public:
-  /// Failure: the folder cannot be written, what stands under the name is no regular file, or links go in a
-  /// circle. Symbolic links are followed and stay: where they lead the file is replaced, or made.
+  /// Follows symbolic links: the file that they lead to is replaced or created, and the links stay. Failure:
+  /// the folder cannot be written, what `path` names is no regular file, or the links form a loop.
   [[nodiscard]] static Result<PendingFile, Failure> create(const std::string& path);
 
   PendingFile(PendingFile&& other) noexcept;
@@ -24,22 +24,22 @@ class PendingFile {
   PendingFile& operator=(PendingFile&&) = delete;
   ~PendingFile();
 
-  /// Open for reading and writing; it stays the object's.
+  /// Open for reading and writing. The object owns and closes it.
   [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
 
-  /// Makes the content lasting and gives it the name, replacing what stood there. The file is given up when
-  /// that fails.
+  /// Flushes the content to disk and gives the file its name, replacing the old file. On failure the old file
+  /// stays.
   [[nodiscard]] std::optional<Failure> commit();
 
  private:
   PendingFile(std::string path, std::string temporary, int descriptor)
       : path_(std::move(path)), temporary_(std::move(temporary)), descriptor_(descriptor) {}
 
-  /// False, with the reason in errno, when that fails.
+  /// Returns false and sets errno on failure.
   [[nodiscard]] bool takeName();
 
-  std::string path_;       // where the links of the name lead
-  std::string temporary_;  // the hidden name; empty when it has none
+  std::string path_;       // the target, with symbolic links resolved
+  std::string temporary_;  // the hidden name; empty if the file has none
   int descriptor_;
 };
 

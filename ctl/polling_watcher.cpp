@@ -6,7 +6,7 @@ namespace tolvane::ctl {
 
 namespace {
 
-// The one field of struct stat that the systems name differently.
+// The name of this field of struct stat differs between systems.
 template <class Stat>
 timespec modificationTime(const Stat& file) {
   if constexpr (requires { file.st_mtimespec; }) {

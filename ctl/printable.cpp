@@ -13,7 +13,7 @@ unsigned char byteOf(char character) {
   return static_cast<unsigned char>(character);
 }
 
-/// The bytes of a character that begins with this one, by it alone; 0 when none does.
+/// The length in bytes of a UTF-8 character that begins with this byte; 0 if none can.
 std::size_t sequenceLength(unsigned char first) {
   if (first < 0x80) return 1;
   if (first >= 0xC2 && first < 0xE0) return 2;
@@ -21,13 +21,13 @@ std::size_t sequenceLength(unsigned char first) {
   return first >= 0xF0 && first < 0xF5 ? 4 : 0;
 }
 
-/// Whether the bytes are too many for their character, half of a pair, or beyond the last character.
+/// True if the first two bytes begin an overlong encoding, a surrogate, or a code point beyond U+10FFFF.
 bool isForbidden(unsigned char first, unsigned char second) {
   return (first == 0xE0 && second < 0xA0) || (first == 0xED && second >= 0xA0) ||
          (first == 0xF0 && second < 0x90) || (first == 0xF4 && second >= 0x90);
 }
 
-/// The bytes of the text's first character; 0 when it begins with none.
+/// The length in bytes of the text's first character; 0 if it is invalid UTF-8.
 std::size_t firstCharacter(std::string_view text) {
   const std::size_t length = sequenceLength(byteOf(text[0]));
   if (length == 0 || length > text.size()) return 0;
@@ -49,11 +49,11 @@ std::string escapedByte(unsigned char byte) {
   return inHex("\\x", 2, byte);
 }
 
-/// The character as it is shown.
+/// The character, escaped if it is a control character.
 std::string shown(std::string_view character) {
   const unsigned char first = byteOf(character[0]);
   if (character.size() == 1 && (first < 0x20 || first == 0x7F)) return escapedByte(first);
-  // U+0080 to U+009F: control characters again.
+  // U+0080 to U+009F are control characters too.
   if (first == 0xC2 && byteOf(character[1]) < 0xA0) return inHex("\\u", 4, byteOf(character[1]));
   return std::string(character);
 }

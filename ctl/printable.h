@@ -1,4 +1,4 @@
-// Names come from devices, from other users' files and from the command line, and end on a terminal.
+// Makes names safe to print on a terminal: they come from devices, other users' files and the command line.
 #pragma once
 
 #include <string>
@@ -6,14 +6,14 @@
 
 namespace tolvane::ctl {
 
-/// The text without what drives a terminal or begins a line: control characters, and bytes that are not
-/// UTF-8, are shown as "\n", "\x1b" or "\u009b". What it gives it leaves as it is. [not-io]
+/// Escapes control characters and invalid UTF-8 as "\n", "\x1b" or "\u009b", so that the text can neither
+/// control a terminal nor start a new line. Escaping twice changes nothing. [not-io]
 [[nodiscard]] std::string printable(std::string_view text);
 
-/// The same, but line feeds stay. [not-io]
+/// The same, but keeps line feeds. [not-io]
 [[nodiscard]] std::string printableLines(std::string_view text);
 
-/// "NAME: text", the name printable. [not-io]
+/// "NAME: text". Escapes only the name. [not-io]
 [[nodiscard]] std::string about(std::string_view name, std::string_view text);
 
 }  // namespace tolvane::ctl

@@ -5,14 +5,15 @@
 
 namespace tolvane::ctl {
 
-/// How far a long job is, drawn over one line of standard error when that is a terminal. [main-thread]
+/// A progress bar on one line of standard error. Draws nothing if standard error is no terminal.
+/// [main-thread]
 class ProgressBar {
  public:
-  /// `total` steps; none, or a job that is not worth it, or no terminal: nothing is drawn.
+  /// `total`: the number of steps. Draws nothing if it is unknown, or if the job is too short (`worthIt`).
   ProgressBar(std::optional<std::int64_t> total, bool worthIt);
   ProgressBar(const ProgressBar&) = delete;
   ProgressBar& operator=(const ProgressBar&) = delete;
-  /// Leaves an empty line behind.
+  /// Clears the line.
   ~ProgressBar();
 
   /// Redraws when the percentage has changed.

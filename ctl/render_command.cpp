@@ -22,7 +22,7 @@ std::optional<Failure> renderFile(const RenderOptions& options, const Routes& ro
   SoundReader source = std::move(reader).value();
   for (const std::string& note : silentRouteNotes(routes, source.channels(), outputs.value())) say(note);
 
-  // In this order, so that the writer is closed before its file is given up.
+  // In this order: the writer is destroyed, and so closed, before its file.
   auto pending = PendingFile::create(options.outputPath);
   if (!pending) return pending.error();
   PendingFile file = std::move(pending).value();
@@ -41,7 +41,7 @@ std::optional<Failure> renderFile(const RenderOptions& options, const Routes& ro
 }  // namespace
 
 ExitStatus renderCommand(const RenderOptions& options) {
-  std::signal(SIGXFSZ, SIG_IGN);  // a file size limit is then a failed write, which cleans up
+  std::signal(SIGXFSZ, SIG_IGN);  // a file size limit then fails the write, which cleans up
 
   const PatchResult routes = loadPatch(options.patchPath);
   if (!routes) return fail(routes.error());

@@ -12,13 +12,13 @@ struct RenderOptions {
   std::string patchPath;
   std::string inputPath;
   std::string outputPath;
-  std::optional<std::int32_t> outputChannels;  // none: as many as the highest routed output
-  std::int32_t bufferFrames = 512;             // a cycle of the routing routine
-  bool partial = false;                        // what is there of a recording that is cut off will do
+  std::optional<std::int32_t> outputChannels;  // none: up to the highest routed output
+  std::int32_t bufferFrames = 512;             // frames per cycle of the routing routine
+  bool partial = false;                        // render a cut-off recording as far as it goes
 };
 
-/// Sends a sound file through a patch into a new file, or leaves no new file at all: on any failure, and when
-/// a signal ends the process, what stood under the output's name still stands there. [main-thread]
+/// Renders a sound file through a patch into a new file. On a failure, or if a signal ends the process, there
+/// is no new file, and an old file under the output's name stays. [main-thread]
 [[nodiscard]] ExitStatus renderCommand(const RenderOptions& options);
 
 }  // namespace tolvane::ctl

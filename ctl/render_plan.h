@@ -1,4 +1,4 @@
-// What a rendering is to be, decided before anything is written.
+// Decisions and checks before a rendering writes anything.
 #pragma once
 
 #include <cstdint>
@@ -12,15 +12,17 @@
 
 namespace tolvane::ctl {
 
-/// The channels of the new file: as asked for, else up to the highest output that a route sounds on. Failure:
-/// nothing was asked for and no route sounds; or more than the file can hold. [not-io]
+/// The channel count of the new file: the one asked for, else up to the highest output of a sounding route.
+/// Failure: none was asked for, and no route sounds or the highest output is beyond what a file can hold.
+/// [not-io]
 [[nodiscard]] Result<std::int32_t, Failure> outputChannelCount(const RenderOptions& options,
                                                                const Routes& routes);
 
-/// A failure when the new file would replace the recording or the patch. [not-io]
+/// A failure if the new file would replace the recording or the patch. [not-io]
 [[nodiscard]] std::optional<Failure> overwritesASource(const RenderOptions& options);
 
-/// One note for each kind of active route that is silent here, because its channel is not there. [not-io]
+/// Notes on the active routes that are silent because a file lacks their channel: at most one note for the
+/// inputs and one for the outputs. [not-io]
 [[nodiscard]] std::vector<std::string> silentRouteNotes(const Routes& routes, std::int32_t inputChannels,
                                                         std::int32_t outputChannels);
 

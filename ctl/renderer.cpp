@@ -11,25 +11,26 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// Frames of a block: whole cycles, about half a megabyte, so that all blocks in circulation stay in
-/// the cache that the threads share.
+/// Frames per block: whole cycles, about half a megabyte for the wider side, so that all blocks stay in the
+/// cache that the threads share.
 std::size_t framesAtOnce(std::size_t cycleFrames, std::int32_t channels) {
   constexpr std::size_t kSamplesAtOnce = 131072;
   const std::size_t samplesACycle = cycleFrames * static_cast<std::size_t>(channels);
   return cycleFrames * std::max<std::size_t>(1, kSamplesAtOnce / samplesACycle);
 }
 
-/// Whether a file takes long enough for a progress bar: a minute of sound.
+/// True if the file is long enough for a progress bar: a minute of sound.
 bool isLong(const SoundReader& reader) {
   return reader.frames().value_or(0) >= std::int64_t{60} * reader.sampleRateHz();
 }
 
 }  // namespace
 
-/// The reading and the routing thread; at its end both have ended, after the blocks that they were at.
+/// The reading and the routing thread. The destructor waits until both have finished their current blocks and
+/// ended.
 class Renderer::Threads {
  public:
-  /// Throws std::system_error when there is no thread to be had.
+  /// Throws std::system_error if a thread cannot be started.
   explicit Threads(Renderer& renderer) : renderer_(renderer) {
     try {
       reading_ = std::thread([&renderer] { renderer.readBlocks(); });

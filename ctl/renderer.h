@@ -13,16 +13,16 @@
 
 namespace tolvane::ctl {
 
-/// Sends a sound file through the routing, block by block: while one block is written, the next ones are
-/// routed and read by two threads of its own. [main-thread]
+/// Renders a sound file block by block. Two threads of its own read and route the next blocks while the
+/// calling thread writes one. [main-thread]
 class Renderer {
  public:
-  /// `cycleFrames` are routed at a time; the result does not depend on it.
+  /// `cycleFrames`: frames per cycle of the routing routine. The result does not depend on it.
   Renderer(SoundReader& reader, SoundWriter& writer, const Routes& routes, std::int32_t outputs,
            std::int32_t cycleFrames);
 
-  /// Everything from the reader into the writer. Failure: one of theirs, or no thread to be had. To be
-  /// called once.
+  /// Renders everything from the reader into the writer. Failure: the reader or the writer fails, or no
+  /// thread can be started. Call once.
   [[nodiscard]] std::optional<Failure> run();
 
  private:
@@ -45,11 +45,11 @@ class Renderer {
   std::size_t outputs_;
   std::size_t cycleFrames_;
   std::size_t blockFrames_;
-  std::array<Block, 6> blocks_;  // one in each hand, and one waiting at each
+  std::array<Block, 6> blocks_;  // one in use by each of the three threads, and one in each queue
   HandOver<Block> empty_;
   HandOver<Block> read_;
   HandOver<Block> routed_;
-  std::optional<Failure> readFailure_;  // the reading thread's, until it has ended
+  std::optional<Failure> readFailure_;  // belongs to the reading thread until that has ended
 };
 
 }  // namespace tolvane::ctl

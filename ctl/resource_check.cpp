@@ -12,8 +12,8 @@ namespace tolvane::ctl {
 
 namespace {
 
-constexpr std::size_t kDescriptors = 64;  // a patch of 64 routes was heard with 40
-constexpr std::size_t kMebibytes = 256;   // most of it for the stacks of a dozen threads
+constexpr std::size_t kDescriptors = 64;  // a patch of 64 routes ran with 40
+constexpr std::size_t kMebibytes = 256;   // mostly for the stacks of a dozen threads
 
 bool hasDescriptors() {
   std::array<int, kDescriptors> copies{};

@@ -6,9 +6,9 @@
 
 namespace tolvane::ctl {
 
-/// A failure when the process has fewer descriptors or less memory left than the sound systems need. To be
-/// asked before they are: their libraries crash without memory, and are silent about devices that they have
-/// no descriptor for. [main-thread]
+/// A failure if the process has too few descriptors or too little memory left for the sound systems. Check
+/// this before using them: without memory their libraries crash, and without descriptors they omit devices
+/// and report no error. [main-thread]
 [[nodiscard]] std::optional<Failure> tooFewResources();
 
 }  // namespace tolvane::ctl

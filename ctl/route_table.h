@@ -8,10 +8,10 @@
 
 namespace tolvane::ctl {
 
-/// A zero-based channel as people count it; no channel number overflows. [not-io]
+/// The one-based text of a zero-based channel. Does not overflow for any number. [not-io]
 [[nodiscard]] std::string oneBased(std::int64_t channel);
 
-/// The routes as a table, one a line, channels one-based; one line that says so when there is none. [not-io]
+/// A table of the routes, one per line, with one-based channels. "no routes" if there are none. [not-io]
 [[nodiscard]] std::string routeTable(std::span<const PatchConnection> routes);
 
 }  // namespace tolvane::ctl

@@ -12,14 +12,15 @@
 namespace tolvane::ctl {
 
 ExitStatus runCommand(const RunOptions& options) {
-  // Before the signals are caught: a FIFO that nobody writes to is left by the plain end of the process.
+  // Before the SignalPipe catches signals: while this blocks on a FIFO without a writer, a signal must simply
+  // end the process.
   PatchSource patch(options.patchPath);
   const PatchResult routes = patch.load();
   if (!routes) return fail(routes.error());
   if (const auto note = unheardRoutesNote(patch.path(), routes.value())) say(*note);
 
   if (const auto failure = tooFewResources()) return fail(*failure);
-  // So that no thread of the HAL ever takes a signal.
+  // Before the HAL starts threads: they inherit the blocked signals.
   const SignalPipe signals({SIGINT, SIGTERM, SIGQUIT, SIGHUP});
   bool isEnded = false;
   bool isHungUp = false;
@@ -29,7 +30,7 @@ ExitStatus runCommand(const RunOptions& options) {
   });
   if (isEnded) return ExitStatus::done;
   if (!device) return fail(device.error());
-  if (isHungUp) ::kill(::getpid(), SIGHUP);  // for the session, which reads the patch again
+  if (isHungUp) ::kill(::getpid(), SIGHUP);  // the session will take it and reload the patch
   if (options.bufferFrames) {
     if (const auto failure = setBufferFrames(device.value(), *options.bufferFrames)) return fail(*failure);
   }

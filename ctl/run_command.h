@@ -11,16 +11,17 @@ namespace tolvane::ctl {
 
 struct RunOptions {
   std::string patchPath;
-  std::string device;                         // as chooseDevice takes it; empty: the first
+  std::string device;                         // as for chooseDevice(); empty: the first
   double waitSeconds = kDefaultWaitSeconds;   // for the device
-  std::optional<std::uint32_t> bufferFrames;  // none: as the device has it
+  std::optional<std::uint32_t> bufferFrames;  // none: leave the device as it is
   bool watch = false;
   bool meters = false;
   std::optional<double> seconds;  // none: until a signal
 };
 
-/// Routes live until SIGINT, SIGTERM or the time is up; SIGHUP, and with `watch` every change of the file,
-/// brings in the patch anew. At the end prints the cycles, the overloads and the routes. [main-thread]
+/// Routes live until SIGINT, SIGTERM, SIGQUIT, the time limit, or the meters' quit key. Reloads the patch on
+/// SIGHUP and, with `watch`, whenever the file changes. At the end, prints the cycle and overload counts, the
+/// IO thread's scheduling if known, and the routes. [main-thread]
 [[nodiscard]] ExitStatus runCommand(const RunOptions& options);
 
 }  // namespace tolvane::ctl

@@ -6,24 +6,24 @@
 
 namespace tolvane::ctl {
 
-/// Waits until something that is being changed has been left alone for a moment, but not for ever: an editor
-/// that writes a file in several steps is read once, when it has finished. [main-thread]
+/// Debounces changes: settles 100 ms after the last change, but at most 1 s after the first. A file that an
+/// editor writes in several steps is thus read once. [main-thread]
 class Settling {
  public:
   using Clock = std::chrono::steady_clock;
   using Time = Clock::time_point;
 
-  /// It was changed now.
+  /// Notes a change at `now`.
   void touch(Time now) {
     const Time first = first_.value_or(now);
     first_ = first;
     due_ = std::min(now + kQuiet, first + kLongest);
   }
 
-  /// When it will have settled; none when nothing was changed.
+  /// When the changes will have settled; none if there was no change.
   [[nodiscard]] std::optional<Time> due() const noexcept { return due_; }
 
-  /// True once, when it has settled.
+  /// True once after the changes have settled.
   [[nodiscard]] bool settled(Time now) {
     if (!due_ || now < *due_) return false;
     first_.reset();

@@ -11,14 +11,15 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// Long enough for a device to stop on a machine that stands still for a moment; within a second in all.
+/// Long enough for a device to stop on a machine that stalls briefly, and short enough for the program to end
+/// within a second of the signal.
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr std::chrono::milliseconds kGrace{8000};  // under a sanitizer everything takes many times as long
+constexpr std::chrono::milliseconds kGrace{8000};  // a sanitizer makes everything many times slower
 #else
 constexpr std::chrono::milliseconds kGrace{800};
 #endif
 
-/// Whether the process has a terminal of its own; one that was closed is its own no longer.
+/// True if the process has a controlling terminal that is still open.
 bool hasTerminal() {
   const int terminal = ::open("/dev/tty", O_RDONLY | O_NOCTTY | O_NONBLOCK | O_CLOEXEC);
   if (terminal < 0) return errno != ENXIO && errno != EIO && errno != ENOENT;
@@ -38,7 +39,7 @@ sigset_t setOf(std::initializer_list<int> signals) {
   return set;
 }
 
-/// Started with every signal blocked: the thread takes those that it waits for, and no others.
+/// Starts a thread with every signal blocked. It receives only those that it waits for.
 template <class Work>
 std::thread threadWithoutSignals(Work work) {
   const SignalsHeld held;
@@ -50,7 +51,7 @@ std::thread threadWithoutSignals(Work work) {
 SignalPipe::SignalPipe(std::initializer_list<int> signals)
     : signals_(setOf(signals)),
       held_(signals),
-      // A program that is to outlive its terminal (nohup) is started with SIGHUP ignored.
+      // A program that shall outlive its terminal is started with SIGHUP ignored, as nohup does.
       endsWithTerminal_(!isHangupIgnored() && hasTerminal()),
       thread_(threadWithoutSignals([this] { takeSignals(); })) {}
 
@@ -62,7 +63,7 @@ SignalPipe::~SignalPipe() {
   changed_.notify_all();
   for (int signal = 1; signal < NSIG; ++signal) {
     if (sigismember(&signals_, signal) != 1) continue;
-    ::pthread_kill(thread_.native_handle(), signal);  // out of sigwait
+    ::pthread_kill(thread_.native_handle(), signal);  // wakes it from sigwait
     break;
   }
   thread_.join();
@@ -92,7 +93,8 @@ void SignalPipe::giveGrace(int signal) {
   if (!changed_.wait_for(lock, kGrace, [this] { return ended_; })) endBySignal(signal);
 }
 
-/// What asks once more to end what has ended: a shell and a service manager, say, that both send a signal.
+/// Drops signals that arrived after the one that ended the command: a shell and a service manager may both
+/// send one. They would end the process once unblocked.
 void SignalPipe::dropPending() const noexcept {
   sigset_t pending;
   sigpending(&pending);

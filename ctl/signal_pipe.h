@@ -12,25 +12,25 @@
 
 namespace tolvane::ctl {
 
-/// Turns signals into something to poll, for a command that ends in an orderly way. One at a time in the
-/// process. [main-thread]
+/// Delivers signals through a descriptor, so that a command can end in an orderly way. At most one object may
+/// exist at a time. [main-thread]
 ///
-/// From construction on a thread of its own takes the signals; they are blocked in this thread and in every
-/// thread that it starts, so that no IO thread ever runs a handler. Every signal but SIGHUP asks the process
-/// to end: where the command has not ended kGrace later, whatever it waits for, the signal ends the process.
+/// A thread of its own receives the signals. They are blocked in the constructing thread and in every thread
+/// that it starts, so an IO thread never runs a signal handler. Every signal but SIGHUP asks the command to
+/// end. If the object still exists kGrace later, because the command is stuck, the signal ends the process.
 class SignalPipe {
  public:
-  /// Throws std::system_error when there is no thread or no descriptor left.
+  /// Throws std::system_error if no thread or descriptor is left.
   SignalPipe(std::initializer_list<int> signals);
   SignalPipe(const SignalPipe&) = delete;
   SignalPipe& operator=(const SignalPipe&) = delete;
-  /// Puts back what was.
+  /// Restores the signal mask and drops pending signals of the set.
   ~SignalPipe();
 
-  /// To be polled for reading.
+  /// For poll(): readable when there is a signal.
   [[nodiscard]] int descriptor() const noexcept { return pipe_.descriptor(); }
 
-  /// The next signal that came, or none. A SIGHUP because the program's terminal was closed comes as SIGTERM.
+  /// The next signal, or none. A SIGHUP caused by closing the program's terminal is returned as SIGTERM.
   [[nodiscard]] std::optional<int> next() const noexcept;
 
  private:

@@ -7,7 +7,7 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// The bytes of one frame, where every sample has as many; else 0.
+/// The bytes of one frame; 0 for a format whose samples have no fixed size.
 std::int64_t frameBytes(const SF_INFO& info) {
   const auto frameOf = [&info](std::int64_t sampleBytes) { return sampleBytes * info.channels; };
   switch (info.format & SF_FORMAT_SUBMASK) {
@@ -30,17 +30,17 @@ std::int64_t frameBytes(const SF_INFO& info) {
   }
 }
 
-/// The frames that a stream's header promises, where that is known.
+/// The frame count stated in the header of a stream; none if unknown.
 std::optional<std::int64_t> framesOfStream(const SF_INFO& info) {
   constexpr std::int64_t kMostFrames = std::int64_t{1} << 48;
   const std::int64_t bytes = frameBytes(info);
   if (bytes == 0 || info.frames <= 0 || info.frames > kMostFrames) return std::nullopt;
   if (standsForAnySize(static_cast<std::uint64_t>(info.frames * bytes))) return std::nullopt;
-  // The library counts the byte that makes a size even.
+  // The library counts the byte that pads a chunk to an even size.
   return bytes == 1 ? info.frames - info.frames % 2 : info.frames;
 }
 
-/// Whether the sizes in a plain WAV file's header, of 32 bits, hold it.
+/// True if the 32-bit sizes in a plain WAV header can hold the sound.
 bool fitsWav(const SoundShape& shape) {
   constexpr std::int64_t kLargestData = 0xFFFFFFFF - 4096;  // with room for the header
   const std::int64_t frameBytes = std::int64_t{shape.channels} * static_cast<std::int64_t>(sizeof(float));
@@ -99,9 +99,9 @@ Result<SoundWriter, Failure> SoundWriter::create(const std::string& path, int de
   info.format = (fitsWav(shape) ? SF_FORMAT_WAV : SF_FORMAT_RF64) | SF_FORMAT_FLOAT;
   SoundFileHandle file(sf_open_fd(descriptor, SFM_WRITE, &info, SF_FALSE));
   if (!file) return Failure{about(path, sf_strerror(nullptr))};
-  // No chunk of peaks, which would hold the time of day; RF64 has it all the same.
+  // No peak chunk: it contains the time of writing. RF64 files contain that time nevertheless.
   sf_command(file.get(), SFC_SET_ADD_PEAK_CHUNK, nullptr, SF_FALSE);
-  // A file of unknown length that turns out to fit ends as plain WAV.
+  // Written as RF64, a file of unknown length becomes a plain WAV file at the end if it fits.
   sf_command(file.get(), SFC_RF64_AUTO_DOWNGRADE, nullptr, SF_TRUE);
   return SoundWriter(path, std::move(file));
 }

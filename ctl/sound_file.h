@@ -1,4 +1,4 @@
-// Sound files by libsndfile, as blocks of interleaved 32-bit float frames.
+// Sound files as blocks of interleaved 32-bit float frames, read and written with libsndfile.
 #pragma once
 
 #include <cstddef>
@@ -14,7 +14,7 @@
 
 namespace tolvane::ctl {
 
-/// What the library can hold in one file.
+/// The library's limit.
 inline constexpr std::int64_t kMostFileChannels = 1024;
 
 struct SoundFileCloser {
@@ -22,24 +22,25 @@ struct SoundFileCloser {
 };
 using SoundFileHandle = std::unique_ptr<SNDFILE, SoundFileCloser>;
 
-/// A sound file being read, in any format the library knows. Integer samples are scaled to -1..1; float
-/// samples come as they are, beyond 1 and not finite alike. [not-io]
+/// Reads a sound file in any format that the library knows. Scales integer samples to -1..1. Leaves float
+/// samples unchanged, including those beyond 1, NaN and infinity. [not-io]
 class SoundReader {
  public:
-  /// With `partial` a file whose end is missing is read as far as it goes, and is no failure anywhere.
-  /// Failure: there is no such file, it is in no known format, or its end is missing.
+  /// Failure: the file cannot be opened, has no known format, or is cut off. With `partial`, a cut-off or
+  /// damaged file is no failure, here or in read(): it is read as far as it goes.
   [[nodiscard]] static Result<SoundReader, Failure> open(const std::string& path, bool partial);
 
   [[nodiscard]] std::int32_t channels() const noexcept { return info_.channels; }
   [[nodiscard]] std::int32_t sampleRateHz() const noexcept { return info_.samplerate; }
-  /// The frames that the file says it has; none when it cannot know (a pipe).
+  /// The frame count in the file's header; none if it is unknown, as for a pipe.
   [[nodiscard]] std::optional<std::int64_t> frames() const noexcept;
 
-  /// Fills `samples` with up to `frames` frames; 0 at the end. Failure: the file is damaged, or ends before
-  /// the frames that it says it has.
+  /// Reads up to `frames` frames into `samples` and returns their number, 0 at the end. Failure: the file is
+  /// damaged, or ends before the frame count in its header.
   [[nodiscard]] Result<std::size_t, Failure> read(float* samples, std::size_t frames);
 
-  /// What was promised and is not there, for the user, so far as it has shown itself by now.
+  /// A message about what is missing of the file, as far as open() and read() have found out; none if nothing
+  /// is missing.
   [[nodiscard]] std::optional<std::string> shortfall() const;
 
  private:
@@ -52,31 +53,31 @@ class SoundReader {
   SoundFileHandle file_;
   SF_INFO info_;
   bool partial_;
-  bool damaged_ = false;  // what follows cannot be read
+  bool damaged_ = false;  // the rest cannot be read
   std::int64_t framesRead_ = 0;
   std::optional<std::string> shortfall_;
 };
 
-/// What a new sound file is to be.
+/// The properties of a new sound file.
 struct SoundShape {
   std::int32_t channels;
   std::int32_t sampleRateHz;
-  std::optional<std::int64_t> frames;  // that will be written; none when that is not known
+  std::optional<std::int64_t> frames;  // to be written; none if unknown
 };
 
-/// A WAV file of 32-bit float samples being written, RF64 where it is beyond 4 GB. The same samples give the
-/// same bytes (RF64, and a file of unknown length, also hold the time of day). [not-io]
+/// Writes a WAV file of 32-bit float samples, or an RF64 file beyond 4 GB. The same samples give the same
+/// bytes, except in RF64 and files of unknown length, which contain the time of writing. [not-io]
 class SoundWriter {
  public:
-  /// Writes to `descriptor`, an empty file open for writing, which stays the caller's. `path` is for
-  /// messages.
+  /// Writes to `descriptor`, an empty file open for writing. The caller still owns and closes it. `path` is
+  /// for messages.
   [[nodiscard]] static Result<SoundWriter, Failure> create(const std::string& path, int descriptor,
                                                            const SoundShape& shape);
 
-  /// Appends frames. Failure: the disk is full, or broken.
+  /// Appends frames. Failure: the file cannot be written, for example on a full disk.
   [[nodiscard]] std::optional<Failure> write(const float* samples, std::size_t frames);
 
-  /// Writes what is still to be written: the file is whole when there is no failure. To be called last.
+  /// Writes what is still buffered, and the header. Without a failure the file is complete. Call last.
   [[nodiscard]] std::optional<Failure> finish();
 
  private:

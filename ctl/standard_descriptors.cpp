@@ -10,7 +10,7 @@ namespace tolvane::ctl {
 bool openStandardDescriptors() noexcept {
   for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
     const bool isOpen = ::fcntl(descriptor, F_GETFD) >= 0;
-    // The system gives the lowest number that is free, and those below are taken.
+    // open() returns the lowest free number, and all below this one are in use.
     if (!isOpen && ::open("/dev/null", O_RDWR) != descriptor) return false;
   }
   return true;

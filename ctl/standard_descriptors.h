@@ -2,9 +2,9 @@
 
 namespace tolvane::ctl {
 
-/// Opens /dev/null on those of the descriptors 0 to 2 that are closed, before anything else of the program
-/// gets such a number and then finds the trace or a message in it. False when that cannot be.
-/// [main-thread, first of all]
+/// Opens /dev/null on each of the descriptors 0 to 2 that is closed. Otherwise a file opened later would get
+/// that number, and the trace and messages would be written into it. False if /dev/null cannot be opened.
+/// [main-thread, before anything else]
 [[nodiscard]] bool openStandardDescriptors() noexcept;
 
 }  // namespace tolvane::ctl

@@ -9,7 +9,7 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// Characters of a UTF-8 text: every byte but the continuing ones.
+/// The number of characters in a UTF-8 text: every byte except continuation bytes.
 std::size_t displayWidth(const std::string& text) {
   return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), [](char byte) {
     return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;

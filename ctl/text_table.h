@@ -6,7 +6,7 @@
 
 namespace tolvane::ctl {
 
-/// Text in aligned columns, two blanks apart. [not-io]
+/// Text in aligned columns, separated by two spaces. [not-io]
 class TextTable {
  public:
   enum class Align { left, right };
@@ -17,10 +17,10 @@ class TextTable {
 
   explicit TextTable(std::vector<Column> columns) : columns_(std::move(columns)) {}
 
-  /// One cell a column, each shown as printable() has it.
+  /// One cell per column, escaped with printable(). Missing cells are empty; extra ones are dropped.
   void addRow(std::vector<std::string> cells);
 
-  /// The titles and the rows, each line ended by a line feed and without blanks before it.
+  /// The title line and the rows, each followed by a line feed, without trailing spaces.
   [[nodiscard]] std::string text() const;
 
  private:

@@ -1,15 +1,16 @@
-// Files without a name: nothing is left of one when its process ends, however it ends.
+// Files without a name. The system removes such a file when its process ends, however it ends.
 #pragma once
 
 #include <string>
 
 namespace tolvane::ctl {
 
-/// Opens a new file in the folder for reading and writing, with the mode of any new file. -1 where the
-/// system, or the file system there, has no such files, or could not name one. [not-io]
+/// Creates an unnamed file in the folder, open for reading and writing, with the usual mode of a new file
+/// (0666 less the umask). Returns -1 on failure, also if the system or the file system has no such files or
+/// nameFile() could not work. [not-io]
 [[nodiscard]] int openUnnamedFile(const std::string& folder);
 
-/// Gives it a name that is not taken. False with the reason in errno: EEXIST when it is. [not-io]
+/// Gives the file a name. Returns false and sets errno on failure; EEXIST if the name is taken. [not-io]
 [[nodiscard]] bool nameFile(int descriptor, const std::string& path);
 
 }  // namespace tolvane::ctl

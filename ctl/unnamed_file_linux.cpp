@@ -7,7 +7,7 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// The one way to a file without a name that needs no privilege.
+/// A path to an unnamed file. Linking by the descriptor itself would need a privilege.
 std::string linkTo(int descriptor) {
   return "/proc/self/fd/" + std::to_string(descriptor);
 }
@@ -17,7 +17,7 @@ std::string linkTo(int descriptor) {
 int openUnnamedFile(const std::string& folder) {
   const int descriptor = ::open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0666);
   if (descriptor < 0) return -1;
-  // Without /proc it could never get a name.
+  // Without /proc the file could never get a name.
   if (::access(linkTo(descriptor).c_str(), F_OK) == 0) return descriptor;
   ::close(descriptor);
   return -1;

@@ -22,7 +22,7 @@ WakePipe::~WakePipe() {
 }
 
 void WakePipe::wake(unsigned char byte) const noexcept {
-  const int errorBefore = errno;  // a signal handler must leave it as it was
+  const int errorBefore = errno;  // a signal handler must restore it
   while (::write(ends_[1], &byte, 1) < 0 && errno == EINTR) {
   }
   errno = errorBefore;

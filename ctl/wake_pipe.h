@@ -4,20 +4,21 @@
 
 namespace tolvane::ctl {
 
-/// Bytes from signal handlers and other threads to the thread that sleeps in poll(). Neither end blocks.
+/// A pipe that carries bytes from signal handlers and other threads to a thread in poll(). Neither end
+/// blocks.
 class WakePipe {
  public:
-  /// Throws std::system_error when there is no descriptor left for it. [not-io]
+  /// Throws std::system_error if no descriptor is left. [not-io]
   WakePipe();
   WakePipe(const WakePipe&) = delete;
   WakePipe& operator=(const WakePipe&) = delete;
   ~WakePipe();
 
-  /// To be polled for reading. [any-thread]
+  /// For poll(): readable when there is a byte. [any-thread]
   [[nodiscard]] int descriptor() const noexcept { return ends_[0]; }
 
-  /// Sends a byte; one that no longer fits is dropped, as the reader will wake anyway. Safe in a signal
-  /// handler. [not-io]
+  /// Sends a byte. Drops it if the pipe is full: the reader will wake anyway. Safe in a signal handler.
+  /// [not-io]
   void wake(unsigned char byte) const noexcept;
 
   /// The next byte, or none. [not-io]

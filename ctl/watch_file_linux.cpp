@@ -1,5 +1,5 @@
-// watchFile on Linux: the kernel tells of changes in the file's folder, so that a file which an editor puts
-// in the place of the old one is noticed too.
+// watchFile on Linux, with inotify. It watches the file's folder, so it also notices when an editor replaces
+// the file.
 #include <algorithm>
 #include <filesystem>
 #include <vector>
@@ -19,7 +19,7 @@ class InotifyWatcher : public FileWatcher {
  public:
   explicit InotifyWatcher(std::string path)
       : path_(std::move(path)),
-        // Network folders, and a folder that was itself replaced, are silent: look too, now and then.
+        // Network folders, and folders that were themselves replaced, send no events: poll as well.
         looking_(path_, milliseconds(1000)),
         descriptor_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
     watchFolders();
@@ -37,12 +37,13 @@ class InotifyWatcher : public FileWatcher {
     const bool told = drain();
     const bool seen = looking_.changed();
     if (!told && !seen) return false;
-    watchFolders();  // the name may lead elsewhere now
+    watchFolders();  // a symbolic link may lead elsewhere now
     return true;
   }
 
  private:
-  /// The folder of the name, and the folder of what it leads to. Watching one twice is watching it once.
+  /// Watches the folder of the name and the folder of the file that its links lead to. Adding a watch twice
+  /// has no effect.
   void watchFolders() {
     std::error_code error;
     const std::filesystem::path named(path_);
@@ -58,7 +59,7 @@ class InotifyWatcher : public FileWatcher {
     if (descriptor_ >= 0) ::inotify_add_watch(descriptor_, folder.c_str(), kChanges);
   }
 
-  /// Whether anything was told that is about the file, or that says that something was missed.
+  /// Reads all events. True if any is about the file, or says that events were lost.
   [[nodiscard]] bool drain() const {
     alignas(inotify_event) char events[4096];
     bool about = false;
@@ -78,7 +79,7 @@ class InotifyWatcher : public FileWatcher {
   }
 
   std::string path_;
-  std::vector<std::string> names_;  // of the file, in either folder
+  std::vector<std::string> names_;  // the file's names in the two folders
   PollingWatcher looking_;
   int descriptor_;
 };

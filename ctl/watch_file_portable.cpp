@@ -1,4 +1,4 @@
-// watchFile where the system has no way of its own to tell.
+// watchFile on a system without change notifications.
 #include "ctl/file_watcher.h"
 
 namespace tolvane::ctl {

@@ -7,7 +7,7 @@
 
 namespace tolvane {
 
-/// One audio device as the user chooses it. A plain value.
+/// One audio device in the list that the user chooses from. A plain value.
 struct AudioDeviceInfo {
   AudioDeviceID id = kAudioObjectUnknown;
   std::string name;                 // UTF-8, as the HAL reports it

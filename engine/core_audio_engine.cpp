@@ -9,7 +9,7 @@ namespace tolvane {
 
 CoreAudioEngine& CoreAudioEngine::shared() {
   checkMainThread();
-  // Never destroyed: the process may end while the device's thread still calls into the context.
+  // Never destroyed: the process may end while the device's thread still uses the context.
   static auto* const engine = new CoreAudioEngine;
   return *engine;
 }
@@ -61,7 +61,7 @@ void CoreAudioEngine::stop() noexcept {
     AudioDeviceDestroyIOProcID(currentDeviceID_, procID_);
     procID_ = nullptr;
   }
-  // Only now: until it was unregistered, the callback may have been reading the context.
+  // Freed last: the callback may read the context until it is unregistered.
   freeContext();
   isRunning_ = false;
 }

@@ -14,36 +14,36 @@
 
 namespace tolvane {
 
-/// Owns the running audio path: the routing context and the callback's registration on one device. It is idle
-/// (no context, no registration) or running (both); nothing else is seen between calls. It does nothing when
-/// it is destroyed, so that a running callback keeps its context: whoever makes one other than the shared one
-/// stops it first.
+/// Owns the running audio path: the routing context and the callback's registration on one device. The engine
+/// is idle (neither exists) or running (both exist); between calls there is no other state. The destructor
+/// does nothing, so that a running callback keeps its context. Stop any engine but the shared one before
+/// destroying it.
 ///
 /// Everything here is [main-thread] and synchronous.
 class CoreAudioEngine {
  public:
-  /// The one engine of the window, made on first use, never destroyed.
+  /// The window's engine. Made on first use, never destroyed.
   static CoreAudioEngine& shared();
 
-  /// `ioProc` is the callback to register; it is called with the IOProcContext as its client data. A caller
-  /// that gives its own (to measure around the routing) calls halIOProc from it.
+  /// `ioProc` is the callback to register. Its client data is the IOProcContext. A caller's own callback, for
+  /// example one that measures the routing, calls halIOProc.
   explicit CoreAudioEngine(AudioDeviceIOProc ioProc = &halIOProc) noexcept;
   CoreAudioEngine(const CoreAudioEngine&) = delete;
   CoreAudioEngine& operator=(const CoreAudioEngine&) = delete;
   ~CoreAudioEngine() = default;
 
-  /// The devices that have a channel, in the HAL's order; empty on every failure.
+  /// The devices with at least one channel, in the HAL's order; empty on any failure.
   [[nodiscard]] std::vector<AudioDeviceInfo> getAllDevices() const;
 
-  /// The device's channels in one direction, over all its streams; 0 on every failure.
+  /// The device's channel count in one direction, over all its streams; 0 on any failure.
   [[nodiscard]] std::int64_t channelCount(AudioDeviceID device, bool input) const;
 
-  /// Stops what runs, then routes on `deviceID` with the active ones of `connections`. None when it runs; the
-  /// error when it does not, and the engine is then idle. Traces each step to standard output.
+  /// Stops the current device, then starts routing on `deviceID` with the active routes of `connections`.
+  /// Returns none if the device runs. On an error the engine is idle. Traces each step to standard output.
   [[nodiscard]] std::optional<EngineError> start(AudioDeviceID deviceID,
                                                  std::span<const PatchConnection> connections);
 
-  /// Stops the device, unregisters the callback, frees the context, in this order. Does nothing when idle.
+  /// Stops the device, unregisters the callback and frees the context, in this order. Does nothing if idle.
   void stop() noexcept;
 
   /// Publishes a route list into a context: see core/routing_context.h.
@@ -51,7 +51,7 @@ class CoreAudioEngine {
 
   [[nodiscard]] IOProcContext* contextPtr() const noexcept { return contextPtr_; }
   [[nodiscard]] AudioDeviceIOProcID procID() const noexcept { return procID_; }
-  /// The device of the last start, also of a failed one; 0 before the first.
+  /// The device of the last start, even if that failed; 0 before the first.
   [[nodiscard]] AudioDeviceID currentDeviceID() const noexcept { return currentDeviceID_; }
   [[nodiscard]] bool isRunning() const noexcept { return isRunning_; }
 

@@ -1,4 +1,4 @@
-// The queries of CoreAudioEngine: which devices there are, and how many channels they have.
+// Device queries of CoreAudioEngine: the list of devices and their channel counts.
 #include <algorithm>
 #include <cstddef>
 #include <memory>
@@ -26,7 +26,7 @@ std::int64_t checkedSum(std::int64_t a, std::int64_t b) noexcept {
   return sum;
 }
 
-/// The channels of all buffers of the list that lies in these bytes; buffers beyond them do not count.
+/// The total channel count of the buffer list in these bytes. Buffers beyond their end do not count.
 std::int64_t totalChannels(std::span<const std::byte> bytes) noexcept {
   constexpr std::size_t kHeaderBytes = offsetof(AudioBufferList, mBuffers);
   if (bytes.size() < kHeaderBytes) return 0;
@@ -48,8 +48,8 @@ std::vector<AudioDeviceInfo> CoreAudioEngine::getAllDevices() const {
       size == 0) {
     return {};
   }
-  // A list that has shrunk since leaves zeros at the end, which are no device and drop out below. The room is
-  // for all the bytes that the HAL is told of, also for a remainder that makes no identifier.
+  // If the list has shrunk since its size was read, zeros remain at the end. A zero is no device and is
+  // skipped below. One extra element leaves room for a size that is not a multiple of an identifier's.
   const std::size_t count = size / sizeof(AudioDeviceID);
   std::vector<AudioDeviceID> ids(count + 1, kAudioObjectUnknown);
   if (AudioObjectGetPropertyData(kAudioObjectSystemObject, &list, 0, nullptr, &size, ids.data()) != noErr) {

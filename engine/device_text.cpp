@@ -34,7 +34,7 @@ std::optional<std::string> deviceText(AudioDeviceID device, AudioObjectPropertyS
   CFStringRef reference = nullptr;
   UInt32 size = sizeof(void*);
   const OSStatus status = AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &reference);
-  const OwnedString owned(reference);  // released also when it comes with a failing status
+  const OwnedString owned(reference);  // released even if the status is an error
   if (status != noErr || reference == nullptr) return std::nullopt;
   return utf8(reference);
 }

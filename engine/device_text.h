@@ -7,8 +7,8 @@
 
 namespace tolvane {
 
-/// A device's property that is a text, as its name, in UTF-8; none when the device has no such property or
-/// has gone. [not-io]
+/// A text property of a device, such as its name, in UTF-8. None if the device lacks the property or is gone.
+/// [not-io]
 [[nodiscard]] std::optional<std::string> deviceText(AudioDeviceID device,
                                                     AudioObjectPropertySelector selector);
 

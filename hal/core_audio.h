@@ -4,11 +4,11 @@
 // Thread tags, used in every header of the program:
 //   [main-thread]  the thread that runs the user interface, or the one thread of a program without one
 //   [io-thread]    a device's real-time thread, inside the IO callback
-//   [any-thread]   every thread, the IO thread included: neither locks nor waits nor allocates
-//   [not-io]       every thread but an IO thread: may lock, wait or allocate
+//   [any-thread]   any thread, including an IO thread: does not lock, wait or allocate
+//   [not-io]       any thread except an IO thread: may lock, wait or allocate
 //
-// base/thread_check.h asserts [main-thread] and [not-io] in debug builds. A function that promises a status
-// to an IO thread answers with that in every build.
+// base/thread_check.h asserts [main-thread] and [not-io] in debug builds. A function that is documented to
+// return a status on an IO thread does so in every build instead.
 #pragma once
 
 #if defined(TOLVANE_SYSTEM_HAL)
@@ -21,13 +21,13 @@
 #endif
 #include "hal/surface/io_thread_scheduling.h"  // IWYU pragma: export
 
-// What this program's own HAL has beyond the framework, which knows no such property and gives no such
+// Extensions of this program's own HAL. The system's framework has no such property and returns no such
 // status.
 
-/// System: CFStringRef, the caller releases: the sound servers that have taken the connection and do not
-/// answer, so that their devices are missing in the list that this thread read last, as "jack, pipewire";
-/// empty when none is missing.
+/// System object: CFStringRef, the caller releases. Names the sound servers that accepted the connection but
+/// do not answer, for example "jack, pipewire". Their devices are missing from the list that this thread read
+/// last. Empty if no server is missing.
 inline constexpr AudioObjectPropertySelector kTolvanePropertySilentServers = 0x736C6E74;  // 'slnt'
 
-/// The call failed since the system has no thread, memory or descriptor left for it.
+/// The call failed because the system has no thread, memory or descriptor left for it.
 inline constexpr OSStatus kTolvaneExhaustedError = 0x78687374;  // 'xhst'

@@ -44,7 +44,7 @@ QAccessibleInterface* AccessibleCanvas::child(int index) const {
 }
 
 int AccessibleCanvas::indexOfChild(const QAccessibleInterface* child) const {
-  // Whatever else claims this parent has no table cell here.
+  // Other interfaces may claim this parent. Only an AccessibleCell has an index.
   const auto* cell = dynamic_cast<const AccessibleCell*>(child);
   if (cell == nullptr || !cell->isValid() || cell->parent() != this) {
     return -1;
@@ -82,7 +82,7 @@ QAccessibleInterface* AccessibleCanvas::cellInterface(const MatrixCell& cell) co
   if (!canvas()->contains(cell)) {
     return nullptr;
   }
-  // Indexed as if rows had the widest grid's length, so that a cell keeps its object when columns come or go.
+  // The index assumes the widest possible grid. So a cell keeps its object when columns are added or removed.
   constexpr std::int64_t widest = std::int64_t{1} << 31U;
   return cells_.at(cell.row * widest + cell.column, [&] { return new AccessibleCell(canvas(), cell); });
 }

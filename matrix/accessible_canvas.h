@@ -8,15 +8,15 @@
 
 namespace tolvane {
 
-/// The grid as a table to assistive technology, its children the cells row by row. Cells come into being when
-/// they are asked for. All of it [main-thread].
+/// The grid as a table for assistive technology. Its children are the cells, row by row. A cell's object is
+/// made on the first request. All of it [main-thread].
 class AccessibleCanvas : public QAccessibleWidget, public QAccessibleTableInterface {
  public:
   explicit AccessibleCanvas(PatchMatrixCanvas* canvas);
 
-  /// The cells somebody has asked for whose routes came or went, given the routes shown before.
+  /// Existing cell objects whose routes were added or removed since `before`, the routes shown earlier.
   [[nodiscard]] std::vector<QAccessibleInterface*> changedCells(const RouteKeys& before) const;
-  /// Forgets the cells that are no more.
+  /// Deletes the objects of cells that the grid no longer has.
   void dropInvalid() { cells_.dropInvalid(); }
 
   int childCount() const override;

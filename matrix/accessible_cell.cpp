@@ -104,7 +104,7 @@ QList<QAccessibleInterface*> AccessibleCell::headerCell(QWidget* strip, std::int
   return label == nullptr ? QList<QAccessibleInterface*>() : QList<QAccessibleInterface*>{label};
 }
 
-// The canvas lies inside the scroll view's viewport, three steps below the container.
+// The canvas lies inside the scroll view's viewport, three levels below the container.
 const PatchMatrixView* AccessibleCell::container() const {
   const QObject* ancestor = canvas_.data();
   while (ancestor != nullptr) {

@@ -7,9 +7,8 @@
 
 namespace tolvane {
 
-/// The accessible children that somebody has asked for, by index: made on the first request, the same object
-/// ever after. Registered with the platform's cache, which owns them; the destructor takes them out of it.
-/// All of it [main-thread].
+/// Accessible children by index. A child is made on the first request; later requests return the same object.
+/// The platform's cache owns the children, and the destructor removes them from it. All of it [main-thread].
 class AccessibleChildren {
  public:
   AccessibleChildren() = default;
@@ -17,11 +16,11 @@ class AccessibleChildren {
   AccessibleChildren(const AccessibleChildren&) = delete;
   AccessibleChildren& operator=(const AccessibleChildren&) = delete;
 
-  /// The child with this index; make() gives a new one, whose ownership is taken.
+  /// The child with this index. If there is none yet, calls make() and takes ownership of the result.
   QAccessibleInterface* at(std::int64_t index, const std::function<QAccessibleInterface*()>& make);
   /// Calls visit for every child that exists.
   void forEach(const std::function<void(QAccessibleInterface&)>& visit) const;
-  /// Deletes the children that say they are no longer valid.
+  /// Deletes the children whose isValid() is false.
   void dropInvalid();
 
  private:

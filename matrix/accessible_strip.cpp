@@ -10,7 +10,7 @@ namespace {
 
 class Label : public QAccessibleInterface {
  public:
-  // Strip and contents outlive it: the strip's interface deletes its labels before it goes.
+  // Strip and contents outlive the label: the strip's interface deletes its labels before itself.
   Label(QWidget* strip, const StripContents& contents, std::int64_t index)
       : strip_(strip), contents_(contents), index_(index) {}
 

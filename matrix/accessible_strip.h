@@ -8,21 +8,21 @@
 
 namespace tolvane {
 
-/// What a header strip tells about itself to assistive technology.
+/// What a header strip reports to assistive technology.
 struct StripContents {
-  std::function<std::int64_t()> count;        // labels
-  std::function<QString(std::int64_t)> name;  // of a label, by its zero-based index
-  std::function<QRect(std::int64_t)> place;   // of a label in the strip, points
+  std::function<std::int64_t()> count;        // number of labels
+  std::function<QString(std::int64_t)> name;  // name of a label, by zero-based index
+  std::function<QRect(std::int64_t)> place;   // rectangle of a label in the strip, points
   QAccessible::Role labelRole = QAccessible::ColumnHeader;
 };
 
-/// A header strip to assistive technology: a list of labels, which also are the headers of the grid's cells.
-/// Labels come into being when they are asked for. All of it [main-thread].
+/// A header strip for assistive technology: a list of labels. The labels are also the headers of the grid's
+/// cells. A label's object is made on the first request. All of it [main-thread].
 class AccessibleStrip : public QAccessibleWidget {
  public:
   AccessibleStrip(QWidget* strip, const QString& name, StripContents contents);
 
-  /// Forgets the labels that are no more.
+  /// Deletes the objects of labels that the strip no longer has.
   void dropInvalid() { labels_.dropInvalid(); }
 
   int childCount() const override;

@@ -10,7 +10,7 @@ constexpr double kRadius = 2.0;
 constexpr double kLineWidth = 0.5;
 constexpr double kHalfLine = kLineWidth / 2.0;
 
-// The cell's shape grown outward on every side, its corners staying concentric.
+// The cell's shape, grown by `growth` points on every side. The corner arcs stay concentric.
 QPainterPath roundedShape(double cellSize, double growth) {
   const double start = kGutter - growth;
   const double length = cellSize - 2.0 * start;
@@ -32,8 +32,8 @@ CellPainter::CellPainter(QPainter& painter, double cellSize)
       outlineColour_(calibratedWhite(0.28, 0.8)),
       grid_(calibratedWhite(0.22)) {
   painter_.setRenderHint(QPainter::Antialiasing);
-  // The stroke is what lies between the two shapes. They wind in opposite ways: only so is the coverage right
-  // in a pixel that holds an edge of each.
+  // The stroke is the area between the two shapes. They wind in opposite directions. Otherwise the coverage
+  // is wrong in a pixel that holds an edge of each.
   outline_.addPath(roundedShape(cellSize, -kHalfLine).toReversed());
   outline_.setFillRule(Qt::WindingFill);
 }

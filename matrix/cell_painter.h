@@ -12,17 +12,17 @@ namespace tolvane {
 /// What one cell shows.
 enum class CellLook { active, diagonal, offDiagonal };
 
-/// Draws the grid and its cells; made anew for every draw, with its colours. Strokes lie centred on their
-/// paths, by exact coverage. The painter must outlive it. All of it [main-thread].
+/// Draws the grid and its cells. Made anew for every draw, with its colours. Strokes are centred on their
+/// paths, with exact coverage. The painter must outlive it. All of it [main-thread].
 class CellPainter {
  public:
   CellPainter(QPainter& painter, double cellSize);
 
-  /// Everything below the cells, in the area: the background and nothing else.
+  /// Fills the area with the background only.
   void paintBackground(const QRectF& area);
-  /// The lines on the left edges of the columns and the top edges of the rows, across the area.
+  /// Draws the lines on the left edges of the columns and the top edges of the rows, across the area.
   void paintGrid(const QRectF& area, const VisibleRange& columns, const VisibleRange& rows);
-  /// One cell's rounded shape, the cell's square starting at corner.
+  /// Draws one cell's rounded shape. `corner` is the upper left corner of the cell's square.
   void paintCell(const QPointF& corner, CellLook look);
 
  private:

@@ -6,7 +6,7 @@ namespace tolvane {
 namespace {
 
 double nearestPixel(double position) {
-  // Halves always go up: what is scrolled by whole pixels stays on the pixels it has.
+  // Halves always round up, so content scrolled by whole pixels keeps its place on the pixel grid.
   return std::floor(position + 0.5);
 }
 

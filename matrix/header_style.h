@@ -8,18 +8,18 @@
 
 namespace tolvane {
 
-/// How one channel number of a header strip is written.
+/// Look of a channel number in a header strip.
 struct LabelStyle {
   QFont font;
   QColor colour;
 
   /// Width and height of the text, in points.
   [[nodiscard]] QSizeF measure(const QString& text) const;
-  /// Writes the text with the upper left corner of its box at this point.
+  /// Draws the text. `corner` is the upper left corner of its box.
   void draw(QPainter& painter, const QPointF& corner, const QString& text) const;
 };
 
-/// What both header strips draw with; made anew for every draw. All of it [main-thread].
+/// Colours and label styles of both header strips. Made anew for every draw. All of it [main-thread].
 class HeaderStyle {
  public:
   HeaderStyle();
@@ -40,9 +40,9 @@ class HeaderStyle {
   LabelStyle accent_;
 };
 
-/// A straight stroke one point wide, centred on its path: across from (x, top) to (x, bottom).
+/// Draws a stroke one point wide, centred on the line from (x, top) to (x, bottom).
 void strokeVertical(QPainter& painter, double x, double top, double bottom, const QColor& colour);
-/// The same from (left, y) to (right, y).
+/// The same for the line from (left, y) to (right, y).
 void strokeHorizontal(QPainter& painter, double y, double left, double right, const QColor& colour);
 
 }  // namespace tolvane

@@ -5,14 +5,14 @@
 
 namespace tolvane {
 
-/// Where a frame stands in its parent as Qt counts (y grows downward), when the frame is given from the lower
-/// left corner of a parent of this height (y grows upward). The only place that flips y; all in points, which
-/// are logical pixels. Turning the result again gives the frame back. [any-thread]
+/// Converts a frame given from its parent's lower left corner (y grows upward) to Qt's coordinates (y grows
+/// downward). All values are points, which are logical pixels. Applying it twice returns the original frame.
+/// Only this function flips y. [any-thread]
 [[nodiscard]] QRect fromLowerLeft(const QRect& frame, int parentHeight) noexcept;
 
-/// Gives the child the geometry of a frame counted from its parent's lower left corner, by the parent's
-/// present height. Called again whenever the parent is resized, it keeps the child's size and its distance to
-/// that corner. A child without parent is a fatal error. [main-thread]
+/// Places the child at a frame given from its parent's lower left corner, for the parent's current height.
+/// Call it again whenever the parent is resized: the child keeps its size and its distance to that corner. A
+/// child without a parent is a fatal error. [main-thread]
 void placeFromLowerLeft(QWidget& child, const QRect& frame);
 
 }  // namespace tolvane

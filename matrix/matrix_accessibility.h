@@ -6,8 +6,8 @@ namespace tolvane {
 
 class PatchMatrixView;
 
-/// Makes the matrix a table of cells to assistive technology instead of one mute picture. Once is enough,
-/// more often does no harm. [main-thread]
+/// Presents the matrix to assistive technology as a table of cells instead of a picture without text. May be
+/// called more than once. [main-thread]
 void installMatrixAccessibility();
 
 /// What a matrix showed before it was configured.
@@ -17,12 +17,11 @@ struct MatrixContents {
   RouteKeys connections;
 };
 
-/// Tells assistive technology what has changed in the matrix; costs nearly nothing when none is listening.
+/// Tells assistive technology what has changed in the matrix. Costs nearly nothing if no client is listening.
 /// [main-thread]
 void announceChanges(const PatchMatrixView& matrix, const MatrixContents& before);
 
-/// Tells assistive technology that the keyboard moved to another cell, if the matrix has the
-/// focus. [main-thread]
+/// Tells assistive technology that the focus cell has moved, if the matrix has the focus. [main-thread]
 void announceFocus(const PatchMatrixView& matrix);
 
 }  // namespace tolvane

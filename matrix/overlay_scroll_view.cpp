@@ -13,7 +13,7 @@ namespace tolvane {
 namespace {
 
 constexpr double kWheelStep = 3.0 * PatchMatrixView::cellSize;  // points for one notch
-constexpr double kNotch = 120.0;                                // what the platform reports for it
+constexpr double kNotch = 120.0;                                // angle delta of one notch
 
 }  // namespace
 
@@ -79,7 +79,7 @@ void OverlayScrollView::scrollContentsBy(int /*dx*/, int /*dy*/) {
   }
 }
 
-// Both axes at once and by single points, as touch pads scroll; Shift turns a plain wheel sideways.
+// Scrolls both axes at once and by single points, as touch pads do. Shift turns a plain wheel sideways.
 void OverlayScrollView::wheelEvent(QWheelEvent* event) {
   QPoint turned = event->angleDelta();
   if (event->modifiers().testFlag(Qt::ShiftModifier) && turned.x() == 0) {

@@ -10,8 +10,8 @@ namespace tolvane {
 namespace {
 
 constexpr int kThickness = 5;
-constexpr int kMargin = 1;  // to the strip's edges
-// Less than half a cell: the cells at the view's edge can still be clicked in their middle.
+constexpr int kMargin = 1;  // to the strip's edges, points
+// Less than half a cell, so the middle of a cell at the view's edge can still be clicked.
 constexpr int kStrip = kThickness + 2 * kMargin;
 constexpr int kShortest = 24;
 constexpr double kRestingOpacity = 0.35;
@@ -68,7 +68,7 @@ int OverlayScroller::along(const QPoint& point) const {
   return isVertical() ? point.y() : point.x();
 }
 
-// The end is left free, where the two strips cross.
+// Leaves the end free, where the two strips cross.
 int OverlayScroller::trackLength() const {
   const int length = isVertical() ? height() : width();
   return std::max(0, length - kMargin - kStrip);

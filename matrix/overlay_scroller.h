@@ -7,21 +7,21 @@
 
 namespace tolvane {
 
-/// A floating scroll bar: a narrow strip over the right or the lower edge of a view, and in it a knob that
-/// shows which part of the whole is seen. The knob can be dragged; a click beside it scrolls by what is seen
-/// at once. The strip is there while there is more than is seen. Its knob is faint at rest, and bright while
-/// the pointer is on the strip and for a moment after each scrolling. All of it [main-thread].
+/// A floating scroll bar: a narrow strip over the right or lower edge of a view, with a knob that shows which
+/// part of the document is visible. The user can drag the knob; a click beside it scrolls by one page. The
+/// strip is visible only if there is something to scroll. The knob is faint at rest. It is bright while the
+/// pointer is on the strip and for a moment after each scroll. All of it [main-thread].
 class OverlayScroller : public QWidget {
   Q_OBJECT
 
  public:
-  /// The bar, which must outlive the strip, holds range and value; the strip lies in view, at its right or
-  /// lower edge by the bar's direction.
+  /// The bar holds range and value and must outlive the strip. The strip lies in `view`, at its right edge
+  /// for a vertical bar, at its lower edge for a horizontal one.
   OverlayScroller(QScrollBar& bar, QWidget& view);
 
-  /// Puts the strip and its knob where they belong after the view or the range has changed.
+  /// Places the strip and its knob. Call it after the view or the range has changed.
   void place();
-  /// Where the knob lies in the strip, points.
+  /// The knob's rectangle in the strip, points.
   [[nodiscard]] QRect knobRect() const;
 
  protected:
@@ -47,7 +47,7 @@ class OverlayScroller : public QWidget {
   QVariantAnimation fading_;
   double brightness_ = 0.0;  // 0 at rest, 1 in use
   bool dragged_ = false;
-  int grip_ = 0;  // where the knob was taken, points from its start
+  int grip_ = 0;  // where the knob is held, points from its start
 };
 
 }  // namespace tolvane

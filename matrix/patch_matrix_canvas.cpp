@@ -27,7 +27,7 @@ bool PatchMatrixCanvas::isActive(const MatrixCell& cell) const {
 
 QRect PatchMatrixCanvas::cellRect(const MatrixCell& cell) const {
   const int size = static_cast<int>(cs);
-  // A widget ends before the integers do.
+  // Indices may exceed the largest widget size.
   const auto start = [size](std::int64_t index) {
     return size * static_cast<int>(std::clamp<std::int64_t>(index, -1, QWIDGETSIZE_MAX / size));
   };
@@ -56,7 +56,7 @@ void PatchMatrixCanvas::paintEvent(QPaintEvent* event) {
 void PatchMatrixCanvas::draw(QPainter& painter, const QRectF& area) {
   const VisibleRange columns = visibleRange(area.left(), area.right(), cs, outputCount);
   const VisibleRange rows = visibleRange(area.top(), area.bottom(), cs, inputCount);
-  // The tiles hold all there is to see only where there is nothing but cells.
+  // Tiles show only cells, so they serve only an area that lies within the grid.
   const bool onlyCells = !columns.empty() && !rows.empty() &&
                          area.right() <= cs * static_cast<double>(outputCount) &&
                          area.bottom() <= cs * static_cast<double>(inputCount);
@@ -84,7 +84,8 @@ void PatchMatrixCanvas::drawCells(QPainter& painter, const QRectF& area, const V
 
 void PatchMatrixCanvas::drawTiles(QPainter& painter, const QRectF& area, const VisibleRange& columns,
                                   const VisibleRange& rows) {
-  // The range may end with a cell that only touches the area; without its line there is nothing of it to see.
+  // The range may end with a cell that only touches the area. The tile before it already holds its grid line,
+  // so nothing else of that cell is visible.
   const auto starts = [this](std::int64_t cell, double end) { return cs * static_cast<double>(cell) < end; };
   for (std::int64_t row = rows.first; row <= rows.last && starts(row, area.bottom()); ++row) {
     for (std::int64_t column = columns.first; column <= columns.last && starts(column, area.right());
@@ -111,7 +112,7 @@ void PatchMatrixCanvas::mousePressEvent(QMouseEvent* event) {
   if (!contains(cell)) {
     return;
   }
-  // Keys go on from where the pointer was, but the ring waits for the first of them.
+  // Keys continue from the clicked cell. The ring appears with the first key.
   updateFocusRing();
   focusVisible_ = false;
   focus_ = cell;

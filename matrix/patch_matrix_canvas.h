@@ -20,8 +20,8 @@ struct MatrixCell {
   bool operator==(const MatrixCell&) const = default;
 };
 
-/// The grid of route cells, the scrolling content of PatchMatrixView, which writes its fields and then asks
-/// for a redraw. It draws only the cells that meet the area to be painted. All of it [main-thread].
+/// The grid of route cells, the scrolling content of PatchMatrixView. The view writes the fields and then
+/// requests a redraw. Draws only the cells that meet the area to be painted. All of it [main-thread].
 class PatchMatrixCanvas : public QWidget {
   Q_OBJECT
 
@@ -29,14 +29,14 @@ class PatchMatrixCanvas : public QWidget {
   explicit PatchMatrixCanvas(const QRect& frame, QWidget* parent = nullptr);
   explicit PatchMatrixCanvas(QWidget* parent = nullptr);
 
-  /// Called with (row, column), zero-based, of a cell that the user toggles; may be empty.
+  /// Called with the zero-based (row, column) of a cell that the user toggles. May be empty.
   std::function<void(std::int64_t, std::int64_t)> onToggled;
   std::int64_t inputCount = 64;   // rows
   std::int64_t outputCount = 64;  // columns
   RouteKeys connections;          // the cells shown as active
   const double cs = PatchMatrixView::cellSize;
 
-  /// Called when the focus cell has moved, which should then become visible; may be empty.
+  /// Called when the focus cell has moved. The callee makes it visible. May be empty.
   std::function<void()> onFocusMoved;
 
   [[nodiscard]] bool contains(const MatrixCell& cell) const noexcept;
@@ -44,15 +44,15 @@ class PatchMatrixCanvas : public QWidget {
   [[nodiscard]] bool isActive(const MatrixCell& cell) const;
   /// The cell's square on the canvas.
   [[nodiscard]] QRect cellRect(const MatrixCell& cell) const;
-  /// The cell that holds a point of the canvas, truncated toward zero; it may lie outside the grid.
+  /// The cell at a point of the canvas, truncated toward zero. It may lie outside the grid.
   [[nodiscard]] MatrixCell cellAt(const QPointF& point) const noexcept;
 
-  /// Calls onToggled for a cell of the grid; does nothing for any other.
+  /// Calls onToggled if the cell is in the grid.
   void toggle(const MatrixCell& cell);
 
   /// The cell that keys act on, always within the grid.
   [[nodiscard]] MatrixCell focusCell() const noexcept;
-  /// Moves it, kept within the grid, and calls onFocusMoved.
+  /// Moves the focus cell, clamped to the grid, and calls onFocusMoved.
   void moveFocusTo(const MatrixCell& cell);
 
  protected:
@@ -76,14 +76,14 @@ class PatchMatrixCanvas : public QWidget {
 
   CellTiles tiles_;
   MatrixCell focus_;
-  bool focusVisible_ = false;  // the ring shows only once keys have been used
+  bool focusVisible_ = false;  // the ring shows only after a key was used
 };
 
-/// What the user reads or hears for a channel, counted from one: "In 3" and "Out 7".
+/// Name of a channel for tool tips and assistive technology, counted from one: "In 3" and "Out 7".
 [[nodiscard]] QString inputName(std::int64_t row);
 [[nodiscard]] QString outputName(std::int64_t column);
 
-/// What the user reads or hears for a cell, channels counted from one: "In 3 → Out 7".
+/// Name of a cell for tool tips and assistive technology, channels counted from one: "In 3 → Out 7".
 [[nodiscard]] QString cellName(const MatrixCell& cell);
 
 }  // namespace tolvane

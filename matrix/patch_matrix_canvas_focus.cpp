@@ -1,4 +1,4 @@
-// The canvas for hands on the keyboard, and for a resting pointer.
+// Keyboard focus, keys and tool tips of the canvas.
 #include <QFocusEvent>
 #include <QHelpEvent>
 #include <QKeyEvent>
@@ -13,7 +13,7 @@
 namespace tolvane {
 namespace {
 
-// Where a key leads from a cell; the same cell for a key that does not move.
+// The cell that a key leads to from this one. Returns the same cell for a key that does not move.
 MatrixCell moved(const MatrixCell& cell, const QKeyEvent& key, const MatrixCell& last, std::int64_t page) {
   const bool all = key.modifiers().testFlag(Qt::ControlModifier);
   switch (key.key()) {

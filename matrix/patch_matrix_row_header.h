@@ -9,8 +9,8 @@ namespace tolvane {
 
 class HeaderStyle;
 
-/// The strip of input numbers left of the grid, counted from one. PatchMatrixView writes its fields and then
-/// asks for a redraw. All of it [main-thread].
+/// The strip of input numbers left of the grid, counted from one. PatchMatrixView writes the fields and then
+/// requests a redraw. All of it [main-thread].
 class PatchMatrixRowHeader : public QWidget {
   Q_OBJECT
 

@@ -27,7 +27,7 @@ void fillWith(QWidget& widget, const QColor& colour) {
   widget.setAutoFillBackground(true);
 }
 
-// The length of an axis in points, as far as a widget can be long.
+// Length of an axis in points, limited to the largest widget size.
 int axisLength(std::int64_t count) {
   return kCell * static_cast<int>(std::min<std::int64_t>(count, QWIDGETSIZE_MAX / kCell));
 }
@@ -56,7 +56,7 @@ void PatchMatrixView::build() {
   buildCanvas();
 }
 
-// The captions lie on the corner, and stay where they are first put when the container is resized.
+// The captions lie over the corner. placeCorner() keeps both in place on resize.
 void PatchMatrixView::buildCorner() {
   const int top = height() - kLabelH;
   auto* plate = new QWidget(this);
@@ -158,7 +158,7 @@ void PatchMatrixView::placeScrollingParts() {
   placeFromLowerLeft(*rowHeader, {0, 0, kLabelW, gridH});
 }
 
-// Their distance to the lower left corner stays as built, whatever the height is now.
+// The corner and its captions keep their built distance to the lower left corner, whatever the height is now.
 void PatchMatrixView::placeCorner() {
   for (const FixedPart& part : corner_) {
     placeFromLowerLeft(*part.widget, part.frame);

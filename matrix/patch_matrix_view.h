@@ -15,9 +15,9 @@ class PatchMatrixCanvas;
 class PatchMatrixColHeader;
 class PatchMatrixRowHeader;
 
-/// The patch matrix as the rest of the window sees it: a scrolling grid of route cells, inputs as rows and
-/// outputs as columns, with the channel numbers in two strips that stay beside it. It shows the routes it is
-/// given and reports clicks; it never changes the route list itself. All of it [main-thread].
+/// The patch matrix: a scrolling grid of route cells, inputs as rows and outputs as columns. Two strips
+/// beside it show the channel numbers. Shows the routes it is given and reports clicks; never changes the
+/// route list. All of it [main-thread].
 class PatchMatrixView : public QWidget {
   Q_OBJECT
 
@@ -26,19 +26,20 @@ class PatchMatrixView : public QWidget {
   static constexpr double labelW = 38.0;    // width of the row strip and the corner, points
   static constexpr double labelH = 38.0;    // height of the column strip and the corner, points
 
-  /// A matrix with this geometry in its parent, as Qt counts; 64 × 64 without routes until configured.
+  /// A matrix with this geometry in its parent, in Qt's coordinates. Shows 64 × 64 cells without routes until
+  /// configured.
   explicit PatchMatrixView(const QRect& frame, QWidget* parent = nullptr);
-  /// The same with Qt's own first geometry: what a form loader calls.
+  /// The same with Qt's default geometry, for form loaders.
   explicit PatchMatrixView(QWidget* parent = nullptr);
   ~PatchMatrixView() override;
 
-  /// Shows this many channels (a count below 1 is raised to 1) and these routes, each as an active cell
-  /// whatever its gain and active flag; routes beyond the counts are not drawn. The scroll position stays, as
-  /// far as the new size lets it.
+  /// Shows these channel counts and routes. A count below 1 becomes 1. Each route is an active cell, whatever
+  /// its gain and active flag. Routes beyond the counts are not drawn. The scroll position stays, within the
+  /// new limits.
   void configure(std::int64_t inputs, std::int64_t outputs, const std::vector<PatchConnection>& routes);
 
   /// Called with (input, output), zero-based, when a cell is clicked or toggled by key or by assistive
-  /// technology; may be empty. It may call configure.
+  /// technology. May be empty. May call configure.
   std::function<void(std::int64_t, std::int64_t)> onConnectionToggled;
 
   std::int64_t inputCount = 64;   // rows shown
@@ -66,7 +67,7 @@ class PatchMatrixView : public QWidget {
 
   struct FixedPart {
     QWidget* widget;
-    QRect frame;  // from the container's lower left corner, as first built
+    QRect frame;  // as built, from the container's lower left corner
   };
   std::vector<FixedPart> corner_;
 };

@@ -10,9 +10,9 @@ namespace tolvane {
 /// The routes the matrix shows as active, by their keys.
 using RouteKeys = std::unordered_set<std::string>;
 
-/// The text form of a route inside the matrix: decimal input (row) index, a comma, decimal output (column)
-/// index, zero-based and nothing else: input 0 to output 1 is "0,1". Short enough for every grid on a screen
-/// to take no heap memory. [any-thread]
+/// Key of a route inside the matrix: decimal input (row) index, comma, decimal output (column) index, both
+/// zero-based. Input 0 to output 1 is "0,1". Takes no heap memory for any grid that fits a screen.
+/// [any-thread]
 [[nodiscard]] std::string routeKey(std::int64_t input, std::int64_t output);
 
 }  // namespace tolvane

@@ -8,7 +8,7 @@
 namespace tolvane {
 
 std::int64_t truncated(double value) noexcept {
-  constexpr double limit = 9223372036854775808.0;  // 2^63, the first that does not fit
+  constexpr double limit = 9223372036854775808.0;  // 2^63, the first value that does not fit
   if (!std::isfinite(value) || value >= limit || value < -limit) {
     fatal("a matrix position does not fit an integer");
   }

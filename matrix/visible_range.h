@@ -4,7 +4,7 @@
 
 namespace tolvane {
 
-/// The cells of one axis that a stretch of it may touch, both ends included; empty when last < first.
+/// A range of cells on one axis, both ends included. Empty if last < first.
 struct VisibleRange {
   std::int64_t first = 0;
   std::int64_t last = -1;
@@ -12,13 +12,13 @@ struct VisibleRange {
   [[nodiscard]] bool empty() const noexcept { return last < first; }
 };
 
-/// The cells between two positions (points, from the start of cell 0) on an axis of count cells of cellSize
-/// points: from floor(from / cellSize) to ceil(to / cellSize), kept within the count. A quotient that is not
-/// finite or beyond 64 bits, or a count without predecessor, is a fatal error. [any-thread]
+/// The cells between two positions (points, from the start of cell 0) on an axis of `count` cells of
+/// `cellSize` points: floor(from / cellSize) to ceil(to / cellSize), clamped to the count. It is a fatal
+/// error if a quotient is not finite or exceeds 64 bits, or if count is the smallest integer. [any-thread]
 [[nodiscard]] VisibleRange visibleRange(double from, double to, double cellSize, std::int64_t count) noexcept;
 
-/// The integer part of a number, truncated toward zero. A number that is not finite or beyond 64 bits is a
-/// fatal error. [any-thread]
+/// Truncates a number toward zero. A number that is not finite or exceeds 64 bits is a fatal error.
+/// [any-thread]
 [[nodiscard]] std::int64_t truncated(double value) noexcept;
 
 }  // namespace tolvane

@@ -1,8 +1,9 @@
-# Shared by the scripts beside it: they run at the top of the project, and build by preset.
+# Sourced by the other scripts: changes to the top of the project and provides builds and tests by preset.
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-# build_preset PRESET [TARGET...]: configures quietly (what it leaves out, it says) and builds.
+# build_preset PRESET [TARGET...]: configures and builds. Prints what the configuration leaves out, and all of its output on
+# an error.
 build_preset() {
     local preset=$1 log
     shift
@@ -12,7 +13,7 @@ build_preset() {
         rm -f "$log"
         return 1
     fi
-    grep '^-- Tolvane:' "$log" || true
+    grep ': absent' "$log" || true
     rm -f "$log"
     if [ $# -gt 0 ]; then
         cmake --build "build/$preset" --target "$@"
@@ -21,8 +22,8 @@ build_preset() {
     fi
 }
 
-# run_suite PRESET: all of its tests. Most of them wait for a sound server's cycles, so two share a processor, but not under
-# a sanitizer, which keeps it busy.
+# run_suite PRESET: runs all tests of the preset, two per processor, as most of them wait for a sound server's
+# cycles. Under a sanitizer they keep the processor busy, so one per processor.
 run_suite() {
     local jobs=$((2 * $(nproc)))
     case $1 in asan | tsan) jobs=$(nproc) ;; esac

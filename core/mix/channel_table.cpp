@@ -14,7 +14,7 @@ namespace {
 
 constexpr auto kMaxChannels = static_cast<UInt32>(std::numeric_limits<std::int32_t>::max());
 
-/// The buffer's channels and bytes as one value.
+/// The buffer's channel count and byte size as one value, to compare both at once.
 std::uint64_t headOf(const AudioBuffer& buffer) noexcept {
   std::uint64_t head = 0;
   static_assert(offsetof(AudioBuffer, mData) == sizeof head);
@@ -38,8 +38,8 @@ void ChannelTable::addChannelsOf(const AudioBufferList& list) noexcept {
   }
 }
 
-/// Numbers the channels of the one-channel buffers from `buffer` on, as far as they go without another one
-/// between them and there are slots; the buffer after them.
+/// Numbers a run of one-channel buffers that begins at `buffer`. Stops at the first other buffer and when the
+/// slots are used up. Returns the buffer after the run.
 const AudioBuffer* ChannelTable::addPlanarChannels(const AudioBuffer* buffer,
                                                    const AudioBuffer* end) noexcept {
   if (channelCount_ >= capacity_ || buffer == end || buffer->mNumberChannels != 1) return buffer;
@@ -48,7 +48,7 @@ const AudioBuffer* ChannelTable::addPlanarChannels(const AudioBuffer* buffer,
   ChannelSlot* slot = first;
   BufferOrder order = order_;
   UInt32 fewestBytes = buffer->mDataByteSize;
-  // Four at a time while that goes: this is most of what a large device with few routes costs.
+  // Four at once: this dominates large devices with few routes.
   const std::uint64_t head = headOf(*buffer);
   for (; end - buffer >= 4 && last - slot >= 4; buffer += 4, slot += 4) {
     const std::uint64_t other = (headOf(buffer[0]) ^ head) | (headOf(buffer[1]) ^ head) |
@@ -73,7 +73,7 @@ const AudioBuffer* ChannelTable::addPlanarChannels(const AudioBuffer* buffer,
 void ChannelTable::addChannels(const AudioBuffer& buffer) noexcept {
   const UInt32 channels = buffer.mNumberChannels;
   auto* const data = static_cast<float*>(buffer.mData);
-  // Channels without data are only counted, which any number can be.
+  // Channels without data are only counted: any number of them is valid.
   if (data != nullptr && channels > kMaxChannels)
     fatal("a buffer of the device has more channels than 32 bits hold");
   const std::int64_t first = channelCount_;

@@ -13,15 +13,15 @@ namespace tolvane {
 struct ChannelSlot {
   float* data;          // the first sample; null where the channel has no data
   std::int32_t stride;  // samples from one frame to the next: the channels interleaved in the buffer
-  std::int32_t link;    // for the mixer's own use; -1 at first
+  std::int32_t link;    // the mixer's own; -1 at first
 };
 
-/// How the buffers of a list follow one another in memory.
+/// The order of a list's buffers in memory.
 class BufferOrder {
  public:
-  /// Of no buffers.
+  /// No buffers.
   BufferOrder() noexcept = default;
-  /// Of buffers the first of which begins there.
+  /// The first buffer begins at `data`.
   explicit BufferOrder(const void* data) noexcept
       : begin_(reinterpret_cast<std::uintptr_t>(data)), end_(begin_) {}
 
@@ -31,11 +31,11 @@ class BufferOrder {
     end_ += step + bytes;
   }
 
-  /// Whether each buffer begins behind the one before it.
+  /// Whether each buffer begins at or after the end of the previous one.
   [[nodiscard]] bool ascends() const noexcept { return (steps_ >> kSignBit) == 0; }
-  /// Whether each buffer begins where the one before it ends.
+  /// Whether each buffer begins at the end of the previous one.
   [[nodiscard]] bool isGapless() const noexcept { return steps_ == 0; }
-  /// From the first byte to the last, where they ascend.
+  /// From the first byte to the last. Valid only if the buffers ascend.
   [[nodiscard]] MemoryRange span() const noexcept { return {begin_, end_}; }
 
  private:
@@ -43,39 +43,40 @@ class BufferOrder {
 
   std::uintptr_t begin_ = kNoMemory.begin;
   std::uintptr_t end_ = kNoMemory.end;
-  std::uintptr_t steps_ = 0;  // all bits of all ways from one buffer's end to the next one's begin
+  std::uintptr_t steps_ =
+      0;  // the gaps between buffers, combined by OR: the sign bit is set if any gap is negative
 };
 
-/// The channels of one buffer list, numbered across its buffers in list order. Buffers without data use up
-/// their numbers. Channels at or beyond the capacity are counted, not stored. [io-thread]
+/// The channels of one buffer list, numbered across its buffers in list order. The channels of a buffer
+/// without data have numbers too. Channels at or beyond the capacity are counted, not stored. [io-thread]
 class ChannelTable {
  public:
   /// Allocates the table: one of the two allocations of an IO cycle.
   explicit ChannelTable(std::int64_t capacity) noexcept;
 
-  /// Numbers every channel of the list. A buffer with data and more channels than 32 bits hold ends the
-  /// process.
+  /// Numbers every channel of the list. Ends the process if a buffer with data has more than 2^31-1 channels.
   void addChannelsOf(const AudioBufferList& list) noexcept;
 
-  /// Channels of the list, those beyond the capacity and those without data included.
+  /// All channels of the list, including those beyond the capacity and those without data.
   [[nodiscard]] std::int64_t channelCount() const noexcept { return channelCount_; }
 
-  /// Channels that have a slot: the channel count, at most the capacity.
+  /// Channels with a slot: the channel count, limited by the capacity.
   [[nodiscard]] std::int64_t slotCount() const noexcept {
     return channelCount_ < capacity_ ? channelCount_ : capacity_;
   }
 
-  /// Whether each buffer lies behind the one before it and holds at least `frames` frames.
+  /// Whether the buffers ascend in memory and each holds at least `frames` frames.
   [[nodiscard]] bool isOrderly(std::int64_t frames) const noexcept {
     return order_.ascends() && shortestFrames_ >= frames;
   }
 
-  /// From the first buffer's first byte to the last one's end, where the buffers lie in order.
+  /// The memory from the first buffer to the last. Valid only if isOrderly().
   [[nodiscard]] MemoryRange span() const noexcept { return order_.span(); }
 
-  /// Whether every buffer has one channel, and a slot, and data, and begins where the one before it ends.
+  /// Whether every buffer has one channel, a slot and data, and begins at the end of the previous one.
   [[nodiscard]] bool isSolid() const noexcept {
-    // A buffer without data is one at address 0: no other can end there, so only the first one can be it.
+    // A buffer without data lies at address 0. No buffer ends there, so in a list without gaps only the first
+    // buffer can be without data.
     return onlyPlanar_ && order_.isGapless() && order_.span().begin != 0;
   }
 
@@ -96,8 +97,7 @@ class ChannelTable {
   std::int64_t shortestFrames_ = std::numeric_limits<std::int64_t>::max();
   BufferOrder order_;
   bool onlyPlanar_ = true;
-  // Slots are written as channels are numbered, and none beyond them is read: no need to fill the table
-  // first.
+  // Not initialised: only slots that addChannelsOf() has written are read.
   std::unique_ptr<ChannelSlot[]> slots_;
 };
 

@@ -7,10 +7,10 @@
 
 namespace tolvane {
 
-/// Clears every output buffer that has channels and data, all its bytes. [io-thread]
+/// Clears all bytes of every output buffer that has channels and data. [io-thread]
 void clearOutputs(AudioBufferList& output) noexcept;
 
-/// Clears what lies behind the first `frames` frames of a buffer, which holds at least those. [io-thread]
+/// Clears the bytes after the first `frames` frames. The buffer holds at least that many. [io-thread]
 inline void clearFrom(AudioBuffer& buffer, std::int64_t frames) noexcept {
   const std::uint64_t kept = static_cast<std::uint64_t>(frames) * buffer.mNumberChannels * sizeof(float);
   if (kept < buffer.mDataByteSize)

@@ -18,7 +18,7 @@ bool holds(const AudioBuffer& buffer, std::int64_t frames) noexcept {
   return buffer.mDataByteSize >= static_cast<std::uint64_t>(frames) * buffer.mNumberChannels * sizeof(float);
 }
 
-/// What a route reads.
+/// The memory that a route reads.
 MemoryRange rangeOf(const CycleRoute& route, std::int64_t frames) noexcept {
   return {reinterpret_cast<std::uintptr_t>(route.data),
           reinterpret_cast<std::uintptr_t>(route.data + (frames - 1) * route.stride + 1)};
@@ -32,7 +32,8 @@ MemoryRange rangeOf(const AudioBuffer& buffer) noexcept {
 }  // namespace
 
 void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexcept {
-  // Most devices lay their buffers out in order, outputs apart from inputs; only others pay for more.
+  // Most devices have ascending buffers, and outputs apart from inputs. Only other devices pay for the checks
+  // below.
   const bool isApart = in_.isOrderly(frames_) && out_.isOrderly(frames_) && !overlap(in_.span(), out_.span());
   if (isApart) {
     if (out_.isSolid()) {
@@ -41,7 +42,8 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
       mixAndClear(output);
     }
   } else {
-    // Before any input is read: an unrouted output may share its memory with one, and silences it.
+    // Clear before any input is read: an unrouted output may share memory with an input, and then silences
+    // it.
     clearUnrouted(output);
     if (routedCount_ == 0) return;
     if (!canReorder(input)) return mixInPlainOrder();
@@ -50,7 +52,7 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
   if (routedCount_ > 0) mixInTiles(input);
 }
 
-/// Whether a route goes into one of the buffer's channels, of which the first is number `first`.
+/// Whether any channel of the buffer has a route. `first` is the number of its first channel.
 inline bool CyclePlan::isRouted(const AudioBuffer& buffer, std::int64_t first) const noexcept {
   const std::int64_t end = std::min<std::int64_t>(first + buffer.mNumberChannels, out_.slotCount());
   for (std::int64_t c = first; c < end; ++c) {
@@ -59,8 +61,8 @@ inline bool CyclePlan::isRouted(const AudioBuffer& buffer, std::int64_t first) c
   return false;
 }
 
-/// Fills buffers of one channel that lie one behind the other, those between two routed ones at once; those
-/// that are left to tiles come into routed_.
+/// Fills contiguous one-channel buffers. Clears each run of unrouted buffers at once. Buffers that need tiles
+/// go into routed_.
 void CyclePlan::mixSolid(AudioBuffer* buffers) noexcept {
   const ChannelSlot* const slots = &out_[0];
   const std::int64_t count = out_.channelCount();
@@ -73,14 +75,14 @@ void CyclePlan::mixSolid(AudioBuffer* buffers) noexcept {
   }
 }
 
-/// Clears buffers that lie one behind the other: long stretches are cleared faster than short ones.
+/// Clears contiguous buffers at once: one long stretch is faster than several short ones.
 void CyclePlan::clearFromTo(const AudioBuffer& first, const AudioBuffer& last) const noexcept {
   auto* const begin = static_cast<char*>(first.mData);
   const auto* const end = static_cast<const char*>(last.mData) + last.mDataByteSize;
   kernels_.clear(begin, static_cast<std::size_t>(end - begin));
 }
 
-/// Fills the output buffers one after the other; those that are left to tiles come into routed_.
+/// Fills or clears every output buffer. Buffers that need tiles go into routed_.
 void CyclePlan::mixAndClear(AudioBufferList& output) noexcept {
   AudioBuffer* const end = output.mBuffers + output.mNumberBuffers;
   std::int64_t first = 0;
@@ -107,9 +109,10 @@ void CyclePlan::clearUnrouted(AudioBufferList& output) noexcept {
   }
 }
 
-/// Whether filling output by output gives what the plain order gives: every routed output holds the whole
-/// cycle and shares no memory with an input that is read or with another one. Interleaved inputs hold the
-/// whole cycle too: a channel's neighbours are read with it.
+/// Whether mixing output by output gives the same samples as the reference order, route by route. It does if
+/// every routed output holds the whole cycle and shares no memory with another routed output or with an input
+/// that is read. Interleaved inputs have to hold the whole cycle too, because a channel's neighbours are read
+/// with it.
 bool CyclePlan::canReorder(const AudioBufferList& input) const noexcept {
   for (std::int32_t b = 0; b < routedCount_; ++b) {
     if (!holds(*routed_[b].buffer, frames_)) return false;
@@ -136,7 +139,7 @@ void CyclePlan::mixInPlainOrder() noexcept {
   mixPlainly(routes_, out_, frames_);
 }
 
-/// Mixes the buffers in routed_ but those that are left to tiles.
+/// Mixes the buffers in routed_ and keeps there those that need tiles.
 void CyclePlan::mixRouted() noexcept {
   RoutedBuffer* left = routed_;
   for (std::int32_t b = 0; b < routedCount_; ++b) {
@@ -146,13 +149,12 @@ void CyclePlan::mixRouted() noexcept {
   routedCount_ = static_cast<std::int32_t>(left - routed_);
 }
 
-/// Fills a buffer that a route goes into; false, with nothing written, when it is one for tiles.
+/// Fills a routed buffer. Returns false and writes nothing if the buffer needs tiles.
 inline bool CyclePlan::mixBuffer(AudioBuffer& buffer, std::int64_t first) noexcept {
   return buffer.mNumberChannels == 1 ? mixPlanar(buffer, out_[first]) : mixInLanes(buffer, first);
 }
 
-/// Fills a buffer of one channel that a route goes into; false, with nothing written, when a source of it is
-/// interleaved.
+/// Fills a routed one-channel buffer. Returns false and writes nothing if one of its sources is interleaved.
 inline bool CyclePlan::mixPlanar(AudioBuffer& buffer, const ChannelSlot& target) noexcept {
   const CycleRoute& route = routes_[target.link];
   if (route.next != kNoRoute) return mixSum(buffer, target);
@@ -175,7 +177,8 @@ bool CyclePlan::mixSum(AudioBuffer& buffer, const ChannelSlot& target) noexcept 
   return true;
 }
 
-// The two have a frame of their own on the stack, large as it is: planar devices do not touch it.
+// Not inlined: LanePlan and TilePlan are large, and cycles of planar devices should not touch that much
+// stack.
 [[gnu::noinline]] bool CyclePlan::mixInLanes(AudioBuffer& buffer, std::int64_t first) const noexcept {
   LanePlan lanes(routes_, out_, frames_, kernels_);
   return lanes.mix(buffer, first);

@@ -11,10 +11,10 @@
 
 namespace tolvane {
 
-/// One cycle's mixing, output by output. It lives on the IO thread's stack. [io-thread]
+/// Mixes one cycle, output by output. Lives on the IO thread's stack. [io-thread]
 class CyclePlan {
  public:
-  /// The tables' links are used up: the plan is the last that may be made of them.
+  /// Overwrites the tables' links: make only one plan from a pair of tables.
   CyclePlan(const CycleRoutes& routes, ChannelTable& in, ChannelTable& out, std::int64_t frames,
             const MixKernels& kernels) noexcept
       : routes_(routes), in_(in), out_(out), frames_(frames), kernels_(kernels) {}
@@ -48,7 +48,7 @@ class CyclePlan {
   const MixKernels& kernels_;
 
   std::int32_t routedCount_ = 0;
-  RoutedBuffer routed_[kMaxPatchEntries];  // what is still to be mixed
+  RoutedBuffer routed_[kMaxPatchEntries];  // output buffers that are not mixed yet
 };
 
 }  // namespace tolvane

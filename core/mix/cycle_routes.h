@@ -9,25 +9,25 @@ namespace tolvane {
 
 /// One route of a cycle.
 struct CycleRoute {
-  const float* data;    // the input's first sample; null where the route was left out
+  const float* data;    // the input's first sample; null if the route is left out
   std::int32_t stride;  // as the input slot's
   float gain;
-  std::int32_t next;  // the next route into the same output; kNoRoute after the last
+  std::int32_t next;  // the next route to the same output; kNoRoute after the last
   std::int32_t src;
   std::int32_t dst;
 };
 
 inline constexpr std::int32_t kNoRoute = -1;
 
-/// The published routes of one cycle, those into one output chained in their order: the output slot's link
-/// leads to the first of them, kNoRoute where there is none. [io-thread]
+/// The published routes of one cycle. The routes to one output form a list in table order: the output slot's
+/// link is the index of the first one, or kNoRoute. [io-thread]
 class CycleRoutes {
  public:
-  /// Room for routes 0 to `count`, at most kMaxPatchEntries, which are then put in or left out, each, from
-  /// the last to the first.
+  /// Room for `count` routes, at most kMaxPatchEntries. Call put() or leaveOut() once for each, from the last
+  /// route to the first.
   explicit CycleRoutes(std::int32_t count) noexcept : count_(count) {}
 
-  /// The slots are those of the route's channels, and have data.
+  /// `source` and `target` are the slots of the route's channels. Both have data.
   void put(std::int32_t route, const PatchEntry& entry, const ChannelSlot& source,
            ChannelSlot& target) noexcept {
     routes_[route] = {source.data, source.stride, entry.gain, target.link, entry.src, entry.dst};

@@ -1,5 +1,4 @@
-// Where the frames of an interleaved buffer lie, as the loops of mix_kernels_impl.h use it; the rules are the
-// same.
+// The addresses of an interleaved buffer's frames, for the loops. The rules of mix_kernels_impl.h hold here.
 #pragma once
 
 #include <cstddef>
@@ -8,17 +7,17 @@
 namespace tolvane {
 namespace {
 
-/// The addresses of frames that lie one stride apart, without an instruction for each: a processor adds a
-/// register, or twice of one, as it loads and stores.
+/// Addresses of frames that are one stride apart. They cost no instruction each: the addressing modes of
+/// loads and stores add a register, or twice a register.
 class Frames {
  public:
   __attribute__((always_inline)) explicit Frames(std::ptrdiff_t stride) noexcept
       : one_(static_cast<std::uintptr_t>(stride) * sizeof(float)), three_(3 * one_) {
-    // Or the compiler would see how it is made, and make each address from the one before it.
+    // Hides the values from the compiler, which would otherwise compute each address from the previous one.
     __asm__("" : "+r"(one_), "+r"(three_));
   }
 
-  /// `frame` is a constant, `first` the address in frame 0.
+  /// `frame` is a compile-time constant. `first` is the address in frame 0.
   __attribute__((always_inline)) float* operator()(std::uintptr_t first, std::size_t frame) const noexcept {
     const std::uintptr_t steps[] = {0, one_, 2 * one_, three_};
     // NOLINTNEXTLINE(performance-no-int-to-ptr): as a pointer it would have to stay inside its buffer

@@ -1,5 +1,5 @@
-// The loop over lanes of mix_kernels.h, from interleaved buffers to interleaved buffers frame by frame. It
-// comes with mix_kernels_impl.h, whose rules hold here.
+// The loop over lanes: from interleaved buffers to interleaved buffers, frame by frame. The rules of
+// mix_kernels_impl.h hold here.
 #pragma once
 
 #include "core/mix/frame_addresses_impl.h"
@@ -13,13 +13,13 @@
 namespace tolvane {
 namespace {
 
-// Whether some lanes of a vector can be loaded by one instruction, with nothing read for the others. What has
-// no such instruction is put together lane by lane, for tests.
+// Whether one instruction loads some lanes of a vector and reads no memory for the others. Without such an
+// instruction loadMasked() loads lane by lane; only tests use that.
 inline constexpr bool kLoadsMasked = kWidth >= 8;
 
 inline constexpr std::uint32_t kAllLanes = (std::uint32_t{1} << kWidth) - 1;
 
-/// Lanes of a vector, as masked loads take them.
+/// A set of lanes, in the form that masked loads take.
 #if defined(__AVX512F__)
 using LaneMask = __mmask16;
 #elif defined(__AVX2__)
@@ -32,7 +32,7 @@ __attribute__((always_inline)) inline LaneMask maskOf(std::uint32_t lanes) noexc
 #if defined(__AVX512F__)
   return static_cast<LaneMask>(lanes);
 #elif defined(__AVX2__)
-  // A lane's highest bit decides.
+  // The highest bit of each lane selects it.
   return _mm256_sllv_epi32(_mm256_set1_epi32(static_cast<int>(lanes)),
                            _mm256_setr_epi32(31, 30, 29, 28, 27, 26, 25, 24));
 #else
@@ -40,7 +40,7 @@ __attribute__((always_inline)) inline LaneMask maskOf(std::uint32_t lanes) noexc
 #endif
 }
 
-/// The lanes of the mask, and positive zero in the others.
+/// Loads the lanes of the mask; the others are positive zero.
 __attribute__((always_inline)) inline Vector<kWidth> loadMasked(const float* from, LaneMask mask) noexcept {
 #if defined(__AVX512F__)
   return _mm512_maskz_loadu_ps(mask, from);
@@ -55,14 +55,14 @@ __attribute__((always_inline)) inline Vector<kWidth> loadMasked(const float* fro
 #endif
 }
 
-/// Keeps the addresses of one branch from being made in front of both, which takes more registers than there
-/// are.
+/// Keeps the compiler from computing the addresses of both branches in advance, for which it has too few
+/// registers.
 __attribute__((always_inline)) inline void keepHere(std::uintptr_t& from) noexcept {
   __asm__("" : "+r"(from));
 }
 
-/// Adds one layer to the sums of `Count` frames from `from` on. A lane that the layer leaves out gets 0 · 0
-/// added, which changes no sum: none is ever negative zero, as each starts from positive zero.
+/// Adds one layer to the sums of `Count` frames that start at `from`. A lane without a route in this layer
+/// adds 0 * 0. That changes no sum: a sum starts at positive zero and is never negative zero.
 template <std::size_t Count>
 __attribute__((always_inline)) inline void addLayer(Vector<kWidth> (&sums)[Count], const LaneLayer& layer,
                                                     std::uintptr_t from, const Frames& frames) noexcept {
@@ -83,7 +83,7 @@ template <std::size_t Count>
 __attribute__((always_inline)) inline void mixLaneFrames(const LaneGroup& group, const Frames& from,
                                                          const Frames& to, std::int64_t frame) noexcept {
   Vector<kWidth> sums[Count] = {};
-  // Addresses are numbers until they are used: that of lane 0 may lie outside the buffer.
+  // Addresses stay integers until they are used: the address of lane 0 may lie outside the buffer.
   const auto first = static_cast<std::uintptr_t>(frame * group.sourceStride) * sizeof(float);
   const LaneLayer* const end = group.layers + group.layerCount;
   for (const LaneLayer* layer = group.layers; layer != end; ++layer)
@@ -93,10 +93,10 @@ __attribute__((always_inline)) inline void mixLaneFrames(const LaneGroup& group,
   for (std::size_t i = 0; i < Count; ++i) store<kWidth>(to(target, i), sums[i]);
 }
 
-/// Frames at a time: as many sums as stay in registers.
+/// Frames per step: as many sums as fit in registers.
 inline constexpr std::int64_t kLaneFrames = 12;
 
-/// A stretch of frames whose lines all stay in the first cache while group after group goes over it.
+/// As many frames as stay in the first-level cache while all groups pass over them.
 __attribute__((always_inline)) inline std::int64_t framesInCache(std::ptrdiff_t stride) noexcept {
   if (stride <= 32) return 60;
   return stride <= 128 ? 24 : 12;

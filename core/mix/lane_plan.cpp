@@ -25,11 +25,11 @@ bool LanePlan::plan(const AudioBuffer& buffer, std::int64_t first) noexcept {
   const std::int64_t width = kernels_.vectorFloats;
   const std::int64_t channels = buffer.mNumberChannels;
   if (channels < width) return false;
-  // Up to how many layers lanes are faster than tiles: a route among a tile's rows costs an eighth of a
-  // layer, turning eight channels into rows and back three layers. Each group adds its own, so that a patch
-  // for tiles is known early.
+  // The number of layers up to which lanes are faster than tiles. In tiles a route costs an eighth of a
+  // layer, and the transposition of eight channels and back costs three layers. addGroup() raises the limit
+  // group by group, so that a patch that is faster in tiles is found early.
   layerLimit_ = routes_.count() / 8;
-  // The last group begins within the one before it where the channels are no multiple of the width.
+  // If the channel count is no multiple of the width, the last group overlaps the previous one.
   for (std::int64_t channel = 0; channel < channels; channel += width) {
     if (!addGroup(buffer, first, std::min(channel, channels - width))) return false;
   }
@@ -59,14 +59,14 @@ bool LanePlan::addGroup(const AudioBuffer& buffer, std::int64_t first, std::int6
   return addLayers(group, routes, count);
 }
 
-/// Adds the first route into each lane, then the second into each...
+/// Adds the first route of each lane, then the second of each, and so on.
 bool LanePlan::addLayers(LaneGroup& group, LaneRoutes* lanes, std::int32_t count) noexcept {
   const CycleRoute* const routes = &routes_[0];
   LaneLayer* const layers = &layers_[layerCount_];
   LaneLayer* const limit = &layers_[layerLimit_];
   LaneLayer* end = layers;
   const std::int32_t stride = routes[lanes[0].next].stride;
-  // Planar inputs are none for lanes.
+  // Lanes cannot read planar inputs.
   if (stride == 1) return false;
   while (count > 0) {
     std::int32_t left = 0;
@@ -76,8 +76,8 @@ bool LanePlan::addLayers(LaneGroup& group, LaneRoutes* lanes, std::int32_t count
       if (route.stride != stride) return false;
       const std::uintptr_t base =
           reinterpret_cast<std::uintptr_t>(route.data) - static_cast<std::uintptr_t>(lane) * sizeof(float);
-      // The first layer of this distance behind that of the route before this one into the lane: so the
-      // routes are summed in their order.
+      // Takes the first layer with this base after the layer of the lane's previous route. So each lane sums
+      // its routes in their order.
       LaneLayer* layer = lanes[i].layer;
       while (layer != end && layer->base != base) ++layer;
       if (layer == end) {

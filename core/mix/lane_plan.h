@@ -9,9 +9,8 @@
 
 namespace tolvane {
 
-/// Fills interleaved outputs frame by frame, a vector of channels at a time, without turning them into rows:
-/// the fastest way where channels that lie together read channels that lie together. It lives on the IO
-/// thread's stack. [io-thread]
+/// Fills interleaved outputs frame by frame, one vector of adjacent channels at a time. This is the fastest
+/// way if adjacent outputs read adjacent inputs. Lives on the IO thread's stack. [io-thread]
 class LanePlan {
  public:
   /// No input that is read shares memory with an output.
@@ -19,16 +18,16 @@ class LanePlan {
            const MixKernels& kernels) noexcept
       : routes_(routes), out_(out), frames_(frames), kernels_(kernels) {}
 
-  /// Fills every byte of a buffer of several channels, the first of which is number `first`; false, with
-  /// nothing written, when its channels read from too many places.
+  /// Fills every byte of an interleaved buffer. `first` is the number of its first channel. Returns false and
+  /// writes nothing if the channels read from too many places.
   bool mix(AudioBuffer& buffer, std::int64_t first) noexcept;
 
  private:
-  /// A lane that still has routes.
+  /// A lane with routes that are in no layer yet.
   struct LaneRoutes {
     std::int32_t lane;
-    std::int32_t next;  // the route whose turn it is
-    LaneLayer* layer;   // the first layer that it may be in
+    std::int32_t next;  // the route to add next
+    LaneLayer* layer;   // the first layer that this route may go into
   };
 
   [[nodiscard]] bool plan(const AudioBuffer& buffer, std::int64_t first) noexcept;
@@ -43,10 +42,10 @@ class LanePlan {
   const std::int64_t frames_;
   const MixKernels& kernels_;
 
-  bool everyGroup_ = true;  // all channels of the buffer are in groups
+  bool everyGroup_ = true;  // every channel of the buffer is in a group
   std::int32_t groupCount_ = 0;
   std::int32_t layerCount_ = 0;
-  std::int32_t layerLimit_ = 0;  // from here on lanes are slower than tiles
+  std::int32_t layerLimit_ = 0;  // with more layers, lanes are slower than tiles
   LaneGroup groups_[kMaxGroups];
   LaneLayer layers_[kMaxLayers];
 };

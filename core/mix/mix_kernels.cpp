@@ -8,11 +8,11 @@ namespace tolvane {
 
 namespace {
 
-// Null until it is chosen. Whoever chooses finds the same form, so that nobody has to wait for anybody.
+// Null until a form is chosen. Every thread would choose the same one, so none has to wait.
 constinit std::atomic<const MixKernels*> chosen = nullptr;
 
 #if defined(__x86_64__)
-/// Whether the processor has all that core/CMakeLists.txt lets the compiler use in this form.
+/// Whether the processor has every instruction set that core/CMakeLists.txt enables for this form.
 bool runsAvx512() noexcept {
   return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
          __builtin_cpu_supports("avx512dq") != 0;
@@ -25,7 +25,7 @@ MixKernelList allMixKernels() noexcept {
   MixKernelList all = {};
   int count = 0;
 #if defined(__x86_64__)
-  // What the processor has is otherwise known only after the compiler's own constructors.
+  // Needed before the compiler's own constructors have run.
   __builtin_cpu_init();
   if (runsAvx512()) all.forms[count++] = &kAvx512MixKernels;
   if (__builtin_cpu_supports("avx2") != 0) all.forms[count++] = &kAvx2MixKernels;

@@ -1,6 +1,6 @@
-// The loops that move samples, in one form for each instruction set; the form is chosen once, by what the
-// processor has. Every form gives the same bits: each product is rounded, then each sum, in source order,
-// from positive zero; there is no fused multiply-add.
+// The loops that move samples, compiled once for each instruction set. The processor decides once which of
+// these forms runs. All forms give the same bits: sums start at positive zero and add the sources in order,
+// and every product and every sum is rounded. There is no fused multiply-add.
 #pragma once
 
 #include <cstddef>
@@ -8,25 +8,25 @@
 
 namespace tolvane {
 
-/// The widest vector that any form has, in floats.
+/// Floats in the widest vector of any form.
 inline constexpr std::int32_t kMaxVectorFloats = 16;
 
-/// Floats in one row of a tile: the most frames that are mixed at a time where channels are interleaved.
+/// Frames in one row of a tile.
 inline constexpr std::int64_t kTileFrames = 32;
 
-/// The two frame masks: of data that begins with the channel's first sample, and of the channel's row of a
-/// tile, which is the same for every tile.
+/// Frame masks. Frame f of a channel lies at data[f & mask]: in a whole channel at f, in the row of a tile at
+/// 0, because every tile uses the same row.
 inline constexpr std::int64_t kWholeChannel = -1;
 inline constexpr std::int64_t kTileRow = 0;
 
-/// One routed input, as a target reads it.
+/// One input of a sum.
 struct MixSource {
   const float* data;
   std::int64_t frameMask;
   float gain;
 };
 
-/// One routed output: the sum of its sources (at least one).
+/// One output: the sum of its sources, of which there is at least one.
 struct MixTarget {
   float* data;
   std::int64_t frameMask;
@@ -34,7 +34,7 @@ struct MixTarget {
   std::int32_t sourceCount;
 };
 
-/// `width` adjacent channels of an interleaved input, turned into `width` rows that lie one behind the other.
+/// `width` adjacent channels of an interleaved input, transposed into `width` contiguous rows.
 struct GatherGroup {
   const float* data;  // the first channel's sample in frame 0
   std::ptrdiff_t stride;
@@ -42,7 +42,7 @@ struct GatherGroup {
   float* rows;
 };
 
-/// `width` adjacent channels of an interleaved output, filled from a row each.
+/// `width` adjacent channels of an interleaved output, each filled from one row.
 struct ScatterGroup {
   float* data;  // the first channel's sample in frame 0
   std::ptrdiff_t stride;
@@ -50,7 +50,7 @@ struct ScatterGroup {
   const float* rows[4];
 };
 
-/// What is done for every tile, in this order.
+/// The work for every tile, in this order.
 struct TileWork {
   const GatherGroup* gathers;
   std::int32_t gatherCount;
@@ -60,15 +60,15 @@ struct TileWork {
   std::int32_t scatterCount;
 };
 
-/// One route, at most, into each lane of a group of adjacent outputs, all from inputs that lie as far from
-/// their lanes. Lanes without one have gain 0.
+/// At most one route for each lane of a group of adjacent outputs. All its inputs have the same distance from
+/// their lanes. A lane without a route has gain 0.
 struct LaneLayer {
-  std::uintptr_t base;  // where lane 0 would read in frame 0; outside the buffer where no route reads it
+  std::uintptr_t base;  // the address of lane 0 in frame 0; may lie outside the buffer if lane 0 has no route
   std::uint32_t lanes;  // bit i: lane i has a route
   alignas(64) float gains[kMaxVectorFloats];
 };
 
-/// vectorFloats adjacent channels of an interleaved output, each the sum of its lane of the layers, in their
+/// vectorFloats adjacent channels of an interleaved output. Each is the sum of its lane in all layers, in
 /// order.
 struct LaneGroup {
   float* data;  // the first channel's sample in frame 0
@@ -82,38 +82,38 @@ struct LaneGroup {
 struct MixKernels {
   const char* name;
   std::int32_t vectorFloats;
-  bool loadsMasked;  // whether layers may have lanes without a route
+  bool loadsMasked;  // whether a layer may have lanes without a route
 
-  /// Sets `bytes` bytes at `data` to zero, faster than memset does where they lie in the caches.
+  /// Sets `bytes` bytes at `data` to zero. Faster than memset if they are in the caches.
   void (*clear)(void* data, std::size_t bytes) noexcept;
 
-  /// One planar source, scaled, into `frames` frames at `target`.
+  /// Multiplies `frames` frames of one planar source into `target`.
   void (*scalePlanar)(float* target, const float* source, float gain, std::int64_t frames) noexcept;
 
   /// Sums `sourceCount` whole channels into `frames` frames at `target`.
   void (*mixPlanar)(float* target, const MixSource* sources, std::int32_t sourceCount,
                     std::int64_t frames) noexcept;
 
-  /// Does the work for frames 0 to `frames`, at least vectorFloats of them; some maybe twice.
+  /// Does the work for `frames` frames, at least vectorFloats. May compute some frames twice.
   void (*mixTiles)(const TileWork& work, std::int64_t frames) noexcept;
 
-  /// Sums the layers of each group into its channels, frames 0 to `frames`. The groups have one stride.
+  /// Sums the layers of each group into its channels, for `frames` frames. All groups have the same stride.
   void (*mixLanes)(const LaneGroup* groups, std::int32_t count, std::int64_t frames) noexcept;
 };
 
-/// The form that cycles run in: the fastest that this processor has. It is chosen before main, so that the IO
-/// thread finds it done; whoever asks earlier still gets it. [any-thread]
+/// The form in use: the fastest that this processor runs. It is chosen before main(), so the IO thread never
+/// chooses. Works before that, too. [any-thread]
 [[nodiscard]] const MixKernels& mixKernels() noexcept;
 
-/// Cycles run in this form from now on: for tests and benchmarks. [any-thread]
+/// Uses this form from now on. For tests and benchmarks. [any-thread]
 void useMixKernels(const MixKernels& form) noexcept;
 
-/// Forms, the fastest first; null behind the last.
+/// Forms, the fastest first, then null.
 struct MixKernelList {
   const MixKernels* forms[3];
 };
 
-/// Every form that this processor runs: for tests and benchmarks. [any-thread]
+/// All forms that this processor runs. For tests and benchmarks. [any-thread]
 [[nodiscard]] MixKernelList allMixKernels() noexcept;
 
 }  // namespace tolvane

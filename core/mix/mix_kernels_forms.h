@@ -1,4 +1,4 @@
-// The forms that are built; which of them runs is decided in mix_kernels.cpp.
+// All forms that are built. mix_kernels.cpp decides which of them runs.
 #pragma once
 
 #include "core/mix/mix_kernels.h"

@@ -1,6 +1,7 @@
-// The loops of mix_kernels.h for vectors of kWidth floats. Included by one source file for each instruction
-// set, compiled with that set's flags: so everything here has internal linkage, and nothing of the standard
-// library's inline code is used, lest a copy with the wrong instructions serve the whole program.
+// The loops of mix_kernels.h for vectors of kWidth floats. One source file for each instruction set includes
+// this file and is compiled with the set's flags. So everything here has internal linkage and uses no inline
+// code of the standard library: else the linker could take a copy with the wrong instructions for the whole
+// program.
 #pragma once
 
 #include "core/mix/lane_kernels_impl.h"
@@ -11,7 +12,8 @@
 namespace tolvane {
 namespace {
 
-/// For constants alone: nothing of a form may run before it is known that the processor has its instructions.
+/// Evaluated at compile time only: no code of a form may run before the processor is known to have its
+/// instructions.
 consteval MixKernels mixKernelsNamed(const char* name) noexcept {
   return {name, kWidth, kLoadsMasked, clear, scalePlanar, mixPlanar, mixTiles, mixLanes};
 }

@@ -1,18 +1,18 @@
-// Vectors of kWidth floats, as the loops of mix_kernels_impl.h use them; the rules are the same.
+// Vectors of kWidth floats. The rules of mix_kernels_impl.h hold here.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
-// Vectors stay in registers only when every loop over them is unrolled.
+// Vectors stay in registers only if every loop over them is unrolled.
 #if defined(__clang__)
 #define TOLVANE_UNROLLED _Pragma("clang loop unroll(full)")
 #else
 #define TOLVANE_UNROLLED _Pragma("GCC unroll 16")
 #endif
 
-// Floats in a vector of the form. A test may set it to what the processor does not have: the compiler then
-// puts the vectors together from shorter ones.
+// Floats in a vector. A test may set a width that the processor does not have: the compiler then builds the
+// vectors from shorter ones.
 #if !defined(TOLVANE_MIX_WIDTH)
 #if defined(__AVX512F__)
 #define TOLVANE_MIX_WIDTH 16
@@ -47,8 +47,8 @@ __attribute__((always_inline)) inline void store(float* to, Vector<Width> v) noe
   __builtin_memcpy(to, &v, sizeof v);
 }
 
-// What follows is an instruction each. Four vectors hold, quarter by quarter, four frames of four channels:
-// transposeQuarters turns frame i of channel j into frame j of channel i.
+// Each function below is one instruction, except transposeQuarters. That one takes four vectors whose
+// quarters hold four frames of four channels, and swaps frames and channels in each quarter.
 
 __attribute__((always_inline)) inline void transposeQuarters(Vector<4> (&r)[4]) noexcept {
   const auto a = __builtin_shufflevector(r[0], r[1], 0, 4, 1, 5);
@@ -95,14 +95,14 @@ __attribute__((always_inline)) inline Vector<8> highHalf(Vector<16> v) noexcept 
   return __builtin_shufflevector(v, v, 8, 9, 10, 11, 12, 13, 14, 15);
 }
 
-// Of each quarter of two vectors the first or last two floats, those of the one between those of the other.
+// Interleaves the first (or last) two floats of each quarter of two vectors.
 __attribute__((always_inline)) inline Vector<16> firstPairs(Vector<16> a, Vector<16> b) noexcept {
   return __builtin_shufflevector(a, b, 0, 16, 1, 17, 4, 20, 5, 21, 8, 24, 9, 25, 12, 28, 13, 29);
 }
 __attribute__((always_inline)) inline Vector<16> lastPairs(Vector<16> a, Vector<16> b) noexcept {
   return __builtin_shufflevector(a, b, 2, 18, 3, 19, 6, 22, 7, 23, 10, 26, 11, 27, 14, 30, 15, 31);
 }
-// The same, those of the one behind those of the other.
+// Concatenates the first (or last) two floats of each quarter of two vectors.
 __attribute__((always_inline)) inline Vector<16> firstHalves(Vector<16> a, Vector<16> b) noexcept {
   return __builtin_shufflevector(a, b, 0, 1, 16, 17, 4, 5, 20, 21, 8, 9, 24, 25, 12, 13, 28, 29);
 }

@@ -6,13 +6,13 @@
 
 namespace tolvane {
 
-/// Bytes of memory, from `begin` up to `end`.
+/// The bytes from `begin` up to, but not including, `end`.
 struct MemoryRange {
   std::uintptr_t begin;
   std::uintptr_t end;
 };
 
-/// No byte; what a span grows from.
+/// No byte: the initial value of a span.
 inline constexpr MemoryRange kNoMemory = {UINTPTR_MAX, 0};
 
 /// The smallest range that holds both.
@@ -25,12 +25,12 @@ inline constexpr MemoryRange kNoMemory = {UINTPTR_MAX, 0};
   return a.begin < b.end && b.begin < a.end;
 }
 
-/// Ranges of memory, at most one a route. [io-thread]
+/// Ranges of memory, at most one for each route. [io-thread]
 class MemoryRanges {
  public:
   void add(MemoryRange range) noexcept;
 
-  /// Whether one of them shares a byte with `range`; only the first `count` are asked.
+  /// Whether one of the first `count` ranges shares a byte with `range`.
   [[nodiscard]] bool touch(MemoryRange range, std::int32_t count) const noexcept;
   [[nodiscard]] bool touch(MemoryRange range) const noexcept { return touch(range, count_); }
 

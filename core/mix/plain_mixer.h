@@ -8,11 +8,11 @@
 
 namespace tolvane {
 
-/// Adds one route's input, times its gain, to its output, frame after frame. [io-thread]
+/// Adds one route's input, times its gain, to its output. [io-thread]
 void addRoute(const CycleRoute& route, const ChannelSlot& out, std::int64_t frames) noexcept;
 
-/// Adds route after route, frame after frame: what defines the result. Where buffers overlap, this order is
-/// the only one that gives it. The outputs have been cleared. [io-thread]
+/// Adds one route after the other to the cleared outputs. This order defines the result of a cycle: if
+/// buffers overlap, no other order gives it. [io-thread]
 void mixPlainly(const CycleRoutes& routes, const ChannelTable& out, std::int64_t frames) noexcept;
 
 }  // namespace tolvane

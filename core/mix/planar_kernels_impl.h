@@ -1,4 +1,4 @@
-// The loops over planar channels of mix_kernels.h. They come with mix_kernels_impl.h, whose rules hold here.
+// The loops over planar channels. The rules of mix_kernels_impl.h hold here.
 #pragma once
 
 #include "core/mix/mix_kernels.h"
@@ -17,13 +17,13 @@ inline void clear(void* data, std::size_t bytes) noexcept {
   for (; bytes >= kStep; at += kStep, bytes -= kStep) {
     TOLVANE_UNROLLED
     for (std::size_t v = 0; v < kVectors; ++v) __builtin_memcpy(at + v * sizeof zero, &zero, sizeof zero);
-    // Or the compiler would see that this is memset.
+    // Keeps the compiler from replacing the loop by memset.
     __asm__ volatile("" : : : "memory");
   }
   if (bytes != 0) __builtin_memset(at, 0, bytes);
 }
 
-/// Sums one vector of each of `Count` sources, from frame `f` on, upon what is there, or upon positive zero.
+/// Adds one vector of each of `Count` sources, at frame `f`, to `to`, or to positive zero if `First`.
 template <std::size_t Width, std::size_t Count, bool First>
 __attribute__((always_inline)) inline void addVectors(float* to, const float* const (&from)[Count],
                                                       const float (&gains)[Count], std::int64_t f) noexcept {
@@ -34,7 +34,7 @@ __attribute__((always_inline)) inline void addVectors(float* to, const float* co
   store<Width>(to + f, sum);
 }
 
-/// The same for frames `f` to `end`, their addresses and gains held in registers.
+/// The same for frames `f` to `end`. The sources' addresses and gains stay in registers.
 template <std::size_t Count, bool First>
 __attribute__((always_inline)) inline void addSources(float* to, const MixSource* sources, std::int64_t f,
                                                       std::int64_t end) noexcept {
@@ -45,7 +45,8 @@ __attribute__((always_inline)) inline void addSources(float* to, const MixSource
     from[s] = sources[s].data;
     gains[s] = sources[s].gain;
   }
-  // Of one or two sources a stretch, as there is little else to do; of more a cache line of each, in turns.
+  // One or two sources: four vectors at once, to keep the overhead low. More sources: one cache line of each
+  // in turn.
   constexpr std::int64_t kVectors = Count > 2 ? kLineFloats / kWidth : 4;
   for (; f + kVectors * kWidth <= end; f += kVectors * kWidth) {
     TOLVANE_UNROLLED
@@ -56,7 +57,7 @@ __attribute__((always_inline)) inline void addSources(float* to, const MixSource
   for (; f < end; ++f) addVectors<1, Count, First>(to, from, gains, f);
 }
 
-/// At most eight sources at a time, as many as have registers for their addresses and gains.
+/// Adds at most eight sources: as many as have registers for their addresses and gains.
 template <bool First>
 __attribute__((always_inline)) inline void addFewSources(float* to, const MixSource* sources,
                                                          std::int32_t count, std::int64_t f,
@@ -88,7 +89,7 @@ inline void scalePlanar(float* target, const float* source, float gain, std::int
 
 inline void mixPlanar(float* target, const MixSource* sources, std::int32_t sourceCount,
                       std::int64_t frames) noexcept {
-  // The sums of so many frames stay in the first cache from four sources to the next.
+  // The sums of this many frames stay in the first-level cache from one set of sources to the next.
   constexpr std::int64_t kFramesInCache = 1024;
   for (std::int64_t f = 0; f < frames; f += kFramesInCache) {
     const std::int64_t end = frames - f < kFramesInCache ? frames : f + kFramesInCache;

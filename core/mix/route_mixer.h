@@ -9,12 +9,12 @@
 
 namespace tolvane {
 
-/// Fills every output buffer of the cycle: each routed channel with the sum of its routes, all else with
-/// zeros; the same bits as clearOutputs followed by mixPlainly. Each output is written once and not read
-/// back, each cache line of an interleaved buffer is met once. Buffers that overlap, or that are shorter than
-/// the cycle, are left to the plain order.
+/// Fills every output buffer of the cycle: each routed channel with the sum of its routes, everything else
+/// with zeros. Gives the same bits as clearOutputs() and then mixPlainly(), which it calls if buffers overlap
+/// or are shorter than the cycle. Otherwise it writes each output once and does not read it back.
 ///
-/// `frames` is at least 1. The tables are those of the lists; their links are used up. [io-thread]
+/// `frames` is at least 1. `in` and `out` are the tables of the two lists; their links are overwritten.
+/// [io-thread]
 void mixRoutes(const CycleRoutes& routes, const AudioBufferList& input, AudioBufferList& output,
                ChannelTable& in, ChannelTable& out, std::int64_t frames, const MixKernels& kernels) noexcept;
 

@@ -1,6 +1,5 @@
-// The loop over tiles of mix_kernels.h: four channels of an interleaved buffer at a time are turned into
-// rows, rows are summed, and four rows at a time are turned back. It comes with mix_kernels_impl.h, whose
-// rules hold here.
+// The loop over tiles: transposes the channels of interleaved inputs into rows, four at once, sums the rows,
+// and transposes the sums into interleaved outputs. The rules of mix_kernels_impl.h hold here.
 #pragma once
 
 #include "core/mix/mix_kernels.h"
@@ -9,7 +8,7 @@
 namespace tolvane {
 namespace {
 
-/// Puts four floats from each of the frames `step` apart, from `from` on, one behind the other.
+/// Loads four floats from each of Width / 4 frames that are `step` floats apart, the first at `from`.
 template <std::size_t Width>
 __attribute__((always_inline)) inline Vector<Width> loadQuarters(const float* from,
                                                                  std::ptrdiff_t step) noexcept {
@@ -21,7 +20,7 @@ __attribute__((always_inline)) inline Vector<Width> loadQuarters(const float* fr
   }
 }
 
-/// Undoes loadQuarters.
+/// The inverse of loadQuarters().
 template <std::size_t Width>
 __attribute__((always_inline)) inline void storeQuarters(float* to, std::ptrdiff_t step,
                                                          Vector<Width> v) noexcept {
@@ -33,7 +32,7 @@ __attribute__((always_inline)) inline void storeQuarters(float* to, std::ptrdiff
   }
 }
 
-/// Turns the four channels from `from` on into rows, kWidth frames of them.
+/// Transposes kWidth frames of the four channels at `from` into four rows.
 __attribute__((always_inline)) inline void gatherFour(const float* from, std::ptrdiff_t stride,
                                                       float* rows) noexcept {
   Vector<kWidth> r[4];
@@ -120,7 +119,7 @@ inline void mixTile(const TileWork& work, std::int64_t frame) noexcept {
   for (std::int32_t g = 0; g < work.scatterCount; ++g) scatter<Count>(work.scatters[g], frame);
 }
 
-/// The last tile ends with the last frame and may begin within the one before it: it then gives the same
+/// The last tile ends with the last frame. It may overlap the previous tile, and then computes the same
 /// samples again.
 template <std::int64_t Count>
 inline void mixTilesOf(const TileWork& work, std::int64_t frames) noexcept {

@@ -10,11 +10,11 @@ namespace tolvane {
 
 namespace {
 
-// The link of an input that a route reads and that has no row yet.
+// The link of an input that a route reads, until it has a row.
 constexpr std::int32_t kRead = -2;
 
-/// Calls `visit(channel, width)` for groups of four that cover a buffer's channels, the last of which may
-/// begin within the one before it; buffers of two or three channels come channel by channel.
+/// Calls `visit(channel, width)` for groups of four channels that cover the buffer; the last group may
+/// overlap the previous one. If the buffer has fewer than four channels, each channel is a group.
 template <class Visit>
 void forEachGroup(std::int64_t channels, Visit visit) noexcept {
   if (channels < 4) {
@@ -44,7 +44,7 @@ void TilePlan::mix(const AudioBufferList& input, const RoutedBuffer* routed, std
   kernels_.mixTiles({gathers_, gatherCount_, targets_, targetCount_, scatters_, scatterCount_}, frames_);
 }
 
-/// For cycles shorter than any vector.
+/// For cycles that are shorter than a vector.
 void TilePlan::mixBySamples(const RoutedBuffer& routed) const noexcept {
   clearFrom(*routed.buffer, 0);
   const std::int64_t end =
@@ -70,7 +70,8 @@ void TilePlan::planInputs(const AudioBufferList& input) noexcept {
   }
 }
 
-/// Plans the rows of those of a group's channels that are read: of all of them together, or of each.
+/// Plans rows for a group of input channels: for all if routes read at least two of them, else for the one
+/// that is read.
 void TilePlan::gather(std::int64_t first, std::int32_t width) noexcept {
   std::int32_t read = 0;
   for (std::int64_t c = first; c < first + width; ++c) read += in_[c].link == kRead ? 1 : 0;
@@ -106,7 +107,7 @@ void TilePlan::planInterleaved(const RoutedBuffer& routed) noexcept {
   clearFrom(*routed.buffer, all ? frames_ : 0);
 }
 
-/// Adds the sum of the chain that starts at a route.
+/// Adds a target that sums the list of routes that starts at `route`.
 void TilePlan::addTarget(float* data, std::int64_t frameMask, std::int32_t route) noexcept {
   MixSource* const sources = &sources_[sourceCount_];
   MixSource* source = sources;
@@ -121,7 +122,8 @@ void TilePlan::addTarget(float* data, std::int64_t frameMask, std::int32_t route
   sourceCount_ += count;
 }
 
-/// Plans the writing of a group of output channels; false, and nothing planned, when none of them is routed.
+/// Plans how to write a group of output channels. Returns false and plans nothing if none of them has a
+/// route.
 bool TilePlan::scatter(const RoutedBuffer& routed, std::int64_t channel, std::int32_t width) noexcept {
   ScatterGroup& group = scatters_[scatterCount_];
   bool any = false;

@@ -9,24 +9,24 @@
 
 namespace tolvane {
 
-/// An output buffer that a route writes, and the number of its first channel.
+/// An output buffer with at least one route, and the number of its first channel.
 struct RoutedBuffer {
   AudioBuffer* buffer;
   std::int64_t first;
 };
 
-/// Fills outputs of any arrangement from inputs of any arrangement, some frames of all of them at a time:
-/// interleaved inputs are turned into rows, rows are summed, and turned back for interleaved outputs. It
-/// lives on the IO thread's stack (about 30 KiB). [io-thread]
+/// Fills planar and interleaved outputs from planar and interleaved inputs, one tile of frames after the
+/// other. In each tile it transposes interleaved inputs into rows, sums the rows, and transposes the sums
+/// into interleaved outputs. Lives on the IO thread's stack (about 30 KiB). [io-thread]
 class TilePlan {
  public:
-  /// The links of the tables are used up: the plan is the last that may be made of them. No input that is
-  /// read shares memory with an output.
+  /// Overwrites the tables' links: make only one plan from a pair of tables. No input that is read shares
+  /// memory with an output.
   TilePlan(const CycleRoutes& routes, ChannelTable& in, ChannelTable& out, std::int64_t frames,
            const MixKernels& kernels) noexcept
       : routes_(routes), in_(in), out_(out), frames_(frames), kernels_(kernels) {}
 
-  /// Fills every byte of `count` of the cycle's output buffers; each holds the whole cycle.
+  /// Fills every byte of `count` output buffers. Each holds the whole cycle.
   void mix(const AudioBufferList& input, const RoutedBuffer* routed, std::int32_t count) noexcept;
 
  private:
@@ -41,7 +41,7 @@ class TilePlan {
   void addTarget(float* data, std::int64_t frameMask, std::int32_t route) noexcept;
   bool scatter(const RoutedBuffer& routed, std::int64_t channel, std::int32_t width) noexcept;
 
-  // Four rows are gathered where at least two of the channels are read.
+  // A group of four rows serves at least two routes.
   static constexpr std::int32_t kMaxInputRows = 2 * kMaxPatchEntries;
 
   const CycleRoutes& routes_;
@@ -60,7 +60,7 @@ class TilePlan {
   MixTarget targets_[kMaxPatchEntries];
   GatherGroup gathers_[kMaxPatchEntries];
   ScatterGroup scatters_[2 * kMaxPatchEntries];
-  alignas(64) float silence_[kTileFrames];  // the row of channels without a route
+  alignas(64) float silence_[kTileFrames];  // the row of all channels without a route
   alignas(64) float inputRows_[kMaxInputRows][kTileFrames];
   alignas(64) float outputRows_[kMaxPatchEntries][kTileFrames];
 };

@@ -21,7 +21,7 @@ unsigned char byteOf(char character) {
   return static_cast<unsigned char>(character);
 }
 
-/// In UTF-8 text: U+0000 to U+001F, and U+007F to U+009F.
+/// True if UTF-8 text has any of U+0000 to U+001F or U+007F to U+009F.
 bool hasControlCharacters(std::string_view text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const unsigned char byte = byteOf(text[i]);
@@ -31,7 +31,7 @@ bool hasControlCharacters(std::string_view text) {
   return false;
 }
 
-/// Of UTF-8 text: every byte but the continuing ones.
+/// Counts every byte of UTF-8 text except continuation bytes.
 std::size_t characterCount(std::string_view text) {
   return static_cast<std::size_t>(
       std::count_if(text.begin(), text.end(), [](char byte) { return (byteOf(byte) & 0xC0U) != 0x80U; }));

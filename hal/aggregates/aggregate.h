@@ -8,11 +8,10 @@
 
 namespace tolvane::hal {
 
-/// A device's place in an aggregate: what it is known by, and how many channels are kept for it, there or
-/// not.
+/// A device of an aggregate: its identity, and the channels kept for it whether it is present or not.
 struct AggregateMember {
-  std::string uid;   // the device's lasting identity
-  std::string name;  // for people, as it was when the aggregate was made
+  std::string uid;   // the device's persistent identity
+  std::string name;  // shown to the user; as it was when the aggregate was made
   std::uint32_t inputChannels = 0;
   std::uint32_t outputChannels = 0;
 
@@ -27,29 +26,30 @@ struct Aggregate {
   bool operator==(const Aggregate&) const = default;
 };
 
-/// The aggregate of all sound cards, which nobody has to make.
+/// The name of the built-in aggregate of all sound cards.
 inline constexpr const char* kAllInterfacesName = "All Interfaces";
 
-/// Of one member, in one direction.
+/// The limit for one member, in one direction.
 inline constexpr std::uint32_t kMaxMemberChannels = 1024;
 inline constexpr std::size_t kMaxAggregateMembers = 64;
 inline constexpr std::size_t kMaxAggregateNameCharacters = 100;
 
-/// The device identity of an aggregate: made anew under the same name it is the same device. [not-io]
+/// The uid of an aggregate. One made again under the same name is the same device. [not-io]
 [[nodiscard]] inline std::string aggregateUid(std::string_view name) {
   return "pipewire-aggregate:" + std::string(name);
 }
 
-/// Why no aggregate can be called this, not even one of a file that somebody else has written; empty when one
-/// can. [not-io]
+/// Why no aggregate can have this name; empty if one can. Names in files that others have written must pass
+/// too. [not-io]
 [[nodiscard]] std::string whyNoAggregateName(std::string_view name);
 
-/// Why no new aggregate can be called this: what would drive the terminal or the menu that shows it is
-/// refused, too; empty when one can. [not-io]
+/// Why no new aggregate can have this name; empty if one can. Refuses more than whyNoAggregateName(): text
+/// that is too long or not UTF-8, and control characters, which would act on the terminal or the menu that
+/// shows the name. [not-io]
 [[nodiscard]] std::string whyNoNewAggregateName(std::string_view name);
 
-/// Whether an aggregate can have the device of this identity as a member: PipeWire runs the members together.
-/// [not-io]
+/// True if the device with this uid can be a member of an aggregate. Only PipeWire's devices can: PipeWire
+/// runs the members together. [not-io]
 [[nodiscard]] bool canBeAggregated(std::string_view uid);
 
 }  // namespace tolvane::hal

@@ -14,7 +14,7 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-/// Thrown and caught in here: the first thing that is wrong, by JSON pointer.
+/// The first error, by JSON pointer. Thrown and caught in this file.
 struct Wrong {
   std::string pointer;
   std::string reason;
@@ -39,7 +39,7 @@ std::string textOf(const Json& object, const std::string& pointer, const char* n
 std::uint32_t channelsOf(const Json& object, const std::string& pointer, const char* name) {
   const Json& value = memberOf(object, pointer, name);
   expect(value.is_number(), pointer + "/" + name, "a number of channels", value);
-  // Small whole numbers are exact in this type, however they are written.
+  // A double holds small whole numbers exactly, however they are written.
   const auto number = value.get<double>();
   if (number != std::floor(number) || number < 0.0 || number > kMaxMemberChannels) {
     throw Wrong{pointer + "/" + name,
@@ -107,7 +107,7 @@ Json jsonOf(const Aggregate& aggregate) {
 }
 
 std::string written(const Json& document) {
-  // A device's name is its own text and need not be UTF-8.
+  // A device names itself, and its name may not be UTF-8.
   return document.dump(2, ' ', false, Json::error_handler_t::replace) + '\n';
 }
 

@@ -11,24 +11,26 @@ namespace tolvane::hal {
 
 struct AggregateRead;
 
-/// What a file of named aggregates says: a JSON object whose member "aggregates" is an array of objects, each
-/// with a "name" and its "members"; each of those an object with "uid", "name", "inputChannels" and
-/// "outputChannels". Members that are not known are kept. A plain value. [not-io]
+/// The content of a file of named aggregates: a JSON object whose member "aggregates" is an array of objects.
+/// Each has a "name" and its "members", an array of objects with "uid", "name", "inputChannels" and
+/// "outputChannels". Unknown members are kept. A plain value. [not-io]
 class AggregateDocument {
  public:
-  /// Without any aggregate.
+  /// An empty document, without aggregates.
   AggregateDocument();
 
-  /// All of it, or what is wrong first and where: "line 4, column 15: /aggregates/0/name: expected a string".
+  /// Reads the whole text, or reports the first error and its place: "line 4, column 15: /aggregates/0/name:
+  /// expected a string".
   [[nodiscard]] static AggregateRead parse(std::string text);
 
-  /// In the file's order, no two of one name, each with at least one member, no two of one uid.
+  /// The aggregates in file order. No two have the same name. Each has at least one member, and no two of its
+  /// members have the same uid.
   [[nodiscard]] const std::vector<Aggregate>& aggregates() const noexcept { return aggregates_; }
-  /// Null when there is none of this name.
+  /// The aggregate of this name; null if there is none.
   [[nodiscard]] const Aggregate* find(std::string_view name) const noexcept;
 
-  /// The file's text with one aggregate more, at the end, or with one less; everything else is kept. The
-  /// aggregate must be one that parse() would take, and its name a new one.
+  /// The file's text with one aggregate added at the end, or with one removed; everything else is kept. An
+  /// added aggregate must be one that parse() accepts, with a new name.
   [[nodiscard]] std::string textWith(const Aggregate& aggregate) const;
   [[nodiscard]] std::string textWithout(std::string_view name) const;
 

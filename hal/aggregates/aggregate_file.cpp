@@ -20,9 +20,9 @@ std::string absoluteOrEmpty(const char* variable) {
   return value != nullptr && value[0] == '/' ? value : "";
 }
 
-/// Reads all of it; the number of the error, or 0.
+/// Reads the whole file. Returns an errno value, or 0.
 int readAll(const std::string& path, std::string& text) {
-  // Not to wait for a writer, should it be a pipe.
+  // Nonblocking: if the path is a pipe, open() must not wait for a writer.
   const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return errno;
   std::array<char, 4096> block{};

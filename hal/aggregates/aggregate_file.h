@@ -10,26 +10,27 @@
 
 namespace tolvane::hal {
 
-/// Where the user's named aggregates are kept: "tolvane/aggregates.json" in $XDG_CONFIG_HOME, or in
-/// "$HOME/.config" when that is unset or no absolute path. Empty without either. [not-io]
+/// The path of the user's named aggregates: "tolvane/aggregates.json" in $XDG_CONFIG_HOME, or in
+/// "$HOME/.config" if that is unset or not an absolute path. Empty if there is no absolute $HOME either.
+/// [not-io]
 [[nodiscard]] std::string aggregateFilePath();
 
-/// Reads the file; one that is not there is a document without aggregates. Error: the file, and the system's
-/// words or what is wrong with the content and where. [not-io]
+/// Reads the file. A missing file is a document without aggregates. An error names the file and gives the
+/// system's message, or what is wrong in the content and where. [not-io]
 [[nodiscard]] AggregateRead readAggregateFile(const std::string& path);
 
-/// The aggregates of the file as it is now, read again only when it is another. Not thread-safe. [not-io]
+/// The current aggregates of the file, which is read again only after it changed. Not thread-safe. [not-io]
 class AggregateFile {
  public:
   explicit AggregateFile(std::string path) : path_(std::move(path)) {}
 
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
 
-  /// None of a file that is bad or missing.
+  /// Empty if the file is invalid or missing.
   [[nodiscard]] const std::vector<Aggregate>& aggregates();
 
  private:
-  /// What tells one state of the file from another.
+  /// Identifies one state of the file.
   struct Stamp {
     dev_t device;
     ino_t file;
@@ -42,7 +43,7 @@ class AggregateFile {
   [[nodiscard]] std::optional<Stamp> stamp() const;
 
   std::string path_;
-  std::optional<Stamp> read_;  // as of the last reading; none: there was no file
+  std::optional<Stamp> read_;  // at the last reading; none if there was no file
   std::vector<Aggregate> aggregates_;
 };
 

@@ -12,7 +12,7 @@ using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kMaxDepth = 64;
 
-// The parser tells nothing about places in the text; the iterator it reads through does.
+// The parser reports no positions in the text, so the iterator that it reads through counts bytes.
 class CountingIterator {
  public:
   using iterator_category = std::input_iterator_tag;
@@ -40,7 +40,7 @@ struct TooDeep {
   std::size_t offset;
 };
 
-/// Follows the parser and notes where each value begins.
+/// Receives the parser's events and notes where each value begins.
 class Locator {
  public:
   Locator(std::string_view text, LocatedJson& result) : text_(text), result_(result) {}
@@ -84,7 +84,8 @@ class Locator {
     previousEnd_ = consumed_;
   }
 
-  // Between two values there is nothing else; the byte that ends a number may have been taken already.
+  // Only these characters separate two values. The parser may already have taken the byte that ends a number;
+  // that byte then lies before previousEnd_.
   void note() { result_.offsets[pointer()] = text_.find_first_not_of(" \t\r\n,:", previousEnd_); }
 
   void next() {
@@ -104,8 +105,8 @@ class Locator {
   std::vector<Level> levels_;
 };
 
-// The parser's own words without its error number, its line and column, and the text it last read: that text
-// may be of any length and hold anything. Its words change with its version; the first two do not.
+// The parser's message without its error number, its line and column, and the token that it last read, which
+// may have any length and content. The wording depends on the parser's version; only "syntax error" does not.
 std::string syntaxReason(std::string_view message) {
   const std::size_t begin = message.find("syntax error");
   if (begin == std::string_view::npos) return "syntax error";
@@ -128,7 +129,7 @@ LocatedJson parseLocated(std::string_view text) {
     result.error = placeOf(text, 0) + ": there is no text";
     return result;
   }
-  // The parser would take it for the end of the text and never look behind it.
+  // The parser would take a NUL byte for the end of the text and ignore the rest.
   if (const auto offset = text.find('\0'); offset != std::string_view::npos) {
     result.error = placeOf(text, offset) + ": found a NUL byte";
     return result;

@@ -9,14 +9,14 @@
 
 namespace tolvane::hal {
 
-/// A JSON text with the place of every value in it.
+/// A parsed JSON text, with the place of every value.
 struct LocatedJson {
   nlohmann::ordered_json value;
   std::map<std::string, std::size_t> offsets;  // in bytes, by JSON pointer
-  std::string error;                           // why the text is no JSON, with its place; else empty
+  std::string error;                           // why the text is not JSON, and where; else empty
 };
 
-/// Reads UTF-8 text of at most 64 levels. [not-io]
+/// Parses UTF-8 text with at most 64 levels of nesting. [not-io]
 [[nodiscard]] LocatedJson parseLocated(std::string_view text);
 
 /// "line 3, column 7", both counted from 1, columns in bytes. [not-io]

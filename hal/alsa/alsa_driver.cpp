@@ -100,7 +100,7 @@ class AlsaDriver final : public Driver {
     error = duplex->configure({static_cast<unsigned>(device.inputStreams.size()),
                                static_cast<unsigned>(device.outputStreams.size()),
                                shown_.periodFrames(device.uid)});
-    // It is not what it was taken for.
+    // The card cannot do what its last probe found.
     if (error == -EINVAL) shown_.lookAgain(device.uid);
     return error;
   }
@@ -120,7 +120,7 @@ class AlsaDriver final : public Driver {
     return uids;
   }
 
-  /// A session waits for its card.
+  /// True while there is a session that has lost its card.
   bool isWaiting() {
     const std::lock_guard lock(mutex_);
     return std::any_of(running_.begin(), running_.end(), [](const auto& running) {
@@ -138,10 +138,10 @@ class AlsaDriver final : public Driver {
   std::mutex mutex_;
   ShownCards shown_;                                              // guarded by mutex_
   std::map<std::string, std::weak_ptr<SessionControl>> running_;  // by uid; guarded by mutex_
-  std::optional<HotplugWatch> watch_;                             // the last: its thread uses the rest
+  std::optional<HotplugWatch> watch_;                             // last, because its thread uses the rest
 };
 
-/// On a machine without libasound.
+/// The driver on a machine without libasound.
 class AbsentAlsaDriver final : public Driver {
  public:
   [[nodiscard]] const char* name() const noexcept override { return "alsa"; }

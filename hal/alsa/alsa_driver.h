@@ -1,4 +1,4 @@
-// The ALSA driver: each sound card is a device, without any sound server in between.
+// The ALSA driver: each sound card is a device, used without a sound server.
 #pragma once
 
 #include <memory>
@@ -9,10 +9,10 @@ namespace tolvane::hal {
 
 /// The driver. On a machine without libasound, or without cards, it has no devices.
 ///
-/// A device is a card: the first PCM of each of its directions, together, named by the card's lasting
-/// identity. A card that a running sound server has is the server's, and not listed. One that somebody else
-/// has is listed, and not started: kAudioDevicePermissionsError; nor is one direction alone of a card that
-/// has two. A card takes one session at a time. [not-io]
+/// A device is a card: the first PCM of each direction, used together, under the card's lasting identity. A
+/// card that a running sound server uses is not listed. A card that somebody else uses is listed, but cannot
+/// be started: kAudioDevicePermissionsError. The same holds if only one of its two directions is in use. A
+/// card runs one session at a time. [not-io]
 [[nodiscard]] std::unique_ptr<Driver> makeAlsaDriver();
 
 }  // namespace tolvane::hal

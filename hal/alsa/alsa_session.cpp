@@ -83,7 +83,7 @@ void AlsaSession::run() noexcept {
 int AlsaSession::runPeriods() noexcept {
   const int periods = duplex_->wait(control_->wakeFd_, kSilentHardwareMs);
   if (periods < 0) return periods;
-  if (periods == 0) {  // woken by us, or by hardware that was ahead of itself
+  if (periods == 0) {  // woken by us, or too early by the hardware
     rest(1);
     return adoptPeriodFrames();
   }
@@ -101,7 +101,7 @@ int AlsaSession::runPeriod() noexcept {
   const auto nowNs = static_cast<double>(monotonicNs());
   const auto frame = static_cast<double>(frame_);
   const double period = format.periodFrames;
-  // A device without outputs has them now, so to speak.
+  // Without outputs, output time is now.
   const double ahead = std::max(period, static_cast<double>(duplex_->outputBufferFrames()));
   const AudioTimeStamp input = stamp(frame, nowNs - period * frameNs);
   const AudioTimeStamp now = stamp(frame + period, nowNs);
@@ -116,7 +116,7 @@ int AlsaSession::runPeriod() noexcept {
 int AlsaSession::recover(int error) noexcept {
   if (error == -ENODEV) return error;
   client_.overload();
-  // Before anything else: a suspended stream that is dropped no longer knows that its hardware sleeps.
+  // Resume before anything else: a suspended stream that is dropped no longer knows that its hardware sleeps.
   while (duplex_->resume() == -EAGAIN && !control_->stop_.load()) rest(kRestMs);
   duplex_->stop();
   for (int result = startOver(); !control_->stop_.load(); result = startOver()) {
@@ -131,7 +131,7 @@ int AlsaSession::startOver() noexcept {
   return error < 0 ? error : duplex_->start();
 }
 
-/// Takes the period that was asked for, at the price of a gap.
+/// Switches to the requested period, if any, which causes a gap.
 int AlsaSession::adoptPeriodFrames() noexcept {
   const unsigned wanted = control_->periodFrames_.exchange(0);
   const DuplexFormat before = duplex_->format();
@@ -146,20 +146,20 @@ int AlsaSession::adoptPeriodFrames() noexcept {
   };
   int error = configure(wanted);
   if (error < 0 && error != -ENODEV) error = configure(before.periodFrames);
-  if (error < 0) return -ENODEV;  // no buffers to go on with
+  if (error < 0) return -ENODEV;  // no buffers to continue with
   client_.formatChanged(duplex_->format().rateHz, duplex_->format().periodFrames);
   return duplex_->start();
 }
 
 void AlsaSession::lose() noexcept {
-  // The kernel keeps a card that has gone, and its identity, until everybody has let go of it.
+  // The kernel keeps a card that has gone, and its identity, until everybody has closed it.
   duplex_.reset();
   control_->lost_.store(true);
   client_.aliveChanged(false);
   onLost_();
 }
 
-/// Waits on a thread that has nothing to play.
+/// Waits while there is nothing to play; a wake-up ends the wait.
 void AlsaSession::rest(int timeoutMs) noexcept {
   eventfd_t count = 0;
   if (eventfd_read(control_->wakeFd_, &count) == 0) return;

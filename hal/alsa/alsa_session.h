@@ -11,7 +11,7 @@
 
 namespace tolvane::hal::alsa {
 
-/// What others may know and ask of a session while it is there.
+/// What other threads can ask and request of a running session.
 class SessionControl {
  public:
   /// Throws std::system_error. [not-io]
@@ -20,9 +20,9 @@ class SessionControl {
   SessionControl& operator=(const SessionControl&) = delete;
   ~SessionControl();
 
-  /// The card has gone from under the session, which has let it go. [any-thread]
+  /// True once the session has lost its card and closed it. [any-thread]
   [[nodiscard]] bool lost() const noexcept { return lost_.load(); }
-  /// Has the session go on with this period. [not-io]
+  /// Makes the session continue with this period. [not-io]
   void setPeriodFrames(unsigned frames) noexcept;
 
  private:
@@ -32,18 +32,19 @@ class SessionControl {
   int wakeFd_;
   std::atomic<bool> stop_{false};
   std::atomic<bool> lost_{false};
-  std::atomic<unsigned> periodFrames_{0};  // 0: as it is
+  std::atomic<unsigned> periodFrames_{0};  // the requested period; 0: no change
 };
 
-/// One callback running on a card: its IO thread.
+/// The IO thread that runs one callback on a card.
 ///
-/// After an xrun, a suspended machine or a second without a sign of the hardware, which each count as one
-/// overload, it starts over: outputs full of silence, inputs empty, and no cycles to make up for those that
-/// were missed. A card that has gone, or that cannot be started over, is let go of at once.
+/// The session starts over after an xrun, after the machine was suspended, and after one second without a
+/// sign of the hardware. Each of these counts as one overload. It starts over with outputs full of silence
+/// and empty inputs; missed cycles are not made up. If the card has gone or cannot be started over, the
+/// session closes it at once.
 class AlsaSession final : public Session {
  public:
-  /// `duplex` is configured; `onLost` is called on the IO thread, after the last cycle, when the card has
-  /// been let go of. Throws std::system_error. [not-io]
+  /// `duplex` must be configured. Calls `onLost` on the IO thread, after the last cycle, when a lost card has
+  /// been closed. Throws std::system_error. [not-io]
   AlsaSession(std::unique_ptr<Duplex> duplex, SessionClient& client, std::function<void()> onLost);
   AlsaSession(const AlsaSession&) = delete;
   AlsaSession& operator=(const AlsaSession&) = delete;
@@ -65,8 +66,8 @@ class AlsaSession final : public Session {
   std::unique_ptr<Duplex> duplex_;
   SessionClient& client_;
   const std::function<void()> onLost_;
-  std::uint64_t frame_ = 0;  // the first of the next period
-  int failures_ = 0;         // to start over, one after another
+  std::uint64_t frame_ = 0;  // first frame of the next period
+  int failures_ = 0;         // consecutive failures to start over
   std::thread thread_;
 };
 

@@ -15,7 +15,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// The kernel keeps 15 bytes of a process's name.
+/// The kernel keeps only the first 15 bytes of a process's name.
 constexpr std::string_view kServers[] = {"pipewire",   "pipewire-pulse", "pipewire-media-", "wireplumber",
                                          "pulseaudio", "jackd",          "jackdbus"};
 
@@ -26,7 +26,7 @@ std::optional<int> leadingNumber(std::string_view text) noexcept {
   return number;
 }
 
-/// What stands after "key:" in a text of such lines.
+/// The number after "key:" in a text with one key per line.
 std::optional<int> numberAfter(std::string_view text, std::string_view key) noexcept {
   while (!text.empty()) {
     const std::string_view line = text.substr(0, text.find('\n'));
@@ -79,7 +79,7 @@ void addOpenFiles(const fs::path& process, std::set<int>& cards) {
   }
 }
 
-/// The kernel names the thread that opened the PCM.
+/// The kernel names the thread that opened the PCM; its process has the server's name.
 bool ownedByServer(const fs::path& proc, const fs::path& substream) {
   const auto thread = numberAfter(textOf(substream / "status"), "owner_pid");
   if (!thread) return false;

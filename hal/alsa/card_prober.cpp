@@ -14,7 +14,8 @@ int inspect(const Library& alsa, const PcmNames& names, unsigned periodFrames, D
   return error < 0 ? error : duplex->inspect({0, 0, periodFrames}, format);
 }
 
-/// The half that nobody has is opened, of the other one the kernel tells how it is used.
+/// Adds one direction of a busy card: what it can do if nobody uses it, else the settings that the kernel
+/// reports.
 void addDirection(const Library& alsa, const Card& card, Direction direction, DuplexFormat& format) {
   const bool isCapture = direction == Direction::capture;
   const int device = isCapture ? card.captureDevice : card.playbackDevice;

@@ -4,18 +4,18 @@
 
 namespace tolvane::hal::alsa {
 
-/// What a look at a card has found.
+/// The result of probing a card.
 struct Probe {
   enum class Outcome {
     known,   // `format` is what it can do
-    notNow,  // somebody has it, or we may not have it yet: `format` is as much as can be told
-    useless  // nothing that we can use
+    notNow,  // in use, or not accessible yet: `format` has what is known
+    useless  // it offers nothing that we can use
   };
   Outcome outcome = Outcome::useless;
   DuplexFormat format;
 };
 
-/// Opens the card for a moment to see what it can do with the most channels and a period near to
+/// Opens the card briefly to find out what it can do with the most channels and a period close to
 /// `periodFrames`. [not-io]
 Probe probeCard(const Library& alsa, const Card& card, unsigned periodFrames);
 

@@ -6,7 +6,7 @@ namespace tolvane::hal::alsa {
 
 namespace {
 
-// A channel begins a cache line apart from the one before: the memory between them is nobody's.
+// Channels begin whole cache lines apart; the padding between them is unused.
 constexpr std::size_t kLineFloats = 16;
 
 std::size_t listWords(std::size_t channels) noexcept {

@@ -9,7 +9,8 @@
 
 namespace tolvane::hal::alsa {
 
-/// One direction's samples of one cycle: a stream of one channel each, in memory made at once.
+/// One direction's samples of one cycle, as one single-channel stream per channel. The constructor allocates
+/// all memory.
 class ChannelBuffers {
  public:
   /// Throws std::bad_alloc. [not-io]
@@ -18,7 +19,7 @@ class ChannelBuffers {
   [[nodiscard]] std::size_t channels() const noexcept { return channels_; }
   /// The samples of a channel. [io-thread]
   [[nodiscard]] float* channel(std::size_t index) noexcept { return &samples_[index * strideFloats_]; }
-  /// Holds for the buffers' life. [io-thread]
+  /// Valid for the lifetime of this object. [io-thread]
   [[nodiscard]] AudioBufferList& list() noexcept;
 
  private:

@@ -85,7 +85,8 @@ int Duplex::prepare() noexcept {
 }
 
 int Duplex::start() noexcept {
-  // The inputs first where the two are on their own: the outputs have a whole buffer of silence to play.
+  // If the directions are not linked, start the inputs first: the outputs have a whole buffer of silence to
+  // play.
   int error = 0;
   if (capture_ && !linked_) error = alsa_.snd_pcm_start(capture_->pcm());
   if (playback_ && error == 0) error = alsa_.snd_pcm_start(playback_->pcm());
@@ -120,7 +121,7 @@ int Duplex::wait(int wakeFd, int timeoutMs) noexcept {
   return error < 0 ? error : periodsReady();
 }
 
-/// The descriptors are `count` from `first` on, with the waking one after them.
+/// Polls `count` descriptors from `first` on, and wakeFd after them.
 int Duplex::waitFor(PcmStream& stream, std::size_t first, std::size_t count, int timeoutMs,
                     bool& woken) noexcept {
   for (;;) {
@@ -134,7 +135,7 @@ int Duplex::waitFor(PcmStream& stream, std::size_t first, std::size_t count, int
     const int error = alsa_.snd_pcm_poll_descriptors_revents(stream.pcm(), &pollSet_[first],
                                                              static_cast<unsigned>(count), &events);
     if (error < 0) return error;
-    // After an error the stream itself says which; one that says nothing has stopped all the same.
+    // After an error the stream itself says which it was. If it does not, it has stopped all the same.
     if ((events & (POLLERR | POLLNVAL | POLLHUP)) != 0) {
       const snd_pcm_sframes_t frames = stream.available();
       return frames < 0 ? static_cast<int>(frames) : -EIO;

@@ -12,52 +12,53 @@
 
 namespace tolvane::hal::alsa {
 
-/// What libasound calls a card's PCMs, as in "hw:CARD=PCH,DEV=0"; empty where there is no such direction.
+/// libasound's names of a card's PCMs, as in "hw:CARD=PCH,DEV=0"; empty if the card lacks the direction.
 struct PcmNames {
   std::string capture;
   std::string playback;
 };
 
-/// Both directions of a card as one: configured, started and stopped together, and read and written a period
-/// at a time. Functions return 0 or more, or a negative errno as those of PcmStream.
+/// Both directions of a card as one: configured, started and stopped together, read and written one period at
+/// a time. Functions return 0 or more, or a negative errno like those of PcmStream.
 class Duplex {
  public:
-  /// The periods that the hardware's buffer is to hold.
+  /// The number of periods that the hardware's buffer should hold.
   static constexpr unsigned kPeriods = 3;
 
-  /// Opens every direction that has a name, or none of them: EBUSY, EACCES, ENOENT, ENODEV. Throws
+  /// Opens every direction that has a name, or none of them. Errors: EBUSY, EACCES, ENOENT, ENODEV. Throws
   /// std::bad_alloc. [not-io]
   static int open(const Library& alsa, const PcmNames& names, std::unique_ptr<Duplex>& duplex);
 
-  /// What it could be configured to, with nothing changed. [not-io]
+  /// Finds the format that configure() would set, without setting it. [not-io]
   int inspect(const DuplexWish& wish, DuplexFormat& format);
-  /// Sets the hardware, makes the buffers and prepares; again only when stopped. Throws std::bad_alloc.
-  /// [not-io]
+  /// Sets up the hardware, allocates the buffers and calls prepare(). May be called again only while stopped.
+  /// Throws std::bad_alloc. [not-io]
   int configure(const DuplexWish& wish);
   [[nodiscard]] const DuplexFormat& format() const noexcept { return format_; }
 
   /// Starts what configure() or prepare() has prepared. [io-thread]
   int start() noexcept;
-  /// Stops at once; what was not played is lost. [io-thread]
+  /// Stops at once; frames not yet played are lost. [io-thread]
   void stop() noexcept;
-  /// Makes ready to start: outputs full of silence, inputs empty. [io-thread]
+  /// Makes the card ready to start, with outputs full of silence and empty inputs. [io-thread]
   int prepare() noexcept;
-  /// After the machine was suspended, and before stop(): 0 when the hardware has resumed, cannot or need not,
-  /// EAGAIN when it is still at it. [io-thread]
+  /// Called after the machine was suspended, before stop(). Returns 0 if the hardware has resumed, cannot
+  /// resume or need not; EAGAIN while it is still resuming. [io-thread]
   int resume() noexcept;
 
-  /// Waits until a period can be read and written, and gives how many; 0 when `wakeFd` was readable first.
-  /// ETIMEDOUT. [io-thread]
+  /// Waits until a period can be read and written. Returns how many periods can. Returns 0 if `wakeFd` is
+  /// readable first, or if the hardware wakes us too early. Error: ETIMEDOUT if one direction takes longer
+  /// than `timeoutMs`. [io-thread]
   int wait(int wakeFd, int timeoutMs) noexcept;
 
-  /// Reads a period into input(), if there are inputs. [io-thread]
+  /// Reads one period into input(), if there are inputs. [io-thread]
   int read() noexcept { return capture_ ? capture_->read(*input_) : 0; }
-  /// Writes a period from output(), if there are outputs. [io-thread]
+  /// Writes one period from output(), if there are outputs. [io-thread]
   int write() noexcept { return playback_ ? playback_->write(*output_) : 0; }
   [[nodiscard]] AudioBufferList& input() noexcept { return input_->list(); }
   [[nodiscard]] AudioBufferList& output() noexcept { return output_->list(); }
 
-  /// The hardware's own buffer. [any-thread]
+  /// The length of the hardware's output buffer; 0 without outputs. [any-thread]
   [[nodiscard]] snd_pcm_uframes_t outputBufferFrames() const noexcept {
     return playback_ ? playback_->setup().bufferFrames : 0;
   }
@@ -79,7 +80,7 @@ class Duplex {
   std::unique_ptr<ChannelBuffers> output_;
   DuplexFormat format_;
   bool linked_ = false;
-  std::vector<pollfd> pollSet_;  // of capture, one free, of playback, one free: for the waking one
+  std::vector<pollfd> pollSet_;  // capture's, one for wakeFd, playback's, one for wakeFd
   std::size_t captureFds_ = 0;
 };
 

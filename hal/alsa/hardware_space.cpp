@@ -42,7 +42,8 @@ int HardwareSpace::setFormat() {
     snd_pcm_format_t theirs;
     SampleFormat ours;
   };
-  // What keeps most of a float first; S24 in four bytes before the packed one, which some controllers fake.
+  // The most precise formats come first. S24 in four bytes comes before packed S24, which some controllers
+  // fake.
   static constexpr Known kFormats[] = {{SND_PCM_FORMAT_FLOAT_LE, SampleFormat::float32},
                                        {SND_PCM_FORMAT_S32_LE, SampleFormat::s32},
                                        {SND_PCM_FORMAT_S24_LE, SampleFormat::s24},

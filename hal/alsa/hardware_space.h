@@ -5,7 +5,7 @@
 
 namespace tolvane::hal::alsa {
 
-/// What one opened PCM has been set to.
+/// The settings of one open PCM.
 struct PcmSetup {
   SampleFormat format = SampleFormat::s16;
   unsigned channels = 0;
@@ -13,35 +13,37 @@ struct PcmSetup {
   snd_pcm_uframes_t bufferFrames = 0;
 };
 
-/// The settings that one PCM can still take, narrowed step by step. Functions that narrow return 0 or a
-/// negative errno, and leave the space as it was when they fail. The PCM must outlive it. [not-io]
+/// The settings that one PCM can still take, narrowed step by step. Functions that narrow it return 0 or a
+/// negative errno. After a failure of begin() or install() it may be partly narrowed. The PCM must outlive
+/// it. [not-io]
 class HardwareSpace {
  public:
-  /// More channels than this are not used.
+  /// Channels beyond this number are not used.
   static constexpr unsigned kMaxChannels = 1024;
 
   /// Throws std::bad_alloc.
   HardwareSpace(const Library& alsa, snd_pcm_t* pcm);
 
-  /// All that the hardware offers by memory-mapped access, interleaved before not, in the first format that
-  /// it has of FLOAT, S32, S24, packed S24, S16. EINVAL when there is nothing of it.
+  /// Begins with all that the hardware offers by memory-mapped access, interleaved if possible, in the first
+  /// format that it has of FLOAT, S32, S24, packed S24, S16. EINVAL if it has none of these.
   int begin();
 
   [[nodiscard]] bool takesRate(unsigned rateHz) const;
   [[nodiscard]] unsigned nearestRate(unsigned rateHz) const;
   int setRate(unsigned rateHz);
 
-  /// Exactly so many, or with 0 the most.
+  /// Sets exactly this number, or the most channels if it is 0.
   int setChannels(unsigned channels);
   [[nodiscard]] unsigned channels() const noexcept { return setup_.channels; }
 
   [[nodiscard]] unsigned minPeriodFrames() const;
-  /// The longest that fits the buffer twice.
+  /// The longest period that fits into the longest buffer twice.
   [[nodiscard]] unsigned maxPeriodFrames() const;
   [[nodiscard]] bool takesPeriod(unsigned frames) const;
   [[nodiscard]] unsigned nearestPeriod(unsigned frames) const;
 
-  /// Sets the PCM, with a buffer of as many of these periods as can be nearest to `periods`.
+  /// Sets up the PCM. The buffer holds the possible number of periods that is nearest to `periods`. EINVAL if
+  /// it is too short for two.
   int install(unsigned periodFrames, unsigned periods, PcmSetup& setup);
 
  private:

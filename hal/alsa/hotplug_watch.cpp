@@ -18,9 +18,9 @@ namespace tolvane::hal::alsa {
 namespace {
 
 constexpr int kTickMs = 500;
-// A card's files come one by one, and its permissions a little later.
+// A card's files appear one by one, and get their permissions a little later.
 constexpr int kSettleMs = 100;
-// Not when they are opened or closed: we do that ourselves, looking at the cards.
+// No events for open and close: we cause those ourselves when we probe the cards.
 constexpr std::uint32_t kEvents = IN_CREATE | IN_DELETE | IN_ATTRIB;
 
 }  // namespace
@@ -42,7 +42,7 @@ HotplugWatch::~HotplugWatch() {
   if (notifyFd_ >= 0) close(notifyFd_);
 }
 
-/// The folder of sound devices comes with the first card, and goes with the last.
+/// Watches /dev too, because /dev/snd comes with the first card and goes with the last.
 void HotplugWatch::watchFolders() const {
   inotify_add_watch(notifyFd_, "/dev", IN_CREATE | IN_DELETE);
   inotify_add_watch(notifyFd_, "/dev/snd", kEvents);
@@ -65,7 +65,7 @@ void HotplugWatch::run() {
   }
 }
 
-/// True when one of them is about sound devices.
+/// Reads all pending events. Returns true if one of them is about sound devices.
 bool HotplugWatch::takeEvents() const {
   alignas(inotify_event) char buffer[4096];
   bool ours = false;

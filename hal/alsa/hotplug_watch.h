@@ -5,12 +5,12 @@
 
 namespace tolvane::hal::alsa {
 
-/// Tells when sound cards come, go or become accessible to this user: their device files do.
+/// Tells when sound cards come, go or become accessible to this user, by watching their device files.
 class HotplugWatch {
  public:
-  /// `onChange` is called on a thread of the watch's own, some time after the change, when the card's files
-  /// are all there; and twice a second as long as `isWaiting` says so. Without the system's means of watching
-  /// only the latter holds. [not-io]
+  /// Calls `onChange` on the watch's own thread, a short time after a change, when all of the card's files
+  /// exist. Also calls it twice a second while `isWaiting` returns true. If the system cannot watch files,
+  /// only the second kind of call happens. [not-io]
   HotplugWatch(std::function<void()> onChange, std::function<bool()> isWaiting);
   HotplugWatch(const HotplugWatch&) = delete;
   HotplugWatch& operator=(const HotplugWatch&) = delete;

@@ -20,7 +20,7 @@ std::optional<Library> load() {
   TOLVANE_ALSA_FUNCTIONS(TOLVANE_ALSA_RESOLVE)
 #undef TOLVANE_ALSA_RESOLVE
   if (!file.isComplete()) return std::nullopt;
-  // It writes to standard error otherwise, with every card that has gone meanwhile.
+  // Otherwise it writes to standard error for every card that has gone meanwhile.
   loaded.snd_lib_error_set_handler(&discardMessage);
   return loaded;
 }

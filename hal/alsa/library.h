@@ -1,4 +1,4 @@
-// libasound, loaded at run time: a machine without it runs the same program.
+// libasound, loaded at run time so that the same program runs on machines without it.
 #pragma once
 
 #include <cstdint>
@@ -77,11 +77,11 @@ struct Library {
 #undef TOLVANE_ALSA_MEMBER
 };
 
-/// The library, loaded at the first call and never unloaded, and kept from writing to standard error; null
-/// where the machine does not have it. [not-io]
+/// The library, loaded at the first call and never unloaded. It does not write to standard error. Null if it
+/// is missing or lacks one of the functions. [not-io]
 [[nodiscard]] const Library* library();
 
-/// Gives a thing of the library's back to it.
+/// A deleter that calls a function of the library.
 template <auto Function>
 struct Release {
   const Library* alsa = nullptr;
@@ -100,8 +100,8 @@ enum class Direction : std::uint8_t { capture, playback };
   return direction == Direction::capture ? SND_PCM_STREAM_CAPTURE : SND_PCM_STREAM_PLAYBACK;
 }
 
-/// Opens a PCM by its name in libasound's configuration, without waiting for one that is busy. 0 and the
-/// handle, or a negative errno: EBUSY, EACCES, ENOENT, ENODEV. [not-io]
+/// Opens a PCM by its name in libasound's configuration; does not wait for a busy one. Returns 0 and sets
+/// `pcm`, or a negative errno: EBUSY, EACCES, ENOENT, ENODEV. [not-io]
 int openPcm(const Library& alsa, const char* name, Direction direction, PcmHandle& pcm) noexcept;
 
 }  // namespace tolvane::hal::alsa

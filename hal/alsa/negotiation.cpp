@@ -15,7 +15,8 @@ using Spaces = std::vector<HardwareSpace*>;
 constexpr unsigned kUsualRatesHz[] = {8000,  11025, 16000, 22050, 24000,  32000,  44100,
                                       48000, 64000, 88200, 96000, 176400, 192000, 384000};
 
-/// The one of `candidates` nearest to `wanted` that every space takes, the earlier of two; 0 for none.
+/// The candidate nearest to `wanted` that every space takes; of two equally near, the earlier. 0 if there is
+/// none.
 template <typename Takes>
 unsigned nearestOfAll(const Spaces& spaces, const std::vector<unsigned>& candidates, unsigned wanted,
                       const Takes& takes) {

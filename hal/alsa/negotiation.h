@@ -7,17 +7,17 @@ namespace tolvane::hal::alsa {
 
 inline constexpr unsigned kPreferredRateHz = 48000;
 inline constexpr unsigned kPreferredPeriodFrames = 256;
-/// Longer cycles than this are not offered: everything above is made for no more.
+/// The driver offers no longer cycles: the layers above support no more.
 inline constexpr unsigned kMaxPeriodFrames = 8192;
 
-/// What is asked for. Channels: 0 for the most.
+/// The settings asked for. Channels: 0 for the most.
 struct DuplexWish {
   unsigned inputChannels = 0;
   unsigned outputChannels = 0;
   unsigned periodFrames = kPreferredPeriodFrames;
 };
 
-/// What a card does then. A plain value; a direction that is not there has no channels.
+/// The settings that a card then runs with. A plain value; a missing direction has 0 channels.
 struct DuplexFormat {
   unsigned rateHz = 0;
   unsigned inputChannels = 0;
@@ -29,10 +29,10 @@ struct DuplexFormat {
   bool operator==(const DuplexFormat&) const = default;
 };
 
-/// Settles one rate, the channels and one period for the spaces given, either of which may be null: the rate
-/// nearest to the preferred one, the period nearest to the one wished for, that both can do. The spaces are
-/// narrowed but for the period. 0, or a negative errno: EINVAL where there is nothing that both can do.
-/// [not-io]
+/// Chooses one rate, the channels and one period for the given spaces; one of them may be null. Of the rates
+/// that both can do, takes the nearest to kPreferredRateHz, and of the periods the nearest to the one asked
+/// for. It tries the nearest value of each direction and the usual values. Narrows the spaces, except for the
+/// period. Returns 0 or a negative errno: EINVAL if there is nothing that both can do. [not-io]
 int negotiate(HardwareSpace* capture, HardwareSpace* playback, const DuplexWish& wish, DuplexFormat& format);
 
 }  // namespace tolvane::hal::alsa

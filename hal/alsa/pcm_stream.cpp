@@ -39,7 +39,7 @@ snd_pcm_sframes_t PcmStream::available() noexcept {
   return frames < 0 ? failure(frames) : frames;
 }
 
-/// Moves frames piece by piece, as they lie together in the ring.
+/// Moves frames in pieces that are contiguous in the ring.
 template <typename Move>
 int PcmStream::transfer(snd_pcm_uframes_t frames, const Move& move) noexcept {
   for (snd_pcm_uframes_t done = 0; done < frames;) {
@@ -48,7 +48,7 @@ int PcmStream::transfer(snd_pcm_uframes_t frames, const Move& move) noexcept {
     snd_pcm_uframes_t piece = frames - done;
     const int error = alsa_.snd_pcm_mmap_begin(pcm_.get(), &areas, &offset, &piece);
     if (error < 0) return failure(error);
-    if (piece == 0) return -EPIPE;  // less than was said to be available: the ring has moved under us
+    if (piece == 0) return -EPIPE;  // fewer than reported as available: the ring has moved meanwhile
     move(areas, offset, done, piece);
     const snd_pcm_sframes_t committed = alsa_.snd_pcm_mmap_commit(pcm_.get(), offset, piece);
     if (committed < 0) return failure(committed);
@@ -89,7 +89,7 @@ int PcmStream::fillWithSilence() noexcept {
                   });
 }
 
-/// A card that has gone answers with any error, but knows what has become of it.
+/// A card that has gone may return any error, but its state says that it has gone.
 int PcmStream::failure(snd_pcm_sframes_t error) const noexcept {
   return alsa_.snd_pcm_state(pcm_.get()) == SND_PCM_STATE_DISCONNECTED ? -ENODEV : static_cast<int>(error);
 }

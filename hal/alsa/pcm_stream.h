@@ -9,8 +9,8 @@
 namespace tolvane::hal::alsa {
 
 /// One direction of a running card: its samples in the hardware's memory. Functions return 0 or more, or a
-/// negative errno: EPIPE after an xrun, ESTRPIPE when the machine was suspended, ENODEV when the card has
-/// gone. None of them allocates or waits.
+/// negative errno: EPIPE after an xrun, ESTRPIPE if the machine was suspended, ENODEV if the card has gone.
+/// None of the [io-thread] functions allocates or waits.
 class PcmStream {
  public:
   PcmStream(const Library& alsa, PcmHandle pcm) noexcept : alsa_(alsa), pcm_(std::move(pcm)) {}
@@ -18,18 +18,18 @@ class PcmStream {
   [[nodiscard]] snd_pcm_t* pcm() const noexcept { return pcm_.get(); }
   [[nodiscard]] const PcmSetup& setup() const noexcept { return setup_; }
 
-  /// Takes the settings that were installed, and has it wake once a period, stop at an xrun and start by
-  /// nobody but us. [not-io]
+  /// Takes over the installed settings. From then on the PCM wakes us once per period, stops at an xrun and
+  /// never starts by itself. [not-io]
   int adopt(const PcmSetup& setup);
 
   /// The frames that can be read, or written, now. [io-thread]
   snd_pcm_sframes_t available() noexcept;
 
-  /// Moves as many frames as the buffers hold, which must be available. [io-thread]
+  /// Both move one period, which must be available. [io-thread]
   int read(ChannelBuffers& to) noexcept;
   int write(ChannelBuffers& from) noexcept;
 
-  /// Fills all that is free with silence. [io-thread]
+  /// Fills all free space with silence. [io-thread]
   int fillWithSilence() noexcept;
 
  private:

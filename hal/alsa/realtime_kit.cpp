@@ -51,7 +51,7 @@ std::optional<DBus> loadDBus() {
   return loaded;
 }
 
-/// A connection of its own to the system bus, where RealtimeKit is asked.
+/// RealtimeKit, reached through a private connection to the system bus.
 class RealtimeKit {
  public:
   explicit RealtimeKit(const DBus& dbus)
@@ -66,7 +66,7 @@ class RealtimeKit {
     dbus_.dbus_connection_unref(connection_);
   }
 
-  /// An integer that the service tells of itself.
+  /// An integer property of the service.
   std::optional<std::int64_t> property(const char* name) {
     const Message call = newCall("org.freedesktop.DBus.Properties", "Get");
     const char* interface = kName;
@@ -107,7 +107,7 @@ class RealtimeKit {
         {&dbus_}};
   }
 
-  /// The integer in the variant that is the message's one argument.
+  /// The integer in the variant that is the message's only argument.
   std::optional<std::int64_t> integerIn(const Message& message) {
     DBusMessageIter argument;
     DBusMessageIter value;

@@ -10,14 +10,14 @@ namespace tolvane::hal::alsa {
 
 namespace {
 
-// What RealtimeKit grants at most, as it comes.
+// The highest priority that RealtimeKit grants by default.
 constexpr unsigned kPriority = 20;
 
 }  // namespace
 
 void requestRealtime() {
   if (becomeRealtime()) return;
-  // Where no thread is left to ask on, the thread keeps the priority that it has, which is reported.
+  // If the system has no thread left to ask on, the calling thread keeps its priority, which is reported.
   static_cast<void>(runDetached("tolvane-rtkit", [thread = gettid()] { askRealtimeKit(thread, kPriority); }));
 }
 

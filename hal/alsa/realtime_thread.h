@@ -2,9 +2,9 @@
 
 namespace tolvane::hal::alsa {
 
-/// Has the calling thread made real-time: at once where the user's limits grant it, else through RealtimeKit,
-/// which is asked on another thread, for it may take its time. Where neither grants it the thread goes on
-/// without. [not-io]
+/// Makes the calling thread real-time: at once if the user's limits allow it, else through RealtimeKit.
+/// Another thread asks RealtimeKit, because the answer may take long. If neither grants it, the calling
+/// thread continues without real-time priority. [not-io]
 void requestRealtime();
 
 }  // namespace tolvane::hal::alsa

@@ -22,7 +22,7 @@ struct IntegerSample {
   static float load(const std::byte* from) noexcept {
     std::uint32_t word = 0;
     std::memcpy(&word, from, Bytes);
-    // Up to the top, and arithmetically down again: the sign is extended over whatever stood there.
+    // Shift up to the top, then arithmetically down: the sign replaces whatever was in the unused bits.
     const auto sample = static_cast<std::int32_t>(word << kUnusedBits) >> kUnusedBits;
     return static_cast<float>(sample) / kScale;
   }

@@ -6,7 +6,7 @@ namespace tolvane::hal::alsa {
 
 namespace {
 
-/// One-channel streams: what the sessions give.
+/// One single-channel stream per channel, as the sessions deliver them.
 StreamLayout monoStreams(unsigned channels) {
   return StreamLayout(channels, 1);
 }
@@ -25,7 +25,8 @@ DeviceInfo describe(const Card& card, const DuplexFormat& format) {
   return info;
 }
 
-/// Of cards with one name, each gets its identity behind it: that tells them apart the next time, too.
+/// If several cards have the same name, appends each card's identity. This also tells them apart the next
+/// time.
 std::string distinctName(const Card& card, const std::vector<Card>& cards) {
   const auto namesakes =
       std::count_if(cards.begin(), cards.end(), [&](const Card& other) { return other.name == card.name; });
@@ -45,7 +46,8 @@ std::vector<DeviceInfo> ShownCards::show(const std::vector<Card>& cards, const s
     if (known == nullptr || known->format.inputChannels + known->format.outputChannels == 0) continue;
     devices.push_back(describe(card, known->format));
     devices.back().name = distinctName(card, cards);
-    // One that runs stays listed, though a sound server that came later may list its card, too.
+    // No card number while it runs: it stays listed even if a sound server that came later lists its card
+    // too.
     if (!isRunning) devices.back().alsaCards = {card.index};
   }
   return devices;
@@ -58,7 +60,7 @@ const ShownCards::Known* ShownCards::look(const Card& card, bool isRunning) {
   const Probe probe = probe_(card, periodFrames(uid));
   const bool isKnown = known != known_.end() && known->second.format.rateHz != 0;
   if (probe.outcome == Probe::Outcome::notNow && isKnown) return &known->second;
-  // Also what is useless is remembered, and what is in use is looked at again.
+  // Remember useless cards too; probe cards in use again.
   Known& now = known_[uid];
   now = {probe.format, probe.outcome == Probe::Outcome::notNow};
   return &now;

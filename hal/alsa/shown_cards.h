@@ -11,24 +11,24 @@
 
 namespace tolvane::hal::alsa {
 
-/// Makes devices of the machine's cards, and remembers what each can do: looking opens it, which takes time
-/// on some cards, clicks on others and cannot be done while it is in use. Not thread-safe. [not-io]
+/// Makes devices from the machine's cards and remembers what each card can do. Probing a card opens it, which
+/// takes time on some cards, clicks on others and is impossible while the card is in use. Not thread-safe.
+/// [not-io]
 class ShownCards {
  public:
   using Prober = std::function<Probe(const Card&, unsigned periodFrames)>;
 
   explicit ShownCards(Prober probe) : probe_(std::move(probe)) {}
 
-  /// The devices, in the cards' order: of `cards` those that no sound server has (`held`, by number), and
-  /// those that a session of ours runs on (`running`, by identity) in any case. A card is looked at when it
-  /// is new, and a card in use keeps what was known of it; one that is in use from the first on is shown with
-  /// what its user has set it to.
+  /// The devices, in the order of `cards`. Leaves out cards that a sound server uses (`held`, by number),
+  /// unless one of our sessions runs on them (`running`, by uid). Probes each new card. A card in use keeps
+  /// what is known of it; a card that was in use from the start is shown with its user's settings.
   [[nodiscard]] std::vector<DeviceInfo> show(const std::vector<Card>& cards, const std::set<int>& held,
                                              const std::set<std::string>& running);
 
-  /// Looks at the device again the next time that it can be.
+  /// Makes show() probe the device again, once no session of ours runs on it.
   void lookAgain(const std::string& uid);
-  /// The period that is asked of the device from now on.
+  /// Sets the period in frames to ask the device for from now on.
   void setPeriodFrames(const std::string& uid, unsigned frames);
   [[nodiscard]] unsigned periodFrames(const std::string& uid) const;
 

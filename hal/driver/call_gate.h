@@ -7,15 +7,15 @@
 
 namespace tolvane::hal {
 
-/// Lets callbacks through to somebody until it is shut for good. It starts shut.
+/// Admits callers from open() until shut(), which is final. The gate starts closed.
 ///
-/// The protocol, by role: a caller (any thread) adds itself to the count, goes on only when the open bit was
-/// set and no shut bit, and takes itself off again; both are one atomic addition, so passing is wait-free.
-/// Who shuts sets the bit and then waits until the count is zero: from there on nobody is inside, and nobody
-/// gets in.
+/// The protocol, by role: a caller (any thread) adds itself to the count, enters only if the open bit was set
+/// and the shut bit was not, and later removes itself. Adding and removing are one atomic addition each, so
+/// passing is wait-free. The thread that shuts sets the shut bit and waits until the count is zero. From then
+/// on nobody is inside, and nobody gets in.
 class CallGate {
  public:
-  /// One caller's stay; true when it may call. [any-thread]
+  /// One caller's visit; true if it may enter. [any-thread]
   class Pass {
    public:
     explicit Pass(CallGate& gate) noexcept
@@ -30,10 +30,10 @@ class CallGate {
     bool admitted_;
   };
 
-  /// Callers get in from now on, and see everything written before; nothing after shut(). [any-thread]
+  /// Admits callers from now on; they see everything written before. Does nothing after shut(). [any-thread]
   void open() noexcept { state_.fetch_or(kOpen, std::memory_order_release); }
 
-  /// When it has returned, no caller is inside and none will be. Any number of threads may call it. [not-io]
+  /// After the return, no caller is inside and none gets in. Any number of threads may call it. [not-io]
   void shut() noexcept {
     state_.fetch_or(kShut, std::memory_order_acq_rel);
     while (!drained_.load(std::memory_order_acquire) &&

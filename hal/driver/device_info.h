@@ -8,23 +8,24 @@
 
 namespace tolvane::hal {
 
-/// One direction's streams in order, each by its number of channels: the buffers of the HAL's buffer lists.
+/// The streams of one direction in order, each as its number of channels. Each is one buffer of the HAL's
+/// lists.
 using StreamLayout = std::vector<std::uint32_t>;
 
-/// What a driver says of one device. A plain value.
+/// A driver's description of one device. A plain value.
 struct DeviceInfo {
-  std::string uid;   // the lasting identity, unique among all drivers: "jack:system"
-  std::string name;  // for people
+  std::string uid;   // persistent identity, unique among all drivers: "jack:system"
+  std::string name;  // shown to the user
   UInt32 transportType = kAudioDeviceTransportTypeUnknown;
   StreamLayout inputStreams;
   StreamLayout outputStreams;
   double sampleRateHz = 0.0;
   std::uint32_t bufferFrames = 0;
-  // What the frames a cycle may be set to; both 0 when they are as they are.
+  // Range of buffer sizes in frames; both 0 if the size is fixed.
   std::uint32_t minBufferFrames = 0;
   std::uint32_t maxBufferFrames = 0;
-  // The sound cards behind it, by ALSA's numbers, where they are known. When earlier drivers list devices
-  // that have all of these, this is another way to the same cards, and left out of the list.
+  // ALSA's numbers of the sound cards behind the device, if known. If earlier drivers list devices with all
+  // of these cards, this device is another way to the same cards and is left out of the list.
   std::vector<int> alsaCards = {};
 
   bool operator==(const DeviceInfo&) const = default;

@@ -1,4 +1,4 @@
-// What a driver is to the HAL, and what the HAL is to a driver's running session.
+// The interfaces between the HAL, its drivers and their running sessions.
 #pragma once
 
 #include <memory>
@@ -9,7 +9,7 @@
 
 namespace tolvane::hal {
 
-/// The buffers and times of one IO cycle. The lists belong to the driver and hold for the call alone.
+/// The buffers and times of one IO cycle. The driver owns the lists; they are valid only during the call.
 struct IoCycle {
   const AudioTimeStamp* now;
   const AudioBufferList* input;
@@ -23,33 +23,34 @@ class SessionClient {
  public:
   virtual ~SessionClient() = default;
 
-  /// Runs the callback: exactly once a cycle, never twice at a time. Both lists have one buffer a stream, in
-  /// the streams' order as the device was started with; a stream without data this cycle has a null `mData`
-  /// and still its number of channels and of bytes. The frame count may change from cycle to cycle.
+  /// Runs the callback. Called exactly once per cycle, never concurrently. Both lists have one buffer per
+  /// stream, in the order that the device was started with. A stream without data in this cycle has a null
+  /// `mData` but keeps its number of channels and of bytes. The frame count may change from cycle to cycle.
   /// [io-thread]
   virtual void cycle(const IoCycle& cycle) noexcept = 0;
 
   /// One missed deadline or server xrun. [any-thread]
   virtual void overload() noexcept = 0;
 
-  /// The device stopped or resumed being there. Repeating a state is harmless. A session that has said false
-  /// is ended, and another one started in its place, when the driver has listed the device again for a fifth
-  /// of a second, unless it has said true before that. [any-thread]
+  /// The device is gone, or is back. Repeating a state is harmless. After false, the HAL waits until the
+  /// driver has listed the device again for 200 ms. Unless the session has reported true by then, the HAL
+  /// ends it and starts another one in its place. [any-thread]
   virtual void aliveChanged(bool alive) noexcept = 0;
 
-  /// The device's sample rate or cycle length is now this. [any-thread]
+  /// The device now has this sample rate and this buffer size. [any-thread]
   virtual void formatChanged(double sampleRateHz, std::uint32_t bufferFrames) noexcept = 0;
 };
 
-/// A callback being called by a device.
+/// A running session: the device calls its client until the session is destroyed.
 class Session {
  public:
-  /// Stops: when it has returned the client is called no more. It should return within half a second whatever
-  /// state the server is in; the HAL leaves it behind on a thread of its own when it does not. [not-io]
+  /// Stops the session. After the return the client is not called again. Should return within 500 ms,
+  /// whatever state the server is in; if it does not, the HAL leaves it behind on a thread of its own.
+  /// [not-io]
   virtual ~Session() = default;
 };
 
-/// Either a session, or the status that AudioDeviceStart is to return.
+/// Either a session, or the status that AudioDeviceStart returns.
 struct StartResult {
   OSStatus status = noErr;
   std::unique_ptr<Session> session;
@@ -57,20 +58,20 @@ struct StartResult {
 
 class Driver;
 
-/// The HAL's side of a driver that tells of its devices' coming and going.
+/// Receives reports of devices that come and go. The HAL implements it.
 class DeviceObserver {
  public:
   virtual ~DeviceObserver() = default;
 
-  /// What `driver.devices()` answers has changed. Returns at once and calls nothing of the driver's, so that
-  /// it may be called with locks of the driver held. [not-io]
+  /// The result of `driver.devices()` has changed. Returns at once and does not call the driver, so the
+  /// driver may hold its locks. [not-io]
   virtual void devicesChanged(Driver& driver) noexcept = 0;
 };
 
-/// One sound system. A driver lives as long as the process. The HAL calls devices() once at a time, on a
-/// thread that it keeps for that; starts and ends of sessions and setBufferFrames() may come on any other
-/// thread at the same time. Every operation but name() may throw std::bad_alloc or std::system_error where
-/// the system has no memory, thread or descriptor left: the call that needed it then fails.
+/// One sound system. A driver lives as long as the process. The HAL calls devices() on one thread that it
+/// keeps for this, one call at a time. Other threads may start and end sessions and call setBufferFrames() at
+/// the same time. Every operation but name() may throw std::bad_alloc or std::system_error if the system has
+/// no memory, thread or descriptor left; the call that needed it then fails.
 class Driver {
  public:
   virtual ~Driver() = default;
@@ -78,32 +79,32 @@ class Driver {
   /// The driver's name in messages: "jack". [any-thread]
   [[nodiscard]] virtual const char* name() const noexcept = 0;
 
-  /// The devices that are there now, in menu order; empty when the sound system is not there. Answers within
-  /// 150 ms: a driver that does not is left out of the list until it has answered. [not-io]
+  /// The devices present now, in menu order; empty if the sound system is absent. The list leaves out a
+  /// driver that does not answer within 150 ms, until it has answered. [not-io]
   virtual std::vector<DeviceInfo> devices() = 0;
 
-  /// The last devices() is no answer: the sound server has taken the connection and has said nothing yet. The
-  /// HAL then calls devices() again until it is an answer, which counts as one long call. Called after
-  /// devices(), on its thread. [not-io]
+  /// True if the last result of devices() is no answer, because the sound server has accepted the connection
+  /// but has not responded yet. The HAL then repeats devices() until there is an answer, and counts this as
+  /// one long call. Called after devices(), on its thread. [not-io]
   [[nodiscard]] virtual bool awaitsServer() const { return false; }
 
-  /// The sound server that this driver reaches, where another driver may reach the same one: "pipewire"; else
-  /// empty. It is the same at any time. Of two drivers for one server the first alone is used: nothing else
-  /// of the other is ever called. [not-io]
+  /// The name of the sound server that this driver reaches, for example "pipewire", if another driver may
+  /// reach the same one; else empty. Always returns the same name. Of two drivers for one server the HAL uses
+  /// only the first; it calls nothing else of the second. [not-io]
   [[nodiscard]] virtual std::string server() const { return {}; }
 
-  /// Starts calling `client` with the buffers of `device`, a value that devices() gave, in its stream layout.
-  /// Errors: those of AudioDeviceStart. [not-io]
+  /// Starts calling `client` with the buffers of `device`, in its stream layout. `device` is a value that
+  /// devices() returned. Errors: those of AudioDeviceStart. [not-io]
   virtual StartResult start(const DeviceInfo& device, SessionClient& client) = 0;
 
-  /// Takes whom to tell of changes from now on; called once, before the first devices(), and the observer
-  /// lives as long as the process. False from a driver that tells of nothing: it is asked for its devices
-  /// every half second while one that was lost is waited for. [not-io]
+  /// Sets the observer, which the driver tells of changes from now on. Called once, before the first
+  /// devices(). The observer lives as long as the process. Returns false if the driver reports no changes;
+  /// its devices are then found only by asking, every 500 ms while a lost one is awaited. [not-io]
   virtual bool setObserver(DeviceObserver& /*observer*/) { return false; }
 
-  /// Makes `frames`, within the device's range, its frames a cycle; a running session tells of the change by
-  /// formatChanged(). Errors: kAudioHardwareUnsupportedOperationError (not with this device, or not now);
-  /// those of AudioDeviceStart. [not-io]
+  /// Sets the device's buffer size to `frames`, which is within its range. A running session reports the
+  /// change through formatChanged(). Errors: kAudioHardwareUnsupportedOperationError (not with this device,
+  /// or not now); those of AudioDeviceStart. [not-io]
   virtual OSStatus setBufferFrames(const DeviceInfo& /*device*/, std::uint32_t /*frames*/) {
     return kAudioHardwareUnsupportedOperationError;
   }

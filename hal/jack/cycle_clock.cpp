@@ -22,7 +22,7 @@ CycleTimes CycleClock::stamp(const JackLibrary& library, const jack_client_t* cl
   library.getCycleTimes(client, &serverFrame, &startUs, &nextUs, &periodUs);
 
   jumped = started_ && serverFrame != expectedFrame_;
-  // The difference is taken in the server's 32 bits, where a wrap cancels out.
+  // Subtract in the server's 32 bits, where a wrap cancels out.
   sampleTime_ = started_ ? sampleTime_ + static_cast<std::int32_t>(serverFrame - serverFrame_)
                          : static_cast<std::int64_t>(serverFrame);
   started_ = true;

@@ -10,22 +10,23 @@ namespace tolvane::hal {
 /// The time stamps of one cycle.
 struct CycleTimes {
   AudioTimeStamp now;     // the cycle's start
-  AudioTimeStamp input;   // when its first input frame was taken: a cycle earlier
-  AudioTimeStamp output;  // when its first output frame will sound: a cycle later
+  AudioTimeStamp input;   // when its first input frame was captured: one cycle earlier
+  AudioTimeStamp output;  // when its first output frame will sound: one cycle later
 };
 
-/// Makes time stamps of the server's frame clock. Its 32 bits wrap around after a day; the stamps do not.
+/// Makes time stamps from the server's frame clock. That clock has 32 bits and wraps around after a day; the
+/// stamps do not.
 class CycleClock {
  public:
-  /// The stamps of the cycle that is running; `jumped` is set when it does not begin where the one before it
-  /// ended. [io-thread]
+  /// The stamps of the current cycle. Sets `jumped` to true if the cycle does not begin where the last one
+  /// ended, else to false. [io-thread]
   CycleTimes stamp(const JackLibrary& library, const jack_client_t* client, jack_nframes_t frames,
                    bool& jumped) noexcept;
 
  private:
   bool started_ = false;
   jack_nframes_t serverFrame_ = 0;    // at the last cycle's start
-  jack_nframes_t expectedFrame_ = 0;  // at this cycle's start, if nothing was lost
+  jack_nframes_t expectedFrame_ = 0;  // at the next cycle's start, if nothing is lost
   std::int64_t sampleTime_ = 0;       // serverFrame_, unwrapped
 };
 

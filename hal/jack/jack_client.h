@@ -9,15 +9,15 @@
 
 namespace tolvane::hal {
 
-/// Clients of this process that are about to be closed. libjack has one server's shared memory for the whole
-/// process: while a client of a dead server is still there, opening one on the next server leaves the old one
-/// with dangling pointers. So nothing is opened until all that are leaving have left.
+/// Counts this process's clients that are about to close. libjack has one server's shared memory for the
+/// whole process. If we opened a client on a new server while a client of a dead server still exists, the old
+/// client would be left with dangling pointers. So no client opens until all leaving clients have closed.
 class JackFarewells {
  public:
   /// [any-thread]
   static void begin() noexcept { leaving.fetch_add(1); }
   static void end() noexcept { leaving.fetch_sub(1); }
-  /// Returns once nobody is leaving, which a hung server puts off. [not-io]
+  /// Waits until no client is leaving. A hung server delays this. [not-io]
   static void await() noexcept {
     while (leaving.load() != 0) std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
@@ -30,12 +30,12 @@ struct JackClientCloser {
   void operator()(jack_client_t* client) const noexcept { JackLibrary::get()->clientClose(client); }
 };
 
-/// A connection to the server, closed with its owner. Closing talks to the server, and must not happen inside
-/// a callback of libjack.
+/// A connection to the server, closed on destruction. Closing talks to the server and must not happen inside
+/// a libjack callback.
 using JackClientPtr = std::unique_ptr<jack_client_t, JackClientCloser>;
 
-/// Connects under this name, or one like it when it is taken; null when no server is running: none is ever
-/// started. `status` says why. Blocks while the server hangs. [not-io]
+/// Connects under this name, or under a similar one if it is taken. Never starts a server. Returns null if it
+/// fails, as when no server is running; `status` holds the reason. Blocks while the server hangs. [not-io]
 [[nodiscard]] inline JackClientPtr openJackClient(const JackLibrary& library, const char* name,
                                                   jack_status_t& status) noexcept {
   JackFarewells::await();

@@ -8,8 +8,8 @@
 namespace tolvane::hal {
 namespace {
 
-// What servers take; some hardware takes less, and then the server refuses. A server lets a newcomer in once
-// a cycle: with twice the longest of these it would be too slow to be listed.
+// The cycle lengths that servers accept. Some hardware has a smaller range; the server then refuses. A server
+// admits new clients only once per cycle. With cycles of 8192 frames it would answer too late to be listed.
 constexpr std::uint32_t kMinBufferFrames = 16;
 constexpr std::uint32_t kMaxBufferFrames = 4096;
 

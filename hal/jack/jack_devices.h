@@ -1,4 +1,4 @@
-// From a server's ports to the devices that the HAL lists.
+// Builds the devices that the HAL lists from a server's ports.
 #pragma once
 
 #include <string>
@@ -18,7 +18,7 @@ struct JackPort {
   bool operator==(const JackPort&) const = default;
 };
 
-/// The ports of one client that has physical ones: a device. Channel n is the n-th port of its direction.
+/// A device: the physical ports of one client. Channel n is the n-th port of its direction.
 struct JackDevice {
   std::string client;
   std::vector<std::string> capturePorts;   // our inputs
@@ -27,32 +27,32 @@ struct JackDevice {
   bool operator==(const JackDevice&) const = default;
 };
 
-/// The text before the first colon: the client of a port.
+/// The client of a port: the text before the first colon.
 [[nodiscard]] std::string_view jackClientOf(std::string_view portName) noexcept;
 
-/// Groups ports by client, clients in the order of their first ports. The ports of one direction keep the
-/// server's order, unless they differ by a number at the end alone: then they are in the order of the
-/// numbers, because a server reuses the places of ports that have gone.
+/// Groups ports by client, with the clients in the order of their first ports. The ports of one direction
+/// keep the server's order. If their names differ only in a number at the end, they are sorted by that number
+/// instead, because a server reuses the places of ports that have gone.
 [[nodiscard]] std::vector<JackDevice> groupJackPorts(const std::vector<JackPort>& ports);
 
-/// The server's physical audio ports; MIDI ports and those of ordinary programs are not among them.
+/// The server's physical audio ports, without MIDI ports and the ports of ordinary programs.
 [[nodiscard]] std::vector<JackPort> physicalJackPorts(const JackLibrary& library, jack_client_t* client);
 
-/// A server's rate, its cycle length, and whether it can have another.
+/// A server's sample rate and cycle length, and whether the cycle length can be set.
 struct JackClock {
   double sampleRateHz = 0.0;
   std::uint32_t bufferFrames = 0;
   bool canBeSet = true;
 };
 
-/// The clock of the server that the client is on. PipeWire's libjack can have another cycle length as long as
-/// the client that asked for it is there, and no longer. [not-io]
+/// The clock of the client's server. With PipeWire's libjack a cycle length lasts only as long as the client
+/// that asked for it, so it counts as fixed. [not-io]
 [[nodiscard]] JackClock jackClock(const JackLibrary& library, jack_client_t* client);
 
-/// What the HAL says of the device, on a server of this clock.
+/// The HAL's description of the device on a server with this clock.
 [[nodiscard]] DeviceInfo describeJackDevice(const JackDevice& device, const JackClock& clock);
 
-/// All devices of the server that the client is on. [not-io]
+/// All devices of the client's server. [not-io]
 [[nodiscard]] std::vector<DeviceInfo> listJackDevices(const JackLibrary& library, jack_client_t* client);
 
 }  // namespace tolvane::hal

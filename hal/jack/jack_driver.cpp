@@ -17,18 +17,18 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// What a stop waits for the server, which takes a few cycles, to let us go.
+/// How long a stop waits for the client to leave the server, which takes a few cycles.
 constexpr std::chrono::milliseconds kStopTimeout = 400ms;
 
-/// A stream, and what its thread says to its owner.
+/// A stream, and what its thread tells its owner.
 struct Hosting {
   std::shared_ptr<JackStream> stream;
   std::shared_ptr<LateAnswer<OSStatus>> entered = std::make_shared<LateAnswer<OSStatus>>();
   std::shared_ptr<LateAnswer<bool>> left = std::make_shared<LateAnswer<bool>>();
 };
 
-/// The whole life of a stream, on a thread of its own. That has every signal blocked, and so have libjack's
-/// threads, which are made from it: writing to a server that has died raises SIGPIPE.
+/// Runs a stream from enter() to leave(), on a thread of its own. That thread has every signal blocked, and
+/// libjack's threads inherit this from it. The reason: writing to a dead server raises SIGPIPE.
 void host(const Hosting& hosting) {
   const OSStatus status = hosting.stream->enter();
   if (status == noErr && hosting.entered->give(status)) hosting.stream->awaitEnd();
@@ -95,10 +95,10 @@ class JackDriver final : public Driver {
   const JackLibrary& library_;
   const JackLimits limits_;
   JackProber prober_;
-  std::optional<JackWatch> watch_;  // the last: its threads use the rest
+  std::optional<JackWatch> watch_;  // last, because its threads use the rest
 };
 
-/// On a machine without libjack.
+/// The driver on a machine without libjack.
 class AbsentJackDriver final : public Driver {
  public:
   [[nodiscard]] const char* name() const noexcept override { return "jack"; }

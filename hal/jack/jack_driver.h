@@ -8,21 +8,21 @@
 
 namespace tolvane::hal {
 
-/// The driver; it never starts a server. On a machine without libjack it has no devices. [not-io]
+/// The driver. It never starts a server. On a machine without libjack it has no devices. [not-io]
 [[nodiscard]] std::unique_ptr<Driver> makeJackDriver();
 
-/// How long the driver waits for a server that says nothing: then it takes it for one that hangs.
+/// How long the driver waits for a silent server before it treats the server as hung.
 struct JackLimits {
-  std::chrono::milliseconds signOfLife{800};  // of a server that is to start a session
-  std::chrono::milliseconds start{4500};      // the whole start: a busy server takes some milliseconds a port
-  std::chrono::milliseconds setting{450};     // another cycle length
+  std::chrono::milliseconds signOfLife{800};  // for any answer before a start
+  std::chrono::milliseconds start{4500};      // the whole start; a busy server takes milliseconds per port
+  std::chrono::milliseconds setting{450};     // a change of the cycle length
 };
 
-/// The driver with other limits, for tests that the machine's pace must not fail. [not-io]
+/// The driver with other limits, for tests that must not fail on a slow machine. [not-io]
 [[nodiscard]] std::unique_ptr<Driver> makeJackDriver(const JackLimits& limits);
 
-/// libjack is PipeWire's, so that its devices are those of PipeWire. Needs no server; false without libjack.
-/// [not-io]
+/// True if libjack is PipeWire's; its devices are then those of PipeWire. Needs no server. False without
+/// libjack. [not-io]
 [[nodiscard]] bool jackLibraryIsPipeWire();
 
 }  // namespace tolvane::hal

@@ -61,7 +61,7 @@ std::optional<JackLibrary> load() noexcept {
   resolvePorts(file, library);
   resolveCallbacks(file, library);
   if (!file.isComplete()) return std::nullopt;
-  // It writes to standard error otherwise: with every look whether there is a server, too.
+  // Otherwise it writes to standard error, even for each check for a server.
   library.setErrorFunction(&discardMessage);
   library.setInfoFunction(&discardMessage);
   library.isPipeWire = saysPipeWire(file);

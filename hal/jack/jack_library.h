@@ -6,7 +6,7 @@
 
 namespace tolvane::hal {
 
-/// libjack's functions, under their own names less the prefix.
+/// libjack's functions, under their own names without the prefix.
 struct JackLibrary {
   decltype(&jack_client_open) clientOpen = nullptr;
   decltype(&jack_client_close) clientClose = nullptr;
@@ -42,11 +42,12 @@ struct JackLibrary {
   decltype(&jack_set_error_function) setErrorFunction = nullptr;
   decltype(&jack_set_info_function) setInfoFunction = nullptr;
 
-  /// The library is PipeWire's replacement of it.
+  /// True if the library is PipeWire's replacement for libjack.
   bool isPipeWire = false;
 
-  /// The one library of the process, told to keep silent; null when this machine has none that is whole. It
-  /// is loaded on first use and stays, because threads of its own may outlive everything else. [not-io]
+  /// The process's libjack, with its messages switched off. Null if the machine has none or it lacks a
+  /// function. Loaded at the first call and never unloaded, because its own threads may outlive everything
+  /// else. [not-io]
   static const JackLibrary* get();
 };
 

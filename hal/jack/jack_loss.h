@@ -9,22 +9,23 @@
 
 namespace tolvane::hal {
 
-/// The thread of libjack's that has told a client of the server's death.
+/// Remembers the libjack thread that has told a client of the server's death.
 class JackLoss {
  public:
-  /// From libjack's shutdown callback. [any-thread]
+  /// Called from libjack's shutdown callback. [any-thread]
   void note() noexcept { thread_.store(gettid()); }
 
-  /// Before and between the calls that take leave of the client. The thread that told of the loss still has
-  /// work to do in libjack, under locks, and then ends by itself: closing would cancel it where it stands,
-  /// and leave the locks locked. PipeWire's libjack keeps its thread: hence the limit. [not-io]
+  /// Called before the client is deactivated, and again before it is closed. The thread that told of the loss
+  /// still works in libjack, under locks, and then ends by itself. Closing would cancel that thread where it
+  /// is, and the locks would stay locked. PipeWire's libjack keeps its thread, so the wait has a limit.
+  /// [not-io]
   void await() const noexcept {
     const int thread = thread_.load();
     if (thread == 0) return;
     for (int ms = 0; ms < 200 && tgkill(getpid(), thread, 0) == 0; ++ms) {
       std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
-    // So does the thread of the cycles, which finds out by itself and does not say.
+    // The thread of the cycles also ends by itself, but does not tell us: give it some time.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
   }
 

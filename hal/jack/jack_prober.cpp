@@ -60,7 +60,7 @@ std::vector<DeviceInfo> JackProber::devices() {
   const Clock::time_point deadline = (wasOpen ? question_->askedAt : Clock::now()) + kAnswerTimeout;
   if (!wasOpen && !question_->isFresh()) ask(lock);
   if (!awaitAnswer(lock, deadline)) return {};
-  // One that was asked before the last change is asked again.
+  // If something has changed since the request, ask again.
   if (!question_->isFresh()) ask(lock);
   return awaitAnswer(lock, deadline) ? question_->answer : std::vector<DeviceInfo>{};
 }

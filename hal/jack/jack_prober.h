@@ -12,26 +12,26 @@
 
 namespace tolvane::hal {
 
-/// Asks the server for its devices: through a watch, or else with a client that is there for the question
-/// alone and never activated, so that it takes no part in the graph.
+/// Asks the server for its devices, through a watch or else through a client opened for one request. That
+/// client is never activated, so it takes no part in the graph.
 class JackProber {
  public:
   explicit JackProber(const JackLibrary& library);
 
-  /// Asks through this one from now on, where that answers; not while devices() runs. [not-io]
+  /// From now on asks `asker` first. Must not be called while devices() runs. [not-io]
   void askThrough(JackWatch::Asker asker) { asker_ = std::move(asker); }
 
-  /// The devices; none when there is no server, or when it has not answered 140 ms after it was asked. A
-  /// question that is still open is not asked again, and an answer serves for 100 ms. [not-io]
+  /// The devices. Empty if there is no server, or if the server has not answered within 140 ms of the
+  /// request. A pending request is not repeated. An answer is valid for 100 ms. [not-io]
   [[nodiscard]] std::vector<DeviceInfo> devices();
 
-  /// The last question is still open. [not-io]
+  /// True while a request is pending. [not-io]
   [[nodiscard]] bool isSilent() const;
 
-  /// Whether the server, or there being none, is known within `timeout`: false while it hangs. [not-io]
+  /// True if it is known within `timeout` whether there is a server; false while the server hangs. [not-io]
   [[nodiscard]] bool answers(std::chrono::milliseconds timeout);
 
-  /// What was answered before serves no longer: something has changed. [not-io]
+  /// Discards the last answer, and any to a pending request, because something has changed. [not-io]
   void forget();
 
  private:
@@ -43,7 +43,7 @@ class JackProber {
 
   const JackLibrary& library_;
   JackWatch::Asker asker_;
-  std::shared_ptr<Question> question_;  // shared with the asking thread, which a hung server keeps
+  std::shared_ptr<Question> question_;  // shared with the asking thread, which a hung server blocks
 };
 
 }  // namespace tolvane::hal

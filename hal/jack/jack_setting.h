@@ -8,9 +8,9 @@
 
 namespace tolvane::hal {
 
-/// Makes `frames` the server's cycle length, for all of its clients. Returns within `limit`: noErr when it is
-/// done; kAudioHardwareNotReadyError when there is no server or it hangs, and a pending request is cancelled;
-/// kAudioHardwareUnsupportedOperationError when it refuses. [not-io]
+/// Sets the server's cycle length to `frames`, for all of its clients. Returns within `limit`: noErr if it is
+/// set; kAudioHardwareNotReadyError if there is no server or it hangs, and then a request not yet sent is
+/// cancelled; kAudioHardwareUnsupportedOperationError if the server refuses. [not-io]
 [[nodiscard]] OSStatus setJackBufferFrames(const JackLibrary& library, std::uint32_t frames,
                                            std::chrono::milliseconds limit);
 

@@ -7,7 +7,7 @@
 namespace tolvane::hal {
 namespace {
 
-/// The JackStream that a callback of libjack was registered with.
+/// The JackStream that a libjack callback was registered with.
 JackStream& streamOf(void* argument) noexcept {
   return *static_cast<JackStream*>(argument);
 }
@@ -50,7 +50,8 @@ void JackStream::requestEnd() noexcept {
 
 void JackStream::leave() noexcept {
   requestEnd();
-  // libjack ends its threads asynchronously when the server is dead: none may be with the client then.
+  // If the server is dead, libjack ends its threads asynchronously. None of them may be inside a call of the
+  // SessionClient then.
   shut();
   if (jack_ != nullptr) {
     loss_.await();
@@ -97,8 +98,8 @@ bool JackStream::registerPorts(PortBuffers& buffers, const char* prefix, std::si
 }
 
 OSStatus JackStream::connectPorts() {
-  // The inputs first: a device is both ends of its own loop, and the server delays the connection that closes
-  // it by a cycle. This way what the device gives in a cycle is with us in that cycle.
+  // Connect the inputs first. Device and client form a loop, and the server delays the connection that closes
+  // it by one cycle. In this order we get the device's input in the cycle that it belongs to.
   for (std::size_t channel = 0; channel < inputs_.ports().size(); ++channel) {
     const std::string& from = device_.capturePorts[channel];
     const OSStatus status = connectPorts(from, from.c_str(), library_.portName(inputs_.ports()[channel]));
@@ -144,7 +145,7 @@ void JackStream::setCallbacks() noexcept {
         if (registered == 0) streamOf(self).portRemoved(port);
       },
       this);
-  // One server calls only the one, another only the other.
+  // Some servers call only the first of these, others only the second.
   library_.onShutdown(
       jack_, [](void* self) { streamOf(self).loseServer(); }, this);
   library_.onInfoShutdown(
@@ -181,7 +182,7 @@ void JackStream::process(jack_nframes_t frames) noexcept {
   }
   bool jumped = false;
   const CycleTimes times = clock_.stamp(library_, jack_, frames, jumped);
-  // PipeWire's libjack has no other word for a lost cycle; jackd calls the xrun callback.
+  // PipeWire's libjack reports a lost cycle in no other way; jackd calls the xrun callback.
   if (jumped && library_.isPipeWire) client_.overload();
   client_.cycle({&times.now, inputs_.gather(frames), &times.input, outputs_.gather(frames), &times.output});
 }
@@ -191,7 +192,7 @@ void JackStream::reportFormat() noexcept {
   if (!pass) return;
   const jack_nframes_t rateHz = sampleRateHz_;
   const jack_nframes_t frames = bufferFrames_;
-  // The server also tells what it told before, at every activation.
+  // At every activation the server repeats values that it has told before.
   const bool newRate = reportedSampleRateHz_.exchange(rateHz) != rateHz;
   const bool newLength = reportedBufferFrames_.exchange(frames) != frames;
   if (newRate || newLength) client_.formatChanged(rateHz, frames);
@@ -211,14 +212,14 @@ void JackStream::lose() noexcept {
 void JackStream::loseServer() noexcept {
   lose();
   loss_.note();
-  requestEnd();  // the last thing: from here on the thread that runs this may be ended
+  requestEnd();  // must be last: from here on this thread may be ended
 }
 
 void JackStream::portRemoved(jack_port_id_t port) noexcept {
   if (!deviceKnown_.load(std::memory_order_acquire)) return;
   const jack_port_t* removed = library_.portById(jack_, port);
   const bool ours = std::any_of(devicePorts_.begin(), devicePorts_.end(), [&](const auto& known) {
-    // One library still knows the port that has gone, the other does not.
+    // One of the two libraries still knows a port that has gone, the other does not.
     return removed != nullptr ? known.second == removed
                               : library_.portByName(jack_, known.first.c_str()) == nullptr;
   });

@@ -15,8 +15,8 @@
 
 namespace tolvane::hal {
 
-/// Our client in the server's graph while a device runs: a port for each channel of the device, connected
-/// with it, and the callbacks of libjack. The SessionClient is called between open() and shut() alone.
+/// Our client in the server's graph while a device runs. It has a connected port for each channel of the
+/// device, and libjack's callbacks. Calls the SessionClient only between open() and shut().
 class JackStream {
  public:
   /// `client` must live until shut() has returned.
@@ -25,22 +25,22 @@ class JackStream {
   JackStream& operator=(const JackStream&) = delete;
   ~JackStream() = default;
 
-  /// Enters the graph and connects; the outputs are silent until open(). Blocks while the server hangs.
-  /// noErr, or a status of AudioDeviceStart. [not-io]
+  /// Enters the graph and connects the ports. The outputs are silent until open(). Blocks while the server
+  /// hangs. Returns noErr or an error of AudioDeviceStart. [not-io]
   [[nodiscard]] OSStatus enter();
 
-  /// Lets cycles and changes through to the client, those that happened since enter() included. [not-io]
+  /// From now on passes cycles and changes on to the client, also the changes since enter(). [not-io]
   void open();
 
-  /// When it has returned, the client is called no more. [not-io]
+  /// After it returns, the client is not called again. [not-io]
   void shut() noexcept { gate_.shut(); }
 
   /// Makes awaitEnd() return. [any-thread]
   void requestEnd() noexcept;
   void awaitEnd() const noexcept { ending_.wait(false); }
 
-  /// Shuts, and leaves the graph. Blocks while the server hangs. Once, at the end, whatever enter() said.
-  /// [not-io]
+  /// Calls shut() and leaves the graph. Blocks while the server hangs. Must be called once, at the end, also
+  /// if enter() failed. [not-io]
   void leave() noexcept;
 
  private:
@@ -72,7 +72,7 @@ class JackStream {
   PortBuffers outputs_;
   CycleClock clock_;
 
-  std::atomic<bool> lost_{false};  // the server or the device: for good
+  std::atomic<bool> lost_{false};  // the server or the device, for good
   std::atomic<bool> ending_{false};
   JackLoss loss_;
   std::atomic<jack_nframes_t> sampleRateHz_{0};
@@ -80,7 +80,7 @@ class JackStream {
   std::atomic<jack_nframes_t> reportedSampleRateHz_;
   std::atomic<jack_nframes_t> reportedBufferFrames_;
 
-  jack_client_t* jack_ = nullptr;  // closed by leave(), and never cleared: callbacks run until it is closed
+  jack_client_t* jack_ = nullptr;  // closed by leave(), never cleared: callbacks use it until it is closed
   std::atomic<bool> deviceKnown_{false};
 };
 

@@ -20,11 +20,11 @@ namespace {
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-/// How often a server that is not there is looked for, and how long one that has said that it ends is left
-/// alone: a client that joins just then may keep it from ending.
+/// How often we look for a missing server, and how long we leave a server alone after it has said that it
+/// ends: a client that joins then may keep it from ending.
 constexpr auto kLookInterval = 1s;
-/// What the end waits for the client to leave: a server that is ending itself takes long over one that is
-/// leaving just then, and a hung one lets nobody go.
+/// How long end() waits for the client to leave. A server that is ending takes long to let a client go, and a
+/// hung server lets none go.
 constexpr auto kLeaveLimit = 400ms;
 
 }  // namespace
@@ -36,7 +36,7 @@ class JackWatch::Watcher {
     gate_.open();
   }
 
-  /// On a thread of its own, until end().
+  /// Runs on a thread of its own, until end().
   void work() {
     while (!hasEnded()) {
       Stay stay(*this);
@@ -69,13 +69,14 @@ class JackWatch::Watcher {
     awaitLook();
     const std::lock_guard oneRequest(requesting_);
     if (askable_ == nullptr) return std::vector<DeviceInfo>{};
-    // Ports are read from shared memory: that the server answers is found out by asking it anything.
+    // Ports are read from shared memory, which works even while the server hangs. So ask the server something
+    // first.
     if (!answers(askable_)) return std::vector<DeviceInfo>{};
     return listJackDevices(library_, askable_);
   }
 
  private:
-  /// One connection to a server, from its coming to its going.
+  /// One connection to a server, from connect() to leave().
   struct Stay {
     explicit Stay(Watcher& owner) : watcher(owner) {}
 
@@ -100,7 +101,7 @@ class JackWatch::Watcher {
     stay.client = client;
     stay.bufferFrames = library_.getBufferSize(client);
     setCallbacks(client, stay);
-    // The server tells active clients alone.
+    // The server notifies only active clients.
     if (library_.activate(client) != 0) {
       leave(stay);
       return false;
@@ -120,14 +121,15 @@ class JackWatch::Watcher {
     library_.setPortRegistrationCallback(
         client,
         [](jack_port_id_t port, int registered, void* argument) {
-          // What a port was that has gone cannot be told any more.
+          // The type of a port that has gone is no longer known.
           if (registered == 0 || stayOf(argument).watcher.isPhysical(stayOf(argument), port)) {
             stayOf(argument).watcher.tell();
           }
         },
         &stay);
-    // jackd tells of a leaving client's ports while they are still there, and of the client when they are
-    // not. With PipeWire's libjack the questions' own clients would be told of, and asked about, without end.
+    // jackd tells of a leaving client's ports while they are still there, and of the client when they have
+    // gone. PipeWire's libjack would also tell of the clients that ask for devices, and each report would
+    // lead to another request, without end.
     if (!library_.isPipeWire) {
       library_.setClientRegistrationCallback(
           client,
@@ -139,12 +141,12 @@ class JackWatch::Watcher {
     library_.setBufferSizeCallback(
         client,
         [](jack_nframes_t frames, void* argument) {
-          // The server also tells what it told before, at every activation.
+          // At every activation the server repeats values that it has told before.
           if (stayOf(argument).bufferFrames.exchange(frames) != frames) stayOf(argument).watcher.tell();
           return 0;
         },
         &stay);
-    // One server calls only the one, another only the other.
+    // Some servers call only the first of these, others only the second.
     library_.onShutdown(
         client, [](void* argument) { stayOf(argument).watcher.lose(stayOf(argument)); }, &stay);
     library_.onInfoShutdown(
@@ -166,7 +168,7 @@ class JackWatch::Watcher {
       leftAloneUntil_ = Clock::now() + kLookInterval;
     }
     tell();
-    const std::lock_guard lock(mutex_);  // the last thing: from here on the thread may be ended
+    const std::lock_guard lock(mutex_);  // must be last: from here on this thread may be ended
     stay.lost = true;
     changedHere_.notify_all();
   }
@@ -210,7 +212,7 @@ class JackWatch::Watcher {
     changedHere_.wait_for(lock, kLookInterval, [this] { return ended_ || isWanted_; });
   }
 
-  /// Returns when it is known whether there is a server, which is looked for now where it is not.
+  /// Waits until it is known whether there is a server. If it is not known, the watch looks for one now.
   void awaitLook() {
     std::unique_lock lock(mutex_);
     if (isKnown_) return;
@@ -227,8 +229,8 @@ class JackWatch::Watcher {
   std::mutex mutex_;
   std::condition_variable changedHere_;
   std::uint64_t looks_ = 0;
-  bool isKnown_ = false;   // whether there is a server
-  bool isWanted_ = false;  // a look, now
+  bool isKnown_ = false;   // it is known whether there is a server
+  bool isWanted_ = false;  // somebody waits for the next look
   Clock::time_point leftAloneUntil_;
   bool ended_ = false;  // asked to end
   bool over_ = false;

@@ -10,25 +10,24 @@
 
 namespace tolvane::hal {
 
-/// Follows the server: that it goes and comes back, that physical ports come and go, and that its cycle
-/// length changes. It has a client for that, which has no cycles and so takes no part in the graph, on a
-/// thread that a hung server may keep.
+/// Watches the server, its physical ports and its cycle length for changes. It uses a client of its own,
+/// which has no cycles and so takes no part in the graph. The client lives on a thread that a hung server may
+/// block.
 class JackWatch {
  public:
-  /// `changed` is called on threads of libjack and of its own, with locks of libjack held, from now on.
-  /// [not-io]
+  /// From now on calls `changed`, on libjack's threads and its own, with locks of libjack held. [not-io]
   JackWatch(const JackLibrary& library, std::function<void()> changed);
 
-  /// When it has returned, `changed` is called no more, and the client has left, unless the server hangs:
-  /// then it leaves later. [not-io]
+  /// After it returns, `changed` is not called again. The client has also left the server, or leaves it later
+  /// if the server takes too long. [not-io]
   ~JackWatch();
   JackWatch(const JackWatch&) = delete;
   JackWatch& operator=(const JackWatch&) = delete;
 
-  /// Asks the server for its devices with the client that is there, and has one made where there is none: a
-  /// server that is ending itself takes the coming and going of clients badly, and is left alone for a
-  /// second. None with PipeWire's libjack, which answers by itself. Blocks while the server hangs. It
-  /// outlives the watch. [not-io]
+  /// Asks the server for its devices through the watch's client. If there is no client, the watch looks for
+  /// the server at once, except in the second after a server has said that it ends: clients that come and go
+  /// may keep such a server from ending. The answer is none with PipeWire's libjack, which would answer even
+  /// if the server does not. Blocks while the server hangs. May outlive the watch. [not-io]
   using Asker = std::function<std::optional<std::vector<DeviceInfo>>()>;
   [[nodiscard]] Asker asker() const;
 

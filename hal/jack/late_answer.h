@@ -8,11 +8,11 @@
 
 namespace tolvane::hal {
 
-/// One answer, handed from the thread that finds it to one that does not wait for ever. [not-io]
+/// One answer, passed from the thread that finds it to a thread that waits for a limited time. [not-io]
 template <class T>
 class LateAnswer {
  public:
-  /// Gives the answer; false when nobody waits for it any more, and it is the giver's to clear away.
+  /// Gives the answer. Returns false if nobody waits for it any more; the giver must then clean up.
   bool give(T answer) {
     const std::lock_guard lock(mutex_);
     if (abandoned_) return false;
@@ -21,13 +21,13 @@ class LateAnswer {
     return true;
   }
 
-  /// Somebody waits for the answer, or may still come for it.
+  /// True unless the taker has given up.
   bool isWanted() {
     const std::lock_guard lock(mutex_);
     return !abandoned_;
   }
 
-  /// The answer, or none when it did not come in time: then it is never taken.
+  /// Waits for the answer; none if it does not come within `timeout`. After that, give() returns false.
   std::optional<T> take(std::chrono::milliseconds timeout) {
     std::unique_lock lock(mutex_);
     if (!given_.wait_for(lock, timeout, [this] { return answer_.has_value(); })) abandoned_ = true;

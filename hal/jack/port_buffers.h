@@ -8,21 +8,21 @@
 
 namespace tolvane::hal {
 
-/// Our ports of one direction, and the buffer list that their buffers are handed on in: one one-channel
-/// stream a port. All its memory is there before the first cycle.
+/// Our ports of one direction, and the buffer list with their buffers: one single-channel stream per port.
+/// setPorts() allocates all memory, before the first cycle.
 class PortBuffers {
  public:
   explicit PortBuffers(const JackLibrary& library) noexcept : library_(library) {}
 
-  /// Sets the ports, in stream order. Not while cycles run. [not-io]
+  /// Sets the ports, in stream order. Must not be called while cycles run. [not-io]
   void setPorts(std::vector<jack_port_t*> ports);
 
   [[nodiscard]] const std::vector<jack_port_t*>& ports() const noexcept { return ports_; }
 
-  /// The ports' buffers of the cycle that is running, `frames` long. [io-thread]
+  /// The ports' buffers of the current cycle, which has `frames` frames. [io-thread]
   [[nodiscard]] AudioBufferList* gather(jack_nframes_t frames) noexcept;
 
-  /// Zeroes the ports' buffers of the cycle that is running. [io-thread]
+  /// Zeroes the ports' buffers of the current cycle. [io-thread]
   void silence(jack_nframes_t frames) noexcept;
 
  private:

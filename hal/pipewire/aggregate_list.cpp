@@ -18,7 +18,7 @@ Aggregate allInterfaces(const std::vector<ListedDevice>& devices) {
   return all;
 }
 
-/// A stream of `count` channels of the member; those that the device has not are kept for it.
+/// Appends a stream of `count` channels of the member. Channels that the device lacks now keep their place.
 void appendStream(const std::string& uid, std::uint32_t count, const std::vector<Channel>* current,
                   StreamLayout& streams, std::vector<Channel>& channels) {
   if (count == 0) return;

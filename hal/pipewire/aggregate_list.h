@@ -1,4 +1,4 @@
-// Makes aggregates of the devices that are there.
+// Builds the list of aggregates from the devices that are present.
 #pragma once
 
 #include <functional>
@@ -8,12 +8,13 @@
 
 namespace tolvane::hal::pipewire {
 
-/// What an aggregate that is running is made of; null for one that is not. It goes before what is to be made
-/// of it the next time.
+/// Returns the members of a running aggregate, or null if it is not running. A running aggregate keeps these
+/// members; a changed definition takes effect at its next start.
 using RunningMembers = std::function<const std::vector<AggregateMember>*(const std::string& uid)>;
 
-/// The aggregates to be listed after `devices`: that of all cards, when there are two or more, in the order
-/// of `devices`; then the named ones of which at least one member is there. Their cycles are not described.
+/// The aggregates to list after `devices`. The first one contains all complete cards, in the order of
+/// `devices`, if there are at least two. The named aggregates follow. Each aggregate is listed only if at
+/// least one of its members is present. The caller fills in sample rates and buffer sizes.
 [[nodiscard]] std::vector<ListedDevice> aggregatesOf(const std::vector<ListedDevice>& devices,
                                                      const std::vector<Aggregate>& named,
                                                      const RunningMembers& running);

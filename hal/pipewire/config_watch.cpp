@@ -40,7 +40,7 @@ ConfigWatch::~ConfigWatch() {
   if (descriptor_ >= 0) ::close(descriptor_);
 }
 
-/// Watches the file's folder, or the nearest one above it that is there.
+/// Watches the file's folder, or the nearest existing folder above it.
 void ConfigWatch::arm() {
   std::string armed;
   const auto armNearest = [&] {
@@ -54,7 +54,7 @@ void ConfigWatch::arm() {
     watch_ = watch;
     return folder;
   };
-  // A folder that was made just before its parent was watched would be missed: look once more.
+  // Look again: a folder may have been made just before the watch on its parent began.
   for (std::string nearest = armNearest(); nearest != armed; nearest = armNearest()) armed = nearest;
 }
 

@@ -6,8 +6,9 @@
 
 namespace tolvane::hal::pipewire {
 
-/// Tells, on the loop thread, that a file may have changed, also one whose folders are made only later. It
-/// may tell too often. Made and destroyed on the thread, or while that is not running.
+/// Calls `changed` on the loop thread when a file may have changed; spurious calls are possible. The file and
+/// its folders need not exist yet. Created and destroyed on the loop thread, or while that thread is not
+/// running.
 class ConfigWatch {
  public:
   ConfigWatch(LoopThread& thread, std::string path, Task changed);

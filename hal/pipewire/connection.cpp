@@ -13,10 +13,10 @@ namespace {
 using std::chrono::milliseconds;
 using std::chrono::steady_clock;
 
-// Lest a server that has every connection fail be asked for one without pause.
+// Pauses between attempts, in case the server fails every connection.
 constexpr milliseconds kFirstPause{100};
 constexpr milliseconds kLongestPause{1600};
-constexpr milliseconds kSoon{5000};  // a connection that has lasted longer is no sign of the next one failing
+constexpr milliseconds kSoon{5000};  // a connection that lasts longer resets the pause
 
 }  // namespace
 
@@ -88,17 +88,17 @@ void Connection::onDone(std::uint32_t id, int sequence) {
   }
 }
 
-/// What goes wrong with the server itself, not with one of its objects, leaves a connection on which nothing
-/// more is heard or made.
+/// An error of the server itself, not of one of its objects, leaves a dead connection: we receive nothing
+/// more and can make no objects.
 void Connection::onError(std::uint32_t id, int result) {
   if (id != PW_ID_CORE || broken_) return;
   if (result != -EPIPE) delayNextAttempt();
   giveUp();
 }
 
-/// The library has taken over a piece of memory. Library and server both number them, by the same rule; when
-/// a descriptor is lost on the way, as a library before 0.3.71 may lose it between two long messages, their
-/// numbers differ from then on, and no later link finds its buffers.
+/// Called when the library has taken over a memory block. Library and server both number the blocks by the
+/// same rule. A library before 0.3.71 may lose a descriptor between two long messages. From then on the
+/// numbers differ and no later link finds its buffers, so the connection is given up.
 void Connection::onMemory(std::uint32_t id, int descriptor) {
   if (broken_) return;
   const pw_memblock* const block = library_.pw_mempool_find_id(library_.pw_core_get_mempool(core_), id);
@@ -116,7 +116,7 @@ void Connection::delayNextAttempt() {
 
 void Connection::giveUp() {
   broken_ = true;
-  // The library is in the middle of using what is to be destroyed.
+  // Posted, because the library is still using what disconnect() destroys.
   thread_.post([this, alive = std::weak_ptr<int>(alive_)] {
     if (!alive.expired()) disconnect();
   });

@@ -1,4 +1,4 @@
-// The connection to the sound server: made when asked for, given up when it fails, made anew later.
+// The connection to the sound server. It opens on demand, ends when it fails, and can be opened again later.
 #pragma once
 
 #include <chrono>
@@ -13,43 +13,43 @@ namespace tolvane::hal::pipewire {
 
 class GraphWatch;
 
-/// Everything here is used on the loop thread only, or when that has ended.
+/// Use only on the loop thread, or after that thread has ended.
 class Connection {
  public:
-  /// `lost` is called when the server has gone or the connection is of no more use, before anything of it is
-  /// destroyed; `changed` some time after the graph has changed.
+  /// Calls `lost` when the connection ends, before any of its objects is destroyed. Calls `changed` when the
+  /// connection becomes ready, and some time after the graph has changed.
   Connection(const Library& library, LoopThread& thread, Task lost, Task changed);
   ~Connection();
   Connection(const Connection&) = delete;
   Connection& operator=(const Connection&) = delete;
 
-  /// Connects unless connected. Fails at once where there is no server, and for some time after a connection
-  /// has failed soon after another one. A server that hangs is connected to like any other: only its answers
-  /// are missing.
+  /// Connects unless connected. Returns false at once if no server is running. After two failures in quick
+  /// succession it also returns false until a pause has passed. A server that hangs accepts the connection,
+  /// but does not answer.
   bool ensure();
 
   [[nodiscard]] bool isConnected() const noexcept { return core_ != nullptr; }
 
-  /// Gives the connection up; not from within an event of it.
+  /// Ends the connection. Must not be called from within one of its events.
   void disconnect();
 
-  /// True once the server's answers to everything we asked first have come in: the graph is whole.
+  /// True once the server has answered our initial requests: the graph is complete.
   [[nodiscard]] bool isReady() const noexcept { return ready_; }
 
-  /// Calls `answered` once everything that the server knew at this moment is in the graph: with true, or with
-  /// false when the connection is lost before.
+  /// Calls `answered(true)` once the graph contains everything that the server knew at the time of this call.
+  /// Calls `answered(false)` if the connection is lost before that, or at once if there is none.
   void settle(std::function<void(bool)> answered);
 
-  /// The server, to make objects with; null while not connected.
+  /// The server, for creating objects; null while not connected.
   [[nodiscard]] pw_core* core() const noexcept { return core_; }
 
-  /// What is known of the server; empty while not connected.
+  /// The known part of the server's graph; empty while not connected.
   [[nodiscard]] const Graph& graph() const noexcept;
 
  private:
   struct Question {
     int sequence;
-    bool isSecond;  // the first answer brings the objects, the second what they said of themselves
+    bool isSecond;  // the first answer brings the objects, the second their details
     std::function<void(bool)> answered;
   };
 
@@ -75,7 +75,7 @@ class Connection {
   bool broken_ = false;
   std::chrono::steady_clock::time_point made_;
   std::chrono::steady_clock::time_point nextAttempt_;
-  std::chrono::milliseconds pause_{0};  // before the next attempt, after a connection that has failed
+  std::chrono::milliseconds pause_{0};  // to wait after the next failure
   std::shared_ptr<int> alive_ = std::make_shared<int>();
 };
 

@@ -17,7 +17,7 @@ AudioTimeStamp timeStamp(double sampleTime, std::uint64_t hostTimeNs) noexcept {
   return stamp;
 }
 
-/// The clock's last eight bytes, which have a name only in the headers of 1.0 and later. Servers before leave
+/// Reads the clock's last eight bytes. Only the headers of 1.0 and later name them; earlier servers leave
 /// them zero.
 std::uint64_t xrunFramesOf(const spa_io_clock& clock) noexcept {
   static_assert(sizeof(spa_io_clock) == 160, "shared with servers of all versions");
@@ -43,7 +43,7 @@ void CycleRunner::setPorts(std::vector<FilterPort*> inputs, std::vector<FilterPo
 
 void CycleRunner::process(const spa_io_position* position) noexcept {
   const Moment moment = position != nullptr ? momentOf(position->clock) : Moment{};
-  // Every port's buffer has to be taken in every cycle, whether it is wanted or not.
+  // Take every port's buffer in every cycle, even if it is not used.
   fetchBuffers(moment.frames);
   const bool isWanted = moment.frames != 0 && running_.load(std::memory_order_acquire);
   const CallGate::Pass pass(gate_);
@@ -67,7 +67,7 @@ void* CycleRunner::takeInput(FilterPort& port, std::uint32_t frames) noexcept {
   const spa_data& block = taken->buffer->datas[0];
   const std::uint64_t bytes = std::uint64_t{frames} * sizeof(float);
   const std::uint32_t offset = block.chunk->offset;
-  // A peer that has written less than the cycle has nothing to give in it.
+  // A peer that has written less than a cycle counts as having no data.
   const bool isWhole = block.data != nullptr && bytes <= block.chunk->size && offset <= block.maxsize &&
                        bytes <= block.maxsize - offset && offset % sizeof(float) == 0;
   void* const data = isWhole ? static_cast<std::byte*>(block.data) + offset : nullptr;
@@ -76,8 +76,8 @@ void* CycleRunner::takeInput(FilterPort& port, std::uint32_t frames) noexcept {
 }
 
 void* CycleRunner::takeOutput(FilterPort& port, std::uint32_t frames) noexcept {
-  // The library keeps what the graph does not take in this cycle, and hands it over in the next one in place
-  // of the next one's: the port would be a cycle late for good.
+  // Skip the port while the graph has not taken its last buffer. The library would deliver that buffer in the
+  // next cycle instead of the new one, and the port would stay one cycle late.
   const spa_io_buffers* const handover = port.handover.load(std::memory_order_acquire);
   if (handover == nullptr || handover->status == SPA_STATUS_HAVE_DATA) return nullptr;
   pw_buffer* const taken = library_.pw_filter_dequeue_buffer(&port);
@@ -102,7 +102,7 @@ void CycleRunner::fetchBuffers(std::uint32_t frames) noexcept {
 
 void CycleRunner::noteClock(const Moment& moment) noexcept {
   const bool isSameClock = last_.clockId == moment.clockId && last_.rateHz == moment.rateHz;
-  // A deadline that we have missed shows only in the clock having gone on without us.
+  // A missed deadline shows only as a jump in the clock's position.
   const bool isLate = moment.position > last_.position + last_.frames;
   const bool isXrun = moment.xrunFrames > last_.xrunFrames;
   if (last_.frames != 0 && isSameClock && (isLate || isXrun)) client_.overload();

@@ -12,9 +12,9 @@
 
 namespace tolvane::hal::pipewire {
 
-/// A port of our node: the library keeps it, from the port's making to its end.
+/// Our data of one port of our node. The library owns the memory for the port's lifetime.
 struct FilterPort {
-  /// Where the library and the graph hand each other this port's buffers; null while they do not.
+  /// The area through which the library and the graph exchange this port's buffers; null while there is none.
   std::atomic<spa_io_buffers*> handover = nullptr;
 };
 
@@ -23,13 +23,13 @@ class CycleRunner {
   CycleRunner(const Library& library, SessionClient& client, const StreamLayout& inputs,
               const StreamLayout& outputs);
 
-  /// The filter's ports, in channel order. While no filter runs. [not-io]
+  /// Sets the filter's ports, in channel order. Only while no filter runs. [not-io]
   void setPorts(std::vector<FilterPort*> inputs, std::vector<FilterPort*> outputs);
 
-  /// Whether the client is called: not while nothing of the device is there. [any-thread]
+  /// Turns calls of the client on or off. They are off while no part of the device is present. [any-thread]
   void setRunning(bool running) noexcept { running_.store(running, std::memory_order_release); }
 
-  /// The client is called no more, from the moment this returns. [not-io]
+  /// After this returns, the client is not called again. [not-io]
   void shut() noexcept { gate_.shut(); }
 
   /// The graph's rate, as of the last cycle in which the client was called; 0 before the first. [any-thread]
@@ -39,14 +39,14 @@ class CycleRunner {
   void process(const spa_io_position* position) noexcept;
 
  private:
-  /// The cycle as the server's clock has it.
+  /// One cycle as the server's clock describes it.
   struct Moment {
     std::uint32_t clockId = 0;
     std::uint32_t rateHz = 0;
     std::uint64_t position = 0;
     std::uint32_t frames = 0;
     std::uint64_t nsec = 0;
-    std::uint64_t xrunFrames = 0;  // of all the hardware's xruns so far
+    std::uint64_t xrunFrames = 0;  // the total of all hardware xruns so far
   };
 
   static Moment momentOf(const spa_io_clock& clock) noexcept;
@@ -62,7 +62,7 @@ class CycleRunner {
   std::vector<FilterPort*> outputPorts_;
   StreamBuffers inputs_;
   StreamBuffers outputs_;
-  Moment last_;  // of the cycle before; without frames where there was none
+  Moment last_;  // the previous cycle; 0 frames if there was none
   CallGate gate_;
   std::atomic<bool> running_ = false;
   std::atomic<std::uint32_t> rateHz_ = 0;

@@ -25,8 +25,8 @@ bool givesOutputs(const GraphNode& node) {
   return isOfClass(node.mediaClass, "Audio/Sink") || isOfClass(node.mediaClass, "Audio/Duplex");
 }
 
-/// As text, but numbers within it as numbers: "pro-output-3" comes before "pro-output-10". Names that differ
-/// in leading zeros alone are compared as text, so that no two names are equal.
+/// Compares names as text, but the numbers in them by value: "pro-output-3" comes before "pro-output-10".
+/// Names that differ only in leading zeros are compared as text, so that different names never compare equal.
 bool naturallyLess(std::string_view a, std::string_view b) {
   const bool isLessAsText = a < b;
   const auto isDigit = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; };
@@ -63,9 +63,9 @@ struct DeviceList::Group {
     std::uint32_t id;
     const GraphNode* node;
   };
-  std::string key;  // unique among what is there now
+  std::string key;  // unique among the devices present now
   const GraphCard* card = nullptr;
-  std::vector<Member> members;  // in the order of their channels, which is lasting
+  std::vector<Member> members;  // in channel order, which does not change
 
   [[nodiscard]] std::uint64_t serial() const {
     if (card != nullptr) return card->serial;
@@ -91,7 +91,7 @@ struct DeviceList::Group {
 
   [[nodiscard]] bool isCard() const { return members.front().node->cardId.has_value(); }
 
-  /// All of it has said what it is.
+  /// All its nodes have described themselves.
   [[nodiscard]] bool hasAnswered() const {
     return std::all_of(members.begin(), members.end(),
                        [](const Member& member) { return member.node->hasAnswered; });
@@ -105,7 +105,7 @@ struct DeviceList::Group {
 
 namespace {
 
-/// The node's channels of one direction, and whether each has its port.
+/// Appends the node's channels of one direction; returns whether it has any and all have their ports.
 bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& node, bool ofInputPorts,
                     std::vector<Channel>& channels) {
   const std::size_t before = channels.size();
@@ -119,7 +119,7 @@ bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& n
   std::sort(channels.begin() + static_cast<std::ptrdiff_t>(before), channels.end(),
             [](const Channel& a, const Channel& b) { return a.index < b.index; });
   const std::size_t found = channels.size() - before;
-  // A node may say more channels than the server gives it ports, which is then all there is.
+  // A node may announce more channels than the server makes ports for it; no more ports come then.
   const bool isAllMade = ports == (ofInputPorts ? node.inputPorts : node.outputPorts);
   return found != 0 && (found == node.channels || isAllMade);
 }
@@ -185,8 +185,8 @@ std::vector<DeviceList::Group> DeviceList::groupsOf(const Graph& graph) const {
 std::string DeviceList::uidOf(const Group& group) {
   const auto known = uids_.find(group.key);
   if (known != uids_.end()) return known->second;
-  // Of two that call themselves the same, the later one is told apart by a number that is never used again:
-  // it may not come back as the other.
+  // The later of two devices with the same name gets its serial number in its uid. The server never reuses
+  // that number, so no other device can come back under this uid.
   std::string uid = "pipewire:" + group.lastingName();
   const auto isTaken = [&](const auto& entry) { return entry.second == uid; };
   if (std::any_of(uids_.begin(), uids_.end(), isTaken)) uid += "#" + std::to_string(group.serial());
@@ -221,8 +221,8 @@ std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::st
   forgetAllBut(groups);
   std::vector<ListedDevice> devices;
   for (const Group& group : groups) {
-    // What it is called is found once, when all of it is known; nodes that join it later change nothing of
-    // that.
+    // The uid is chosen once, when all the nodes of a device have described themselves. Nodes that join later
+    // do not change it.
     if (!uids_.contains(group.key) && !group.hasAnswered()) continue;
     ListedDevice device;
     device.isComplete = true;

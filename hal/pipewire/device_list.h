@@ -1,4 +1,4 @@
-// Makes devices of the server's graph.
+// Builds the device list from the server's graph.
 #pragma once
 
 #include <cstdint>
@@ -13,12 +13,11 @@
 
 namespace tolvane::hal::pipewire {
 
-/// One channel of a device: where it is to be found again after the device has been away, and where it is
-/// now.
+/// One channel of a device: how to find it again after the device was away, and where it is now.
 struct Channel {
   std::string deviceUid = {};
-  std::uint32_t place = 0;    // among the device's channels of this direction
-  std::string nodeName = {};  // empty while nothing of its device has been seen
+  std::uint32_t place = 0;    // index among the device's channels of this direction
+  std::string nodeName = {};  // empty until its device has been seen
   std::uint32_t index = 0;    // among the node's channels of this direction
 
   std::uint32_t nodeId = 0;
@@ -34,27 +33,28 @@ struct ListedDevice {
   DeviceInfo info;
   std::vector<Channel> inputs;
   std::vector<Channel> outputs;
-  std::vector<AggregateMember> members =
-      {};  // of an aggregate, whose channels are theirs, one after the other
+  std::vector<AggregateMember> members = {};  // only of an aggregate; its channels are theirs, in this order
   bool isCard = false;
-  bool isComplete = false;  // every channel that is there has its port; only then is it shown
+  bool isComplete = false;  // has all its ports; an aggregate: has a member. Only then shown.
 };
 
-/// One device per card, one per node without a card. Remembers which identity it gave to what, so that an
-/// identity never passes from one thing to another while the first is there. Not thread-safe.
+/// Makes one device per card and one per node without a card. Remembers the uid of each, so that no uid
+/// passes to another device while its first owner is present. Not thread-safe.
 class DeviceList {
  public:
-  /// All devices but aggregates, complete or not, in menu order: that of the default sink first, then the
-  /// server's order. None has one of the `reservedNames`.
+  /// All devices except aggregates, complete or not, in menu order: the device of the default sink first,
+  /// then the server's order. A new device is left out until all its nodes have described themselves. No
+  /// device gets one of the `reservedNames`.
   [[nodiscard]] std::vector<ListedDevice> build(const Graph& graph, std::set<std::string> reservedNames);
 
-  /// Asks for this many frames a cycle when the device runs.
+  /// Sets the cycle length in frames to ask the server for when the device runs.
   void setQuantum(const std::string& uid, std::uint32_t frames) { quanta_[uid] = frames; }
 
-  /// What is asked for: 256 where nothing was set.
+  /// The cycle length to ask for, in frames; 256 unless set.
   [[nodiscard]] std::uint32_t quantum(const std::string& uid) const;
 
-  /// Says what a cycle of the device is, or will be when nobody else in the graph asks for less.
+  /// Fills in the sample rate and the buffer sizes. The buffer size holds unless somebody else in the graph
+  /// asks for a smaller one.
   void describeCycle(const GraphClock& clock, DeviceInfo& info) const;
 
  private:

@@ -16,8 +16,8 @@ pw_properties* propertiesOf(const Library& library, const std::array<spa_dict_it
 }
 
 pw_properties* nodeProperties(const Library& library, const std::string& latency) {
-  // The library itself puts the user's own PIPEWIRE_LATENCY, PIPEWIRE_QUANTUM and PIPEWIRE_RATE in the place
-  // of our suggestion.
+  // If the user has set PIPEWIRE_LATENCY, PIPEWIRE_QUANTUM or PIPEWIRE_RATE, the library itself replaces our
+  // suggestion.
   return propertiesOf(library, std::array<spa_dict_item, 8>{{{PW_KEY_MEDIA_TYPE, "Audio"},
                                                              {PW_KEY_MEDIA_CATEGORY, "Filter"},
                                                              {PW_KEY_MEDIA_ROLE, "DSP"},

@@ -1,4 +1,4 @@
-// Our node in the server's graph: one port per channel, called once a cycle.
+// Our node in the server's graph: it has one port per channel and is called once per cycle.
 #pragma once
 
 #include <cstdint>
@@ -11,25 +11,25 @@
 
 namespace tolvane::hal::pipewire {
 
-/// Everything here is used on the loop thread only, or when that has ended.
+/// Use only on the loop thread, or after that thread has ended.
 class Filter {
  public:
-  /// `changed` is called when the node has come up or gone.
+  /// Calls `changed` when the node has come up or gone.
   Filter(const Library& library, pw_core* core, CycleRunner& runner, std::size_t inputs, std::size_t outputs,
          const std::string& latency, Task changed);
 
-  /// When it has returned, the runner is called no more.
+  /// After it returns, the runner is not called again.
   ~Filter();
   Filter(const Filter&) = delete;
   Filter& operator=(const Filter&) = delete;
 
-  /// Asks the server for another cycle length: frames, a slash, frames a second.
+  /// Asks the server for another cycle length. The text is frames, a slash and the sample rate: "256/48000".
   void suggestLatency(const std::string& latency);
 
-  /// The node's identifier once the server has given it one, else SPA_ID_INVALID.
+  /// The node's identifier; SPA_ID_INVALID while the server has not given it one, and when it is dead.
   [[nodiscard]] std::uint32_t nodeId() const noexcept { return nodeId_; }
 
-  /// Failed, or taken away by the server: to be made anew.
+  /// True if the node has failed or the server has removed it. Make a new filter then.
   [[nodiscard]] bool isDead() const noexcept { return isDead_; }
 
  private:

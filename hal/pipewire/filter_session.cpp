@@ -9,8 +9,8 @@ namespace tolvane::hal::pipewire {
 
 namespace {
 
-constexpr std::chrono::milliseconds kAttemptPeriod{50};  // between attempts that a server refuses
-constexpr std::chrono::milliseconds kPatience{1500};     // for all that is there to come up
+constexpr std::chrono::milliseconds kAttemptPeriod{50};  // between attempts to make a filter
+constexpr std::chrono::milliseconds kPatience{1500};     // for all present channels to be linked
 
 /// Our own node's ports of one direction by their index.
 using OwnPorts = std::map<std::uint32_t, std::uint32_t>;
@@ -30,7 +30,7 @@ const ListedDevice* deviceOf(const Channel& channel, const std::vector<ListedDev
   return found == devices.end() ? nullptr : &*found;
 }
 
-/// Whether any of the nodes that the device's channels were started with is there.
+/// True if any of the nodes that the device's channels were started with is present.
 bool hasAnyOfTheNodes(const std::vector<Channel>& started, const std::string& uid,
                       const std::vector<Channel>& current) {
   return std::any_of(started.begin(), started.end(), [&](const Channel& channel) {
@@ -46,8 +46,8 @@ const Channel* sameIn(const std::vector<Channel>& current, const Channel& starte
   return found == current.end() ? nullptr : &*found;
 }
 
-/// Where each of the channels that a session was started with is now; null for one that is away. A channel
-/// that is seen for the first time is known by its node from then on.
+/// Finds where each channel of the session is now; null if it is absent. A channel seen for the first time is
+/// identified by its node from then on.
 std::vector<const Channel*> locate(std::vector<Channel>& started, const std::vector<ListedDevice>& devices,
                                    std::vector<Channel> ListedDevice::*direction) {
   std::vector<const Channel*> found;
@@ -120,7 +120,7 @@ void FilterSession::reconcile(const Connection& connection, const std::vector<Li
   publish(inputs + outputs);
 }
 
-/// Returns how many of the inputs are there to be linked.
+/// Returns the number of inputs that are present.
 std::size_t FilterSession::linkInputs(const Connection& connection,
                                       const std::vector<ListedDevice>& devices) {
   const OwnPorts own = ownPorts(connection.graph(), filter_->nodeId(), true);
@@ -137,7 +137,7 @@ std::size_t FilterSession::linkInputs(const Connection& connection,
   return theirs.size() - static_cast<std::size_t>(std::count(theirs.begin(), theirs.end(), nullptr));
 }
 
-/// Returns how many of the outputs are there to be linked.
+/// Returns the number of outputs that are present.
 std::size_t FilterSession::linkOutputs(const Connection& connection,
                                        const std::vector<ListedDevice>& devices) {
   const OwnPorts own = ownPorts(connection.graph(), filter_->nodeId(), false);
@@ -160,7 +160,8 @@ void FilterSession::setQuantum(std::uint32_t frames) {
   if (filter_) filter_->suggestLatency(latencyText(quantumFrames_, rateHz_));
 }
 
-/// The server takes the suggestion for a time, frames at a rate: at another rate it would be other frames.
+/// The server treats the suggestion as a duration, frames at a rate. At another rate it would be a different
+/// number of frames.
 void FilterSession::followRate() {
   const std::uint32_t rateHz = runner_.rateHz();
   if (rateHz == 0 || rateHz == rateHz_) return;
@@ -181,15 +182,15 @@ void FilterSession::end() {
   takeDown();
 }
 
-/// `inputs` and `outputs`: links that are up.
+/// `inputs` and `outputs`: the number of links that are up.
 bool FilterSession::mayBegin(std::size_t inputs, std::size_t outputs) const {
-  // A card that comes back brings one direction after the other.
+  // Wait for both directions: a card that comes back brings one after the other.
   const bool hasBoth = (inputs_.empty() || inputs != 0) && (outputs_.empty() || outputs != 0);
   const bool isAll = isWhole_ && (hasBoth || !members_.empty());
   return isAll || std::chrono::steady_clock::now() >= patientUntil_;
 }
 
-/// `wanted`: links that are to come up.
+/// `wanted`: the number of links that should be up.
 void FilterSession::publish(std::size_t wanted) {
   const std::size_t inputs = links_.ready(0, inputs_.size());
   const std::size_t outputs = links_.ready(inputs_.size(), outputs_.size());

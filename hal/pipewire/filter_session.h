@@ -18,50 +18,50 @@
 
 namespace tolvane::hal::pipewire {
 
-/// Made, used and destroyed on the loop thread but for what says otherwise. The channels are those that the
-/// device had when it was started, each known by its place in a node: what comes back is the same channel as
-/// before, and what is away is without data. Only when all the nodes of a direction have been replaced by
-/// others, as by another profile of the card, do channels go by their order; and those of an aggregate's
-/// member that was not there at the start, when it first comes.
+/// Created, used and destroyed on the loop thread, except where noted. The session keeps the channels that
+/// the device had at the start. It identifies each by its node and its index there, so a channel that comes
+/// back is the same channel as before. An absent channel has no data. Channels are matched by their order in
+/// only two cases: when other nodes have replaced all nodes of a direction, as with another profile of the
+/// card, and when an aggregate's member that was absent at the start first appears.
 ///
-/// The device comes alive when all that is there of it is linked, and goes on while any of it is. What cannot
-/// be linked is waited for some time; then the device comes alive with the rest.
+/// The device comes alive when all of its present channels are linked, and stays alive while any of them is.
+/// If some cannot be linked, the device comes alive without them after a while.
 class FilterSession {
  public:
-  /// `changed` is called when reconcile() has something new to look at.
+  /// Calls `changed` when reconcile() should be called again.
   FilterSession(const Library& library, const ListedDevice& device, SessionClient& client,
                 std::uint32_t quantumFrames, Task changed);
 
-  /// Brings filter and links to what the graph now allows. `devices` are those that are there now, but for
-  /// aggregates. Does nothing once the session has ended.
+  /// Updates filter and links to match the graph. `devices` are the devices present now, without aggregates.
+  /// Does nothing after end().
   void reconcile(const Connection& connection, const std::vector<ListedDevice>& devices);
 
-  /// Asks for another cycle length, in frames at whatever rate the graph has.
+  /// Asks for another cycle length, in frames at the graph's current sample rate.
   void setQuantum(std::uint32_t frames);
 
-  /// The server is gone, or the session is to make nothing more: takes links and filter down.
+  /// Removes links and filter, because the server or the device has gone or the session ends.
   void takeDown();
 
-  /// takeDown(), for good.
+  /// Calls takeDown(); reconcile() does nothing from then on.
   void end();
 
   [[nodiscard]] const std::string& uid() const noexcept { return uid_; }
 
-  /// What an aggregate was made of when it was started; none of any other device.
+  /// The members of an aggregate at the start; empty for any other device.
   [[nodiscard]] const std::vector<AggregateMember>& members() const noexcept { return members_; }
 
   [[nodiscard]] bool isAlive() const;  // [not-io]
 
-  /// It has been alive and is not: it waits for its device.
+  /// True if the device was alive and is not now: the session waits for it.
   [[nodiscard]] bool isLost() const { return wasAlive_ && !isAlive(); }
 
-  /// Something of it has not come up, so that reconcile() is to be called again.
+  /// True if the device is not alive or a link is missing; reconcile() should then be called again.
   [[nodiscard]] bool isUnfinished() const { return !isWhole_ || !isAlive(); }
 
-  /// Waits until the device runs; false when it does not within `timeout`. [not-io]
+  /// Waits until the device is alive; returns false if it is not within `timeout`. [not-io]
   bool waitUntilAlive(std::chrono::milliseconds timeout);
 
-  /// When it has returned, the client is called no more. [not-io]
+  /// After it returns, the client is not called again. [not-io]
   void shut() noexcept;
 
  private:
@@ -88,7 +88,7 @@ class FilterSession {
   CallGate eventGate_;
   bool ended_ = false;
   bool wasAlive_ = false;
-  bool isWhole_ = false;  // all links that can be there are there
+  bool isWhole_ = false;  // every link between present ports is up
   std::chrono::steady_clock::time_point nextAttempt_;
   std::chrono::steady_clock::time_point patientUntil_;
 

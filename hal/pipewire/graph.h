@@ -1,5 +1,5 @@
-// What a connection knows of the server's graph: plain records, kept by events, read on the connection's
-// thread only.
+// What a connection knows of the server's graph. Plain records, updated by events and read on the
+// connection's thread only.
 #pragma once
 
 #include <cstdint>
@@ -9,26 +9,26 @@
 
 namespace tolvane::hal::pipewire {
 
-/// A sound card, as far as the server knows one behind its nodes.
+/// A sound card that the server knows of.
 struct GraphCard {
-  std::uint64_t serial = 0;  // never used twice in the life of a server, unlike the identifier
+  std::uint64_t serial = 0;  // never reused while the server runs, unlike the identifier
   std::string name;          // lasting
   std::string description;   // for people
 };
 
-/// A node that makes or takes audio for a device.
+/// A source or sink of a device's audio.
 struct GraphNode {
   std::uint64_t serial = 0;
   std::string name;         // lasting
   std::string description;  // for people
   std::string mediaClass;
   std::optional<std::uint32_t> cardId;
-  bool hasAnswered = false;     // to being asked about itself; what follows is known only then
-  std::string cardName;         // lasting, where the node itself says what card it is of
-  std::optional<int> alsaCard;  // the number of the sound card that it plays on, or takes from
-  // How many channels it says it has, even before it has a port for each.
+  bool hasAnswered = false;     // it has described itself; the fields below are valid only then
+  std::string cardName;         // lasting; empty unless the node itself names its card
+  std::optional<int> alsaCard;  // ALSA's number of the sound card that it plays to or captures from
+  // The number of channels that it announces; their ports may come later.
   std::optional<std::uint32_t> channels;
-  std::uint32_t inputPorts = 0;  // how many ports the server has made for it, of whatever kind
+  std::uint32_t inputPorts = 0;  // number of ports of all kinds that the server has made for it
   std::uint32_t outputPorts = 0;
 
   bool operator==(const GraphNode&) const = default;
@@ -37,11 +37,11 @@ struct GraphNode {
 struct GraphPort {
   std::uint32_t nodeId = 0;
   bool isInput = false;
-  std::uint32_t index = 0;  // among the node's ports of this direction
-  bool isAudio = false;     // a channel; false of those for control
+  std::uint32_t index = 0;  // index among the node's ports of this direction
+  bool isAudio = false;     // true for a channel, false for a control port
 };
 
-/// The server's clock, as its settings have it.
+/// The server's clock settings.
 struct GraphClock {
   double rateHz = 48000.0;
   std::uint32_t minQuantum = 32;
@@ -50,7 +50,7 @@ struct GraphClock {
   std::uint32_t forcedQuantum = 0;  // 0: not forced
 };
 
-/// Keyed by the server's identifiers, which it uses again at once when an object has gone.
+/// Keyed by the server's identifiers. When an object has gone, the server may reuse its identifier at once.
 struct Graph {
   std::map<std::uint32_t, GraphCard> cards;
   std::map<std::uint32_t, GraphNode> nodes;

@@ -15,7 +15,7 @@ bool isAudioDeviceClass(std::string_view mediaClass) {
          mediaClass.starts_with("Audio/Duplex");
 }
 
-/// The name in a default node's value, {"name":"..."}; empty when it is anything else.
+/// The name in the value of a default node, {"name":"..."}; empty if the value is anything else.
 std::string defaultNodeName(const char* value) {
   if (value == nullptr) return {};
   spa_json document{};
@@ -34,8 +34,8 @@ std::string defaultNodeName(const char* value) {
   return {};
 }
 
-/// The number of the sound card behind a node. Session managers say it in one way or another; a node that was
-/// made by hand has the PCM's name alone, as in "hw:1,0".
+/// ALSA's number of the sound card behind a node. Session managers use different properties for it. A node
+/// made by hand has only the PCM's name, as in "hw:1,0".
 std::optional<int> alsaCardOf(const spa_dict& properties) {
   for (const char* key : {"api.alsa.card", "api.alsa.pcm.card", "alsa.card"}) {
     if (const auto card = numberOf<int>(properties, key)) return card;
@@ -50,7 +50,7 @@ std::optional<int> alsaCardOf(const spa_dict& properties) {
 
 }  // namespace
 
-/// An object that we have asked to tell us of itself.
+/// An object whose events we receive.
 class GraphWatch::Bound {
  public:
   Bound(GraphWatch& watch, std::uint32_t id, pw_proxy* proxy) : watch_(watch), id_(id), proxy_(proxy) {

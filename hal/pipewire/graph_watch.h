@@ -1,4 +1,4 @@
-// Keeps a record of the server's graph up to date by its events.
+// Keeps a record of the server's graph and updates it by the server's events.
 #pragma once
 
 #include <cstdint>
@@ -12,10 +12,10 @@
 
 namespace tolvane::hal::pipewire {
 
-/// Everything here is used on the loop thread only, or when that has ended. Destroyed before its connection.
+/// Use only on the loop thread, or after that thread has ended. Must be destroyed before its connection.
 class GraphWatch {
  public:
-  /// Calls `changed` soon after changes, once for as many as come together.
+  /// Calls `changed` soon after changes; changes that come together cause one call.
   GraphWatch(const Library& library, LoopThread& thread, pw_core* core, Task changed);
   ~GraphWatch();
   GraphWatch(const GraphWatch&) = delete;

@@ -6,7 +6,7 @@ namespace tolvane::hal::pipewire {
 
 namespace {
 
-// Frames that are moved channel after channel while their lines stay in the nearest cache.
+// Frames copied of one channel before the next: few enough that their cache lines stay in the L1 cache.
 constexpr std::uint32_t kTileFrames = 32;
 
 }  // namespace

@@ -39,7 +39,7 @@ bool isSince(std::string_view version, int major, int minor) noexcept {
 }
 
 const char* realTimeConfigName(std::string_view libraryVersion) noexcept {
-  // From 1.4 on every client has it, and the name of before is warned of.
+  // From 1.4 on every client has real-time priority, and the library warns about the old name.
   return isSince(libraryVersion, 1, 4) ? "client.conf" : "client-rt.conf";
 }
 

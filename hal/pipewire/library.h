@@ -1,4 +1,4 @@
-// The sound server's client library, loaded at run time: a machine without it runs the same program.
+// The sound server's client library, loaded at run time so that the same program runs on machines without it.
 #pragma once
 
 #include <string_view>
@@ -7,7 +7,8 @@
 
 namespace tolvane::hal::pipewire {
 
-// Most of the client interface is inline over function tables; these are all that the library exports to us.
+// Most of the client API is inline functions over function tables. These are the exported functions that we
+// use.
 #define TOLVANE_PIPEWIRE_FUNCTIONS(FUNCTION) \
   FUNCTION(pw_init)                          \
   FUNCTION(pw_get_library_version)           \
@@ -44,11 +45,11 @@ struct Library {
 #undef TOLVANE_PIPEWIRE_MEMBER
 };
 
-/// The library, loaded and initialised at the first call and never unloaded; null where the machine does not
-/// have it. It is kept from writing to standard error unless the user's PIPEWIRE_DEBUG asks for it. [not-io]
+/// The library, loaded and initialised at the first call and never unloaded. Null if it is missing or lacks
+/// one of the functions. Its messages are off unless the user has set PIPEWIRE_DEBUG. [not-io]
 [[nodiscard]] const Library* library();
 
-/// Whether a version ("1.4.2") is this one or a later one. [any-thread]
+/// True if a version ("1.4.2") is `major`.`minor` or later. [any-thread]
 [[nodiscard]] bool isSince(std::string_view version, int major, int minor) noexcept;
 
 /// The name of the configuration that gives a client's data thread real-time priority, in a library of this

@@ -12,7 +12,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// Lest we and the server quarrel without pause.
+// Pauses between attempts, in case the server refuses every one.
 constexpr milliseconds kFirstPause{50};
 constexpr milliseconds kLongestPause{800};
 
@@ -39,7 +39,7 @@ class LinkSet::Link {
   }
   [[nodiscard]] bool isReady() const noexcept { return isReady_; }
 
-  /// Gone on the server's side, or never made; and asked for longer ago than this.
+  /// True if the link has failed or gone, and the last attempt was at least `pause` ago.
   [[nodiscard]] bool mayBeRetried(milliseconds pause) const noexcept {
     const bool isDead = isDead_ || proxy_ == nullptr;
     return isDead && std::chrono::steady_clock::now() - asked_ >= pause;

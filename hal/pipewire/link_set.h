@@ -1,4 +1,4 @@
-// The connections in the server's graph between our filter's ports and a device's.
+// The links in the server's graph between our filter's ports and a device's ports.
 #pragma once
 
 #include <chrono>
@@ -18,25 +18,26 @@ struct LinkEnd {
   bool operator==(const LinkEnd&) const = default;
 };
 
-/// A fixed number of places, each with one link or none. Everything here is used on the loop thread only, or
-/// when that has ended.
+/// A fixed number of places, each with one link or none. Use only on the loop thread, or after that thread
+/// has ended.
 class LinkSet {
  public:
-  /// `changed` is called when a link has come up, gone or failed; not while the server is being told.
+  /// Calls `changed` when a link has come up, gone or failed, but never from within the functions below.
   LinkSet(const Library& library, std::size_t places, Task changed);
   ~LinkSet();
   LinkSet(const LinkSet&) = delete;
   LinkSet& operator=(const LinkSet&) = delete;
 
-  /// Asks for a link between these two unless the place has it already; instead of any other it has. One that
-  /// fails is asked for again, less and less often.
+  /// Asks the server for a link between these two ends, unless the place already has it. Any other link of
+  /// the place is removed first. If the link has failed, a later call asks again; the pause between attempts
+  /// grows.
   void want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to);
 
-  /// The place is to have no link.
+  /// Removes the place's link, if any.
   void drop(std::size_t place);
   void dropAll();
 
-  /// The places from `first` on, `count` of them, whose link carries audio, or will as soon as the graph
+  /// Of the `count` places from `first` on, the number whose link carries audio, or will as soon as the graph
   /// runs.
   [[nodiscard]] std::size_t ready(std::size_t first, std::size_t count) const noexcept;
 
@@ -44,7 +45,7 @@ class LinkSet {
   class Link;
   struct Place {
     std::unique_ptr<Link> link;
-    std::chrono::milliseconds pause{0};  // before the link is asked for again, should it fail
+    std::chrono::milliseconds pause{0};  // before the next attempt if the link fails
   };
 
   const Library& library_;

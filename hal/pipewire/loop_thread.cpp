@@ -7,7 +7,7 @@ namespace tolvane::hal::pipewire {
 
 namespace {
 
-/// What a caller waits for; shared, because the task may outlast the wait.
+/// What a caller of call() waits for. Shared, because the task may outlast the wait.
 struct Completion {
   std::mutex mutex;
   std::condition_variable changed;

@@ -1,5 +1,5 @@
-// The one thread that talks to the sound server. Whatever waits for the server happens there; everybody else
-// hands it tasks and waits as long as they choose.
+// The one thread that talks to the sound server. Only this thread waits for the server. All others post tasks
+// to it and choose how long they wait.
 #pragma once
 
 #include <chrono>
@@ -16,29 +16,30 @@ using Task = std::function<void()>;
 
 class LoopThread {
  public:
-  /// The loop, its thread not yet running; null when the machine has no descriptor left for it. [not-io]
+  /// Makes the loop but does not start its thread. Null if the system has no descriptor left. [not-io]
   static std::unique_ptr<LoopThread> create(const Library& library);
 
-  /// Starts the thread; false when the machine has none left. [not-io]
+  /// Starts the thread; false if the system has none left. [not-io]
   bool start();
 
-  /// Ends the thread after the task it is in; tasks that it had not begun are dropped. [not-io]
+  /// Ends the thread. The thread first finishes the tasks that it has already taken from the queue; the tasks
+  /// still in the queue are dropped. [not-io]
   ~LoopThread();
   LoopThread(const LoopThread&) = delete;
   LoopThread& operator=(const LoopThread&) = delete;
 
-  /// Runs the task on the thread, after those handed over before. [not-io]
+  /// Queues the task. The thread runs tasks in the order of their posting. [not-io]
   void post(Task task);
 
-  /// Posts, and waits until the task has run: false when it has not within `timeout`. It may then still run
-  /// later, so it must own whatever it uses. Not on the thread itself. [not-io]
+  /// Posts the task and waits until it has run. Returns false if it has not run within `timeout`. It may then
+  /// still run later, so it must own everything it uses. Must not be called on the thread itself. [not-io]
   bool call(Task task, std::chrono::milliseconds timeout);
 
-  /// Ends the thread as the destructor does, but keeps the loop, so that what was made on it can be
-  /// destroyed. [not-io]
+  /// Ends the thread as the destructor does, but keeps the loop, so that objects made on it can be destroyed.
+  /// [not-io]
   void stop();
 
-  /// The loop, for what is made on the thread. [any-thread]
+  /// The loop, for making objects on it. [any-thread]
   [[nodiscard]] pw_loop* loop() const noexcept { return loop_; }
 
  private:
@@ -50,12 +51,12 @@ class LoopThread {
   pw_thread_loop* thread_ = nullptr;
   pw_loop* loop_ = nullptr;
   spa_source* wakeUp_ = nullptr;
-  std::mutex mutex_;  // guards tasks_; never held while anything is waited for
+  std::mutex mutex_;  // guards tasks_; never held during a wait
   std::deque<Task> tasks_;
 };
 
-/// Calls a handler on the thread at regular times while it is switched on. Made, used and destroyed on the
-/// thread, or while that is not running.
+/// Calls a handler periodically on the thread while switched on. Created, used and destroyed on the thread,
+/// or while the thread is not running.
 class LoopTimer {
  public:
   LoopTimer(LoopThread& thread, Task handler);
@@ -63,7 +64,7 @@ class LoopTimer {
   LoopTimer(const LoopTimer&) = delete;
   LoopTimer& operator=(const LoopTimer&) = delete;
 
-  /// Calls the handler at this period from now on; zero: not at all.
+  /// Sets the period of the calls; 0 switches the timer off.
   void every(std::chrono::milliseconds period);
 
  private:

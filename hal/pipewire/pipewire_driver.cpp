@@ -50,7 +50,7 @@ class PipeWireDriver final : public Driver {
     if (const auto server = serverOrNull()) {
       server->setObserver([this, &observer] { observer.devicesChanged(*this); });
     }
-    // Without the library there is nothing to tell of.
+    // Without the library there are no changes to report.
     return true;
   }
 

@@ -6,14 +6,13 @@
 
 namespace tolvane::hal {
 
-/// The driver for PipeWire. It does nothing before it is first asked for something; then it keeps one
-/// connection to the server, and gets it back when the server has been away. Without the client library or a
-/// server it has no devices.
+/// The driver for PipeWire. It does nothing until its first use. Then it keeps one connection to the server
+/// and reconnects when the server comes back. Without the client library or a server it has no devices.
 ///
-/// A session's device that goes away is silent until it is back under the same identity; then it runs on with
-/// the channel numbers that it was started with. While only a part of it is away, the other channels play on
-/// and those of that part are buffers without data; it counts as there as long as it has something of each of
-/// its directions. [not-io]
+/// A session whose device goes away is silent until the device is back under the same identity. It then
+/// continues with the channel numbers that it was started with. While only a part of the device is away, the
+/// channels of that part have buffers without data and the other channels play on. The device stays alive
+/// while any of its channels is linked. [not-io]
 std::unique_ptr<Driver> makePipeWireDriver();
 
 }  // namespace tolvane::hal

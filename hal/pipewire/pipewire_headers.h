@@ -1,5 +1,5 @@
-// The sound server's own headers, and its function-table macros as functions. The headers are C and the
-// macros expand to statement expressions, so this file counts as a system header: nothing in it is warned of.
+// Includes the sound server's headers and wraps its function-table macros in functions. The headers are C and
+// the macros expand to statement expressions, so this file is marked as a system header to suppress warnings.
 #pragma once
 #pragma GCC system_header
 

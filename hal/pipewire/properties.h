@@ -1,4 +1,4 @@
-// Reading the server's properties, which are all text.
+// Reads the server's properties, which are all text.
 #pragma once
 
 #include <charconv>
@@ -12,7 +12,7 @@
 
 namespace tolvane::hal::pipewire {
 
-/// The property's text; empty when it is not there. Holds as long as the properties do.
+/// The property's text; empty if there is none. Valid as long as the properties are.
 [[nodiscard]] inline std::string_view textOf(const spa_dict& properties, std::string_view key) {
   for (std::uint32_t item = 0; item < properties.n_items; ++item) {
     if (key == properties.items[item].key && properties.items[item].value != nullptr) {
@@ -22,7 +22,7 @@ namespace tolvane::hal::pipewire {
   return {};
 }
 
-/// The text as a whole number, or none.
+/// The text as an integer; none if it is anything else.
 template <class Number>
 [[nodiscard]] std::optional<Number> numberIn(std::string_view text) {
   Number number{};

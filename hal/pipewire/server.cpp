@@ -13,18 +13,18 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kAnswerTimeout{120};      // for a list of devices
-constexpr milliseconds kKnownToHangTimeout{10};  // the same, from a server that has not answered the last one
-constexpr milliseconds kStartAnswerTimeout{800};  // for the server to say that it is there
+constexpr milliseconds kAnswerTimeout{120};       // for a list of devices
+constexpr milliseconds kKnownToHangTimeout{10};   // for the previous list, if it is still unanswered
+constexpr milliseconds kStartAnswerTimeout{800};  // for the server's first answer to a start
 constexpr milliseconds kStartTimeout{4000};       // for all links to come up
 constexpr milliseconds kStopTimeout{800};
 constexpr milliseconds kRetryPeriod{100};       // while something that a session needs is missing
-constexpr milliseconds kRatePeriod{500};        // of looking for another rate, of which no event tells
-constexpr milliseconds kReconnectPeriod{1000};  // while nobody needs the server
+constexpr milliseconds kRatePeriod{500};        // between checks for a new rate, which no event reports
+constexpr milliseconds kReconnectPeriod{1000};  // between attempts to reconnect without sessions
 
 }  // namespace
 
-/// A list of devices that has been asked for.
+/// A request for the list of devices.
 struct Server::Listing {
   std::mutex mutex;
   std::condition_variable changed;
@@ -44,12 +44,12 @@ struct Server::Listing {
   }
 };
 
-/// A start that has been asked for.
+/// A request to start a session.
 struct Server::Starting {
   std::mutex mutex;
   std::condition_variable changed;
   bool done = false;
-  bool abandoned = false;  // nobody waits any more: nothing may be started
+  bool abandoned = false;  // the caller no longer waits: start nothing
   Started result;
 
   void finish(Started started) {
@@ -116,8 +116,7 @@ void Server::tellOfChanges() {
   observer_();
 }
 
-/// What has failed is tried again, and what runs is looked at, also when no event says that anything has
-/// changed.
+/// Retries what has failed and checks what runs, because not every change causes an event.
 void Server::scheduleRetry() {
   const bool isAnyMissing = std::any_of(sessions_.begin(), sessions_.end(),
                                         [](const auto& session) { return session->isUnfinished(); });
@@ -163,8 +162,8 @@ std::vector<ListedDevice> Server::allDevices() {
   return devices;
 }
 
-/// A device that a session has lost is not shown before that session has it back, lest half of it be taken
-/// for all of it.
+/// Hides a device that a session has lost until the session has it back. A part of the device could otherwise
+/// be taken for all of it.
 std::vector<DeviceInfo> Server::completeDevices() {
   if (!connection_.isReady()) return {};
   std::vector<DeviceInfo> complete;
@@ -252,7 +251,7 @@ Server::Started Server::start(const DeviceInfo& device, SessionClient& client) {
 }
 
 void Server::end(std::shared_ptr<FilterSession> session) {
-  // From here on the client is safe, even if the thread were never to come to the rest.
+  // From here on the client is safe, even if the loop thread never runs the task below.
   session->shut();
   thread_->call(
       [this, session = std::move(session)] {

@@ -21,19 +21,19 @@ namespace tolvane::hal::pipewire {
 
 class Server {
  public:
-  /// Starts the thread that talks to the server; null when the machine has none left. Connects to nothing
-  /// yet. [not-io]
+  /// Starts the thread that talks to the server, but does not connect yet. Null if the system has no thread
+  /// or descriptor left. [not-io]
   static std::shared_ptr<Server> create(const Library& library);
 
-  /// After all its sessions. [not-io]
+  /// All sessions must have ended. [not-io]
   ~Server();
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
-  /// The devices that are there now; null when there is no server, or it does not answer in time. [not-io]
+  /// The devices present now; none if there is no server or it does not answer in time. [not-io]
   std::optional<std::vector<DeviceInfo>> devices();
 
-  /// The last devices() was not answered in time by a server that is there. [not-io]
+  /// True if a server is there but did not answer the last devices() in time. [not-io]
   [[nodiscard]] bool isSilent();
 
   struct Started {
@@ -41,18 +41,20 @@ class Server {
     std::shared_ptr<FilterSession> session;
   };
 
-  /// Tells of changes of the list from now on, also of those that come with the server's return. [not-io]
+  /// From now on calls `changed`, on the loop thread, when the list changes, also when the server returns.
+  /// [not-io]
   void setObserver(std::function<void()> changed);
 
-  /// Asks for another cycle length of the device, also while it runs. [not-io]
+  /// Asks for another cycle length of the device, in frames, also while it runs. [not-io]
   void setQuantum(const std::string& uid, std::uint32_t frames);
 
-  /// A session on the device, running with all its channels; on an aggregate, with those of the members that
-  /// can be used. [not-io]
+  /// Starts a session with all channels of the device and waits until it is alive. An aggregate runs with the
+  /// members that can be used. Errors: kAudioHardwareBadDeviceError if the device has gone or changed its
+  /// streams; kAudioHardwareNotReadyError if the server or the links take too long. [not-io]
   Started start(const DeviceInfo& device, SessionClient& client);
 
-  /// Ends the session: when it has returned, within a second whatever the server does, its client is called
-  /// no more. [not-io]
+  /// Ends the session. Returns within a second, whatever the server does. After that the client is not called
+  /// again. [not-io]
   void end(std::shared_ptr<FilterSession> session);
 
  private:
@@ -83,10 +85,10 @@ class Server {
   LoopTimer retry_;
   bool changeNoted_ = false;
   std::function<void()> observer_;
-  std::vector<DeviceInfo> told_;  // the list when the observer was told last
+  std::vector<DeviceInfo> told_;  // the list at the last call of observer_
 
   std::mutex mutex_;                     // guards unanswered_
-  std::shared_ptr<Listing> unanswered_;  // the question that a hung server has not answered yet
+  std::shared_ptr<Listing> unanswered_;  // the listing that a hung server has not answered yet
 };
 
 }  // namespace tolvane::hal::pipewire

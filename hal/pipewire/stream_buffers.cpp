@@ -9,7 +9,7 @@ namespace tolvane::hal::pipewire {
 
 namespace {
 
-// Memory for longer cycles than these is there, but not touched before it is used.
+// Memory for longer cycles is allocated, but not touched before its first use.
 constexpr std::size_t kUsualFrames = 8192;
 
 std::unique_ptr<float[]> samplesFor(std::size_t channels) {

@@ -10,36 +10,37 @@
 
 namespace tolvane::hal::pipewire {
 
-inline constexpr std::uint32_t kMaxCycleFrames = 65536;  // beyond any quantum that a server runs with
+inline constexpr std::uint32_t kMaxCycleFrames = 65536;  // no server runs with a longer quantum
 
-/// One direction's streams as a buffer list, over buffers of one channel each, which come and go from cycle
-/// to cycle. A stream of one channel is that channel's own buffer; one of several has an interleaved buffer
-/// here, as long as one of its channels has one. All memory is made at once.
+/// One direction's streams as a buffer list over single-channel buffers, which change from cycle to cycle. A
+/// stream of one channel uses that channel's buffer. A stream of several channels has its own interleaved
+/// buffer, and has data while at least one of its channels has a buffer. The constructor allocates all
+/// memory.
 class StreamBuffers {
  public:
   /// Throws std::bad_alloc. [not-io]
   explicit StreamBuffers(const StreamLayout& streams);
 
-  /// Of all streams. [any-thread]
+  /// The number of channels of all streams together. [any-thread]
   [[nodiscard]] std::size_t channels() const noexcept { return channels_.size(); }
 
-  // Once a cycle of at most kMaxCycleFrames each, in this order. Wait-free. [io-thread]
+  // Called in this order, once per cycle of at most kMaxCycleFrames. Wait-free. [io-thread]
 
-  /// The samples of one channel for this cycle, or null.
+  /// Sets one channel's samples for this cycle; null if it has none.
   void set(std::size_t channel, void* data) noexcept { channels_[channel] = static_cast<float*>(data); }
 
-  /// Makes the list one of a cycle of this many frames.
+  /// Prepares the list for a cycle of this many frames.
   void begin(std::uint32_t frames) noexcept;
 
-  /// Of inputs: what the channels have is in the list.
+  /// For inputs: copies the channels' samples into the list.
   void gather() noexcept;
 
   [[nodiscard]] AudioBufferList& list() noexcept { return *reinterpret_cast<AudioBufferList*>(words_.get()); }
 
-  /// Of outputs: what is in the list is what the channels have.
+  /// For outputs: copies the list's samples to the channels.
   void scatter() noexcept;
 
-  /// Of outputs, instead: the channels are silent.
+  /// For outputs, instead of scatter(): silences the channels.
   void silence() noexcept;
 
  private:

@@ -8,7 +8,7 @@ namespace tolvane::hal {
 
 namespace {
 
-/// The frames of a cycle, by the first buffer that tells.
+/// The frame count of a cycle, from the first buffer that is not empty; 0 if all are.
 UInt32 framesOf(const AudioBufferList& list) noexcept {
   for (UInt32 b = 0; b < list.mNumberBuffers; ++b) {
     const AudioBuffer& buffer = list.mBuffers[b];

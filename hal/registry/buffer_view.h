@@ -7,7 +7,7 @@
 
 namespace tolvane::hal {
 
-/// A list of `buffers` buffers, all empty, in one block of memory.
+/// An AudioBufferList of `buffers` empty buffers, in one block of memory.
 class BufferList {
  public:
   explicit BufferList(std::size_t buffers);
@@ -17,14 +17,14 @@ class BufferList {
   std::unique_ptr<std::byte[]> bytes_;
 };
 
-/// Shows the buffers of a device that came back in the streams that a callback was started with, so that no
-/// channel changes its number: a stream that has not the same channels as before is without data. When
-/// nothing changed, the device's own lists are shown.
+/// Presents the buffers of a device that came back as the streams that the callback was started with, so that
+/// every channel keeps its number. A stream whose channel count has changed has no data. If the layout is the
+/// same, the callback gets the device's own lists.
 class BufferView {
  public:
   BufferView(const DeviceInfo& promised, const DeviceInfo& actual);
 
-  /// The cycle as the callback is to see it; holds until the next call. [io-thread]
+  /// The cycle as the callback sees it. Valid until the next call. [io-thread]
   const IoCycle& show(const IoCycle& cycle) noexcept;
 
  private:

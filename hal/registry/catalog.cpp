@@ -9,7 +9,7 @@
 namespace tolvane::hal {
 
 void Catalog::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
-  // The desks of drivers before are kept alive by their threads' use of them: they are never destroyed.
+  // Desks are never destroyed: their threads go on using them.
   static auto* const retired = new std::vector<DeskRef>;
   const std::lock_guard lock(mutex_);
   for (Source& source : sources_) {
@@ -20,7 +20,7 @@ void Catalog::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
   allAsked_ = false;
   std::set<std::string> servers;
   for (auto& driver : drivers) {
-    // Asking it would already make a client on a server that an earlier driver serves.
+    // Even asking this driver would make a client on a server that an earlier driver serves.
     const std::string server = driver->server();
     if (!server.empty() && !servers.insert(server).second) continue;
     sources_.push_back({std::make_shared<DriverDesk>(std::move(driver), onNews_), nullptr, 0, 0, {}});
@@ -86,7 +86,7 @@ void Catalog::take(const DeskRef& desk, std::uint64_t call, std::shared_ptr<cons
   const auto source =
       std::find_if(sources_.begin(), sources_.end(), [&](const Source& s) { return s.desk == desk; });
   if (source == sources_.end()) return;
-  // Somebody else has taken a later answer, or the one that this call has not waited for.
+  // Another caller has already taken a later answer, or the answer that this call did not wait for.
   if (answer ? answer->number < source->answered : call <= source->answered) return;
   if (answer) {
     source->answered = answer->number;
@@ -95,7 +95,7 @@ void Catalog::take(const DeskRef& desk, std::uint64_t call, std::shared_ptr<cons
   source->answer = answer && !answer->failure ? std::move(answer) : nullptr;
 }
 
-/// Makes the list of all answers anew: what one driver lists may hide what a later one has.
+/// Rebuilds the list from all answers: a device of one driver may hide a device of a later one.
 void Catalog::relist() {
   std::vector<std::shared_ptr<Device>> before;
   for (Source& source : sources_) {

@@ -16,56 +16,57 @@ namespace tolvane::hal {
 /// A list of devices.
 struct DeviceListing {
   std::vector<AudioObjectID> devices;
-  std::vector<std::string> silentDrivers;  // whose devices are missing, since they do not answer
+  std::vector<std::string> silentDrivers;  // did not answer in time; their devices are missing
 };
 
-/// The drivers, and every device that one of them has ever listed. An identifier is a device's by its uid,
-/// from 2 on, and never another's. It lives as long as the process.
+/// The drivers, and every device that one of them has ever listed. Each uid gets an identifier of its own,
+/// from 2 on, which is never given to another device. The catalog lives as long as the process.
 class Catalog {
  public:
-  /// `onNews` as the desks call it.
+  /// `onNews` is passed to every DriverDesk.
   explicit Catalog(std::function<void()> onNews) : onNews_(std::move(onNews)) {}
 
-  /// Lists the devices of these drivers, in this order, from now on; drivers it had before are kept, unasked.
-  /// A driver for a server that an earlier one of them reaches is left out. [not-io]
+  /// Replaces the drivers: from now on lists the devices of these, in this order. The previous drivers stay
+  /// alive but are not asked again. A driver is left out if an earlier one reaches the same server. [not-io]
   void useDrivers(std::vector<std::unique_ptr<Driver>> drivers);
 
   /// A driver that takes longer to answer is left out of the list.
   static constexpr std::chrono::milliseconds kAnswerLimit{150};
-  /// The same for the first list of all: a sound server is often started by the first who connects to it.
+  /// The limit for the first list, which is longer: the first client that connects often starts the sound
+  /// server.
   static constexpr std::chrono::milliseconds kFirstAnswerLimit{1000};
 
-  /// Asks every driver, all at a time, and gives the whole list. Throws what a driver threw: then there is
-  /// none. [not-io]
+  /// Asks all drivers at once and returns the whole list. If a driver threw, rethrows its exception instead.
+  /// [not-io]
   DeviceListing askAll();
   /// Asks one driver. [not-io]
   void ask(const std::shared_ptr<DriverDesk>& desk);
-  /// Asks the drivers that have news. [not-io]
+  /// Asks the drivers that reported a change since their last answer. [not-io]
   void askThoseWithNews();
 
-  /// The device of this identifier, up to date with what its driver told of; null when there is none.
-  /// [not-io]
+  /// The device with this identifier; null if there is none. If the driver has reported a change, asks it
+  /// first, so that the device is up to date. [not-io]
   std::shared_ptr<Device> device(AudioObjectID id);
   [[nodiscard]] std::vector<std::shared_ptr<Device>> devices() const;
 
-  /// True once after each change of the list; the first list is none. [not-io]
+  /// True once after a change of the list. The first list is not a change. [not-io]
   bool takeListChange();
 
  private:
   using DeskRef = std::shared_ptr<DriverDesk>;
   struct Source {
     DeskRef desk;
-    std::shared_ptr<const DriverAnswer> answer;  // null while the driver does not answer, or fails
-    std::uint64_t answered = 0;                  // the number of its last answer, and the news it knew of
-    std::uint64_t news = 0;
+    std::shared_ptr<const DriverAnswer> answer;  // null if the driver did not answer in time, or failed
+    std::uint64_t answered = 0;                  // number of its last answer
+    std::uint64_t news = 0;                      // news that this answer includes
     std::vector<std::shared_ptr<Device>> devices;
   };
 
   [[nodiscard]] std::vector<DeskRef> desks() const;
   [[nodiscard]] std::vector<DeskRef> desksWithNews() const;
   struct Asked {
-    std::vector<std::shared_ptr<const DriverAnswer>> answers;  // in the desks' order; null for none in time
-    std::vector<AudioObjectID> list;                           // the whole one, with these answers
+    std::vector<std::shared_ptr<const DriverAnswer>> answers;  // in the desks' order; null if not in time
+    std::vector<AudioObjectID> list;                           // the whole list, including these answers
   };
   Asked askThese(const std::vector<DeskRef>& desks, std::chrono::milliseconds limit);
   void take(const DeskRef& desk, std::uint64_t call, std::shared_ptr<const DriverAnswer> answer);
@@ -75,12 +76,12 @@ class Catalog {
   void publishList();
 
   const std::function<void()> onNews_;
-  mutable std::mutex mutex_;  // never held while a driver is waited for
+  mutable std::mutex mutex_;  // never held while waiting for a driver
   std::vector<Source> sources_;
   std::map<std::string, std::shared_ptr<Device>> byUid_;
   std::map<AudioObjectID, std::shared_ptr<Device>> byId_;
   std::vector<AudioObjectID> list_;
-  std::atomic<bool> allAsked_{false};  // askAll() has given a list of these drivers
+  std::atomic<bool> allAsked_{false};  // askAll() has asked these drivers before
   bool listed_ = false;
   bool listChanged_ = false;
   AudioObjectID nextId_ = kAudioObjectSystemObject + 1;

@@ -11,36 +11,36 @@
 
 namespace tolvane::hal {
 
-/// One device that has ever been listed: an identity, what its driver last said of it, and what its running
-/// sessions say now. It is never forgotten, so that its object identifier stays its own.
+/// One device that has been listed at least once: its identity, the driver's last report, and what its
+/// running sessions report now. A device is never deleted, so its object identifier stays its own.
 class Device {
  public:
   Device(AudioObjectID id, std::shared_ptr<DriverDesk> desk, DeviceInfo info, Clock::time_point listedAt);
 
   [[nodiscard]] AudioObjectID id() const noexcept { return id_; }
 
-  // From lists. [not-io]
+  // Updates from device lists. [not-io]
   void list(std::shared_ptr<DriverDesk> desk, DeviceInfo info, Clock::time_point listedAt);
   void unlist();
-  /// What the driver last said, also of a device that is gone.
+  /// The driver's last report, even if the device is gone.
   [[nodiscard]] DeviceInfo info() const;
   [[nodiscard]] std::shared_ptr<DriverDesk> desk() const;
-  /// When the driver was last asked and named the device; none when it did not name it the last time.
+  /// The time at which the driver was asked for its last answer; none if that answer did not name the device.
   [[nodiscard]] std::optional<Clock::time_point> listedAt() const;
 
-  // From sessions. [any-thread]
+  // Updates from sessions. [any-thread]
   void countOverload() noexcept { overloads_.fetch_add(1, std::memory_order_relaxed); }
   void sessionFormat(double sampleRateHz, std::uint32_t bufferFrames) noexcept;
-  /// The session is over: what lists say holds again.
+  /// The session is over: the driver's report applies again.
   void forgetSessionFormat() noexcept { sessionFormat(0.0, 0); }
 
-  /// What a running session says, else what the driver last said. [not-io]
+  /// What a running session reports, else the driver's last report. [not-io]
   [[nodiscard]] double sampleRateHz() const;
   [[nodiscard]] std::uint32_t bufferFrames() const;
   [[nodiscard]] std::uint32_t overloads() const noexcept;
 
-  /// The properties whose value is another than at the last call, by selector, one 'over' for each overload.
-  /// `alive` is the device's present value of 'livn'. [not-io]
+  /// The selectors of the properties that have changed since the last call, with one 'over' for each
+  /// overload. `alive` is the current value of 'livn'. [not-io]
   std::vector<AudioObjectPropertySelector> takeChanges(bool alive);
 
  private:
@@ -55,7 +55,7 @@ class Device {
   void takeListChanges(std::vector<AudioObjectPropertySelector>& changes);
 
   const AudioObjectID id_;
-  std::atomic<double> sessionSampleRateHz_{0.0};  // 0: no session has said
+  std::atomic<double> sessionSampleRateHz_{0.0};  // 0: no session has reported
   std::atomic<std::uint32_t> sessionBufferFrames_{0};
   std::atomic<std::uint32_t> overloads_{0};
 
@@ -64,7 +64,7 @@ class Device {
   DeviceInfo info_;
   std::optional<Clock::time_point> listedAt_;
   Published published_;
-  bool relisted_ = false;  // info_ is another than published_.info
+  bool relisted_ = false;  // info_ has changed since published_.info was taken
 };
 
 }  // namespace tolvane::hal

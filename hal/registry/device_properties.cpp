@@ -86,7 +86,7 @@ OSStatus readStreams(DeviceObject& object, const ValueRoom& room) {
   const StreamLayout& streams = info.*kStreams;
   const std::size_t size = offsetof(AudioBufferList, mBuffers) + streams.size() * sizeof(AudioBuffer);
   if (*room.dataSize < size) return kAudioHardwareBadPropertySizeError;
-  // Copied in bytes: the client's room may lie at any address.
+  // Copied bytewise: the client's buffer may lie at any address.
   std::vector<std::byte> list(size);
   const auto count = static_cast<UInt32>(streams.size());
   std::memcpy(list.data(), &count, sizeof count);

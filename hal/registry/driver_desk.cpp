@@ -10,7 +10,7 @@ namespace tolvane::hal {
 
 namespace {
 
-// How long a driver whose server is silent is left alone before it is called again.
+// Pause before the next call of a driver whose server has not answered yet.
 constexpr std::chrono::milliseconds kSilenceInterval{20};
 
 }  // namespace
@@ -22,7 +22,7 @@ DriverDesk::Ticket DriverDesk::ask() {
   const std::lock_guard lock(mutex_);
   if (std::exchange(lateAnswer_, false)) return {done_, 0};
   if (overdue_) return {begun_, 0, true};
-  wanted_ = begun_ + 1;  // a call under way may have looked before the change that the asker knows of
+  wanted_ = begun_ + 1;  // a call under way may predate a change that the caller knows of
   if (!working_) working_ = runDetached("tolvane-driver", [this] { work(); });
   if (!working_) {
     DriverAnswer none;

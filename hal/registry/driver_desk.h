@@ -1,4 +1,4 @@
-// Where one driver is asked for its devices without anybody having to wait for a driver that hangs.
+// Asks one driver for its devices, so that nobody has to wait for a driver that hangs.
 #pragma once
 
 #include <atomic>
@@ -19,46 +19,46 @@ using Clock = std::chrono::steady_clock;
 
 /// One answer of a driver.
 struct DriverAnswer {
-  std::uint64_t number = 0;  // of the call, from 1 on
-  std::uint64_t news = 0;    // that there had been when the driver was called
+  std::uint64_t number = 0;  // of the call, from 1
+  std::uint64_t news = 0;    // news count when the driver was called
   Clock::time_point askedAt;
   std::vector<DeviceInfo> devices;
-  std::exception_ptr failure;  // set: there is no answer, and this is why
+  std::exception_ptr failure;  // if set, the call failed with this exception
 };
 
-/// Asks on a thread of its own, one call at a time. It lives as long as the process.
+/// Calls the driver on a thread of its own, one call at a time. A desk lives as long as the process.
 class DriverDesk final : public DeviceObserver {
  public:
-  /// `onNews` is called, on any thread but an IO thread, when asking again would bring something new: the
-  /// driver says so, or the answer to an overdue call came.
+  /// `onNews` is called when asking again would give something new: the driver reported a change, or an
+  /// overdue call has ended. Called on any thread except an IO thread.
   DriverDesk(std::unique_ptr<Driver> driver, std::function<void()> onNews);
 
   [[nodiscard]] Driver& driver() const noexcept { return *driver_; }
 
-  /// What ask() gives for answer().
+  /// Made by ask() for answer().
   struct Ticket {
-    std::uint64_t call = 0;      // whose answer is wanted, by number
-    std::uint64_t underWay = 0;  // the call that was under way when it was asked for; 0 for none
-    bool isOverdue = false;      // not waited for
+    std::uint64_t call = 0;      // number of the call whose answer is wanted
+    std::uint64_t underWay = 0;  // the call that was under way at ask(); 0 for none
+    bool isOverdue = false;      // an overdue call; answer() does not wait for it
   };
 
-  /// Has the driver called after this moment, and returns at once. Two exceptions: the driver is not called
-  /// while a call is overdue; and the answer of a call that was overdue is had, once, without calling.
-  /// Where there is no thread to call it on, the answer is a failure. [not-io]
+  /// Requests a call of the driver that begins after this moment, and returns at once. Two exceptions: while
+  /// a call is overdue, there is no new call; and once an overdue call has ended, its answer is given once
+  /// without a new call. If the calling thread cannot be created, the answer is a failure. [not-io]
   Ticket ask();
 
-  /// The answer for the ticket, or a later one. When it has not come by `deadline`, that of the call that was
-  /// under way, if it has come, since a driver that has two calls to answer may take twice its time; else
-  /// null. [not-io]
+  /// Returns the answer for the ticket, or a later one. If there is none by `deadline`, returns the answer of
+  /// the call that was under way, if that has ended, since a driver with two calls to serve may take twice
+  /// its time. Otherwise returns null. [not-io]
   std::shared_ptr<const DriverAnswer> answer(const Ticket& ticket, Clock::time_point deadline);
 
-  /// How often there has been news. [any-thread]
+  /// The number of changes reported so far. [any-thread]
   [[nodiscard]] std::uint64_t news() const noexcept { return news_.load(); }
 
-  /// Somebody has given up waiting for a call that has not ended yet. [not-io]
+  /// True if a caller has given up waiting for a call that has not ended yet. [not-io]
   [[nodiscard]] bool overdue() const;
 
-  /// The driver tells of changes by itself. [any-thread]
+  /// True if the driver reports changes by itself. [any-thread]
   [[nodiscard]] bool notifies() const noexcept { return notifies_.load(); }
 
   void devicesChanged(Driver& driver) noexcept override;
@@ -76,15 +76,15 @@ class DriverDesk final : public DeviceObserver {
 
   mutable std::mutex mutex_;  // never held while the driver is called
   std::condition_variable changed_;
-  bool working_ = false;      // the thread has been made
-  std::uint64_t wanted_ = 0;  // calls asked for, begun and done, by number
+  bool working_ = false;      // the thread exists
+  std::uint64_t wanted_ = 0;  // number of the last call asked for; the next two: begun, done
   std::uint64_t begun_ = 0;
   std::uint64_t done_ = 0;
-  bool overdue_ = false;     // somebody gave up waiting for the call that is under way
-  bool lateAnswer_ = false;  // answer_ came after that and nobody has had it
+  bool overdue_ = false;     // a caller gave up waiting for the call under way
+  bool lateAnswer_ = false;  // answer_ came after that, and no caller has taken it
   std::shared_ptr<const DriverAnswer> answer_;
 
-  bool observes_ = false;  // the calling thread's own: the driver knows whom to tell
+  bool observes_ = false;  // used by the calling thread only: setObserver() has been called
 };
 
 }  // namespace tolvane::hal

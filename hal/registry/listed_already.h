@@ -7,17 +7,18 @@
 
 namespace tolvane::hal {
 
-/// The rule that makes one list of several drivers' answers: what an earlier driver has listed is not listed
-/// again, by whatever way a later one reaches it. Not thread-safe. [not-io]
+/// Merges the answers of several drivers into one list: what an earlier driver has listed is not listed
+/// again, however a later one reaches it. Not thread-safe. [not-io]
 class ListedAlready {
  public:
-  /// Begins the next driver, in their order.
+  /// Begins the next driver, in list order.
   void begin();
 
-  /// The device has been listed: one of its identity, or, by earlier drivers, all of its cards.
+  /// True if a device of the same uid is listed, or if earlier drivers have listed all of the device's sound
+  /// cards.
   [[nodiscard]] bool has(const DeviceInfo& device) const;
 
-  /// Lists it, as one of the driver that was begun last.
+  /// Lists the device as one of the current driver.
   void add(const DeviceInfo& device);
 
  private:

@@ -11,18 +11,18 @@
 
 namespace tolvane::hal {
 
-/// The property listeners, and the thread that calls them. It lives as long as the process.
+/// The property listeners, and the thread that calls them. The notifier lives as long as the process.
 class Notifier {
  public:
-  /// As AudioObjectAddPropertyListener and AudioObjectRemovePropertyListener, without their checks. False,
-  /// and nothing is added, when there is no thread to call it on. [not-io]
+  /// Like AudioObjectAddPropertyListener and AudioObjectRemovePropertyListener, without their checks. add()
+  /// returns false and adds nothing if the notification thread cannot be created. [not-io]
   [[nodiscard]] bool add(AudioObjectID object, const AudioObjectPropertyAddress& address,
                          AudioObjectPropertyListenerProc listener, void* clientData);
   void remove(AudioObjectID object, const AudioObjectPropertyAddress& address,
               AudioObjectPropertyListenerProc listener, void* clientData);
 
-  /// Has the listeners that the property has now called, once for each post, in the order of the posts.
-  /// [not-io]
+  /// Queues a call of every listener that the property has now. Each post gives one call, in the order of the
+  /// posts. [not-io]
   void post(AudioObjectID object, const AudioObjectPropertyAddress& address);
 
  private:
@@ -44,8 +44,8 @@ class Notifier {
   std::condition_variable posted_;
   std::condition_variable returned_;
   std::vector<ListenerRef> listeners_;
-  std::deque<ListenerRef> due_;  // whom to call, in order
-  ListenerRef called_;           // the one that is running
+  std::deque<ListenerRef> due_;  // listeners to call, in order
+  ListenerRef called_;           // the listener that is running
   std::thread::id thread_;
   bool working_ = false;
 };

@@ -1,4 +1,4 @@
-// The properties of every kind of object: one table for each.
+// The property tables, one for each kind of object.
 #pragma once
 
 #include <memory>
@@ -8,9 +8,9 @@
 
 namespace tolvane::hal {
 
-/// What a client gives and gets back with a value.
+/// The client's buffer for a value.
 struct ValueRoom {
-  UInt32* dataSize;  // in: the room; out: the bytes written
+  UInt32* dataSize;  // in: bytes at `data`; out: bytes written
   void* data;
 };
 
@@ -19,15 +19,15 @@ template <typename Object>
 struct Property {
   AudioObjectPropertySelector selector;
   AudioObjectPropertyScope scope;
-  /// The bytes of the value. [not-io]
+  /// The size of the value in bytes. [not-io]
   UInt32 (*size)(Object& object);
   /// Writes the value, or returns kAudioHardwareBadPropertySizeError. [not-io]
   OSStatus (*read)(Object& object, const ValueRoom& room);
-  /// Null of a property that cannot be set. [not-io]
+  /// Sets the value. Null if the property cannot be set. [not-io]
   OSStatus (*write)(Object& object, UInt32 dataSize, const void* data);
 };
 
-/// A device with the registry that it is of.
+/// A device and its registry.
 struct DeviceObject {
   Registry& registry;
   std::shared_ptr<Device> device;

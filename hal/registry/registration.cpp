@@ -8,12 +8,11 @@ namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kStartLimit = 5s;        // a driver's start that takes longer has failed
-constexpr auto kTeardownLimit = 800ms;  // what a stop waits for a session to end
+constexpr auto kStartLimit = 5s;        // a driver's start fails if it takes longer
+constexpr auto kTeardownLimit = 800ms;  // how long a stop waits for the session to end
 constexpr auto kRetryInterval = 500ms;
-constexpr auto kResumeLimit =
-    200ms;  // what a session has to resume by itself once its device is listed again
-constexpr auto kOutgoingLimit = 500ms;  // what the next session waits for the one before to end
+constexpr auto kResumeLimit = 200ms;    // how long a session may take to resume once its device is listed
+constexpr auto kOutgoingLimit = 500ms;  // how long a new session waits for the previous one to end
 
 }  // namespace
 
@@ -129,7 +128,7 @@ void Registration::superviseRun(Clock::time_point now) {
   }
 }
 
-/// A session may resume by itself when its device is back, and is replaced when it does not.
+/// A session may resume by itself when its device is back. Replaces the session if it does not.
 void Registration::superviseSession(Clock::time_point now) {
   if (run_->alive()) {
     lostAt_.reset();
@@ -145,7 +144,7 @@ void Registration::superviseSession(Clock::time_point now) {
   }
 }
 
-/// The driver has named the device in an answer that it began after the loss.
+/// True if the driver named the device in an answer that it began after the loss.
 bool Registration::listedAgain() const {
   const auto listedAt = device_->listedAt();
   return listedAt && *listedAt > *lostAt_;

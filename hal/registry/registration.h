@@ -8,8 +8,8 @@
 
 namespace tolvane::hal {
 
-/// A callback registered on a device: wanted from its start to its stop, and run by a session as long as the
-/// device is there.
+/// A callback registered on a device. The client wants it from its start to its stop. A session runs it as
+/// long as the device is present.
 class Registration {
  public:
   enum class Presence { idle, there, lost };
@@ -18,23 +18,24 @@ class Registration {
 
   [[nodiscard]] const std::shared_ptr<Device>& device() const noexcept { return device_; }
 
-  /// As AudioDeviceStart and AudioDeviceStop. [not-io]
+  /// Like AudioDeviceStart and AudioDeviceStop. [not-io]
   OSStatus start();
   void stop();
 
-  /// For the end of the process: has the session ended without waiting. [not-io]
+  /// Ends the session without waiting, at the end of the process. [not-io]
   void abandon();
-  /// Waits until what abandon() began is done. [not-io]
+  /// Waits until the end that abandon() began is complete, or until the deadline. [not-io]
   void waitAbandoned(Clock::time_point deadline);
 
-  /// Whether the device is there for this registration. [not-io]
+  /// The state of the device for this registration: idle until a start has succeeded and after the stop, then
+  /// there or lost. [not-io]
   [[nodiscard]] Presence presence() const;
 
-  /// The thread that runs the callback, by its kernel id; 0 while none does. [not-io]
+  /// Kernel id of the thread that runs the callback; 0 if there is none. [not-io]
   [[nodiscard]] pid_t ioThread() const;
 
-  /// Moves on with a lost device: notes the loss, and starts a session when the device is listed again.
-  /// Returns at once; to be called again and again while presence() is not idle. [not-io]
+  /// Handles a lost device: notes the loss, and starts a session when the device is listed again. Returns at
+  /// once. Called repeatedly while presence() is not idle. [not-io]
   void supervise(Clock::time_point now);
 
  private:
@@ -52,19 +53,19 @@ class Registration {
   const AudioDeviceIOProc proc_;
   void* const clientData_;
 
-  std::mutex stopping_;  // one stop at a time: each returns when the callback has stopped
+  std::mutex stopping_;  // one stop at a time: each returns once the callback has stopped
 
-  mutable std::mutex mutex_;  // never held while a driver or the callback is waited for
+  mutable std::mutex mutex_;  // never held while waiting for a driver or the callback
   bool wanted_ = false;
-  bool starting_ = false;  // a caller of start() waits for the run
-  DeviceInfo promised_;    // its streams are what the callback was started with
+  bool starting_ = false;  // a start() call is waiting for the run
+  DeviceInfo promised_;    // has the streams that the callback was started with
   RunRef run_;
-  RunRef outgoing_;  // the one before, being ended
+  RunRef outgoing_;  // the previous run, while it ends
   Clock::time_point begunAt_;
   Clock::time_point outgoingSince_;
   Clock::time_point retryAt_;
-  std::optional<Clock::time_point> lostAt_;  // when the session said so
-  std::optional<Clock::time_point> backAt_;  // when the device was seen listed after that
+  std::optional<Clock::time_point> lostAt_;  // when supervise() saw the loss
+  std::optional<Clock::time_point> backAt_;  // when supervise() then saw the device listed again
 };
 
 }  // namespace tolvane::hal

@@ -14,15 +14,15 @@ namespace {
 
 using namespace std::chrono_literals;
 
-// What the process's end waits for sessions to end.
+// How long the end of the process waits for sessions to end.
 constexpr auto kExitLimit = 600ms;
-// What a driver has for changing a device's frames a cycle.
+// How long a driver may take to change a device's buffer size.
 constexpr auto kSetLimit = 500ms;
 
 }  // namespace
 
 Registry& Registry::shared() {
-  // Never destroyed: devices' and listeners' threads may run until the very end of the process.
+  // Never destroyed: the threads of devices and listeners may run until the process ends.
   static auto* const registry = [] {
     auto* const made = new Registry;
     made->useDrivers(makeDrivers());
@@ -90,7 +90,7 @@ AudioDeviceIOProcID Registry::createProc(std::shared_ptr<Device> device, AudioDe
                                          void* clientData) {
   auto registration = std::make_shared<Registration>(std::move(device), proc, clientData);
   const std::lock_guard lock(mutex_);
-  // No address of any function: an identifier says nothing but which registration it is.
+  // A running number, not the address of a function: it only identifies the registration.
   const auto id = std::bit_cast<AudioDeviceIOProcID>(++lastProcId_);
   registrations_[id] = std::move(registration);
   return id;

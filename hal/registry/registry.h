@@ -12,32 +12,31 @@
 
 namespace tolvane::hal {
 
-/// What stands behind the C surface: the devices, the registrations and the listeners of the process, and the
-/// thread that carries what sessions say to the listeners and starts lost devices again. Made on first use
-/// with the driver table's drivers, never destroyed.
+/// Implements the C surface: the devices, registrations and listeners of the process, and the thread that
+/// passes session events to the listeners and restarts lost devices. Made on first use with the drivers of
+/// the driver table, never destroyed.
 class Registry {
  public:
   static Registry& shared();
 
-  /// Lists the devices of these drivers instead, from now on. A device keeps its identifier by its uid.
-  /// Nothing may be started. For programs that bring a driver of their own, as tests do. [not-io]
+  /// Replaces the drivers, for programs with a driver of their own, such as tests. A device keeps its
+  /// identifier by its uid. No callback may be started during the call. [not-io]
   void useDrivers(std::vector<std::unique_ptr<Driver>> drivers);
 
-  /// Every driver is asked; those that do not answer in time are left out. Throws as Catalog::askAll() does.
-  /// [not-io]
+  /// Asks every driver; leaves out those that do not answer in time. Throws like Catalog::askAll(). [not-io]
   DeviceListing listDevices();
   /// Null when there is none. [not-io]
   std::shared_ptr<Device> device(AudioObjectID id) { return catalog_.device(id); }
-  /// 'livn': by its running sessions, else by the list. [not-io]
+  /// The value of 'livn': from the device's running sessions, else from the list. [not-io]
   [[nodiscard]] bool alive(const Device& device) const;
-  /// The thread that runs a callback on the device, by its kernel id; 0 while none does. [not-io]
+  /// Kernel id of the thread that runs a callback on the device; 0 if there is none. [not-io]
   [[nodiscard]] pid_t ioThread(const Device& device) const;
-  /// As setting 'fsiz', within the device's range. [not-io]
+  /// Sets 'fsiz'. `frames` is within the device's range. [not-io]
   OSStatus setBufferFrames(const std::shared_ptr<Device>& device, std::uint32_t frames);
 
   [[nodiscard]] Notifier& notifier() noexcept { return notifier_; }
 
-  /// As the C surface's functions, without the checks of their arguments. [not-io]
+  /// Like the functions of the C surface, without the checks of their arguments. [not-io]
   AudioDeviceIOProcID createProc(std::shared_ptr<Device> device, AudioDeviceIOProc proc, void* clientData);
   OSStatus start(AudioObjectID device, AudioDeviceIOProcID procId);
   OSStatus stop(AudioObjectID device, AudioDeviceIOProcID procId);
@@ -60,19 +59,19 @@ class Registry {
   Notifier notifier_;
   Catalog catalog_;
 
-  mutable std::mutex mutex_;  // of the registrations
+  mutable std::mutex mutex_;  // guards the members up to ending_
   std::map<AudioDeviceIOProcID, RegistrationRef> registrations_;
   std::uintptr_t lastProcId_ = 0;
   bool ending_ = false;
 
-  std::mutex publishing_;  // so that values are posted in the order in which they were
+  std::mutex publishing_;  // keeps posts in the order of the changes
 
   std::mutex wakeMutex_;
   std::condition_variable woken_;
   bool wake_ = false;
-  bool supervised_ = false;  // the thread has been made
+  bool supervised_ = false;  // the thread exists
   std::once_flag exitHandled_;
-  Clock::time_point lastAskedAfterLost_;  // the supervising thread's own
+  Clock::time_point lastAskedAfterLost_;  // used by the supervising thread only
 };
 
 }  // namespace tolvane::hal

@@ -16,7 +16,7 @@ namespace {
 
 thread_local bool inCallbackHere = false;
 
-// The thread that stops polls: waking it would cost the IO thread a system call in every cycle.
+// The stopping thread polls: waking it would cost the IO thread a system call in every cycle.
 constexpr std::chrono::microseconds kPollInterval{100};
 
 void clear(AudioBufferList& output) noexcept {
@@ -79,8 +79,8 @@ void Run::end() {
   lock.unlock();
   changed_.notify_all();
   device_->forgetSessionFormat();
-  if (before == State::starting) return;  // the thread that starts it sees to its end
-  // The session is taken by that thread alone: whoever destroys it may be kept by the driver.
+  if (before == State::starting) return;  // startSession() ends the session when the driver returns
+  // Only the thread that destroys the session takes it: the driver may block that thread.
   const bool isLeft = before != State::failed && runDetached("tolvane-stop", [self = shared_from_this()] {
                         self->endSession(self->takeSession());
                       });
@@ -133,15 +133,16 @@ void Run::setState(State state) {
 }
 
 void Run::cycle(const IoCycle& cycle) noexcept {
-  // Entering is announced before the gate is looked at, and the gate is shut before the announcement is
-  // looked at: in the one order of all of these, either this cycle sees the gate shut or whoever stops sees
-  // it running.
+  // The cycle sets inCallback_ before it reads shut_. Ending sets shut_ before anybody reads inCallback_. All
+  // four accesses are sequentially consistent, so either this cycle sees the gate shut or the stopping thread
+  // sees the callback running.
   inCallback_.store(true);
   if (shut_.load()) {
     clear(*cycle.output);
   } else {
     const IoCycle& seen = view_.show(cycle);
-    // The one system call of a session's cycles. A driver may not know the thread: it is a library's.
+    // The only system call in the cycles of a session. The driver may not know the thread, since a library
+    // may own it.
     if (ioThread_.load(std::memory_order_relaxed) == 0) ioThread_.store(gettid());
     const IoCallbackScope scope;
     inCallbackHere = true;

@@ -13,20 +13,20 @@
 
 namespace tolvane::hal {
 
-/// What a registration has called, with the streams that it has been promised.
+/// The callback of a registration, with its device and client data.
 struct Callback {
   AudioObjectID device;
   AudioDeviceIOProc proc;
   void* clientData;
 };
 
-/// True on the thread that is running a callback. [any-thread]
+/// True if the calling thread is running a callback. [any-thread]
 bool onIoThread() noexcept;
 
-/// One session from its start to its end, and the gate between the driver's thread and the callback: once the
-/// gate is shut the callback runs no more, whatever the driver still does. The driver's start and the
-/// session's end run on threads of their own, which hold the run as long as they last, so that a driver which
-/// hangs there keeps nobody else.
+/// One session from start to end, and the gate between the driver's thread and the callback. Once the gate is
+/// shut, the callback never runs again, whatever the driver does. The driver's start and the end of the
+/// session run on threads of their own, which keep the run alive, so a driver that hangs there blocks nobody
+/// else.
 class Run final : public SessionClient, public std::enable_shared_from_this<Run> {
  public:
   enum class State { idle, starting, running, failed, ending, over };
@@ -34,28 +34,29 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   Run(std::shared_ptr<Device> device, const Callback& callback, const DeviceInfo& promised,
       const DeviceInfo& actual);
 
-  /// Has the driver start the session; returns at once. Called once. Fails where there is no thread for it.
-  /// [not-io]
+  /// Starts the session on a thread of its own and returns at once. Called once. The run fails if no thread
+  /// can be created. [not-io]
   void begin();
-  /// Waits until the start has ended, well or not, or the run was ended. False at the deadline. [not-io]
+  /// Waits until the start has succeeded or failed, or the run was ended. False at the deadline. [not-io]
   bool waitBegun(Clock::time_point deadline);
 
-  /// Shuts the gate and has the session ended; returns at once, or, where there is no thread for it, when the
-  /// session has ended. Ending twice does nothing. [not-io]
+  /// Shuts the gate, then ends the session on a thread of its own and returns at once. If no thread can be
+  /// created, ends the session before returning. Ending again does nothing. [not-io]
   void end();
-  /// Waits until the callback is not running; it will not run again once end() was called. [not-io]
+  /// Waits until the callback is not running. It does not run again after end(). With a deadline: false when
+  /// that is reached. [not-io]
   void waitSilent() const;
   bool waitSilent(Clock::time_point deadline) const;
   /// Waits until the session is gone. False at the deadline. [not-io]
   bool waitOver(Clock::time_point deadline);
 
   [[nodiscard]] State state() const;
-  /// What the driver's start said. [not-io]
+  /// The status of the driver's start. [not-io]
   [[nodiscard]] OSStatus status() const;
   [[nodiscard]] bool inCallback() const noexcept { return inCallback_.load(); }
-  /// The thread of the cycles, by its kernel id; 0 before the first. [any-thread]
+  /// Kernel id of the thread that runs the cycles; 0 before the first cycle. [any-thread]
   [[nodiscard]] pid_t ioThread() const noexcept { return ioThread_.load(); }
-  /// The session has not said that its device is gone. [any-thread]
+  /// False while the session reports its device as gone. [any-thread]
   [[nodiscard]] bool alive() const noexcept { return alive_.load(); }
 
   void cycle(const IoCycle& cycle) noexcept override;

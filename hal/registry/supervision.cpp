@@ -1,5 +1,5 @@
-// The registry's own thread. Sessions leave what happens to them in atomic fields, without waking anybody,
-// since it may be an IO thread that does; this thread looks at them while anything is started.
+// The registry's supervising thread. Sessions record events in atomic fields and wake nobody, because an IO
+// thread may be the one that records. The supervising thread polls these fields while anything is started.
 #include <new>
 #include <system_error>
 
@@ -13,7 +13,7 @@ namespace {
 using namespace std::chrono_literals;
 
 constexpr auto kLookInterval = 10ms;
-// How often a driver that does not tell of changes is asked for a device that was lost.
+// How often a driver is asked for a lost device.
 constexpr auto kAskInterval = 500ms;
 
 AudioObjectPropertyAddress addressOf(AudioObjectPropertySelector selector,
@@ -23,14 +23,15 @@ AudioObjectPropertyAddress addressOf(AudioObjectPropertySelector selector,
 
 }  // namespace
 
-/// Makes the thread; false when the system has none left.
+/// Makes the thread if there is none yet; false if the system has none left.
 bool Registry::beSupervised() {
   const std::lock_guard lock(wakeMutex_);
   if (!supervised_) supervised_ = runDetached("tolvane-hal", [this] { supervise(); });
   return supervised_;
 }
 
-/// Nothing is started where the thread cannot be made; news then waits for the next list, or the next start.
+/// If the thread cannot be made, nothing is started either; news then waits for the next list or the next
+/// start.
 void Registry::wake() {
   beSupervised();
   {
@@ -45,8 +46,8 @@ void Registry::supervise() {
     bool started = true;
     try {
       started = superviseOnce(Clock::now());
-    } catch (const std::bad_alloc&) {     // tried again
-    } catch (const std::system_error&) {  // as well
+    } catch (const std::bad_alloc&) {     // try again
+    } catch (const std::system_error&) {  // likewise
     }
     std::unique_lock lock(wakeMutex_);
     if (started) {
@@ -58,7 +59,7 @@ void Registry::supervise() {
   }
 }
 
-/// True when anything is started, and this is to be done again soon.
+/// Returns true if anything is started; the caller then repeats this soon.
 bool Registry::superviseOnce(Clock::time_point now) {
   catalog_.askThoseWithNews();
   std::vector<RegistrationRef> started;
@@ -80,8 +81,8 @@ void Registry::askAfterLost(const std::vector<RegistrationRef>& registrations, C
   }
 }
 
-/// Posts what is new. What a caller's own call has changed is posted before the call returns, so that a
-/// listener which is added next does not hear of it.
+/// Posts all changes. A call that changes something posts the change before it returns, so a listener added
+/// after it does not hear of the change.
 void Registry::publishChanges() {
   const std::lock_guard lock(publishing_);
   if (catalog_.takeListChange()) {

@@ -12,8 +12,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// The list whose size a thread has asked for, kept for the data that it asks for next: the two belong
-/// together, and no driver is asked twice for one reading.
+/// The list whose size this thread read last, kept for its next read of the data. Size and data then match,
+/// and one reading asks each driver once.
 struct SizedList {
   std::vector<AudioObjectID> ids;
   Clock::time_point until;
@@ -21,7 +21,7 @@ struct SizedList {
 thread_local SizedList sizedList;
 constexpr auto kSizedListLife = 100ms;
 
-/// Whose devices are missing in the thread's last list.
+/// The drivers whose devices are missing from this thread's last list.
 thread_local std::vector<std::string> silentDrivers;
 
 std::vector<AudioObjectID> newList(Registry& registry) {

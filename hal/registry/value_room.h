@@ -1,4 +1,4 @@
-// Writing values into the room that a client gave.
+// Writes values into the client's buffer.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@
 
 namespace tolvane::hal {
 
-/// Writes the value whole, or nothing where it has not all its room.
+/// Writes the whole value, or nothing if the buffer is too small.
 template <typename Value>
 OSStatus writeValue(const ValueRoom& room, const Value& value) noexcept {
   if (*room.dataSize < sizeof value) return kAudioHardwareBadPropertySizeError;
@@ -20,7 +20,7 @@ OSStatus writeValue(const ValueRoom& room, const Value& value) noexcept {
   return noErr;
 }
 
-/// Writes as many whole elements as there is room for.
+/// Writes as many whole elements as fit.
 template <typename Element>
 OSStatus writeArray(const ValueRoom& room, const std::vector<Element>& elements) noexcept {
   const std::size_t count = std::min(elements.size(), *room.dataSize / sizeof(Element));
@@ -29,7 +29,7 @@ OSStatus writeArray(const ValueRoom& room, const std::vector<Element>& elements)
   return noErr;
 }
 
-/// Writes a new reference, which becomes the client's own.
+/// Writes a new reference, which the client then owns.
 inline OSStatus writeString(const ValueRoom& room, const std::string& text) {
   if (*room.dataSize < sizeof(CFTypeRef)) return kAudioHardwareBadPropertySizeError;
   return writeValue<CFTypeRef>(room, CFStringCreateWithCString(nullptr, text.c_str(), kCFStringEncodingUTF8));

@@ -1,4 +1,4 @@
-// A system that has no memory, thread or descriptor left, as the HAL's callers are told of it.
+// Reports a lack of memory, threads or descriptors to the HAL's callers.
 #pragma once
 
 #include <new>
@@ -8,8 +8,8 @@
 
 namespace tolvane::hal {
 
-/// The status that `work()` gives; kTolvaneExhaustedError when it throws std::bad_alloc or std::system_error.
-/// [not-io]
+/// Returns the status of `work()`, or kTolvaneExhaustedError if it throws std::bad_alloc or
+/// std::system_error. [not-io]
 template <class Work>
 OSStatus orExhausted(const Work& work) {
   try {

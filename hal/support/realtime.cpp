@@ -19,7 +19,7 @@ bool takePriority(int priority) noexcept {
   return pthread_setschedparam(pthread_self(), SCHED_FIFO | SCHED_RESET_ON_FORK, &wanted) == 0;
 }
 
-/// What the user's limit allows of it; 0 for none.
+/// The priority that the user's limit allows, at most kPriority; 0 for none.
 int allowedPriority() noexcept {
   rlimit limit{};
   if (getrlimit(RLIMIT_RTPRIO, &limit) != 0) return 0;
@@ -29,7 +29,7 @@ int allowedPriority() noexcept {
 }  // namespace
 
 bool becomeRealtime() noexcept {
-  if (takePriority(kPriority)) return true;  // also above the limit, where a privilege allows it
+  if (takePriority(kPriority)) return true;  // a privilege may allow more than the limit
   const int allowed = allowedPriority();
   if (allowed > 0 && takePriority(allowed)) return true;
   prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);

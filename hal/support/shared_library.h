@@ -1,29 +1,29 @@
-// A library of the machine's that the program runs without where it is missing.
+// A library of the system that the program can run without.
 #pragma once
 
 namespace tolvane::hal {
 
-/// The functions of a library, looked up by their names at run time. The library is never unloaded: what it
-/// has started may run to the program's end. [not-io]
+/// The functions of a library, looked up by name at run time. The library is never unloaded: whatever it has
+/// started may run until the program ends. [not-io]
 class SharedLibrary {
  public:
-  /// Loads the library by the file name that its version bears ("libjack.so.0").
+  /// Loads the library by its versioned file name ("libjack.so.0").
   explicit SharedLibrary(const char* fileName) noexcept;
 
-  /// The function of that name, or null.
+  /// The function of this name, or null.
   template <class Function>
   [[nodiscard]] Function find(const char* name) noexcept {
     return reinterpret_cast<Function>(address(name));
   }
 
-  /// Looks up one that must be there.
+  /// Looks up a required function.
   template <class Function>
   void resolve(const char* name, Function& function) noexcept {
     function = find<Function>(name);
     isComplete_ = isComplete_ && function != nullptr;
   }
 
-  /// The library was found, and with it every function that must be there.
+  /// True if the library and every required function were found.
   [[nodiscard]] bool isComplete() const noexcept { return isComplete_; }
 
  private:

@@ -1,4 +1,4 @@
-// Threads of the HAL's own. None of them takes the program's signals.
+// The HAL's own threads. None of them receives the program's signals.
 #pragma once
 
 #include <csignal>
@@ -7,8 +7,8 @@
 
 namespace tolvane::hal {
 
-/// Blocks every signal on the calling thread for its life, so that a thread made meanwhile has all of them
-/// blocked from its first moment on. [not-io]
+/// Blocks all signals on the calling thread for the lifetime of the object. A thread made meanwhile starts
+/// with all signals blocked. [not-io]
 class SignalsBlocked {
  public:
   SignalsBlocked() noexcept;
@@ -20,11 +20,11 @@ class SignalsBlocked {
   sigset_t before_{};
 };
 
-/// Runs `work` on a thread that nobody waits for; false, and `work` is not run, when the system has no thread
-/// to give. `name` (at most 15 bytes) is what debuggers and monitors show. [not-io]
+/// Runs `work` on a thread that nobody waits for. Returns false without running `work` if the system has no
+/// thread left. Debuggers and monitors show `name` (at most 15 bytes). [not-io]
 [[nodiscard]] bool runDetached(const char* name, std::function<void()> work);
 
-/// What to throw for that, where no status can be returned. [not-io]
+/// The exception for a failed runDetached(), where no status can be returned. [not-io]
 [[nodiscard]] std::system_error noThreadLeft();
 
 }  // namespace tolvane::hal

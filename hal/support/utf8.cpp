@@ -9,9 +9,9 @@ namespace {
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
 
 struct Lead {
-  std::size_t bytes;       // of the whole sequence; 0 when no sequence begins so
-  std::uint32_t smallest;  // below it the sequence is longer than needed
-  std::uint32_t bits;      // of the code point
+  std::size_t bytes;       // of the whole sequence; 0 if no sequence begins with this byte
+  std::uint32_t smallest;  // a code point below it has a shorter sequence
+  std::uint32_t bits;      // the part of the code point in this byte
 };
 
 Lead readLead(unsigned char byte) noexcept {
@@ -22,7 +22,7 @@ Lead readLead(unsigned char byte) noexcept {
   return {0, 0, 0};
 }
 
-/// The bytes of the valid sequence that `text` begins with; 0 when there is none.
+/// The number of bytes of the valid sequence at the start of `text`; 0 if there is none.
 std::size_t sequenceBytes(std::string_view text) noexcept {
   const Lead lead = readLead(static_cast<unsigned char>(text[0]));
   if (lead.bytes == 0 || lead.bytes > text.size()) return 0;

@@ -1,4 +1,4 @@
-// UTF-8, as far as the names of devices need it.
+// UTF-8 functions for the names of devices.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 
 namespace tolvane::hal {
 
-/// The UTF-16 code units that the text takes; none when it is not valid UTF-8. [any-thread]
+/// The length of the text in UTF-16 code units; none if it is not valid UTF-8. [any-thread]
 std::optional<std::size_t> utf16Length(std::string_view text) noexcept;
 
 /// The text with every byte that is not part of valid UTF-8 replaced by U+FFFD. [not-io]

@@ -11,7 +11,7 @@ using tolvane::hal::Registry;
 
 namespace {
 
-/// The checks that starting, stopping and destroying have in common.
+/// The checks that start, stop and destroy share.
 OSStatus checkProc(AudioObjectID device, AudioDeviceIOProcID procID) {
   if (procID == nullptr || onIoThread()) return kAudioHardwareIllegalOperationError;
   if (device == kAudioObjectSystemObject) return kAudioHardwareBadDeviceError;
@@ -19,7 +19,7 @@ OSStatus checkProc(AudioObjectID device, AudioDeviceIOProcID procID) {
   return noErr;
 }
 
-/// After these checks, what the registry's operation says.
+/// Makes these checks, then returns the status of the registry's operation.
 OSStatus withProc(AudioObjectID device, AudioDeviceIOProcID procID,
                   OSStatus (Registry::*operation)(AudioObjectID, AudioDeviceIOProcID)) {
   return orExhausted([&] {

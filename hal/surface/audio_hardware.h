@@ -44,7 +44,7 @@ enum : AudioObjectPropertySelector {
   kAudioDevicePropertyStreamConfiguration = 0x736C6179,  // 'slay' device, input or output: AudioBufferList
   kAudioDevicePropertyDeviceUID = 0x75696420,            // 'uid ' device: CFStringRef, the caller releases
   kAudioDevicePropertyNominalSampleRate = 0x6E737274,    // 'nsrt' device: Float64, Hz
-  kAudioDevicePropertyBufferFrameSize = 0x6673697A,      // 'fsiz' device: UInt32, frames a cycle; can be set
+  kAudioDevicePropertyBufferFrameSize = 0x6673697A,      // 'fsiz' device: UInt32, frames per cycle, settable
   kAudioDevicePropertyBufferFrameSizeRange =
       0x66737A23,                                  // 'fsz#' device: AudioValueRange, what 'fsiz' can be
   kAudioDevicePropertyDeviceIsAlive = 0x6C69766E,  // 'livn' device: UInt32, 1 or 0
@@ -58,7 +58,7 @@ struct AudioValueRange {
   Float64 mMaximum;
 };
 
-/// What carries a device's audio. The HAL names its own drivers here, one code each.
+/// The transport of a device's audio. Each driver of this HAL has its own code.
 enum : UInt32 {
   kAudioDeviceTransportTypeUnknown = 0,
   kAudioDeviceTransportTypeAggregate = 0x67727570,  // 'grup'
@@ -82,75 +82,79 @@ enum : OSStatus {
   kAudioDevicePermissionsError = 0x21686F67,             // '!hog': somebody else holds the device
 };
 
-/// The IO callback: once a cycle, on the device's real-time thread, with all buffers of that very cycle. The
-/// input list is read only, the output list is written; both are the HAL's and hold for the call alone. The
-/// HAL clears no output: the callback does. It must not lock, wait, allocate without bound or call
-/// AudioDeviceStop or AudioDeviceDestroyIOProcID. Its result is ignored. [io-thread]
+/// The IO callback. The HAL calls it once per cycle, on the device's real-time thread, with all buffers of
+/// that cycle. The callback reads the input list and writes the output list. The HAL owns both lists; they
+/// are valid only during the call. The HAL clears no output: the callback does. The callback must not lock,
+/// wait, allocate without bound or call AudioDeviceStop or AudioDeviceDestroyIOProcID. Its result is ignored.
+/// [io-thread]
 using AudioDeviceIOProc = OSStatus (*)(AudioObjectID device, const AudioTimeStamp* now,
                                        const AudioBufferList* inputData, const AudioTimeStamp* inputTime,
                                        AudioBufferList* outputData, const AudioTimeStamp* outputTime,
                                        void* clientData);
 using AudioDeviceIOProcID = AudioDeviceIOProc;
 
-/// Told that `count` properties of `object` changed. Called on the HAL's notification thread, never on an IO
-/// thread and never with a lock of the HAL held, so every function of the HAL may be called from it. [not-io]
+/// Called after `count` properties of `object` changed. The HAL calls it on its notification thread, never on
+/// an IO thread, and holds no lock, so the listener may call every function of the HAL. [not-io]
 using AudioObjectPropertyListenerProc = OSStatus (*)(AudioObjectID object, UInt32 count,
                                                      const AudioObjectPropertyAddress* addresses,
                                                      void* clientData);
 
-/// The size in bytes of a property's value. The system object's 'dev#' asks every driver anew, and the data
-/// that the same thread asks for next is of the same list. [not-io]
+/// Gets the size of a property's value in bytes. A call for the system object's 'dev#' asks every driver
+/// again. If the same thread reads the data within 100 ms, it gets the same list. [not-io]
 OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                         UInt32 qualifierDataSize, const void* qualifierData,
                                         UInt32* dataSize);
 
-/// The value. `*dataSize` goes in as the room at `data` and comes out as the bytes written. An array shorter
-/// than the room shortens it; one longer is cut at whole elements; any other value needs all its room.
-/// [not-io]
+/// Gets the value. `*dataSize` is the bytes at `data` on entry, the bytes written on return. An array that
+/// does not fit is cut at whole elements; any other value must fit whole. [not-io]
 OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32 qualifierDataSize, const void* qualifierData, UInt32* dataSize,
                                     void* data);
 
-/// Sets the value, of 'fsiz' alone: within its range, else kAudioHardwareIllegalOperationError. When it has
-/// returned, a device that does not run reads the new value; one that runs changes its cycles soon after.
-/// Errors: kAudioHardwareUnsupportedOperationError (the property, or this device's, cannot be set), and those
-/// of AudioDeviceStart. [not-io]
+/// Sets the value. Only 'fsiz' can be set, within its range, else kAudioHardwareIllegalOperationError. After
+/// the return, a device that is not running reports the new value; a running one changes its cycles soon
+/// after. Errors: kAudioHardwareUnsupportedOperationError (the property, or this device's, cannot be set),
+/// and those of AudioDeviceStart. [not-io]
 OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32 qualifierDataSize, const void* qualifierData, UInt32 dataSize,
                                     const void* data);
 
-/// Calls `listener` after each change of the property, until removed. The same listener with the same client
-/// data and address is added once, however often it is asked for. [not-io]
+/// Calls `listener` after each change of the property, until it is removed. Adding the same listener again
+/// with the same client data and address does nothing and succeeds. [not-io]
 OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                         AudioObjectPropertyListenerProc listener, void* clientData);
 
-/// When it has returned, the listener is not running and will not be called again (called from the listener
-/// itself, it will not be called again). Removing what was never added does nothing and succeeds. [not-io]
+/// Removes a listener. After the return the listener is not running and is not called again. A listener that
+/// removes itself finishes its call and is not called again. Removing a listener that was never added does
+/// nothing and succeeds. [not-io]
 OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                            AudioObjectPropertyListenerProc listener, void* clientData);
 
-/// Registers a callback on a device, not yet called. `*procID` receives its identifier, unique in the
+/// Registers a callback on a device without starting it. `*procID` receives an identifier, unique in the
 /// process. Errors: kAudioHardwareBadDeviceError (the object is no device). [not-io]
 OSStatus AudioDeviceCreateIOProcID(AudioObjectID device, AudioDeviceIOProc proc, void* clientData,
                                    AudioDeviceIOProcID* procID);
 
-/// Starts calling the callback. Starting a started one does nothing and succeeds. A device that is lost while
-/// its callback is started is waited for: when the one with the same 'uid ' is back, the callback is called
-/// again with the streams that it was started with, those that the device no longer has being without data.
-/// Errors: kAudioHardwareBadDeviceError (the device has gone, or the identifier is not one of its own),
-/// kAudioDevicePermissionsError (the device is held by somebody else), kAudioHardwareNotReadyError (the sound
-/// server does not answer), kAudioHardwareNotRunningError (stopped meanwhile on another thread),
+/// Starts calling the callback. Starting a started one does nothing and succeeds.
+///
+/// If the device is lost while its callback is started, the HAL waits for it. When a device with the same
+/// 'uid ' is back, the HAL calls the callback again with the streams that it was started with. Streams that
+/// the device no longer has are without data.
+///
+/// Errors: kAudioHardwareBadDeviceError (the device is gone, or the identifier is not one of its own),
+/// kAudioDevicePermissionsError (somebody else holds the device), kAudioHardwareNotReadyError (the sound
+/// server does not answer), kAudioHardwareNotRunningError (another thread stopped the callback meanwhile),
 /// kAudioHardwareUnspecifiedError (the driver failed otherwise); kAudioHardwareIllegalOperationError on an IO
 /// thread. [not-io]
 OSStatus AudioDeviceStart(AudioObjectID device, AudioDeviceIOProcID procID);
 
-/// Stops calling the callback: when it has returned, within one second whatever the server does (and once the
-/// callback, if it is running, has returned), the callback is not running and will not run. Stopping a
+/// Stops calling the callback. After the return the callback is not running and does not run again. Returns
+/// within one second, whatever the server does, but never before a running callback has returned. Stopping a
 /// stopped one does nothing and succeeds. Errors: kAudioHardwareBadDeviceError;
 /// kAudioHardwareIllegalOperationError on an IO thread. [not-io]
 OSStatus AudioDeviceStop(AudioObjectID device, AudioDeviceIOProcID procID);
 
-/// Stops, as above, and forgets the registration. Errors: as AudioDeviceStop. [not-io]
+/// Stops like AudioDeviceStop and removes the registration. Errors: as AudioDeviceStop. [not-io]
 OSStatus AudioDeviceDestroyIOProcID(AudioObjectID device, AudioDeviceIOProcID procID);
 
 }  // extern "C"

@@ -1,4 +1,4 @@
-// The properties half of the C surface: checks, then the object's table.
+// The property half of the C surface: checks the arguments, then uses the object's table.
 #include "base/thread_check.h"
 #include "hal/registry/properties.h"
 #include "hal/registry/registry.h"
@@ -8,8 +8,7 @@ namespace tolvane::hal {
 
 namespace {
 
-/// Calls `use(object, property)` with what the object and the address name, or returns the status that says
-/// why there is no such thing.
+/// Calls `use(object, property)`. Returns an error status if the object or the property does not exist.
 template <typename Use>
 OSStatus useProperty(AudioObjectID id, const AudioObjectPropertyAddress& address, const Use& use) {
   Registry& registry = Registry::shared();

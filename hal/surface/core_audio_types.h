@@ -19,14 +19,14 @@ using Boolean = unsigned char;
 enum : OSStatus { noErr = 0 };
 
 /// The samples of one stream for one IO cycle: `mNumberChannels` channels of 32-bit float, interleaved, in
-/// `mDataByteSize` bytes at `mData`; `mData` is null where the stream has no data this cycle.
+/// `mDataByteSize` bytes at `mData`; `mData` is null if the stream has no data this cycle.
 struct AudioBuffer {
   UInt32 mNumberChannels;
   UInt32 mDataByteSize;
   void* mData;
 };
 
-/// `mNumberBuffers` buffers, one a stream; the array is as long as that number says.
+/// `mNumberBuffers` buffers, one per stream. The array has that many elements.
 struct AudioBufferList {
   UInt32 mNumberBuffers;
   AudioBuffer mBuffers[1];
@@ -45,7 +45,7 @@ struct SMPTETime {
 };
 
 /// A moment on the device's clock (`mSampleTime`, frames) and on the host's (`mHostTime`, nanoseconds of the
-/// monotonic clock); `mFlags` says which fields hold.
+/// monotonic clock); `mFlags` says which fields are valid.
 struct AudioTimeStamp {
   Float64 mSampleTime;
   UInt64 mHostTime;

@@ -1,20 +1,20 @@
-// A property of this HAL's own. The system's HAL on macOS does not have it, and says so.
+// A property of this HAL only. The system's HAL on macOS reports it as unknown.
 #pragma once
 
 #include <cstdint>
 
 extern "C" {
 
-/// How the system schedules the thread that runs a device's callback, now: it may be given real-time priority
-/// some time after its first cycle.
+/// The current scheduling of the thread that runs a device's callback. The thread may get real-time priority
+/// only some time after its first cycle.
 struct TolvaneThreadScheduling {
   std::int32_t mPolicy;    // SCHED_OTHER, SCHED_FIFO and so on
   std::int32_t mPriority;  // of a real-time policy, else 0
 };
 
 enum : std::uint32_t {
-  /// 'tsch' device, global: TolvaneThreadScheduling. Read with no cycle run since the start, or with nothing
-  /// started, it is kAudioHardwareNotRunningError.
+  /// 'tsch' device, global: TolvaneThreadScheduling. Reading it returns kAudioHardwareNotRunningError if
+  /// nothing is started or no cycle has run since the start.
   kTolvaneDevicePropertyIOThreadScheduling = 0x74736368,
 };
 

@@ -9,9 +9,9 @@ namespace tolvane::hal {
 namespace {
 
 constexpr std::int64_t kNsPerSecond = 1'000'000'000;
-// The longest that a stop goes unseen.
+// The longest time until a stop is seen.
 constexpr std::int64_t kMaxSleepNs = 100'000'000;
-// A period beyond this is as good as never, and would not be counted in 64 bits.
+// A longer period would practically never end, and would overflow 64 bits when counted.
 constexpr double kMaxPeriodNs = 1e15;
 
 void sleepUntil(std::int64_t ns) noexcept {

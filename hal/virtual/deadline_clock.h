@@ -5,23 +5,23 @@
 
 namespace tolvane::hal {
 
-/// The moments at which cycles are due: evenly spaced on the monotonic clock, without drift, until one is
-/// missed by a whole period; then they go on from the moment of the miss, so that no burst of cycles makes up
-/// for it.
+/// The times at which cycles are due, evenly spaced on the monotonic clock, without drift. If a cycle begins
+/// a whole period late or more, the spacing restarts from that moment, so that no burst of cycles makes up
+/// for the delay.
 class DeadlineClock {
  public:
   DeadlineClock(double sampleRateHz, std::uint32_t frames) noexcept;
 
-  /// Goes on with cycles of this length from the next one on. [io-thread]
+  /// Changes the cycle length from the next cycle on. [io-thread]
   void setFrames(std::uint32_t frames) noexcept;
 
   /// Sleeps until the next cycle is due or `stop` is seen. [io-thread]
   void sleep(const std::atomic<bool>& stop) noexcept;
 
-  /// Begins the cycle that was slept for; true when it begins a period late or more. [io-thread]
+  /// Begins the cycle that sleep() waited for. True if it begins a whole period late or more. [io-thread]
   bool begin() noexcept;
 
-  /// When the cycle that has begun was due, in nanoseconds of the monotonic clock. [io-thread]
+  /// When the current cycle was due, in nanoseconds of the monotonic clock. [io-thread]
   [[nodiscard]] std::int64_t dueNs() const noexcept { return dueNs_; }
   [[nodiscard]] std::int64_t periodNs() const noexcept;
 
@@ -31,7 +31,7 @@ class DeadlineClock {
 
   double sampleRateHz_;
   std::uint32_t frames_;
-  std::int64_t originNs_;     // of the even spacing
+  std::int64_t originNs_;     // where the even spacing starts
   std::uint64_t cycles_ = 0;  // begun since the origin
   std::int64_t dueNs_ = 0;
 };

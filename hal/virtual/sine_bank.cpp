@@ -10,7 +10,7 @@ namespace {
 
 constexpr std::uint64_t kBaseHz = 110;
 constexpr double kAmplitude = 0.12589254117941673;  // -18 dBFS
-// Beyond it a table costs more memory than computing is worth.
+// At higher rates the table would cost more memory than it is worth.
 constexpr double kMaxTableRateHz = 1e6;
 
 float sineAt(double turns) noexcept {

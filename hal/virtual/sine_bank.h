@@ -7,11 +7,12 @@
 
 namespace tolvane::hal {
 
-/// A sine of 110 n Hz with its peak at -18 dBFS on channel n (one-based), each a function of the frame alone.
+/// Gives channel n (one-based) a sine of 110 n Hz that peaks at -18 dBFS. A sample depends only on its frame
+/// number.
 ///
-/// At a whole rate all of them lie in one table that holds one turn of what divides them all: channel n steps
-/// through it n times as fast as channel 1, and every channel repeats exactly. At any other rate the phase is
-/// computed for each sample.
+/// At whole rates up to 1 MHz all channels share one table. The table holds one turn of a sine whose
+/// frequency divides both 110 Hz and the rate. Channel n steps through it n times as fast as channel 1, and
+/// every channel repeats exactly. At any other rate each sample's phase is computed.
 class SineBank final : public VirtualInput {
  public:
   explicit SineBank(double sampleRateHz);
@@ -31,8 +32,8 @@ class SineBank final : public VirtualInput {
                const Target& to) const noexcept;
 
   double sampleRateHz_;
-  std::uint64_t stepOfFirst_ = 0;  // entries from one frame to the next on channel 1
-  std::vector<float> table_;       // empty where the rate is not whole
+  std::uint64_t stepOfFirst_ = 0;  // table entries per frame on channel 1
+  std::vector<float> table_;       // empty if phases are computed
 };
 
 }  // namespace tolvane::hal

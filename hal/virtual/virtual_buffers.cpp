@@ -8,7 +8,7 @@ namespace tolvane::hal {
 
 namespace {
 
-/// Whole cache lines.
+/// Rounded up to whole cache lines.
 std::size_t streamBytes(std::size_t channels, std::size_t frames) noexcept {
   const std::size_t bytes = channels * frames * sizeof(float);
   return (bytes + VirtualBuffers::kAlignment - 1) / VirtualBuffers::kAlignment * VirtualBuffers::kAlignment;
@@ -25,7 +25,7 @@ VirtualBuffers::VirtualBuffers(const StreamLayout& streams, const std::vector<st
   for (const std::uint32_t channels : streams) total += streamBytes(channels, maxFrames);
   samples_.reset(static_cast<float*>(std::aligned_alloc(kAlignment, std::max(total, kAlignment))));
   if (!samples_) throw std::bad_alloc();
-  std::memset(samples_.get(), 0, total);  // touched now, not in the first cycle
+  std::memset(samples_.get(), 0, total);  // touch the pages now, not in the first cycle
   auto& list = *reinterpret_cast<AudioBufferList*>(listBytes_.get());
   list.mNumberBuffers = static_cast<UInt32>(streams.size());
   for (std::size_t s = 0; s < streams.size(); ++s) {

@@ -9,19 +9,19 @@
 
 namespace tolvane::hal {
 
-/// One direction's buffers, all of their memory made at once: each stream's samples begin on a cache line. In
-/// every cycle they lie close together, so that few of them share a place in the caches.
+/// The buffers of one direction, in one block of memory. Each stream's samples begin on a cache line. In
+/// every cycle the streams lie close together, so that few of them fall into the same cache sets.
 class VirtualBuffers {
  public:
   static constexpr std::size_t kAlignment = 64;
 
-  /// For up to `maxFrames` frames a cycle; the streams with the given indices are without data. Throws
+  /// For up to `maxFrames` frames per cycle. The streams at the indices in `withoutData` have no data. Throws
   /// std::bad_alloc. [not-io]
   VirtualBuffers(const StreamLayout& streams, const std::vector<std::size_t>& withoutData,
                  std::uint32_t maxFrames);
 
-  /// The list, with every buffer's place and size for this many frames; holds, as do the samples, until the
-  /// next call with another number. [io-thread]
+  /// The list, with every buffer's address and size for this many frames. List and samples stay valid until
+  /// the next call with another number. [io-thread]
   AudioBufferList& list(std::uint32_t frames) noexcept;
 
  private:

@@ -1,5 +1,5 @@
-// The device that is always there: it needs no hardware and no server. Programs get it as it is; tests and
-// benchmarks make any device of it.
+// The device that is always present: it needs no hardware and no server. Programs use it as it is; tests and
+// benchmarks configure it.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,8 @@ namespace tolvane::hal {
 class VirtualInput {
  public:
   virtual ~VirtualInput() = default;
-  /// Writes `frames` frames from `firstFrame` of the run on into every buffer that has data. [io-thread]
+  /// Writes `frames` frames into every buffer that has data, from frame `firstFrame` of the run on.
+  /// [io-thread]
   virtual void fill(std::uint64_t firstFrame, std::uint32_t frames, AudioBufferList& input) noexcept = 0;
 };
 
@@ -22,20 +23,20 @@ class VirtualInput {
 class VirtualTap {
  public:
   virtual ~VirtualTap() = default;
-  /// The frames from `firstFrame` of the run on. May take its time: what it delays becomes an overload.
-  /// [io-thread]
+  /// Sees `frames` frames, from frame `firstFrame` of the run on. It may be slow: a missed deadline becomes
+  /// an overload. [io-thread]
   virtual void observe(std::uint64_t firstFrame, std::uint32_t frames,
                        const AudioBufferList& output) noexcept = 0;
 };
 
-/// What the device is. The defaults are what every user finds in the menu.
+/// The configuration of the device. The defaults are what every user finds in the menu.
 struct VirtualDeviceConfig {
   std::string name = "Tolvane Virtual Device";
   StreamLayout inputStreams = {2, 16};
   StreamLayout outputStreams = StreamLayout(20, 1);
   double sampleRateHz = 48000.0;
   std::uint32_t bufferFrames = 512;
-  /// Indices of streams whose buffers have no data, as a device gives them for a stream that is off.
+  /// Indices of streams whose buffers have no data, as on a device that has turned a stream off.
   std::vector<std::size_t> inputStreamsWithoutData;
   std::vector<std::size_t> outputStreamsWithoutData;
   /// Both optional and not owned; they must outlive the run. Without an input signal, channel n (one-based)
@@ -44,8 +45,10 @@ struct VirtualDeviceConfig {
   VirtualTap* outputTap = nullptr;
 };
 
-/// Makes the virtual device this from its next start on. noErr, or kAudioHardwareIllegalOperationError while
-/// it runs, or when there are more than 1024 channels in a direction, no frames or no rate. [not-io]
+/// Configures the virtual device from its next start on. Returns noErr, or
+/// kAudioHardwareIllegalOperationError while the device runs, and for a bad configuration: more than 1024
+/// channels in a direction, an index of no stream, no frames, or a rate that is not positive and finite.
+/// [not-io]
 OSStatus configureVirtualDevice(const VirtualDeviceConfig& config);
 
 }  // namespace tolvane::hal

@@ -9,7 +9,7 @@ namespace tolvane::hal {
 namespace {
 
 constexpr std::uint64_t kMaxChannels = 1024;
-// The lasting identity: it is the same device whatever it is made to be.
+// The persistent identity: the device is the same under every configuration.
 constexpr const char* kUid = "virtual:tolvane";
 
 bool channelsAllowed(const StreamLayout& streams) {

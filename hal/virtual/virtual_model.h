@@ -9,7 +9,7 @@
 
 namespace tolvane::hal {
 
-/// What the virtual device is, and who runs on it. One for the process, never destroyed.
+/// The configuration of the virtual device, and its running sessions. One per process, never destroyed.
 class VirtualModel {
  public:
   static constexpr std::uint32_t kMinBufferFrames = 16;
@@ -17,16 +17,16 @@ class VirtualModel {
 
   static VirtualModel& shared();
 
-  /// As configureVirtualDevice. [not-io]
+  /// Like configureVirtualDevice. [not-io]
   OSStatus configure(const VirtualDeviceConfig& config);
   [[nodiscard]] VirtualDeviceConfig config() const;
   [[nodiscard]] DeviceInfo info() const;
 
-  /// From the next cycle on, of running sessions too. [not-io]
+  /// Sets the buffer size from the next cycle on, also in running sessions. [not-io]
   void setBufferFrames(std::uint32_t frames);
   [[nodiscard]] std::uint32_t bufferFrames() const noexcept { return bufferFrames_.load(); }
 
-  /// The configuration of a session that begins, which keeps it as it is until the session ends. [not-io]
+  /// Begins a session and returns its configuration, which stays the same until endSession(). [not-io]
   VirtualDeviceConfig beginSession();
   void endSession();
 

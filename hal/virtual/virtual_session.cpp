@@ -68,7 +68,7 @@ void VirtualSession::cycle(std::int64_t dueNs) noexcept {
   AudioBufferList& output = output_.list(frames_);
   VirtualInput& signal = config.inputSignal != nullptr ? *config.inputSignal : sines_;
   signal.fill(firstFrame_, frames_, input);
-  // The cycle begins when its last input frame is in, and its output follows at once.
+  // The cycle begins when its last input frame has arrived, and its output plays at once.
   const auto lengthNs = static_cast<std::int64_t>(frames_ * 1e9 / config.sampleRateHz);
   const AudioTimeStamp inputTime = stamp(firstFrame_, dueNs - lengthNs);
   const AudioTimeStamp now = stamp(firstFrame_ + frames_, dueNs);

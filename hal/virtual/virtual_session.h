@@ -22,7 +22,7 @@ class VirtualSession final : public Session {
   ~VirtualSession() override;
 
  private:
-  /// Counts as a session on the model for its life.
+  /// Counts as a session on the model for its lifetime.
   class Stay {
    public:
     explicit Stay(VirtualModel& model) : config(model.beginSession()), model_(model) {}

@@ -1,4 +1,4 @@
-// The machine's cards with sound servers on some of them: what the program lists.
+// What the program lists while sound servers use some of the machine's cards.
 #include <csignal>
 #include <set>
 #include <string>
@@ -17,8 +17,8 @@ namespace {
 
 using testing::UnorderedElementsAre;
 
-/// What is listed now, each device as "driver: name" and as often as it is, of a program that follows the
-/// list: the machine is slow, and a driver that is not ready in time is listed later.
+/// The devices listed now, as "driver: name", each as often as it is listed. Read from a program that follows
+/// the list: the machine is slow, and a driver that is not ready in time is listed later.
 std::multiset<std::string> listed(const ChildProcess& watching) {
   std::multiset<std::string> devices;
   const std::string lines = watching.out();
@@ -39,7 +39,7 @@ TEST(AlsaBesideServers, EveryCardIsListedExactlyOnce) {
   const auto expectListed = [](const testing::Matcher<std::multiset<std::string>>& wanted) {
     ChildProcess watching({"devices", "--watch", "--json"});
     eventually(std::chrono::seconds(60), [&] { return testing::Value(listed(watching), wanted); });
-    // Whatever else comes has come by now.
+    // Wait for devices that should not come.
     std::this_thread::sleep_for(std::chrono::seconds(2));
     watching.send(SIGTERM);
     EXPECT_EQ(watching.finish().status, 0);

@@ -1,4 +1,4 @@
-// Cycles of another length, asked for while the card rests and while it runs.
+// Changes the cycle length while the card is stopped and while it runs.
 #include <atomic>
 
 #include <gtest/gtest.h>

@@ -1,4 +1,4 @@
-// Cards that somebody else has.
+// Cards that somebody else uses.
 #include <csignal>
 #include <cstdlib>
 
@@ -17,7 +17,7 @@
 namespace tolvane::test {
 namespace {
 
-/// One direction of the dummy card in somebody's hands.
+/// Keeps one direction of the dummy card in use.
 class Holder {
  public:
   explicit Holder(snd_pcm_stream_t stream) {
@@ -114,7 +114,7 @@ TEST(AlsaCardOfOurOwn, StaysListedWhileItRuns) {
   auto started = driver->start(*device, client);
   ASSERT_EQ(started.status, noErr);
   hal::DeviceInfo running = *device;
-  running.alsaCards.clear();  // not left out for a sound server that came later and lists the card, too
+  running.alsaCards.clear();  // stays listed although a sound server that came later lists its card
   EXPECT_EQ(find(*driver, "alsa:Dummy"), running);
 }
 

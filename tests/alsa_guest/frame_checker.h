@@ -8,20 +8,20 @@
 
 namespace tolvane::test {
 
-/// Reads recorded frames of the test signal whose channels have come back in reverse order, and knows every
-/// one of them: silent, or in each channel the very sample of one frame of the signal, bit for bit.
+/// Checks recorded frames of the test signal, whose channels come back in reverse order. Each frame must be
+/// silent or, bit for bit, one frame of the signal.
 class FrameChecker {
  public:
   FrameChecker(snd_pcm_format_t format, unsigned channels);
 
   void check(const std::byte* frame);
 
-  /// Frames of the signal, and frames that are neither signal nor silence.
+  /// The number of frames of the signal, and of frames that are neither signal nor silence.
   [[nodiscard]] std::uint64_t good() const { return good_; }
   [[nodiscard]] std::uint64_t bad() const { return bad_; }
-  /// The most frames of the signal that came one after another.
+  /// The longest run of consecutive frames of the signal.
   [[nodiscard]] std::uint64_t longestRun() const { return longestRun_; }
-  /// How often the signal began, or did not go on with its next frame.
+  /// How often the signal began, or did not continue with its next frame.
   [[nodiscard]] std::uint64_t breaks() const { return breaks_; }
 
  private:

@@ -10,20 +10,21 @@
 
 namespace tolvane::test {
 
-/// Runs a command line of the machine's own small system, which has the kernel's modules; true when it ended
-/// well.
+/// Runs a command line in the machine's own small system, which has the kernel's modules. True if it
+/// succeeds.
 bool runInGuest(const std::string& command);
 
-/// The device of that identity among what the driver lists.
+/// The driver's listed device with this uid.
 std::optional<hal::DeviceInfo> find(hal::Driver& driver, const std::string& uid);
 
-/// The HAL's device of that identity; kAudioObjectUnknown when none is listed.
+/// The HAL's device with this uid; kAudioObjectUnknown if it is not listed.
 AudioObjectID deviceOf(const std::string& uid);
 
-/// The same, given the time that the machine takes to load what lists devices; none fails the test.
+/// The same, but waits, because the machine takes time to load what lists devices. Fails the test if there is
+/// none.
 AudioObjectID expectDeviceOf(const std::string& uid);
 
-/// The status text of a card's PCM, as in "pcm0p", with the card by its lasting identity.
+/// The status text of a PCM, as in "pcm0p", of the card with this lasting identity.
 std::string pcmStatus(const std::string& cardId, const std::string& pcm);
 
 }  // namespace tolvane::test

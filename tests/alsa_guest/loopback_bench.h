@@ -12,8 +12,8 @@
 
 namespace tolvane::test {
 
-/// Plays the test signal into the card's inputs and checks what comes out of its outputs, for its life. It
-/// settles the card's format and channels, which the program then has to take.
+/// Plays the test signal into the card's inputs and checks its outputs, for the bench's lifetime. The bench
+/// sets the card's format and channels, which the program then has to take.
 class LoopbackBench {
  public:
   LoopbackBench(snd_pcm_format_t format, unsigned channels);
@@ -21,7 +21,7 @@ class LoopbackBench {
   LoopbackBench& operator=(const LoopbackBench&) = delete;
   ~LoopbackBench();
 
-  /// What has been recorded so far.
+  /// A copy of the checker with the results so far.
   [[nodiscard]] FrameChecker recorded() const;
   /// How often the bench itself was late.
   [[nodiscard]] unsigned xruns() const { return xruns_; }

@@ -1,4 +1,4 @@
-// A card that is taken away while a callback runs on it, its driver unloaded, and is back under another
+// A card is removed while a callback runs on it, its driver is unloaded, and it comes back under another
 // number.
 #include <atomic>
 
@@ -16,7 +16,7 @@ bool isAlive(AudioObjectID device) {
 }
 
 void unplug() {
-  // The first returns when nobody has the card open any more, the second fails as long as somebody has.
+  // The first command returns when nobody has the card open any more. The second fails while somebody has.
   ASSERT_TRUE(runInGuest("echo snd_aloop.0 > /sys/bus/platform/drivers/snd_aloop/unbind"));
   ASSERT_TRUE(runInGuest("rmmod snd_aloop"));
 }

@@ -1,4 +1,5 @@
-// Audio through a card and the program's routing, both ways at once: every sample on its output, bit for bit.
+// Audio through a card and the program's routing, in both directions at once: every sample on its output, bit
+// for bit.
 #include <gtest/gtest.h>
 
 #include "alsa_guest/guest_machine.h"
@@ -10,7 +11,7 @@
 namespace tolvane::test {
 namespace {
 
-/// Input n to the output that is as far from the end.
+/// Routes input n to the n-th output from the end.
 std::vector<PatchConnection> reversed(std::size_t channels) {
   std::vector<PatchConnection> routes;
   for (std::size_t n = 0; n < channels; ++n) {
@@ -26,7 +27,7 @@ struct Wire {
 };
 
 constexpr std::uint32_t kPeriodFrames = 1024;
-constexpr std::uint64_t kFrames = 48000;  // that come out without a break
+constexpr std::uint64_t kFrames = 48000;  // to come out without a break
 
 class AlsaRouting : public testing::TestWithParam<Wire> {};
 
@@ -36,7 +37,7 @@ TEST_P(AlsaRouting, EverySampleComesOutWhereItIsRouted) {
   const auto driver = hal::makeAlsaDriver();
   auto device = find(*driver, "alsa:Loopback");
   ASSERT_TRUE(device);
-  // A buffer that gives an emulated machine some time.
+  // A long period gives the emulated machine more time.
   ASSERT_EQ(driver->setBufferFrames(*device, kPeriodFrames), noErr);
   device = find(*driver, "alsa:Loopback");
   ASSERT_TRUE(device);
@@ -49,8 +50,8 @@ TEST_P(AlsaRouting, EverySampleComesOutWhereItIsRouted) {
   EXPECT_TRUE(eventually([&] { return bench.recorded().longestRun() >= kFrames; }));
   started.session.reset();
   const FrameChecker recorded = bench.recorded();
-  // A machine that is late breaks the signal; then each lateness is one that was told of, and costs no more
-  // than an end, a stale piece of the ring, with the period that was being written then, and a beginning.
+  // The signal breaks when the machine is late. Each lateness must have been reported. It costs at most an
+  // end, a stale piece of the ring with the period being written then, and a beginning.
   const std::uint64_t late = client.overloads() + bench.xruns();
   EXPECT_LE(recorded.bad(), late * kPeriodFrames);
   EXPECT_LE(recorded.breaks(), 1 + 4 * late);

@@ -1,4 +1,4 @@
-// A callback that keeps the IO thread for longer than the card's buffer lasts.
+// A callback that blocks the IO thread for longer than the card's buffer lasts.
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -22,7 +22,7 @@ class StallingClient final : public hal::SessionClient {
 
   void stall() { stall_ = true; }
   [[nodiscard]] bool stalled() const { return stalledAt_.load() != 0; }
-  /// Cycles since the stall was over, and the seconds that they took.
+  /// The number of cycles since the stall ended, and the seconds since then.
   [[nodiscard]] std::uint64_t cyclesSince() const { return cyclesSince_; }
   [[nodiscard]] double secondsSince() const {
     const SteadyClock::duration since(SteadyClock::now().time_since_epoch().count() - stalledAt_.load());
@@ -69,7 +69,7 @@ TEST(AlsaStall, IsOneOverloadAndThenGoesOnWithoutABurst) {
   ASSERT_TRUE(eventually([&] { return client.stalled() && routing.overloads() > before; }));
   const std::uint64_t good = bench.recorded().good();
   EXPECT_TRUE(eventually([&] { return bench.recorded().good() >= good + 48000; }));
-  // Never more cycles than the time has room for, and those that lay in the buffer.
+  // At most the cycles that fit into the time, plus those in the buffer.
   const std::uint64_t cycles = client.cyclesSince();
   EXPECT_LE(static_cast<double>(cycles), client.secondsSince() * 48000.0 / 256.0 + 4.0);
   EXPECT_TRUE(routing.isAlive());

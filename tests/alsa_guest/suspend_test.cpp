@@ -11,7 +11,7 @@
 namespace tolvane::test {
 namespace {
 
-/// Seconds that the machine has slept since it was started.
+/// Seconds that the machine has slept since its start.
 double secondsAsleep() {
   timespec all{};
   timespec awake{};
@@ -21,7 +21,7 @@ double secondsAsleep() {
          static_cast<double>(all.tv_nsec - awake.tv_nsec) / 1e9;
 }
 
-/// Returns when the machine is awake again, some seconds later.
+/// Puts the machine to sleep; returns some seconds later, when it is awake again.
 void sleepAndWake() {
   ASSERT_TRUE(runInGuest(
       "echo 0 > /sys/class/rtc/rtc0/wakealarm && echo +3 > /sys/class/rtc/rtc0/wakealarm && echo mem > "
@@ -46,7 +46,7 @@ TEST(AlsaSuspend, TheCallbackRunsOnWhenTheMachineIsAwakeAgain) {
     const std::uint64_t awake = cycles;
     EXPECT_TRUE(eventually(std::chrono::seconds(2), [&] { return cycles > awake; })) << round;
     EXPECT_EQ(valueOf<UInt32>(device, kAudioDevicePropertyDeviceIsAlive), 1U) << round;
-    // A list that comes late, on a slow machine, is without the card.
+    // Wait: on a slow machine a list may come too late and lack the card.
     EXPECT_TRUE(eventually([&] { return deviceOf("alsa:Intel") == device; })) << round;
   }
   EXPECT_EQ(proc.stop(), noErr);

@@ -1,4 +1,4 @@
-// A signal that says in every sample which channel and frame it is of, in each format that a card has.
+// A signal whose every sample encodes its channel and frame, in each format that a card has.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 
 namespace tolvane::test {
 
-/// The sample of a channel, of 24 bits, with the upper 16 never all zero but on channel 0: there they count
-/// the frames. It repeats after 65536 frames.
+/// A channel's 24-bit sample. On channel 0 the upper 16 bits count the frames; on the others they are never
+/// all zero. The signal repeats after 65536 frames.
 [[nodiscard]] std::int32_t signalSample(std::size_t channel, std::uint16_t frame);
 
 /// The bytes of a sample as the format stores it.

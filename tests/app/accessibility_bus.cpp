@@ -124,7 +124,7 @@ std::string AccessibilityBus::name(const Accessible& object) const {
 std::string AccessibilityBus::role(const Accessible& object) const {
   const QDBusMessage reply = call(object, "org.a11y.atspi.Accessible", "GetRoleName");
   const std::string role = reply.arguments().value(0).toString().toStdString();
-  // Newer versions have the shorter name.
+  // Newer versions use the shorter name.
   return role == "push button" ? "button" : role;
 }
 

@@ -1,4 +1,4 @@
-// A session's bus with an accessibility bus, and on it a client that does what a screen reader does.
+// A session bus with an accessibility bus, and a client on it that acts as a screen reader.
 #pragma once
 
 #include <QDBusConnection>
@@ -11,40 +11,40 @@
 
 namespace tolvane::test {
 
-/// One object of an accessible program: its connection and its path there.
+/// One object of an accessible program: the program's connection and the object's path on it.
 struct Accessible {
   QString service;
   QString path;
 };
 
-/// [main-thread]. Its buses end with it.
+/// The destructor ends both buses. [main-thread]
 class AccessibilityBus : public QObject {
   Q_OBJECT
 
  public:
-  /// Starts both buses, their sockets in the folder, and says that a screen reader is there.
+  /// Starts both buses, with their sockets in the folder, and reports that a screen reader is present.
   explicit AccessibilityBus(const QString& folder);
   ~AccessibilityBus() override;
 
   [[nodiscard]] bool isUp() const { return client_.isConnected(); }
-  /// Where programs of the session find the bus.
+  /// Bus address for programs of the session.
   [[nodiscard]] const QString& sessionAddress() const { return sessionAddress_; }
 
-  /// The names of the notifications that have been shown so far, and forgets them. Each is asked for when its
-  /// announcement comes.
+  /// Returns and clears the names of the notifications shown so far. Each name is queried when its
+  /// announcement arrives.
   std::vector<std::string> announcements();
 
-  /// The program's top object, as soon as it has come.
+  /// The program's top object. Waits until the program has registered it.
   std::optional<Accessible> program(const std::string& name);
   [[nodiscard]] std::vector<Accessible> children(const Accessible& object) const;
   [[nodiscard]] std::string name(const Accessible& object) const;
   [[nodiscard]] std::string role(const Accessible& object) const;
   [[nodiscard]] bool isChecked(const Accessible& object) const;
   [[nodiscard]] Accessible cell(const Accessible& table, int row, int column) const;
-  /// Does the object's action of this name; false when it has none.
+  /// Performs the object's action of this name. Returns false if it has none.
   bool act(const Accessible& object, const std::string& action) const;
 
-  /// Everything below the object, cells left out.
+  /// Every object below this one, except cells.
   [[nodiscard]] std::vector<Accessible> tree(const Accessible& object) const;
 
  private Q_SLOTS:

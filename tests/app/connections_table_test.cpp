@@ -187,11 +187,11 @@ TEST_F(ConnectionsTableTest, ItsScrollBarIsWorkedByTheMouse) {
   }
   QScrollBar& bar = *table().verticalScrollBar();
   ASSERT_GT(bar.maximum(), 0);
-  clickAt(bar, {bar.width() / 2, bar.height() - 3});  // beside the thumb: a page on
+  clickAt(bar, {bar.width() / 2, bar.height() - 3});  // beside the thumb: one page down
   EXPECT_EQ(bar.value(), std::min(bar.pageStep(), bar.maximum()));
   clickAt(bar, {bar.width() / 2, 2});
   EXPECT_EQ(bar.value(), std::max(0, std::min(bar.pageStep(), bar.maximum()) - bar.pageStep()));
-  // By its thumb, to the end.
+  // Drags the thumb to the end.
   QWindow* const window = view->windowHandle();
   const QPoint top = bar.mapTo(view, QPoint(bar.width() / 2, 8));
   QTest::mousePress(window, Qt::LeftButton, {}, top);

@@ -1,4 +1,4 @@
-// The device menu: filling it, and adopting a device.
+// The device menu: filling it and selecting a device.
 #include <QApplication>
 #include <QComboBox>
 #include <QTest>

@@ -1,4 +1,4 @@
-// The device menu under wheel, keys and long names: only an entry chosen from the opened menu counts.
+// The device menu with wheel, keys and long names. Only an entry chosen from the open menu counts.
 #include <QApplication>
 #include <QComboBox>
 #include <QKeySequence>
@@ -28,7 +28,7 @@ class DeviceMenuTest : public WindowTest {
 
   [[nodiscard]] QComboBox& menu() const { return control<QComboBox>("devicePopup"); }
 
-  /// Turns the wheel by some notches where the menu is, as the window system reports it.
+  /// Turns the wheel over the menu by some notches, as the window system reports it.
   void turnWheelOverTheMenu(int notches) {
     QWindow* const window = view->windowHandle();
     const QPoint point = menu().mapTo(view, menu().rect().center());
@@ -37,7 +37,7 @@ class DeviceMenuTest : public WindowTest {
     QApplication::sendEvent(window, &event);
   }
 
-  /// Puts the focus on the menu, or elsewhere.
+  /// Gives the focus to the menu, or takes it away.
   void focusMenu(bool focused) {
     if (focused) {
       menu().setFocus();
@@ -55,7 +55,7 @@ class DeviceMenuTest : public WindowTest {
     EXPECT_THAT(hal.takeCalls(), IsEmpty()) << by;
   }
 
-  /// A key for the opened menu.
+  /// Sends a key to the open menu.
   static void menuKey(Qt::Key key) {
     QWidget* const opened = QApplication::activePopupWidget();
     ASSERT_NE(opened, nullptr);
@@ -128,7 +128,7 @@ TEST_F(DeviceMenuTest, AnEntryOfTheOpenedMenuIsChosen) {
 
 class LongDeviceNameTest : public DeviceMenuTest {
  protected:
-  /// Pictures of the menu, closed and then open, with one device.
+  /// Pictures of the closed and of the open menu, with one device.
   std::pair<QImage, QImage> pictures(const std::string& name, UInt32 inputs, UInt32 outputs) {
     hal.devices = {scriptedDevice(7, name, {inputs}, {outputs})};
     if (!controller) openQuietly();

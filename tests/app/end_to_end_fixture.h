@@ -1,4 +1,5 @@
-// The whole program in an X window, and what its device's outputs give, read from the file they share.
+// The whole program in an X window. The outputs of its device are read from the file that both processes
+// share.
 #pragma once
 
 #include <QFile>
@@ -18,9 +19,9 @@
 namespace tolvane::test {
 
 inline constexpr double kSampleRateHz = 48000.0;
-// The machine may stand still for a part of a second while the program sleeps.
+// The machine may stall for part of a second while the program sleeps.
 inline constexpr int kStallMs = 1000;
-// What the user is promised; instrumented code looks for leaks at its end.
+// The limit for users. Instrumented code also looks for leaks at its end.
 #ifdef __SANITIZE_ADDRESS__
 inline constexpr int kLongestEndMs = 30000;
 #else
@@ -36,7 +37,7 @@ inline constexpr Point kSave{73, 691};
 inline constexpr Point kLoad{191, 691};
 inline constexpr Point kRefresh{468, 72};
 
-/// The middle of a cell of the matrix, row and column zero-based.
+/// The middle of a matrix cell; row and column are zero-based.
 inline constexpr Point cell(int row, int column) {
   return {56 + 16 * column + 8, 150 + 16 * row + 8};
 }
@@ -56,7 +57,7 @@ class EndToEndTest : public ::testing::Test {
     ASSERT_TRUE(session.start(TOLVANE_END_TO_END_PROGRAM, {tapFile.toStdString()}));
     window = session.windowTitled("Tolvane");
     ASSERT_NE(window, "");
-    // A click is lost before the program waits for events.
+    // A click is lost unless the program already waits for events.
     const std::uint64_t beats = tap->heartbeats;
     ASSERT_TRUE(waitFor([&] { return tap->heartbeats > beats + 2; }));
   }
@@ -74,7 +75,7 @@ class EndToEndTest : public ::testing::Test {
     }
     return outputs;
   }
-  /// Waits until exactly these outputs sound, and have done so for some cycles.
+  /// Waits until exactly these outputs have sounded for some cycles.
   [[nodiscard]] bool waitForOutputs(const std::vector<int>& outputs) const {
     std::uint64_t since = 0;
     return waitFor([&] {
@@ -84,7 +85,7 @@ class EndToEndTest : public ::testing::Test {
       return since != 0 && cycle >= since + 20 && sounding() == outputs;
     });
   }
-  /// The frequency on an output, counted over half a second of the device's time.
+  /// Frequency on an output, measured over half a second of the device's time.
   [[nodiscard]] double frequencyHz(int output) const {
     const TapChannel& channel = tap->channels.at(static_cast<std::size_t>(output - 1));
     const std::uint64_t first = channel.framesAndCrossings;
@@ -100,8 +101,8 @@ class EndToEndTest : public ::testing::Test {
     return tap->channels.at(static_cast<std::size_t>(output - 1)).peak;
   }
 
-  /// Closes the window; the program waits for nothing longer than a second before it ends well, whatever it
-  /// is doing.
+  /// Closes the window. The program must end normally. Whatever it is doing, it may not wait longer than a
+  /// second.
   void closeAndWaitForTheEnd() {
     session.requestClose(window);
     const std::optional<int> idleMs = session.idleMsUntilTheEnd();
@@ -115,7 +116,7 @@ class EndToEndTest : public ::testing::Test {
   void confirmPanel(const std::string& title, const QString& path) {
     const std::string panel = session.windowTitled(title);
     ASSERT_NE(panel, "") << title;
-    // A click beside its controls brings the keys to it; its name field has the focus.
+    // A click beside the panel's controls gives it the keyboard; its name field has the focus.
     session.click(panel, 4, session.sizeOf(panel).second - 4);
     session.key("ctrl+a");
     session.type(path.toStdString());
@@ -123,7 +124,8 @@ class EndToEndTest : public ::testing::Test {
     ASSERT_TRUE(session.waitUntilGone(title));
   }
 
-  /// Reads what the program has said since; how often its engine ran or gave a status that is not 0.
+  /// Reads the program's new output. Returns how often in total the engine ran or reported a status other
+  /// than 0.
   [[nodiscard]] int startOutcomes() {
     session.program().waitForReadyRead(0);
     standardOutput += session.program().readAllStandardOutput();

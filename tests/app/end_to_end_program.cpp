@@ -62,7 +62,7 @@ class PeakTap : public tolvane::hal::VirtualTap {
 
 TapRecord* sharedRecord = nullptr;
 
-/// How long this thread has run or waited for a processor so far.
+/// Time that this thread has run or waited for a processor so far.
 qint64 awakeMs() {
   std::ifstream statistics("/proc/thread-self/schedstat");
   qint64 ranNs = 0;
@@ -71,7 +71,7 @@ qint64 awakeMs() {
   return (ranNs + waitedNs) / 1000000;
 }
 
-/// Called by the application when it has been made.
+/// The application calls this after its construction.
 void startHeartbeat() {
   auto* const timer = new QTimer(QCoreApplication::instance());
   static QElapsedTimer sinceLast;

@@ -1,5 +1,5 @@
-// The whole program in a real X window: pointer and keys go in through the X server, and what comes out is
-// heard on the device and read on standard output.
+// The whole program in a real X window. Pointer and keys go through the X server. The results are read from
+// the device and from standard output.
 #include <QDirIterator>
 
 #include "app/end_to_end_fixture.h"
@@ -31,7 +31,7 @@ TEST_F(EndToEndTest, FromTheFirstClickToTheLast) {
   click(kSave);
   confirmPanel("Save As", path);
   std::string saved;
-  // The file is there before its contents are.
+  // The file exists before its contents are written.
   ASSERT_TRUE(waitFor([&] {
     QFile file(path);
     saved = file.open(QIODevice::ReadOnly) ? file.readAll().toStdString() : "";
@@ -88,7 +88,7 @@ TEST_F(EndToEndTest, ClosingTheRunningWindowEndsIt) {
 }
 
 TEST_F(EndToEndTest, TheWindowHasItsIconWhereverTheProgramLies) {
-  // Width, height and a word for each pixel, for each size.
+  // For each size: width, height and one word per pixel.
   EXPECT_GT(session.propertyWords(window, "_NET_WM_ICON"), 2 + 32 * 32);
 }
 

@@ -1,4 +1,4 @@
-// The start/stop button, and what it tells about the engine.
+// The start/stop button and what it shows about the engine.
 #include "app/window_fixture.h"
 #include "engine/core_audio_engine.h"
 

@@ -97,9 +97,9 @@ TEST(FormatGain, WritesTwoDecimalsAsTheCLibraryDoes) {
   EXPECT_EQ(formatGain(-1.0F), "-1.00");
   EXPECT_EQ(formatGain(2.0F), "2.00");
   EXPECT_EQ(formatGain(-0.0F), "-0.00");
-  EXPECT_EQ(formatGain(0.125F), "0.12");  // an exact half goes to the even digit
+  EXPECT_EQ(formatGain(0.125F), "0.12");  // an exact half rounds to even
   EXPECT_EQ(formatGain(0.375F), "0.38");
-  EXPECT_EQ(formatGain(0.005F), "0.00");  // a little less than it looks
+  EXPECT_EQ(formatGain(0.005F), "0.00");  // slightly below 0.005
   EXPECT_EQ(formatGain(1234.567F), "1234.57");
   EXPECT_EQ(formatGain(FLT_MAX), "340282346638528859811704183484516925440.00");
   EXPECT_EQ(formatGain(std::numeric_limits<float>::infinity()), "inf");

@@ -1,4 +1,4 @@
-// Where the keys go shows: every control that has the focus has a ring, all in one colour.
+// Every control with the focus shows a ring, all in the same colour.
 #include <QApplication>
 #include <QTest>
 
@@ -13,14 +13,14 @@ class FocusRingTest : public WindowTest {
  protected:
   FocusRingTest() { openQuietly(); }
 
-  /// The control of the window that has the focus or holds the part that has it.
+  /// The window's control that has the focus or contains the focused part.
   [[nodiscard]] QWidget* focused() const {
     QWidget* widget = QApplication::focusWidget();
     while (widget != nullptr && widget->parentWidget() != view) widget = widget->parentWidget();
     return widget;
   }
 
-  /// The pixels of the ring's colour in the view, within a part of it and beside that.
+  /// Number of pixels in the ring's colour, inside a part of the view and outside it.
   struct RingPixels {
     int within = 0;
     int beside = 0;

@@ -1,4 +1,4 @@
-// A sound server that hangs, and the window that goes on.
+// The window keeps working while a sound server hangs.
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -12,22 +12,22 @@
 namespace tolvane::test {
 namespace {
 
-// Neither a list nor what takes a server's device away waits for longer than a second.
+// Listing devices and removing a server's device wait at most one second.
 constexpr std::uint32_t kLongestSleepMs = 1000 + kStallMs;
 
 class HungServerTest : public EndToEndTest {
  protected:
   HungServerTest() { session.lookForServersIn(std::getenv("XDG_RUNTIME_DIR")); }
 
-  /// The longest time for which the window slept since the last call, once it does something again.
+  /// The longest sleep of the window since the last call. Waits until the window works again.
   std::uint32_t takeSleepMs() {
     const std::uint64_t beats = tap->heartbeats;
     EXPECT_TRUE(waitFor([&] { return tap->heartbeats > beats + 20; }));
     return tap->longestSleepMs.exchange(0);
   }
 
-  /// Starts the engine on the server's device. A machine that makes the list late leaves the built-in one
-  /// alone on it, and one that makes the start late lets it fail: then both are done again.
+  /// Starts the engine on the server's device. On a slow machine the list may have only the built-in device,
+  /// or the start may fail. Then both are repeated.
   void startOnTheCard() {
     for (int attempt = 1; attempt <= 100; ++attempt) {
       click(kStart);
@@ -49,7 +49,7 @@ TEST_F(HungServerTest, TheListIsReadAndTheMatrixWorkedWhileItHangs) {
     click(kRefresh);
     EXPECT_LE(takeSleepMs(), kLongestSleepMs);
   }
-  // What is left is the built-in device.
+  // Only the built-in device is left.
   click(cell(3, 5));
   click(kStart);
   EXPECT_TRUE(waitForOutputs({6}));
@@ -78,7 +78,7 @@ TEST_F(HungServerTest, ClosingTheWindowEndsTheProgramWhileADeviceRunsOnIt) {
   closeAndWaitForTheEnd();
 }
 
-/// The sockets of the private server: the one that it listens on, and its ends of connections.
+/// Number of the private server's sockets: the listening one and its ends of connections.
 long serverSockets() {
   std::ifstream sockets("/proc/self/net/unix");
   const std::string file = std::string(std::getenv("XDG_RUNTIME_DIR")) + "/pipewire-0";
@@ -87,12 +87,13 @@ long serverSockets() {
   return count;
 }
 
-/// The program starts while the server is silent, which answers a while after it has been connected to.
+/// Starts the program while the server is silent. The server answers some time after the program has
+/// connected.
 class LateServerTest : public EndToEndTest {
  protected:
   LateServerTest() { session.lookForServersIn(std::getenv("XDG_RUNTIME_DIR")); }
   void SetUp() override {
-    PipeWireClient().roundTrip();  // until it has made the card
+    PipeWireClient().roundTrip();  // waits until the server has made the card
     server.hang();
     std::thread answering([this, before = serverSockets()] {
       EXPECT_TRUE(waitFor([&] { return serverSockets() > before; }));

@@ -1,4 +1,4 @@
-// The window without a mouse: the order of the Tab key, and the names that a screen reader says.
+// The window without a mouse: the order of the Tab key and the names that a screen reader says.
 #include <QAccessible>
 #include <QAccessibleInterface>
 #include <QApplication>
@@ -19,7 +19,7 @@ class KeyboardTest : public WindowTest {
  protected:
   KeyboardTest() { openQuietly(); }
 
-  /// The control that has the focus, or the control of the window that the focused part belongs to.
+  /// The window's control that has the focus or contains the focused part.
   [[nodiscard]] QWidget* focused() const {
     QWidget* widget = QApplication::focusWidget();
     while (widget != nullptr && widget->parentWidget() != view) widget = widget->parentWidget();
@@ -121,7 +121,7 @@ TEST_F(KeyboardTest, NamesSayWhatATitleDoesNot) {
 }
 
 TEST_F(KeyboardTest, TheDeviceMenuIsLabelledByItsHeading) {
-  // Where the menu's name is what it shows, its label says what it is.
+  // On desktops that take the menu's value as its name, the label names the menu.
   const auto labels = QAccessible::queryAccessibleInterface(&control<QComboBox>("devicePopup"))
                           ->relations(QAccessible::Label);
   ASSERT_EQ(labels.size(), 1);

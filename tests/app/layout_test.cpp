@@ -1,4 +1,4 @@
-// Every control of the window, held against a list of our own.
+// Compares every control of the window with a list of our own.
 #include <QFontDatabase>
 #include <QHeaderView>
 #include <QScrollArea>
@@ -45,7 +45,7 @@ SAMPLE RATE:  The Aggregate Device must be running when you start. Match your DA
 CHANNELS:     Supports any Core Audio device — 2 to 128+ channels. All available channels are shown in the matrix.
 HOT CHANGES:  Add/remove connections while running — changes apply within one buffer cycle with no clicks or dropouts.)";
 
-// In the order of creation. The table view stands in the scroll view before it and has no frame of its own.
+// In order of creation. The table view is inside the scroll view before it and has no frame of its own.
 const std::vector<Expected> kControls{
     {kView, nullptr, 0, 685, 920, 35, "", 0, 's', 0.08},
     {kLabel, nullptr, 18, 693, 300, 20, "TOLVANE", 15, 'b', 1.0},
@@ -107,7 +107,7 @@ std::optional<QColor> colorOf(const QWidget& widget) {
 class LayoutTest : public WindowTest {
  protected:
   LayoutTest() {
-    hal.devices.clear();  // so that the texts are those of the layout
+    hal.devices.clear();  // keeps the texts of the layout
     open();
     controls = view->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
   }
@@ -178,7 +178,8 @@ TEST_F(LayoutTest, EachControlCallsItsOperationOfTheControllerAndNothingElse) {
       continue;
     }
     EXPECT_EQ(widget->property("action").toByteArray(), action);
-    // Undoing the connection succeeds only where there is one, and leaves none to the controller.
+    // disconnect() succeeds only if the connection exists. Afterwards no connection to the controller is
+    // left.
     const bool isPopUp = qobject_cast<QComboBox*>(widget) != nullptr;
     EXPECT_TRUE(QObject::disconnect(widget, isPopUp ? SIGNAL(activated(int)) : SIGNAL(clicked(bool)),
                                     controller.get(), ("1" + QByteArray(action) + "()").constData()));

@@ -1,4 +1,4 @@
-// Whether the window can be read: contrast, texts within their frames, emoji in their colours.
+// Readability of the window: contrast, texts within their frames, emoji in their colours.
 #include <QApplication>
 #include <QProxyStyle>
 #include <algorithm>
@@ -89,7 +89,7 @@ TEST_F(LookTest, TheExplanationShowsEveryLineWithinItsFrame) {
     return false;
   };
   for (int line = 0; line < 13; ++line) {
-    // The middle of the line's band, where every letter has something.
+    // The middle of the line's band, where every letter has ink.
     EXPECT_EQ(hasInk(0, 862, line * 12 + 4, line * 12 + 9), !lines[line].isEmpty()) << line;
   }
   EXPECT_FALSE(hasInk(840, 862, 0, 156)) << "no line is wrapped or cut";
@@ -122,7 +122,7 @@ TEST_F(LookTest, TheButtonsPicturesAreColoured) {
 }
 
 TEST_F(LookTest, ButtonsHaveRoundCorners) {
-  // The corner shows what is behind the button; half way along the edge is the button.
+  // The corner shows the background behind the button. The middle of the edge shows the button.
   QPushButton& button = buttonOf("addConnection");
   const QImage image = view->grab(button.geometry()).toImage();
   EXPECT_EQ(image.pixelColor(0, 0), QColor(28, 28, 28));

@@ -1,4 +1,4 @@
-// A session without any screen, as while the only one is being plugged in.
+// A session without a screen, for example while the only one is being plugged in.
 #include <QApplication>
 #include <QMainWindow>
 #include <QScreen>

@@ -1,4 +1,4 @@
-// The window with its file panels, in a folder of its own.
+// The window with its file panels, in its own folder.
 #pragma once
 
 #include <QFileDialog>
@@ -16,17 +16,17 @@ class PanelTest : public WindowTest {
   PanelTest();
   ~PanelTest() override;
 
-  /// The one panel that is open, or null.
+  /// The open panel, or null.
   [[nodiscard]] static QFileDialog* panel();
-  /// All that are open.
+  /// All open panels.
   [[nodiscard]] static std::vector<QFileDialog*> panels();
   /// Types the name into the open panel and presses the Return key.
   static void enter(const std::string& name);
-  /// The same, and waits until the panel has closed.
+  /// Does the same and waits until the panel has closed.
   void confirm(const std::string& name);
-  /// Says yes to the question whether a file is to be replaced, as soon as it is asked.
+  /// Answers yes as soon as the panel asks whether to replace a file.
   void answerYes();
-  /// Closes the open panel by the Escape key.
+  /// Closes the open panel with the Escape key.
   void cancel();
 
   [[nodiscard]] std::string path(const std::string& name) const;

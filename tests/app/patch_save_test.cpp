@@ -163,7 +163,7 @@ TEST_F(PatchSaveTest, AFailedWriteIsNotReported) {
   press("savePatch");
   auto* const open = panel();
   ASSERT_NE(open, nullptr);
-  // What a native panel may hand over and ours would refuse: a file in a folder that is not there.
+  // A file in a missing folder: a native panel may return it, our panel would refuse it.
   open->setDirectory(folder.path());
   open->selectFile(folder.filePath("missing/lost.json"));
   Q_EMIT open->accepted();

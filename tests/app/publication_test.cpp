@@ -1,4 +1,4 @@
-// Route edits while the engine runs: published at once, never by a restart.
+// Route edits while the engine runs. They are published at once, never by a restart.
 #include <algorithm>
 #include <array>
 
@@ -11,7 +11,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 
-/// A list of one interleaved buffer.
+/// A buffer list with one interleaved buffer.
 template <std::size_t kSamples>
 AudioBufferList listOf(std::array<float, kSamples>& samples, UInt32 channels) {
   AudioBufferList list{};
@@ -30,7 +30,7 @@ class PublicationTest : public WindowTest {
     deviceCalls();
   }
 
-  /// One cycle of two frames, inputs (1, 2) and (3, 4); the 16 output samples.
+  /// Runs one cycle of two frames with inputs (1, 2) and (3, 4). Returns the 16 output samples.
   std::array<float, 16> cycle() const {
     std::array<float, 4> input{1.0F, 2.0F, 3.0F, 4.0F};
     std::array<float, 16> output{};
@@ -98,7 +98,7 @@ TEST_F(PublicationTest, MoreRoutesThanSoundAreStillCounted) {
 }
 
 TEST_F(PublicationTest, AnEditIsPublishedBeforeItIsShown) {
-  // The matrix's reaction to its new routes comes last: by then the engine has them.
+  // The table's model is reset after the publication, and before the matrix shows the new routes.
   auto& table = control<ConnectionsTableView>("connectionsTableView");
   std::size_t publishedAtReload = 0;
   std::size_t litAtReload = 99;

@@ -1,4 +1,4 @@
-// The view in a window of another size: controls keep their size and their distance to the lower left corner.
+// The view in a window of another size. Controls keep their size and their distance to the lower left corner.
 #include <QApplication>
 #include <map>
 
@@ -11,7 +11,7 @@ class ResizeTest : public WindowTest {
  protected:
   ResizeTest() { openQuietly(); }
 
-  /// Every control's frame, counted from the lower left corner.
+  /// Every control's frame, measured from the lower left corner.
   [[nodiscard]] std::map<std::string, QRect> frames() const {
     std::map<std::string, QRect> found;
     for (const QWidget* const widget : view->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly)) {

@@ -17,7 +17,7 @@ class RouteEntryTest : public WindowTest {
  protected:
   RouteEntryTest() { openQuietly(); }
 
-  /// The gain that a route gets when this is typed as its gain.
+  /// The gain of a route that is added with this text as its gain.
   float gainFrom(const std::string& typed) {
     addRoute("1", "1", typed);
     EXPECT_EQ(routes().size(), 1U) << typed;

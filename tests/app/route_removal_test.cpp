@@ -1,4 +1,4 @@
-// Remove and Clear, and the selection that Remove goes by.
+// Remove, Clear, and the selection that Remove uses.
 #include "app/window_fixture.h"
 #include "engine/core_audio_engine.h"
 

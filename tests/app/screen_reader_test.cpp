@@ -1,4 +1,4 @@
-// The shipped program as a screen reader meets it: what it tells, and what can be done through it.
+// The shipped program seen through a screen reader: what it reports and what can be done.
 #include <QCoreApplication>
 #include <algorithm>
 
@@ -24,7 +24,7 @@ class ScreenReaderTest : public ::testing::Test {
     ASSERT_TRUE(program.has_value());
     ASSERT_NE(session_.windowTitled("Tolvane"), "");
     tree_ = bus_.tree(*program);
-    // Announcements come in order: with this one heard, those of the start are over.
+    // Announcements arrive in order. After this one, those of the start are complete.
     ASSERT_TRUE(bus_.act(the("button", "Clear"), "Press"));
     ASSERT_TRUE(waitFor([this] {
       const auto texts = bus_.announcements();
@@ -32,14 +32,14 @@ class ScreenReaderTest : public ::testing::Test {
     }));
   }
 
-  /// The object of this role whose name begins so.
+  /// The object of this role whose name starts with `begin`.
   [[nodiscard]] Accessible the(const std::string& role, const std::string& begin) const {
     const auto found = std::find_if(tree_.begin(), tree_.end(), [&](const Accessible& object) {
       return bus_.role(object) == role && bus_.name(object).starts_with(begin);
     });
     return found == tree_.end() ? Accessible{} : *found;
   }
-  /// The first announcements from now on, as many as are asked for.
+  /// Waits for this many announcements. Returns all that arrive by then.
   std::vector<std::string> announced(std::size_t count) {
     std::vector<std::string> texts;
     waitFor([&] {

@@ -1,5 +1,5 @@
-// Draws the window in its states, and its panels, into PNG files, on devices of its own making. Usage: FOLDER
-// SCALE (the scale only names the files; QT_SCALE_FACTOR sets it).
+// Draws the window in its states, and its panels, into PNG files, with scripted devices. Usage: FOLDER SCALE.
+// The scale only names the files; QT_SCALE_FACTOR sets it.
 #include <QApplication>
 #include <QComboBox>
 #include <QDir>
@@ -52,7 +52,7 @@ PatchMatrixView& matrixOf(AppDelegate& delegate) {
   return *delegate.window()->findChild<PatchMatrixView*>(QStringLiteral("patchMatrixView"));
 }
 
-/// Twelve routes, as a monitoring patch has them: two pairs straight through, the rest spread.
+/// Twelve routes of a typical monitoring patch: two pairs straight through, the rest spread.
 void routeAndStart(AppDelegate& delegate) {
   constexpr int kRoutes[12][2] = {{0, 0}, {1, 1}, {2, 4},  {3, 5},   {4, 8},  {5, 9},
                                   {6, 2}, {7, 3}, {8, 12}, {10, 14}, {0, 16}, {1, 17}};
@@ -70,7 +70,7 @@ QWidget& part(AppDelegate& delegate, const char* name) {
   return *delegate.window()->findChild<QWidget*>(QString::fromLatin1(name));
 }
 
-/// Also what other threads contribute, as the panels' lists of files.
+/// Also waits for work of other threads, such as the panels' file lists.
 void settle() {
   QEventLoop loop;
   QTimer::singleShot(300, &loop, &QEventLoop::quit);
@@ -89,7 +89,7 @@ void startUp(AppDelegate& delegate) {
   delegate.tolvaneVC()->startStopTapped();
 }
 
-/// Five routes of which two are inactive, one of these selected.
+/// Loads five routes, two of them inactive, and selects an inactive one.
 void selectAnInactiveRoute(AppDelegate& delegate) {
   QFile patch(QStringLiteral("monitors.json"));
   if (!patch.open(QIODevice::WriteOnly)) return;
@@ -158,7 +158,7 @@ QWidget* pictured(const Scene& scene, const AppDelegate& delegate) {
 bool draw(const Scene& scene, const QString& folder, const QString& scale) {
   ScriptedHal hal;
   hal.devices = scene.devices;
-  // The pictures of a failed start are of one whose device refuses.
+  // The device in the pictures of a failed start refuses to start.
   hal.onCall = [&hal](const std::string& call) {
     if (call.starts_with("AudioDeviceStart(") && hal.devices.front().name == "Busy Interface") {
       hal.answerNext(tolvane::test::HalCall::start, kAudioHardwareNotRunningError);
@@ -194,7 +194,7 @@ int main(int argc, char** argv) {
   }
   bool allSaved = QDir().mkpath(arguments[1]);
   const QString folder = QFileInfo(arguments[1]).absoluteFilePath();
-  // The panels show the folder that the program runs in.
+  // The panels show the program's current folder.
   const QTemporaryDir patches;
   if (!QDir::setCurrent(patches.path()) || !QDir().mkdir("Patches") || !QDir::setCurrent("Patches")) return 1;
   for (const Scene& scene : scenes()) allSaved = draw(scene, folder, arguments[2]) && allSaved;

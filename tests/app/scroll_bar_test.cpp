@@ -1,4 +1,4 @@
-// The matrix's floating scroll bars under a real pointer, which comes into the window and leaves it.
+// The matrix's floating scroll bars under a real pointer that enters and leaves the window.
 #include <QCursor>
 #include <QScrollBar>
 #include <QTest>
@@ -27,7 +27,7 @@ TEST_F(ScrollBarTest, AKnobComesToRestAfterAFastExitOfThePointer) {
   const QImage atRest = picture();
   const QScrollBar& down = *matrix().scrollView->verticalScrollBar();
   ASSERT_GT(down.maximum(), 0);
-  // Straight onto the knob, and from there straight out of the window.
+  // The pointer jumps onto the knob, then straight out of the window.
   QCursor::setPos(matrix().scrollView->mapToGlobal(QPoint(534, 20)));
   ASSERT_TRUE(QTest::qWaitFor([&] { return picture() != atRest; }, 20000));
   QCursor::setPos(beside_);

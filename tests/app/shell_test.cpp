@@ -25,7 +25,7 @@ class ShellTest : public ::testing::Test {
   }
   ~ShellTest() override { CoreAudioEngine::shared().stop(); }
 
-  /// Runs the event loop as the program does; whether it ended by itself within ten seconds.
+  /// Runs the event loop as the program does. Returns true if it ended by itself within ten seconds.
   static bool runUntilQuit() {
     bool timedOut = false;
     QTimer guard;

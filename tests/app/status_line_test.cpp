@@ -64,7 +64,7 @@ TEST_F(StatusLineTest, WhatDoesNotFitEndsInAnEllipsisAndStaysWhole) {
   controller->setStatus(longText);
   QApplication::processEvents();
   EXPECT_EQ(label.text(), longText);
-  // The last character's place is the ellipsis: dots at the bottom, nothing above.
+  // The ellipsis takes the last character's place: dots at the bottom, nothing above.
   const QImage image = label.grab().toImage();
   const qreal scale = image.devicePixelRatio();
   const auto inkAbove = [&](int fromX, int toX) {

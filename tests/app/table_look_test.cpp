@@ -1,4 +1,4 @@
-// The connections table in pixels: inactive rows, the header's end, what is cut.
+// The connections table in pixels: inactive rows, the end of the header, truncated text.
 #include <QApplication>
 #include <QHeaderView>
 #include <QHelpEvent>
@@ -37,7 +37,7 @@ class TableLookTest : public PanelTest {
     return table().viewport()->grab(cell).toImage();
   }
 
-  /// The brightest red of a cell: the band and the background have less of it than either text.
+  /// The brightest red of a cell. The band and the background have less red than either text.
   [[nodiscard]] int brightestRed(int row, int column) const {
     const QImage image = imageOf(row, column);
     int brightest = 0;
@@ -67,7 +67,7 @@ TEST_F(TableLookTest, AnInactiveRowIsGreySelectedOrNot) {
     for (int column = 0; column < 4; ++column) {
       SCOPED_TRACE(testing::Message() << "column " << column << ", row " << selected << " selected");
       EXPECT_LE(brightestRed(1, column), kInactiveGrey);
-      // However thin the machine's font is, there is a text.
+      // Even a thin font leaves some text visible.
       EXPECT_GT(brightestRed(1, column), imageOf(1, column).pixelColor(0, 0).red() + 20);
       EXPECT_GT(brightestRed(0, column), 180);
       EXPECT_LE(brightestRed(0, column), kActiveWhite);
@@ -122,7 +122,7 @@ TEST_F(TableLookTest, ACellHasAToolTipAsSoonAsItIsCut) {
     QApplication::processEvents();
     return table().viewport()->grab(QRect(0, 0, 30, 19)).toImage();
   };
-  // From wide to narrow: what stands at the left changes when the text is cut.
+  // Narrows the column step by step. The picture of its left part changes once the text is truncated.
   const QImage whole = picture(80);
   bool wasCut = false;
   for (int width = 79; width >= 30; --width) {

@@ -1,4 +1,4 @@
-// The connections table's selection: the band that shows it, and how pointer, keys and reloads treat it.
+// The connections table's selection: its band, and how pointer, keys and reloads change it.
 #include <QApplication>
 #include <QPaintEvent>
 #include <QPainter>
@@ -11,7 +11,7 @@
 namespace tolvane::test {
 namespace {
 
-/// What a widget has on the screen: a part that it does not paint anew stays as it was.
+/// A widget's pixels on the screen. A part that the widget does not repaint keeps its old pixels.
 class ShownPixels : public QObject {
  public:
   explicit ShownPixels(QWidget& widget) : widget_(widget), image_(widget.grab().toImage()) {
@@ -55,12 +55,12 @@ class TableSelectionTest : public WindowTest {
     for (int i = 0; i < count; ++i) clickCell(i / 4, i % 4);
   }
 
-  /// A point of the table's rows in the window, x counted from the left of the rows.
+  /// A point of a row, in the rows' coordinates.
   [[nodiscard]] QPoint pointInRow(int row, int x) const {
     return {x, table().rowViewportPosition(row) + table().rowHeight(row) / 2};
   }
 
-  /// The row's first line of pixels on the screen, where no glyph reaches: its colours without repetition.
+  /// The distinct colours on the row's first line of pixels on the screen, where no glyph reaches.
   [[nodiscard]] std::vector<QColor> coloursOf(int row) const {
     const QImage& image = shown->image();
     const int y = table().rowViewportPosition(row) + 1;

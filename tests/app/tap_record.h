@@ -12,8 +12,8 @@ inline constexpr std::size_t kTapChannels = 20;
 
 struct TapChannel {
   std::atomic<float> peak;  // of the last cycle
-  // Over the whole run, in one number so that both are of one moment: the frames in the upper 32 bits, and
-  // how often the signal went from below zero to zero or above in the lower.
+  // Totals of the whole run. The upper 32 bits count frames, the lower 32 bits rising zero crossings (from
+  // below zero to zero or above). One number, so both are from the same moment.
   std::atomic<std::uint64_t> framesAndCrossings;
 };
 
@@ -21,8 +21,9 @@ struct TapRecord {
   std::atomic<std::uint64_t> cycles;
   std::atomic<std::uint64_t> frames;
   std::array<TapChannel, kTapChannels> channels;
-  // The window's thread counts here every few milliseconds. Between two counts it notes how long it slept,
-  // which is not how long it ran or waited for a processor; the longest stands here until someone stores 0.
+  // The window's thread increments this every few milliseconds. Between two counts it measures how long it
+  // slept; the time in which it ran or waited for a processor does not count. The longest sleep stays in
+  // longestSleepMs until someone stores 0.
   std::atomic<std::uint64_t> heartbeats;
   std::atomic<std::uint32_t> longestSleepMs;
 };

@@ -29,7 +29,7 @@ std::vector<std::string> StatusTrace::take() {
 
 bool StatusTrace::eventFilter(QObject* watched, QEvent* event) {
   if (delivering_ || event->type() != QEvent::MetaCall) return false;
-  // A label does not tell when its text changes: let the event do its work, and look.
+  // A label does not signal a change of its text. So this delivers the event first and then reads the text.
   delivering_ = true;
   watched->event(event);
   delivering_ = false;

@@ -25,11 +25,11 @@ void PrintTo(const PatchConnection& route, std::ostream* out);
 
 namespace test {
 
-/// Writes down every text that the status line shows, in order.
+/// Records every text of the status line, in order.
 class StatusTrace : public QObject {
  public:
   explicit StatusTrace(QLabel* label);
-  /// The texts so far, and forgets them.
+  /// Returns and clears the texts so far.
   std::vector<std::string> take();
 
  protected:
@@ -55,7 +55,7 @@ class WindowTest : public ::testing::Test {
   /// Builds the controller's view, shows it and waits until it can take events. To be called once; the
   /// devices are those of `hal` at that moment.
   void open();
-  /// As open(), and forgets the status texts and HAL calls of the start.
+  /// Does the same as open() and discards the status texts and HAL calls of the start.
   void openQuietly();
 
   template <class T>
@@ -64,7 +64,7 @@ class WindowTest : public ::testing::Test {
     EXPECT_NE(found, nullptr) << name;
     return *found;
   }
-  /// The button whose property "action" says so.
+  /// The button whose property "action" has this value.
   [[nodiscard]] QPushButton& buttonOf(const char* action) const;
 
   // Real events, through the window system.
@@ -74,19 +74,19 @@ class WindowTest : public ::testing::Test {
   void clickCell(int row, int column);
   void clickTableRow(int row);
   void key(Qt::Key key, Qt::KeyboardModifiers modifiers = Qt::NoModifier);
-  /// Opens the device menu, moves by this many items and chooses, by keys.
+  /// Opens the device menu, moves by this many items and chooses, all by keys.
   void moveDeviceChoice(int steps);
 
   void addRoute(const std::string& input, const std::string& output, const std::string& gain);
 
-  /// Lets everything that is waiting happen; the status texts that came.
+  /// Processes all pending events. Returns and clears the new status texts.
   std::vector<std::string> statusTexts();
   [[nodiscard]] std::string statusText() const;
   [[nodiscard]] std::string text(const char* label) const;
-  /// The HAL calls so far that start or stop something, and forgets all calls.
+  /// Returns the start and stop calls to the HAL so far. Discards all calls.
   std::vector<std::string> deviceCalls();
 
-  /// What the device would route on its next cycle.
+  /// The routes that the device would use in its next cycle.
   [[nodiscard]] static std::vector<PatchEntry> publishedEntries();
   [[nodiscard]] const std::vector<PatchConnection>& routes() const { return controller->connections(); }
   [[nodiscard]] std::vector<std::vector<std::string>> tableTexts() const;

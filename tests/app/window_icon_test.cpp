@@ -1,4 +1,4 @@
-// The window's icon, which it has wherever the program lies.
+// The window's icon, which does not depend on where the program is installed.
 #include <QFile>
 #include <QIcon>
 #include <QMainWindow>
@@ -24,7 +24,7 @@ TEST(WindowIcon, IsTheOneThatIsInstalled) {
   const QImage drawn = icon.pixmap(QSize(256, 256), 1.0).toImage();
   ASSERT_EQ(drawn.size(), QSize(256, 256));
   EXPECT_EQ(drawn.pixelColor(0, 0).alpha(), 0) << "its corners are round";
-  // The installed file's rectangles have the colour of their own or of their group.
+  // A rectangle in the installed file has its own colour or the colour of its group.
   QFile file(QStringLiteral(TOLVANE_ICON_FILE));
   ASSERT_TRUE(file.open(QIODevice::ReadOnly));
   QXmlStreamReader reader(&file);
@@ -39,7 +39,7 @@ TEST(WindowIcon, IsTheOneThatIsInstalled) {
       return attributes.value(QLatin1String(name)).toInt();
     };
     const QString own = attributes.value("fill").toString();
-    // Six units into the shape: beyond the border, and beside the cells that stand on the background.
+    // Six units inside the shape: past the border, and not on one of the cells that cover the background.
     const QPoint inside(number("x") + 6, number("y") + number("height") / 2);
     EXPECT_EQ(drawn.pixelColor(inside).name(), own.isEmpty() ? groupFill : own) << rectangles;
     ++rectangles;

@@ -33,16 +33,16 @@ xcb_atom_t atom(xcb_connection_t* connection, const char* name) {
   return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
 }
 
-/// Whether a thread of the process runs, waits for a processor or for a disk.
+/// True if a thread of the process runs, waits for a processor or waits for a disk.
 bool isAtWork(qint64 processId) {
-  std::error_code gone;  // threads may end while they are looked at
+  std::error_code gone;  // threads may end during the loop
   const std::filesystem::path tasks = "/proc/" + std::to_string(processId) + "/task";
   for (std::filesystem::directory_iterator task(tasks, gone), end; !gone && task != end;
        task.increment(gone)) {
     std::ifstream file(task->path() / "stat");
     std::string text;
     std::getline(file, text);
-    // The state follows the name, which stands in parentheses and may hold any.
+    // The state follows the name. The name is in parentheses and may contain parentheses.
     const std::size_t name = text.rfind(')');
     if (name == std::string::npos || name + 2 >= text.size()) continue;
     if (text[name + 2] == 'R' || text[name + 2] == 'D') return true;
@@ -63,7 +63,7 @@ bool waitFor(const std::function<bool()>& condition, int timeoutMs) {
 
 XSession::XSession() {
   server_.start("Xvfb", {"-displayfd", "1", "-screen", "0", "1280x1024x24", "-nolisten", "tcp", "-noreset"});
-  // The server writes its display's number when it is ready.
+  // The server writes its display number when it is ready.
   if (server_.waitForReadyRead(30000)) display_ = ":" + server_.readLine().trimmed().toStdString();
 }
 
@@ -82,7 +82,7 @@ bool XSession::start(const std::string& program, const std::vector<std::string>&
   environment.insert("QT_SCALE_FACTOR", "1");
   environment.insert("HOME", folder_.path());
   environment.insert("XDG_CONFIG_HOME", folder_.filePath("config"));
-  // The sound servers of the machine stay out.
+  // Keeps the machine's sound servers out of the test.
   environment.insert("XDG_RUNTIME_DIR", runtimeFolder_);
   environment.insert("PIPEWIRE_RUNTIME_DIR", runtimeFolder_);
   environment.insert("JACK_DEFAULT_SERVER", "tolvane-test-none");
@@ -167,7 +167,7 @@ std::optional<int> XSession::idleMsUntilTheEnd() {
   while (!program_.waitForFinished(kLook)) {
     if (total.elapsed() > 60000) return std::nullopt;
     const bool atWork = isAtWork(program_.processId()) || isAtWork(server_.processId());
-    // A look that comes late says nothing of the time before it.
+    // A late sample tells nothing about the time before it.
     if (!atWork) idleMs += std::min(sinceLook.elapsed(), 2 * kLook);
     sinceLook.restart();
   }
@@ -185,8 +185,8 @@ void XSession::requestClose(const std::string& window) {
   message.data.data32[1] = XCB_CURRENT_TIME;
   xcb_send_event(connection, 0, message.window, XCB_EVENT_MASK_NO_EVENT,
                  reinterpret_cast<const char*>(&message));
-  // An answer shows that the server has read the message: it may drop what a client sends just before it
-  // goes.
+  // The reply proves that the server has read the message. The server may drop a client's last message if the
+  // client disconnects right after it.
   std::free(xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr));
   xcb_disconnect(connection);
 }

@@ -1,4 +1,4 @@
-// The callback calls nothing that blocks; and the watch which says so would see it if it did.
+// The callback calls nothing that blocks. The other tests show that the watch sees calls that do.
 #include <atomic>
 #include <chrono>
 #include <mutex>

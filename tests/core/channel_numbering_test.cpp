@@ -9,7 +9,7 @@ using testing::ElementsAre;
 
 class ChannelNumberingTest : public RoutingTest {
  protected:
-  /// Sample s of stream n becomes 1000 n + s, so that every sample of the device is told apart.
+  /// Sets sample s of stream n to 1000 n + s, so that all samples of the device differ.
   void numberInputs() {
     for (std::size_t n = 0; n < input_.size(); ++n) {
       const std::span<float> samples = input_.samples(n);
@@ -133,7 +133,7 @@ TEST_F(ChannelNumberingTest, NegativeChannelsAreNeverRouted) {
 }
 
 TEST_F(ChannelNumberingTest, ManyMoreChannelsThanTheCountsAreClearedAndLeftAlone) {
-  context_ = initialContext(1, 1);  // keeps 4 of them
+  context_ = initialContext(1, 1);  // the table keeps 4 channels
   input_.add(3, 2, 1.0F).add(200, 2, 1.0F);
   output_.add(3, 2, kStale).add(200, 2, kStale).add(1, 2, kStale);
   route(0, 0);

@@ -1,5 +1,5 @@
-// The lines that the first cycle of a process writes, and that no later one writes any. Every case runs in a
-// child: the test's own process never runs a cycle.
+// The trace of a process's first cycle; no later cycle writes any. Every case runs in a child process, so the
+// test's own process never runs a cycle.
 #include <cinttypes>
 #include <csignal>
 #include <cstdio>

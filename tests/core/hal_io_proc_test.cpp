@@ -1,4 +1,5 @@
-// The callback as the HAL calls it: always noErr, and when it leaves the outputs as they are.
+// The callback as the HAL calls it: it always returns noErr. Also the cases in which it leaves the outputs as
+// they are.
 #include <cstring>
 
 #include "routing_fixture.h"

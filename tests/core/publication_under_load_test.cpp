@@ -1,5 +1,5 @@
-// One thread publishes while another runs cycles, as fast as both can: no cycle reads or writes outside of
-// its buffers, and a cycle that no second publication overtakes hears one list, whole.
+// One thread publishes while another runs cycles, both as fast as they can. No cycle reads or writes outside
+// its buffers. A cycle that no second publication overtakes hears one whole list.
 #include <array>
 #include <atomic>
 #include <random>
@@ -15,18 +15,19 @@ namespace {
 
 constexpr std::size_t kChannels = 16;
 constexpr int kReads = 10'000'000;
-// A cycle reads some 30 entries of three fields each. A sanitizer makes it ten times as slow.
+// A cycle reads about 30 entries of three fields each. A sanitizer slows it down tenfold.
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 constexpr int kCycles = kReads / 20;
 #else
 constexpr int kCycles = kReads;
 #endif
 
-/// A device of one-channel streams and one frame a cycle, so that most of a cycle is the reading of routes.
+/// A device of one-channel streams with one frame per cycle, so that a cycle spends most of its time reading
+/// routes.
 class PublicationUnderLoadTest : public testing::Test {
  protected:
   PublicationUnderLoadTest() {
-    becomeMainThread();  // the writer of the test before was it
+    becomeMainThread();  // the previous test left this role to its writer
     for (std::size_t c = 0; c < kChannels; ++c) {
       input_.add(1, 1, 1.0F);
       output_.add(1, 1, 0.0F);
@@ -43,7 +44,7 @@ class PublicationUnderLoadTest : public testing::Test {
   IOProcContext context_ = initialContext(kChannels, kChannels);
 };
 
-// No half of one and half of another makes a third. A fresh context's are among them.
+// Halves of two values never make a third, so a torn read shows. A fresh context's values are included.
 constexpr std::array<std::int64_t, 10> kChannelLimits = {-2147483648LL, -1,        0, 1, 7, 15, 16, 17,
                                                          1000000,       2147483647};
 constexpr std::array<float, 6> kGains = {1.0F, 0.1F, -0.7F, 1e-45F, -3.4e38F, 1.2345678e-20F};
@@ -89,7 +90,7 @@ TEST_F(PublicationUnderLoadTest, NoCycleLeavesItsBuffers) {
   int sounding = 0;
   for (int i = 0; i < kCycles; ++i) {
     cycle();
-    // Inputs are 1 and gains are 1: whatever mixture a cycle saw, an output counts routes.
+    // All inputs and gains are 1, so an output counts routes, whatever mixture the cycle saw.
     const float heard = output(0);
     ASSERT_TRUE(heard >= 0.0F && heard <= 64.0F && heard == static_cast<float>(static_cast<int>(heard)))
         << heard;
@@ -131,8 +132,8 @@ TEST_F(PublicationUnderLoadTest, EveryFieldReadIsOneThatWasWritten) {
   EXPECT_GT(writer.publications(), 100) << "the two threads did not run side by side";
 }
 
-/// What a cycle heard: every output carries the number of the list, in as many outputs as the list has
-/// routes.
+/// What a cycle heard: the number of the list, and whether every output that the list routes carries this
+/// number and every other output is 0.
 struct Heard {
   int generation;
   bool whole;
@@ -140,7 +141,7 @@ struct Heard {
 
 class SingleFilePublicationTest : public PublicationUnderLoadTest {
  protected:
-  /// List `generation`: 1 to 16 routes, one to an output, each with the generation as its gain.
+  /// List `generation`: 1 to 16 routes, one to each output, all with the generation as gain.
   static std::vector<PatchConnection> listOf(int generation) {
     std::vector<PatchConnection> routes(lengthOf(generation));
     std::int64_t channel = 0;
@@ -167,7 +168,7 @@ TEST_F(SingleFilePublicationTest, EveryCycleHearsOneListWhole) {
   constexpr int kLists = 20'000;
   writeConnections(&context_, listOf(1));
   std::atomic<int> lastHeard = 0;
-  // The next list comes only when the last one was heard, so that none overtakes a cycle.
+  // Publishes a list only after the previous one was heard, so that none overtakes a cycle.
   std::thread writer([&] {
     becomeMainThread();
     for (int generation = 2; generation <= kLists; ++generation) {
@@ -176,7 +177,7 @@ TEST_F(SingleFilePublicationTest, EveryCycleHearsOneListWhole) {
     }
   });
   int previous = 0;
-  // A busy machine may take a time slice for each list: the number of cycles bounds the test as well.
+  // On a busy machine each list may take a time slice, so the number of cycles limits the test as well.
   for (int i = 0; i < kCycles && previous < kLists && !HasFailure(); ++i) {
     cycle();
     const Heard now = heard();

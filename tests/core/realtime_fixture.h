@@ -1,4 +1,4 @@
-// A patch of 64 routes and the watch on the thread that runs a cycle of it.
+// A patch of 64 routes, and a watch on the thread that runs a cycle of it.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ class RealtimeTest : public RoutingTest {
     for (int i = 0; i < 20; ++i) output_.add(1, 512);
     context_ = initialContext(18, 20);
     publishRoutes(64);
-    // The first cycle of the process writes its trace, and the lazy linking of what is called is done.
+    // Before any watch, lets the first cycle write its trace and resolves lazily linked functions.
     call(&halIOProc);
   }
 
@@ -40,7 +40,7 @@ class RealtimeTest : public RoutingTest {
   }
 };
 
-/// halIOProc and something that a callback must not do.
+/// Does something that a callback must not do, then calls halIOProc.
 template <auto misdeed>
 OSStatus routeAnd(AudioObjectID device, const AudioTimeStamp* now, const AudioBufferList* inputData,
                   const AudioTimeStamp* inputTime, AudioBufferList* outputData,

@@ -1,5 +1,5 @@
-// What the callback may allocate on the device's thread: two tables, released again. And that the watch which
-// says so would see it if it did more.
+// On the device's thread the callback allocates two tables, frees them, and allocates nothing else. The other
+// tests show that the watch would see more.
 #include <atomic>
 #include <cstdlib>
 #include <thread>
@@ -9,7 +9,7 @@
 namespace tolvane::test {
 namespace {
 
-// Where the compiler cannot follow, so that it leaves out no allocation.
+// Volatile, so that the compiler cannot leave out an allocation.
 void* volatile escaped = nullptr;
 
 TEST_F(RealtimeTest, AllocatesExactlyTwiceAndFreesExactlyTwice) {

@@ -12,7 +12,7 @@
 namespace tolvane::test {
 
 /// A context of 8 inputs and 8 outputs, and a device whose buffers the test adds. Output samples start as
-/// kStale, so that a sample which nobody cleared is seen.
+/// kStale, which shows samples that nobody cleared.
 class RoutingTest : public testing::Test {
  protected:
   static constexpr float kStale = 77.0F;
@@ -21,7 +21,7 @@ class RoutingTest : public testing::Test {
   void route(std::int64_t input, std::int64_t output, float gain = 1.0F) {
     routes_.push_back({input, output, gain, true});
   }
-  /// Publishes what `route` collected, and runs one cycle.
+  /// Publishes the routes from `route`, and runs one cycle.
   void cycle() {
     publish(routes_);
     routeCycle(input_.get(), output_.get(), &context_);

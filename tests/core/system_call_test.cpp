@@ -1,4 +1,4 @@
-// The callback makes no system call: a child process lets the kernel trap every one while cycles run.
+// The callback makes no system call: in a child process the kernel traps every one while cycles run.
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
@@ -21,9 +21,10 @@ void onTrap(int /*signal*/) {
   trapped = trapped + 1;
 }
 
-constexpr int kNotTrapping = 200;  // the kernel would not have it
+constexpr int kNotTrapping = 200;  // the kernel refused the filter
 
-/// From here on, every system call of this thread runs `onTrap` instead, but for the end of the process.
+/// From here on, every system call of this thread runs `onTrap` instead, except the end of the process and
+/// the return from a signal.
 void trapSystemCalls() {
   std::signal(SIGSYS, onTrap);
   sock_filter filter[] = {
@@ -49,7 +50,7 @@ class SystemCallTest : public RoutingTest {
     publish({{0, 0, 1.0F, true}, {17, 19, 0.5F, true}, {3, 19, 0.25F, true}, {-1, 90, 1.0F, true}});
   }
 
-  /// The system calls that `action` makes after each of 1000 cycles, and the cycles with it; at most 100.
+  /// The number of system calls in 1000 rounds of a cycle and `action`; at most 100.
   int systemCallsOf(const std::function<void()>& action) {
     const ChildResult child = runInChild([&] {
       cycle();  // the first cycle of the process writes its trace

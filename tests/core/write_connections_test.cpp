@@ -1,4 +1,4 @@
-// Publishing a route list: what is written where, and when it goes live.
+// Publishing a route list: which fields are written, and when the list goes live.
 #include <cstring>
 #include <limits>
 #include <vector>
@@ -13,7 +13,7 @@ namespace {
 
 using Routes = std::vector<PatchConnection>;
 
-/// `count` active routes, told apart by their channels and gains.
+/// `count` active routes with channels of their own, all with this gain.
 Routes manyRoutes(std::int64_t count, float gain = 1.0F) {
   Routes routes(static_cast<std::size_t>(count));
   std::int64_t i = 0;

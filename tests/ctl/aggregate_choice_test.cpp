@@ -1,4 +1,4 @@
-// Which device becomes the member of an aggregate.
+// The choice of a device as a member of an aggregate.
 #include "ctl/aggregate_choice.h"
 
 #include <gmock/gmock.h>
@@ -23,7 +23,7 @@ TEST(AggregateChoice, IsByIdentityNameIdentifierOrPartOfTheName) {
     ASSERT_TRUE(choice) << wanted;
     EXPECT_EQ(choice.value(), box) << wanted;
   }
-  EXPECT_EQ(chooseMember(kCandidates, "pipewire:pci").value().name, "Rack");  // not the one that is called so
+  EXPECT_EQ(chooseMember(kCandidates, "pipewire:pci").value().name, "Rack");  // not the device of that name
 }
 
 TEST(AggregateChoice, RefusesWhatCannotBeAMemberAndSaysWhatCan) {

@@ -1,4 +1,4 @@
-// The file of aggregates: what is in it stays, whatever goes wrong.
+// The aggregates file keeps its content, whatever goes wrong.
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -48,7 +48,7 @@ TEST_F(AggregateTest, AFullDiskLeavesTheOldFileAndNothingElse) {
   ASSERT_EQ(run({"create", "Stage", "First Card"}).status, 0);
   const std::string before = readBytes(file());
   ChildProcess::Options options;
-  options.limits = {{RLIMIT_FSIZE, 300}};  // stands for the disk: writing beyond it fails
+  options.limits = {{RLIMIT_FSIZE, 300}};  // like a full disk: writing beyond it fails
   const Finished made = runProgram({"aggregate", "create", "Home", "First Card", "Second Card"}, options);
   EXPECT_EQ(made.status, 1);
   EXPECT_THAT(made.err, StartsWith("tolvanectl: " + file() + ": "));

@@ -1,4 +1,4 @@
-// tolvanectl on a private sound server with two cards, and a user without configuration.
+// A fixture for tolvanectl on a private sound server with two cards and without a user configuration.
 #pragma once
 
 #include <filesystem>
@@ -20,7 +20,7 @@ class AggregateTest : public testing::Test {
     return runProgram(arguments);
   }
 
-  /// Writes it as somebody else would.
+  /// Writes the aggregates file without tolvanectl.
   void writeFile(const std::string& text) const {
     std::filesystem::create_directories(folder());
     writeText(file(), text);

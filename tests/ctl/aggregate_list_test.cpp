@@ -1,4 +1,4 @@
-// Named aggregates, as people and as programs read them.
+// The list of named aggregates, as a table and as JSON.
 #include "ctl/aggregate_list.h"
 
 #include <gtest/gtest.h>

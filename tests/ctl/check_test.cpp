@@ -106,7 +106,7 @@ TEST_F(Check, RefusesAnActiveRouteThatNoDeviceCanHave) {
 TEST_F(Check, RefusesAnActiveRouteOfAChannelThatNoDeviceCanHave) {
   const auto expectRefused = [this](const PatchConnection& route, const std::string& member,
                                     const std::string& channel) {
-    // Behind more active routes than are heard it is still one.
+    // The route is refused even after more active routes than can sound.
     std::vector<PatchConnection> routes(70, {0, 0, 1.0F, true});
     routes.push_back(route);
     const std::string path = patch("p.json", patchText(routes));

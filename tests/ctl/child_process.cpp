@@ -19,7 +19,7 @@ namespace tolvane::test {
 
 namespace {
 
-/// Two ends: what the child writes to or reads from, and ours.
+/// The two ends of a pipe or terminal: the child's and ours.
 struct Channel {
   int child = -1;
   int ours = -1;
@@ -63,7 +63,8 @@ Channel outputOf(const ChildProcess::Options& options) {
   return channel;
 }
 
-/// The kernel counts the threads of a user, and root's are never too many: becomes a user who has no other.
+/// Limits the process's threads. The kernel counts all threads of a user and does not limit root's, so a root
+/// process first becomes a user without other processes.
 void limitThreads(int threads) {
   if (::geteuid() == 0) {
     const auto id = static_cast<uid_t>(3'000'000 + ::getpid());
@@ -125,7 +126,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments, const Opti
   std::vector<std::string> words = {TOLVANECTL_PATH};
   words.insert(words.end(), arguments.begin(), arguments.end());
   std::vector<std::string> environment = environmentWith(options.environment);
-  // Made before the fork: the child of a program with threads may only make system calls.
+  // Made before the fork: in a program with threads, the child must not allocate memory.
   const std::vector<char*> argumentPointers = pointersTo(words);
   const std::vector<char*> environmentPointers = pointersTo(environment);
 
@@ -156,13 +157,13 @@ void ChildProcess::addCollector(int descriptor, std::string& into) {
 
 void ChildProcess::collect(int descriptor, std::string& into) {
   char chunk[4096];
-  // A terminal is closed once nobody is in the middle of reading it.
+  // Polls with a timeout, so that closeTerminal() can stop this thread before it closes the terminal.
   while (!terminalClosed_) {
     pollfd source{descriptor, POLLIN, 0};
     if (::poll(&source, 1, 10) == 0) continue;
     const ssize_t count = ::read(descriptor, chunk, sizeof chunk);
     if (count < 0 && errno == EINTR) continue;
-    if (count <= 0) return;  // a terminal's end is an error
+    if (count <= 0) return;  // the end of a terminal is a read error
     const std::lock_guard lock(mutex_);
     into.append(chunk, static_cast<std::size_t>(count));
   }

@@ -1,4 +1,4 @@
-// The real program as a child process, as a shell would run it.
+// Runs the real program as a child process, like a shell.
 #pragma once
 
 #include <atomic>
@@ -15,32 +15,32 @@
 
 namespace tolvane::test {
 
-/// What a finished child left.
+/// The result of a finished child.
 struct Finished {
-  int status = -1;  // as a shell gives it: the exit status, or 128 and the signal that ended it
+  int status = -1;  // as in a shell: the exit status, or 128 + the signal that ended it
   std::string out;
   std::string err;
 };
 
-/// tolvanectl running, its output collected as it comes. Killed when it goes out of scope.
+/// A running tolvanectl, whose output is collected as it arrives. The destructor kills it.
 class ChildProcess {
  public:
-  /// What becomes of the child's standard output where it is no terminal.
+  /// Where the child's standard output goes if it is no terminal.
   enum class Out {
     collected,
-    stuck,   // a pipe that is full, and stays so
-    nobody,  // a pipe whose reader is gone
+    stuck,   // a pipe that is full and stays full
+    nobody,  // a pipe without a reader
   };
   struct Options {
     std::map<std::string, std::string> environment;  // added to the test's own
     bool terminalOut = false;                        // standard output (and input) is a terminal
     bool terminalErr = false;                        // standard error is a terminal
-    bool ownTerminal = false;                        // and the child leads a session there
+    bool ownTerminal = false;                        // the child is the session leader of that terminal
     Out out = Out::collected;
     std::set<int> closed;          // descriptors
-    std::string folder;            // to run in; empty: the test's own
-    std::map<int, rlim_t> limits;  // by resource, as setrlimit has them
-    int threadLimit = -1;          // that it may have at a time; -1: none
+    std::string folder;            // working folder; empty: the test's own
+    std::map<int, rlim_t> limits;  // setrlimit's limits by resource
+    int threadLimit = -1;          // of simultaneous threads; -1: no limit
   };
 
   explicit ChildProcess(const std::vector<std::string>& arguments) : ChildProcess(arguments, Options{}) {}
@@ -54,24 +54,24 @@ class ChildProcess {
 
   [[nodiscard]] pid_t pid() const { return pid_; }
   void send(int signal) const;
-  /// Writes to the child's standard input (a pipe, where it is no terminal).
+  /// Writes to the child's standard input, which is a pipe if it is no terminal.
   void write(const std::string& bytes) const;
   void closeInput();
-  /// Whether it has read all that was written to it.
+  /// True if the child has read all its input so far.
   [[nodiscard]] bool hasReadInput() const;
-  /// Whether its main thread waits in this system call on this descriptor.
+  /// True if the child's main thread waits in this system call on this descriptor.
   [[nodiscard]] bool isBlockedIn(long systemCall, int descriptor) const;
-  /// Closes the terminal that is its standard output.
+  /// Closes the terminal that is the child's standard output.
   void closeTerminal();
 
-  /// Waits, for a minute at the most, until the condition holds; false when it never did.
+  /// Waits until the condition holds. Returns false after a minute.
   static bool waitUntil(const std::function<bool()>& condition);
   bool waitForOut(const std::string& text) const;
   bool waitForErr(const std::string& text) const;
 
-  /// Waits for the end; a child that does not end within two minutes is killed.
+  /// Closes the child's input and waits until the child ends. Kills it after two minutes.
   Finished finish();
-  /// The same, but what it reads from stays open, so that it ends for another reason.
+  /// The same, but leaves the child's input open, so that the child must end for another reason.
   Finished finishWithOpenInput();
 
  private:
@@ -89,11 +89,11 @@ class ChildProcess {
   std::vector<int> descriptors_;
 };
 
-/// Runs it to its end, with nothing on standard input.
+/// Runs tolvanectl to its end, with empty standard input.
 Finished runProgram(const std::vector<std::string>& arguments);
 Finished runProgram(const std::vector<std::string>& arguments, const ChildProcess::Options& options);
 
-/// Runs any other program to its end, by a shell line. Its status.
+/// Runs a shell command to its end and returns its status.
 int runShell(const std::string& line);
 
 }  // namespace tolvane::test

@@ -40,7 +40,7 @@ TEST(DeviceChoice, NumberIsAnIdentifier) {
 
 TEST(DeviceChoice, NumberThatIsNoIdentifierIsNoPartOfAName) {
   EXPECT_EQ(chosen("1"), 0U);
-  EXPECT_EQ(chosen("4294967307"), 0U);  // 11, if it were cut to 32 bits
+  EXPECT_EQ(chosen("4294967307"), 0U);  // would be 11 if truncated to 32 bits
 }
 
 TEST(DeviceChoice, PartOfANameWhateverTheCapitals) {
@@ -76,7 +76,7 @@ TEST(DeviceChoice, RefusesWithoutAnyDevice) {
   EXPECT_EQ(choice.error().text, "there is no audio device");
 }
 
-/// Of the virtual device and another one, while a server is silent or not.
+/// Choosing between the virtual device and another one, with and without a silent server.
 class ListedChoice : public testing::Test {
  protected:
   ListedChoice() {

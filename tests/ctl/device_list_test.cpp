@@ -1,4 +1,4 @@
-// The device list of devices that tell much, little and nonsense.
+// The device list for devices that report much, little or nonsense.
 #include "ctl/device_list.h"
 
 #include <gtest/gtest.h>

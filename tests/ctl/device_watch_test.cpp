@@ -1,4 +1,4 @@
-// What has come and gone between two device lists, and how it is said.
+// The differences between two device lists, and their text.
 #include "ctl/device_watch.h"
 
 #include <csignal>

@@ -1,4 +1,4 @@
-// tolvanectl devices: the list, for people and for programs.
+// tolvanectl devices: the list as a table and as JSON.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>

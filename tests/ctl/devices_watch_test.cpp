@@ -48,7 +48,7 @@ TEST_P(DevicesWatch, TellsOfArrivalAndDepartureUntilTheSignal) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, DevicesWatch, testing::Values(SIGINT, SIGTERM));
 
-/// The output's whole lines, each read as JSON.
+/// The output's complete lines, each parsed as JSON.
 std::vector<json> objects(const std::string& out) {
   std::vector<json> objects;
   for (std::size_t at = 0, end = 0; (end = out.find('\n', at)) != std::string::npos; at = end + 1) {

@@ -1,4 +1,4 @@
-// How the process ends early: by signals, and by exceptions that no thread catches.
+// The early end of the process: by signals and by uncaught exceptions.
 #include "ctl/early_end.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// A signal ends every command, whatever it waits for; none leaves a file behind.
+// A signal ends every command, whatever it waits for, and no file is left behind.
 #include <csignal>
 
 #include <fcntl.h>
@@ -53,7 +53,7 @@ TEST_P(EndedBySignal, RunWhosePatchIsAPipeWithoutAWriter) {
   const std::string pipe = folder_ / "pipe";
   ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
   ChildProcess child({"run", "--patch", pipe});
-  int writer = -1;  // can be opened once the child opens the other end; it writes nothing
+  int writer = -1;  // writes nothing; can be opened once the child opens the other end
   ASSERT_TRUE(ChildProcess::waitUntil(
       [&] { return (writer = ::open(pipe.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)) >= 0; }));
   expectEndBySignal(child);
@@ -95,7 +95,7 @@ TEST_P(EndedBeforeAFullPipe, Help) {
 INSTANTIATE_TEST_SUITE_P(Signals, EndedBySignal, testing::Values(SIGINT, SIGTERM, SIGHUP));
 INSTANTIATE_TEST_SUITE_P(Signals, EndedBeforeAFullPipe, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
-/// SIGHUP is not one of its ends: it reads the patch again.
+/// Without SIGHUP, which does not end a run but reloads the patch.
 class RunEndedBeforeAFullPipe : public EndedBeforeAFullPipe {};
 
 TEST_P(RunEndedBeforeAFullPipe, InItsTrace) {

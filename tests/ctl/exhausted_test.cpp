@@ -1,4 +1,4 @@
-// Too little memory, too few descriptors: one message, a failure, and no file left.
+// With too little memory or too few descriptors, a command fails with one message and leaves no file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -76,7 +76,7 @@ TEST(ExhaustedMemory, LeavesNoHalfOfARendering) {
   writePatch(folder / "patch.json", {{0, 0, 1.0F, true}});
   writeSound(source / "in.wav", {.samples = std::vector<float>(1000, 0.5F)});
   ChildProcess::Options options;
-  options.limits = {{RLIMIT_AS, 200'000'000}};  // the blocks of so many channels are larger
+  options.limits = {{RLIMIT_AS, 200'000'000}};  // the blocks for so many channels need more
   const Finished run = runProgram({"render", "--patch", folder / "patch.json", "--outputs", "1024",
                                    "--buffer", "65536", source / "in.wav", folder / "out.wav"},
                                   options);

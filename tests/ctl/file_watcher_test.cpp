@@ -1,4 +1,4 @@
-// Both ways of noticing that a file has changed.
+// Both file watchers: by change notifications and by polling.
 #include "ctl/file_watcher.h"
 
 #include <filesystem>
@@ -22,7 +22,7 @@ class Watching : public testing::TestWithParam<Way> {
     return std::make_unique<PollingWatcher>(path, std::chrono::milliseconds(10));
   }
 
-  /// Asks as the program does, again and again, for a minute at the most.
+  /// Asks repeatedly, as the program does, for up to a minute.
   static bool eventuallyChanged(FileWatcher& watcher) {
     for (int i = 0; i < 6000; ++i) {
       if (watcher.changed()) return true;
@@ -49,7 +49,7 @@ TEST_P(Watching, NoticesWritingInPlace) {
 
 TEST_P(Watching, NoticesReplacementTwice) {
   const auto watcher = watch(path_);
-  for (const char* text : {"two", "six"}) {  // of the same length as what was there
+  for (const char* text : {"two", "six"}) {  // same length as the old content
     test::writeText(folder_ / "new", text);
     std::filesystem::rename(folder_ / "new", path_);
     EXPECT_TRUE(eventuallyChanged(*watcher));

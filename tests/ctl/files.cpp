@@ -15,7 +15,7 @@
 namespace tolvane::test {
 
 TemporaryFolder::TemporaryFolder() {
-  // In memory where there is such a place: rendering waits for the disk, and that 1000 times here.
+  // In memory if possible: rendering waits for the disk, and the tests render about 1000 times.
   const std::filesystem::path memory = "/dev/shm";
   const bool usable = ::access(memory.c_str(), W_OK | X_OK) == 0;
   std::string name = (usable ? memory : std::filesystem::temp_directory_path()) / "tolvanectl-test-XXXXXX";
@@ -53,7 +53,7 @@ std::string readBytes(const std::string& path) {
 std::string patchText(const std::vector<PatchConnection>& routes) {
   std::ostringstream text;
   text.imbue(std::locale::classic());
-  text.precision(9);  // enough to give each float back
+  text.precision(9);  // identifies every float
   text << "[";
   for (std::size_t i = 0; i < routes.size(); ++i) {
     text << (i == 0 ? "" : ",") << "{\"inputChannel\":" << routes[i].inputChannel
@@ -80,7 +80,7 @@ void writeSound(const std::string& path, const Sound& sound) {
   if (subtype == SF_FORMAT_FLOAT || subtype == SF_FORMAT_DOUBLE) {
     sf_writef_float(file, sound.samples.data(), frames);
   } else {
-    // As integers: the library would scale floats by one less than a power of two.
+    // As integers: the library would scale floats by a power of two minus one.
     std::vector<int> integers;
     for (const float sample : sound.samples) integers.push_back(static_cast<int>(std::ldexp(sample, 31)));
     sf_writef_int(file, integers.data(), frames);

@@ -1,4 +1,4 @@
-// Files that tests make and read: a folder of their own, patches, sound files.
+// Temporary folders, patches and sound files for tests.
 #pragma once
 
 #include <cstdint>
@@ -11,7 +11,7 @@
 
 namespace tolvane::test {
 
-/// A folder that is gone, with all in it, when the object is.
+/// A folder that the destructor removes with its content.
 class TemporaryFolder {
  public:
   TemporaryFolder();
@@ -21,7 +21,7 @@ class TemporaryFolder {
 
   [[nodiscard]] const std::string& path() const { return path_; }
   [[nodiscard]] std::string operator/(const std::string& name) const { return path_ + "/" + name; }
-  /// Names in it, hidden ones included, in order.
+  /// The sorted names of its content, including hidden files.
   [[nodiscard]] std::vector<std::string> names() const;
 
  private:
@@ -31,11 +31,11 @@ class TemporaryFolder {
 void writeText(const std::string& path, const std::string& text);
 [[nodiscard]] std::string readBytes(const std::string& path);
 
-/// Writes the routes as JSON, by a way that is not the program's own.
+/// Writes the routes as JSON, without the program's own encoder.
 void writePatch(const std::string& path, const std::vector<PatchConnection>& routes);
 [[nodiscard]] std::string patchText(const std::vector<PatchConnection>& routes);
 
-/// A whole sound file: `samples` interleaved.
+/// The content of a sound file. `samples` are interleaved.
 struct Sound {
   int channels = 1;
   int sampleRateHz = 48000;
@@ -46,10 +46,10 @@ struct Sound {
 };
 
 void writeSound(const std::string& path, const Sound& sound);
-/// Fails the test, and gives an empty one, when it cannot be read.
+/// Reads a sound file. If it cannot be read, fails the test and returns an empty Sound.
 [[nodiscard]] Sound readSound(const std::string& path);
 
-/// The bits of each sample: two results are the same only when their bits are.
+/// The bits of each sample, for comparing results bit by bit.
 [[nodiscard]] std::vector<std::uint32_t> bitsOf(const std::vector<float>& samples);
 
 }  // namespace tolvane::test

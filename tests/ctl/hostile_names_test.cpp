@@ -1,4 +1,4 @@
-// Names of files that would drive a terminal, and names that arguments are made to look like.
+// File names with control characters, and file names that look like something else as arguments.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -11,14 +11,15 @@ namespace {
 using testing::EndsWith;
 using testing::HasSubstr;
 
-// Clears the screen; begins a line; the one-character form of the same beginning, in UTF-8 and as a byte.
+// Contains a sequence that clears the screen, a line feed, the one-character form of ESC [ in UTF-8 and as a
+// byte, DEL and a tab.
 constexpr const char* kName =
     "a\033[2J\nb\xC2\x9B"
     "c\x9B"
     "d\x7F\te";
 constexpr const char* kShown = R"(a\x1b[2J\nb\u009bc\x9bd\x7f\te)";
 
-/// Whether no byte but the line ends drives a terminal.
+/// True if the text has no control characters except line feeds.
 bool isHarmless(const std::string& text) {
   for (std::size_t i = 0; i < text.size(); ++i) {
     const auto byte = static_cast<unsigned char>(text[i]);
@@ -31,7 +32,7 @@ bool isHarmless(const std::string& text) {
 
 class HostileNames : public testing::Test {
  protected:
-  /// Every line of messages is the program's own.
+  /// Also expects every line of messages to come from the program, not from a line feed in a name.
   static void expectShown(const Finished& run, int status) {
     EXPECT_EQ(run.status, status);
     EXPECT_THAT(run.out + run.err, HasSubstr(kShown));

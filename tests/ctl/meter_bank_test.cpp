@@ -1,4 +1,4 @@
-// Cycles and peaks around the routing callback.
+// The cycle count and the peaks around the routing callback.
 #include "ctl/meter_bank.h"
 
 #include <atomic>

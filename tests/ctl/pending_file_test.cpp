@@ -1,4 +1,4 @@
-// A file that gets its name when it is whole, with and without files that have no name.
+// Atomic files, on file systems with and without unnamed files.
 #include "ctl/pending_file.h"
 
 #include <cerrno>
@@ -25,7 +25,7 @@ using test::writeText;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// From here on the process finds file systems that have no files without a name.
+/// From now on, unnamed files fail in this process as on a file system without them.
 void refuseUnnamedFiles() {
   sock_filter program[] = {
       {BPF_LD | BPF_W | BPF_ABS, 0, 0, offsetof(seccomp_data, nr)},
@@ -49,7 +49,7 @@ PendingFile begun(const std::string& path, const std::string& text) {
 
 class PendingFileTest : public testing::Test {
  protected:
-  /// Runs in a process of its own, with named files only.
+  /// Runs `body` in its own process, without unnamed files.
   template <class Body>
   static void withNamedFiles(Body body) {
     EXPECT_EXIT(

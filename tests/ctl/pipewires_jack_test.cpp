@@ -1,5 +1,5 @@
-// tolvanectl where libjack is PipeWire's: PipeWire's driver serves, and nothing of ours enters the graph
-// beside it.
+// tolvanectl where libjack is PipeWire's: only the PipeWire driver is used, and the JACK driver adds no
+// client to the graph.
 #include <csignal>
 
 #include <gmock/gmock.h>
@@ -21,7 +21,8 @@ class PipeWiresJack : public testing::Test {
  protected:
   PipeWiresJack() { options_.environment["LD_LIBRARY_PATH"] = TOLVANE_PIPEWIRES_JACK_FOLDER; }
 
-  /// The node of PipeWire's driver is "tolvane"; a client of libjack would have a name of JACK's driver.
+  /// The PipeWire driver's node is "tolvane"; a client of the JACK driver would have a name that begins with
+  /// "Tolvane".
   void expectNoneOfJacks() { EXPECT_THAT(client_.nodeNamesSoFar(), Each(Not(StartsWith("Tolvane")))); }
 
   ChildProcess::Options options_;

@@ -1,4 +1,4 @@
-// tolvanectl render gives, to the bit, what adding up the routes one by one gives.
+// tolvanectl render gives the same bits as adding the routes one by one.
 #include <random>
 
 #include <gtest/gtest.h>
@@ -9,17 +9,17 @@
 namespace tolvane::test {
 namespace {
 
-/// The product of two floats is exact in double, so this rounds once, whatever the compiler contracts.
+/// The product of two floats is exact in double, so this rounds once, even if the compiler contracts.
 float roundedProduct(float a, float b) {
   return static_cast<float>(static_cast<double>(a) * static_cast<double>(b));
 }
 
-/// Rounding a sum of two floats through double gives what rounding it once gives.
+/// Rounding a sum of two floats to double and then to float gives the same as rounding once.
 float roundedSum(float a, float b) {
   return static_cast<float>(static_cast<double>(a) + static_cast<double>(b));
 }
 
-/// The plain loop: route by route in order, an output starting from positive zero.
+/// The reference: adds route by route in order; each output starts at positive zero.
 std::vector<float> plainLoop(const Sound& input, const std::vector<PatchConnection>& routes, int outputs) {
   std::vector<float> result(input.frames() * static_cast<std::size_t>(outputs), 0.0F);
   int sounding = 0;
@@ -59,7 +59,7 @@ class Random {
     }
   }
 
-  /// Quiet, loud and tiny samples: those that round.
+  /// Quiet, loud and tiny samples, so that rounding occurs.
   float sample() { return real(-1.5F, 1.5F) * (between(0, 9) == 0 ? 1e-20F : 1.0F); }
 
  private:
@@ -82,7 +82,7 @@ Case randomCase(unsigned seed) {
   for (int i = 0; i < frames * made.input.channels; ++i) made.input.samples.push_back(random.sample());
   const int routes = random.between(1, 72);
   for (int i = 0; i < routes; ++i) {
-    // Now and then a channel that is not there, and a route that is off.
+    // Some channels that the files do not have, and some inactive routes.
     made.routes.push_back({random.between(-1, made.input.channels), random.between(-1, made.outputs),
                            random.gain(), random.between(0, 9) != 0});
   }
@@ -109,7 +109,7 @@ TEST_P(RenderBits, AreThoseOfThePlainLoopAtEveryBufferSize) {
       ASSERT_EQ(output.channels, made.outputs);
       ASSERT_EQ(output.sampleRateHz, made.input.sampleRateHz);
       ASSERT_TRUE(bitsOf(output.samples) == expected) << "patch " << seed << ", buffer " << buffer;
-      // Not the samples alone: the whole file does not depend on the buffer, nor on the time of day.
+      // The whole file, not only its samples, is independent of the buffer size and the time of day.
       const std::string file = readBytes(folder / "out.wav");
       if (firstFile.empty()) firstFile = file;
       ASSERT_TRUE(file == firstFile) << "patch " << seed << ", buffer " << buffer;

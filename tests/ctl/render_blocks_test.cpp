@@ -1,4 +1,4 @@
-// tolvanectl render of recordings much longer than what it holds at a time.
+// tolvanectl render of recordings much longer than its blocks.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,9 +12,9 @@ using testing::ElementsAre;
 using testing::StartsWith;
 
 constexpr int kChannels = 3;
-constexpr std::size_t kFrames = 700'001;  // 8 megabytes, and no multiple of anything
+constexpr std::size_t kFrames = 700'001;  // 8 megabytes; no multiple of a block or cycle
 
-/// Every sample is another one, and a whole number, which halves exactly.
+/// Every sample is a different integer, so half of it is exact.
 Sound longRecording() {
   Sound sound{kChannels, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {}};
   for (std::size_t s = 0; s < kFrames * kChannels; ++s) sound.samples.push_back(static_cast<float>(s + 1));
@@ -60,17 +60,17 @@ TEST_F(RenderBlocks, ComeOutWholeAndInOrderFromASlowSource) {
   expectTheWholeRecording();
 }
 
-// The reading is blocks ahead when the writing fails.
+// The reader is some blocks ahead when writing fails.
 TEST_F(RenderBlocks, EndWithTheDiskFullHalfWay) {
   ChildProcess::Options options;
-  options.limits = {{RLIMIT_FSIZE, kFrames * 2 * sizeof(float) / 2}};  // stands for the disk
+  options.limits = {{RLIMIT_FSIZE, kFrames * 2 * sizeof(float) / 2}};  // like a full disk
   const Finished run = runProgram(words(folder_ / "in.wav"), options);
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, StartsWith("tolvanectl: " + (folder_ / "out.wav") + ": "));
   EXPECT_THAT(folder_.names(), ElementsAre("in.wav", "patch.json"));
 }
 
-// The writing is blocks behind when the reading fails.
+// The writer is some blocks behind when reading fails.
 TEST_F(RenderBlocks, EndWithTheRecordingCutOffHalfWay) {
   Sound noise{kChannels, 48000, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, {}};
   for (std::uint32_t s = 0; s < kFrames * kChannels; ++s)

@@ -1,4 +1,4 @@
-// tolvanectl render of recordings whose end is missing: said, and no file, unless what is there will do.
+// tolvanectl render of cut-off recordings: an error and no file, unless --partial is given.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -17,7 +17,7 @@ constexpr std::size_t kCutFrames = 30000;
 struct CutFormat {
   const char* name;
   int format;
-  std::size_t frameBytes;  // 0: not the same for every frame
+  std::size_t frameBytes;  // 0: varies
 };
 
 class RenderCutOff : public testing::Test {
@@ -30,7 +30,7 @@ class RenderCutOff : public testing::Test {
       sound.samples.push_back(static_cast<float>(s * 7919 % 251) / 256.0F - 0.5F);
     return sound;
   }
-  /// The first bytes of it as the file "in".
+  /// Writes the recording without its last `missingBytes` bytes as the file "in".
   void writeCut(int format, std::size_t missingBytes) const {
     writeSound(folder_ / "whole", recording(format));
     const std::string whole = readBytes(folder_ / "whole");
@@ -46,7 +46,7 @@ class RenderCutOff : public testing::Test {
     return runProgram(all);
   }
   void expectNoFile() const { EXPECT_THAT(folder_.names(), ElementsAre("in", "patch.json")); }
-  /// The output is what the first frames of the recording give.
+  /// Expects the output to be the rendering of the recording's first `frames` frames.
   void expectFrames(std::size_t frames, int format) const {
     const Sound whole = recording(format);
     const Sound output = readSound(folder_ / "out.wav");
@@ -56,7 +56,7 @@ class RenderCutOff : public testing::Test {
       ASSERT_EQ(output.samples[2 * f + 1], whole.samples[2 * f]) << "frame " << f;
     }
   }
-  /// The same through a pipe.
+  /// Like render(), but reads the recording from a pipe.
   [[nodiscard]] Finished renderPiped(const std::vector<std::string>& options = {}) const {
     std::vector<std::string> all = words("-");
     all.insert(all.end(), options.begin(), options.end());
@@ -83,7 +83,7 @@ TEST_P(RenderCutOffFormat, SaysWhatWasPromisedAndWhatIsThere) {
 }
 
 TEST_P(RenderCutOffFormat, IsRenderedAsFarAsItGoesWhenThatIsAskedFor) {
-  writeCut(GetParam().format, 10000 * GetParam().frameBytes + 1);  // and through the middle of a frame
+  writeCut(GetParam().format, 10000 * GetParam().frameBytes + 1);  // the cut is within a frame
   const Finished run = render({"--partial"});
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.err, HasSubstr("/in: is cut off: only "));
@@ -164,7 +164,7 @@ class RenderCutOffPipe : public RenderCutOff {
  protected:
   static constexpr int kWav = SF_FORMAT_WAV | SF_FORMAT_PCM_16;
 
-  /// Writes the four bytes of a size into "in", least significant first.
+  /// Writes a 4-byte little-endian size into "in".
   void setSize(std::size_t offset, std::uint32_t size) const {
     std::string bytes = readBytes(folder_ / "in");
     for (std::size_t i = 0; i < 4; ++i) bytes[offset + i] = static_cast<char>(size >> 8 * i & 0xFFU);
@@ -190,7 +190,7 @@ TEST_F(RenderCutOffPipe, IsRenderedAsFarAsItGoesWhenThatIsAskedFor) {
   expectFrames(20000, kWav);
 }
 
-// Who writes into a pipe cannot come back to fill in the size, and writes one of these.
+// A program that writes to a pipe cannot seek back to fill in the size, and leaves one of these.
 TEST_F(RenderCutOffPipe, PromisesNothingWithASizeThatStandsForAnyLength) {
   for (const std::uint32_t size : {0xFFFFFFFFU, 0x7FFFF000U, 0x80000000U, 0x7FFFFF00U}) {
     writeCut(kWav, 0);
@@ -204,7 +204,7 @@ TEST_F(RenderCutOffPipe, PromisesNothingWithASizeThatStandsForAnyLength) {
   }
 }
 
-// A reader counts the byte that makes the size even as one more frame of one byte.
+// The pad byte after an odd number of bytes may be missing; the library counts it as a frame of one byte.
 TEST_F(RenderCutOffPipe, IsNotOneOfAnOddNumberOfBytes) {
   writePatch(folder_ / "patch.json", {{0, 0, 1.0F, true}});
   writeSound(folder_ / "in", {1, 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_U8, {0.5F, 0.25F, -0.5F}});

@@ -1,4 +1,4 @@
-// What tolvanectl render reads and writes.
+// The formats that tolvanectl render reads and writes.
 #include <cmath>
 #include <limits>
 
@@ -134,7 +134,7 @@ struct Format {
 
 class RenderReads : public testing::TestWithParam<Format> {};
 
-// Samples that each of the formats holds exactly.
+// Samples that are exact in each of the formats.
 TEST_P(RenderReads, TheFormat) {
   const TemporaryFolder folder;
   Sound sound{3, 32000, GetParam().format, {}};

@@ -1,4 +1,4 @@
-// tolvanectl render that is stopped half way leaves nothing under the final name.
+// tolvanectl render, stopped halfway, leaves nothing under the final name.
 #include <csignal>
 
 #include <gmock/gmock.h>
@@ -20,7 +20,7 @@ class RenderInterrupted : public testing::TestWithParam<int> {
                {1, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT, std::vector<float>(100000, 0.5F)});
   }
 
-  /// A rendering in the middle of its work: half of the recording has come through a pipe.
+  /// Brings a rendering to the middle of its work: it has read half of the recording from a pipe.
   [[nodiscard]] bool feedHalf(const ChildProcess& child) const {
     const std::string recording = readBytes(source_ / "in.wav");
     child.write(recording.substr(0, recording.size() / 2));
@@ -59,7 +59,7 @@ INSTANTIATE_TEST_SUITE_P(Signals, RenderInterrupted, testing::Values(SIGINT, SIG
 
 class RenderKilled : public RenderInterrupted {};
 
-// The folder is one of memory, where files need no name.
+// The folder is in memory, where the file system has unnamed files.
 TEST_P(RenderKilled, LeavesNothing) {
   ChildProcess child(words());
   ASSERT_TRUE(feedHalf(child)) << child.err();

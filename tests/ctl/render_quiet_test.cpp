@@ -1,4 +1,4 @@
-// tolvanectl render has nothing to say on standard output, and does not care whether anybody listens.
+// tolvanectl render prints nothing on standard output, and works without a reader there.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -13,12 +13,12 @@ using testing::ElementsAre;
 class RenderQuiet : public testing::Test {
  protected:
   RenderQuiet() {
-    // The second route is silent, and a message says so.
+    // The second route is silent, which a message reports.
     writePatch(folder_ / "patch.json", {{0, 0, 1.0F, true}, {7, 0, 1.0F, true}});
     writeSound(folder_ / "in.wav", {1, 48000, SF_FORMAT_WAV | SF_FORMAT_FLOAT, {0.5F, 0.25F}});
   }
 
-  /// The status of a rendering to pipes that nobody reads any more.
+  /// The status of a rendering whose output pipes have no reader.
   [[nodiscard]] int renderWithoutReader(const std::string& redirection) const {
     return runShell("cd " + folder_.path() + " && mkfifo pipe && exec 4<>pipe 3>pipe 4>&- && rm pipe && " +
                     TOLVANECTL_PATH + " render --patch patch.json in.wav out.wav " + redirection);

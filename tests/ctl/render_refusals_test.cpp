@@ -1,4 +1,4 @@
-// tolvanectl render when it cannot: a clear message, and no file.
+// tolvanectl render refuses with a clear message and leaves no file.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -111,7 +111,7 @@ TEST_F(RenderRefuses, AFolderThatIsNotThere) {
 TEST_F(RenderRefuses, ToKeepHalfAFileWhenTheDiskIsFull) {
   writeText(folder_ / "out.wav", "what was there before");
   ChildProcess::Options options;
-  options.limits = {{RLIMIT_FSIZE, 30000}};  // stands for the disk: writing beyond it fails
+  options.limits = {{RLIMIT_FSIZE, 30000}};  // like a full disk: writing beyond it fails
   const Finished run = runProgram(
       {"render", "--patch", folder_ / "patch.json", folder_ / "in.wav", folder_ / "out.wav"}, options);
   EXPECT_EQ(run.status, 1);

@@ -1,4 +1,4 @@
-// tolvanectl render beside sox remix, on recordings of spoken channel names.
+// tolvanectl render compared with sox remix, on recordings of spoken channel names.
 #include <cmath>
 
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@ constexpr const char* kRecordings = "/usr/share/sounds/alsa/";
 class RenderBesideSox : public testing::Test {
  protected:
   void SetUp() override {
-    // Eight channels of 16 bits, each speaking its own name.
+    // Eight 16-bit channels; in each a voice speaks the channel's name.
     std::string line = "cd " + std::string(kRecordings) + " && sox -M";
     for (const char* name : {"Front_Left", "Front_Right", "Rear_Left", "Rear_Right", "Front_Center",
                              "Rear_Center", "Side_Left", "Side_Right"}) {
@@ -45,22 +45,22 @@ class RenderBesideSox : public testing::Test {
       loudest = std::max(loudest, std::fabs(static_cast<double>(ours.samples[i])));
     }
     EXPECT_LE(worst, tolerance);
-    EXPECT_GT(loudest, 0.05);  // somebody did speak
+    EXPECT_GT(loudest, 0.05);  // the channel is not silent
   }
 
   TemporaryFolder folder_;
 };
 
 TEST_F(RenderBesideSox, IsTheSameToTheBitWhereBothAreExact) {
-  // Channels exchanged, and halves and quarters of 16-bit samples: nothing is rounded on either side.
+  // Swapped channels, and halves and quarters of 16-bit samples: neither program rounds.
   compare({{1, 0, 1.0F, true}, {0, 1, 1.0F, true}, {7, 2, 1.0F, true}}, "2 1 8", 0.0);
   compare({{0, 0, 0.5F, true}, {1, 0, 0.25F, true}, {4, 1, 0.5F, true}, {2, 1, 0.125F, true}},
           "1v0.5,2v0.25 5v0.5,3v0.125", 0.0);
 }
 
 TEST_F(RenderBesideSox, IsTheSameWithinSoxsRoundingWhereItRounds) {
-  // sox rounds each mixture to 32-bit integers and that to the 24 bits of a float; we round each product and
-  // sum to a float. Signals stay below 1, so an error of a few units of 2^-24 is all there can be.
+  // sox rounds each mix to a 32-bit integer and then to a float's 24 bits. tolvanectl rounds each product and
+  // sum to a float. The signals stay below 1, so the results differ by a few units of 2^-24 at most.
   compare({{0, 0, 0.3F, true},
            {1, 0, 0.3F, true},
            {4, 0, 0.17F, true},

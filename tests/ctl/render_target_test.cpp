@@ -1,4 +1,4 @@
-// Under which name tolvanectl render puts its file, and what lies beside it until then.
+// The name of tolvanectl render's file, and the hidden files beside it until it is complete.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -71,7 +71,7 @@ TEST_F(RenderTarget, HasTheModeOfAnyNewFile) {
   shell("test $(stat -c %a out.wav) = 640");
 }
 
-// In a container every process may have the number 1.
+// In containers, several processes may have the same number, such as 1.
 TEST_F(RenderTarget, IsNotInTheWayOfAnotherProcessOfTheSameNumber) {
   shell("sh -c ': > .tolvanectl-$$.part; exec " + std::string(TOLVANECTL_PATH) +
         " render --patch patch.json in.wav out.wav'");

@@ -1,4 +1,4 @@
-// tolvanectl run --buffer: the frames a cycle, on devices that take them and such that do not.
+// tolvanectl run --buffer, on devices that accept the buffer size and on devices that do not.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -24,7 +24,7 @@ class RunBuffer : public testing::Test {
   std::string patch_ = folder_ / "patch.json";
 };
 
-/// The frames of the first cycle, as the callback's trace has them; -1 when it has none.
+/// The first cycle's frames from the callback's trace; -1 if there is no trace.
 long firstCycleFrames(const std::string& out) {
   const std::string label = "[IOProc] frameCount=";
   const std::size_t at = out.find(label);

@@ -1,4 +1,4 @@
-// tolvanectl run on a device that refuses, overloads, goes and comes back, as a scripted HAL makes it do.
+// tolvanectl run on a scripted HAL's device that refuses, overloads, goes away and comes back.
 #include <csignal>
 
 #include <gmock/gmock.h>
@@ -23,7 +23,7 @@ class RunDevice : public testing::Test {
     test::writePatch(options_.patchPath, {{0, 1, 0.5F, true}});
   }
 
-  /// Runs `then` inside the HAL's start, before the loop: what it does is all there when the loop begins.
+  /// Calls `then` in AudioDeviceStart(), so that it completes before the session's loop begins.
   void atStart(const std::function<void()>& then) {
     hal_.onCall = [=](const std::string& call) {
       if (call.starts_with("AudioDeviceStart")) then();
@@ -151,7 +151,7 @@ TEST_F(RunDevice, NamesThePolicyAndThePriorityOfTheAudioThread) {
 
 TEST_F(RunDevice, SaysOnceThatTheAudioThreadDidNotGetRealtimePriority) {
   hal_.devices[0].scheduling = {SCHED_OTHER, 0};
-  options_.seconds = 2.5;  // after the wait for a service that may still grant it
+  options_.seconds = 2.5;  // beyond the wait for a service that may grant real-time priority late
   EXPECT_EQ(run(), ExitStatus::done);
   EXPECT_EQ(err_,
             "tolvanectl: routing on Box\n"
@@ -212,7 +212,7 @@ TEST_F(RunDevice, LeavesTheBufferAloneUnasked) {
 
 class RefusedBuffer : public RunDevice {
  protected:
-  /// Runs, which ends without a start.
+  /// Runs, expects a failure before the device starts, and returns the messages.
   std::string message(std::uint32_t frames) {
     options_.bufferFrames = frames;
     EXPECT_EQ(run(), ExitStatus::failed);

@@ -83,7 +83,7 @@ TEST_F(RunMeterScreen, DrawsTheLevelsOnATerminalAndEndsByAKey) {
   child.write("q");
   const Finished run = child.finish();
   EXPECT_EQ(run.status, 0);
-  // The summary comes after the terminal has been given back.
+  // The summary comes after the terminal is restored.
   const std::size_t givenBack = run.out.rfind("\033[?1049l");
   ASSERT_NE(givenBack, std::string::npos);
   EXPECT_THAT(run.out.substr(givenBack), HasSubstr("cycles: "));
@@ -102,7 +102,7 @@ TEST_P(RunMeterScreenSignalled, GivesTheTerminalBack) {
 
 INSTANTIATE_TEST_SUITE_P(Signals, RunMeterScreenSignalled, testing::Values(SIGINT, SIGTERM, SIGQUIT));
 
-/// The child leads the session of its terminal, as it does in a window of its own, or it does not.
+/// With and without the child as its terminal's session leader, as in a terminal window of its own.
 class RunOnAClosedTerminal : public RunMeterScreen, public testing::WithParamInterface<bool> {};
 
 TEST_P(RunOnAClosedTerminal, Ends) {
@@ -111,7 +111,7 @@ TEST_P(RunOnAClosedTerminal, Ends) {
   ChildProcess child(words(), options);
   ASSERT_TRUE(child.waitForOut("-24.0 dBFS")) << child.out();
   child.closeTerminal();
-  EXPECT_EQ(child.finish().status, 1);  // the summary cannot be written any more
+  EXPECT_EQ(child.finish().status, 1);  // the summary cannot be written
 }
 
 INSTANTIATE_TEST_SUITE_P(Leads, RunOnAClosedTerminal, testing::Bool());
@@ -131,7 +131,7 @@ TEST_P(RunMeterLines, ArePrintedOnATerminalThatCannotBeDrawnOn) {
   ChildProcess::Options options = onTerminal();
   options.environment["TERM"] = GetParam();
   ChildProcess child(words(), options);
-  // A terminal ends its lines so.
+  // A terminal ends its lines with CR LF.
   EXPECT_TRUE(
       child.waitForOut("\r\nin 1 -18.0 dBFS  in 18 -18.0 dBFS  out 1 -18.0 dBFS  out 20 -24.0 dBFS\r\n"))
       << child.out();

@@ -6,8 +6,8 @@
 
 namespace tolvane::test {
 
-/// What a run that goes well says on standard error: the device, and that its audio thread got no real-time
-/// priority, where the summary says so.
+/// What a successful run prints on standard error: the device, and a note if, by its summary, the IO thread
+/// got no real-time priority.
 inline std::string runNotes(const Finished& run, const std::string& device) {
   const std::string routing = "tolvanectl: routing on " + device + "\n";
   if (run.out.find("\nscheduling: SCHED_OTHER\n") == std::string::npos) return routing;

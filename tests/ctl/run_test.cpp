@@ -1,4 +1,4 @@
-// tolvanectl run: from start to summary, on the device that is always there.
+// tolvanectl run from start to summary, on the virtual device.
 #include <csignal>
 
 #include <gmock/gmock.h>
@@ -15,7 +15,7 @@ using testing::HasSubstr;
 
 constexpr const char* kVirtual = "Tolvane Virtual Device";
 
-/// The figure behind "label: " in the output; -1 when it is not there.
+/// The number after "label: " in the output; -1 if there is none.
 long figure(const std::string& out, const std::string& label) {
   const std::size_t at = out.find(label + ": ");
   return at == std::string::npos ? -1 : std::stol(out.substr(at + label.size() + 2));

@@ -1,4 +1,4 @@
-// Commands that need the list of devices, on a sound server that is late, or never answers.
+// Commands that need the device list, on a sound server that answers late or never.
 #include <chrono>
 #include <thread>
 
@@ -20,12 +20,12 @@ class LateServer : public testing::Test {
  protected:
   LateServer() {
     writePatch(patch_, {{0, 0, 1.0F, true}});
-    // A server that is asked before it has made the card says that there is none.
+    // Wait until the server has created the card: before that it lists none.
     EXPECT_TRUE(ChildProcess::waitUntil(
         [] { return runProgram({"devices"}).out.find("  Card  ") != std::string::npos; }));
   }
 
-  /// Runs it to its end; the server is silent until `lateness` after its beginning.
+  /// Runs a command to its end. The server is silent until `lateness` after the command's start.
   Finished runLate(std::chrono::milliseconds lateness, const std::vector<std::string>& arguments) {
     server_.hang();
     ChildProcess child(arguments);
@@ -34,7 +34,7 @@ class LateServer : public testing::Test {
     return child.finish();
   }
 
-  /// The same on a server that stays silent all the time.
+  /// Runs a command to its end while the server is silent throughout.
   Finished runHung(const std::vector<std::string>& arguments) {
     server_.hang();
     Finished run = runProgram(arguments);

@@ -1,4 +1,4 @@
-// tolvanectl run --watch: a changed patch file is live at once, in whatever way it was changed.
+// tolvanectl run --watch: a changed patch file becomes live at once, however it was changed.
 #include <csignal>
 #include <cstdio>
 #include <filesystem>
@@ -25,7 +25,8 @@ class RunWatch : public testing::Test {
     return {"run", "--patch", patch, "--device", "Tolvane Virtual Device", "--watch", "--meters"};
   }
 
-  /// Whether the change was taken over, by its report and by ear: output n + 1 sounds at -18 dB and its gain.
+  /// True if the changed patch is live: its message appears, and the meters show `level`. Output n + 1 sounds
+  /// at -18 dBFS plus its route's gain.
   static bool heard(const ChildProcess& child, const std::string& level) {
     return child.waitForErr(": 1 route is live\n") && child.waitForOut(level);
   }
@@ -103,7 +104,7 @@ TEST_F(RunWatch, KeepsTheOldRoutesWhileTheFileIsGone) {
 
 class RunWatchPipe : public RunWatch {
  protected:
-  /// In the place of the file there is a pipe that nobody writes to.
+  /// Replaces the file by a pipe without a writer.
   void putPipeInThePlace() const {
     const std::string pipe = folder_ / "pipe";
     ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
@@ -150,7 +151,7 @@ TEST_F(RunWatch, SaysNothingWhenTheTextIsTheSame) {
   ASSERT_TRUE(child.waitForOut("out 1 -18.0 dBFS\n"));
   writePatch(patch_, {{0, 0, 1.0F, true}});
   writePatch(folder_ / "another.json", {{1, 1, 1.0F, true}});
-  // Two more lines of meters: a second and more, long after the file has settled.
+  // Two more lines of meters take over a second, by when the file has settled.
   const std::size_t seen = child.out().size();
   ASSERT_TRUE(ChildProcess::waitUntil([&] { return child.out().size() > seen + 80; }));
   child.send(SIGINT);

@@ -1,4 +1,4 @@
-// Standard input, output and error that are closed, or that nobody reads.
+// Standard input, output and error that are closed or have no reader.
 #include <csignal>
 #include <filesystem>
 

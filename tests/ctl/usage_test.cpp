@@ -1,4 +1,4 @@
-// Arguments: what is asked of the program, and what it says to nonsense.
+// Arguments: help, version, and messages for invalid ones.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 

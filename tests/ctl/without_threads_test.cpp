@@ -1,4 +1,4 @@
-// Commands where the system has few threads to give, or none.
+// Commands while the system allows few further threads, or none.
 #include <algorithm>
 #include <filesystem>
 
@@ -14,7 +14,7 @@ class WithoutThreads : public testing::TestWithParam<std::vector<std::string>> {
  protected:
   WithoutThreads() {
     writePatch(patch_, {{0, 0, 1.0F, true}});
-    // The child is another user.
+    // The child runs as another user.
     std::filesystem::permissions(folder_.path(), std::filesystem::perms::all);
   }
 

@@ -1,4 +1,4 @@
-// How many channels a device has in one direction.
+// The number of channels of a device in one direction.
 #include "engine_fixture.h"
 
 namespace tolvane::test {
@@ -75,9 +75,9 @@ TEST_F(ChannelCountTest, GoesBeyond32Bits) {
 
 TEST_F(ChannelCountTest, ReadsNoBufferBeyondTheBytesItAskedFor) {
   hal_.devices[0].inputStreams = {2, 8, 64};
-  hal_.reportSize(7, kStreams, kInput, 8 + 2 * 16);  // a stream came between the two queries
+  hal_.reportSize(7, kStreams, kInput, 8 + 2 * 16);  // a stream was added between the two queries
   EXPECT_EQ(engine_.channelCount(7, true), 10);
-  hal_.reportSize(7, kStreams, kInput, 4);  // a number of buffers, and no room for one
+  hal_.reportSize(7, kStreams, kInput, 4);  // holds the number of buffers but no buffer
   EXPECT_EQ(engine_.channelCount(7, true), 0);
 }
 

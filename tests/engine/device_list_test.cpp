@@ -1,4 +1,4 @@
-// The list of devices: which are on it, in which order, and what a failing query costs.
+// The list of devices: its content, its order, and the effect of a failing query.
 #include "engine_fixture.h"
 #include "support/captured_output.h"
 

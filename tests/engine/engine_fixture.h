@@ -19,7 +19,7 @@ class EngineTest : public testing::Test {
     };
   }
   ~EngineTest() override {
-    hal_.onCall = nullptr;  // it may refer to what the test had on its stack
+    hal_.onCall = nullptr;  // it may refer to variables on the test's stack
     engine_.stop();
   }
 

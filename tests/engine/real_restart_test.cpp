@@ -1,5 +1,5 @@
-// The callback's trace over real starts and stops, on the virtual device. In a child: the trace comes once in
-// the life of a process.
+// The callback's trace over real starts and stops, on the virtual device. Runs in a child process, because
+// the trace appears once per process.
 #include <atomic>
 #include <cstdio>
 
@@ -26,7 +26,7 @@ class CycleCount : public hal::VirtualTap {
                const AudioBufferList& /*output*/) noexcept override {
     ++cycles_;
   }
-  /// Whether so many more come.
+  /// True if `more` further cycles run.
   bool runs(int more) {
     const int until = cycles_ + more;
     return eventually([this, until] { return cycles_ >= until; });

@@ -1,4 +1,4 @@
-// Starting while running: the old run is undone first, on its own device.
+// Starting while running: first the engine ends the old run, on the old run's device.
 #include "engine_fixture.h"
 
 namespace tolvane::test {

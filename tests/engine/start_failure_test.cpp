@@ -1,4 +1,4 @@
-// A start that fails: which error, which calls, and that nothing is left behind.
+// A start that fails: the error, the calls, and that nothing is left behind.
 #include "engine_fixture.h"
 
 namespace tolvane::test {

@@ -1,4 +1,4 @@
-// A start that succeeds: the calls, the context that the callback gets, and that audio then goes through.
+// A start that succeeds: the calls, the context that the callback gets, and that audio then passes.
 #include "engine_fixture.h"
 #include "support/buffer_list.h"
 

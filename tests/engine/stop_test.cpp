@@ -1,4 +1,4 @@
-// Stopping: in which order, and that it may be asked for at any time.
+// Stopping: the order of the steps, and that it is allowed at any time.
 #include "engine_fixture.h"
 #include "support/captured_output.h"
 

@@ -1,5 +1,5 @@
-// A call that its thread tag forbids ends the process, in builds that check it: on a real IO thread, that of
-// the virtual device.
+// In builds with thread checks, a call that its thread tag forbids ends the process. Tested on a real IO
+// thread, that of the virtual device.
 #include <atomic>
 #include <thread>
 
@@ -23,7 +23,8 @@ void callInCallback(void (*call)()) {
   EXPECT_TRUE(eventually([&] { return called.load(); }));
 }
 
-// Others have threads of the HAL's already, and a fork of those is none of these.
+// Other tests may have started threads of the HAL, which a fork would lack. The "threadsafe" style runs each
+// test in a new process.
 class ThreadTagsDeathTest : public testing::Test {
  protected:
   ThreadTagsDeathTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
@@ -91,7 +92,7 @@ TEST(ThreadTagsTest, TheThreadOfACallbackIsFreeWhenItHasReturned) {
   writeConnections(&context, {});
 }
 
-// What promises a status to an IO thread gives it.
+// A function that promises a status to an IO thread returns it.
 TEST(ThreadTagsTest, StoppingInTheCallbackIsRefused) {
   callInCallback([] {
     const auto anyProc = &halIOProc;

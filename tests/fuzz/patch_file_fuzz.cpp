@@ -1,5 +1,5 @@
-// Any bytes at all as a patch file: what is read must be written and read again as the same list, and what is
-// refused must be refused in printable words that point into the text.
+// Decodes arbitrary bytes as a patch file. Decoded routes must survive encoding and decoding unchanged. An
+// error must have a printable message and a byte offset within the text.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// What a driver tells of its devices.
+// Observes a driver's reports of device changes.
 #pragma once
 
 #include <atomic>
@@ -7,7 +7,7 @@
 
 namespace tolvane::test {
 
-/// Counts how often it was told.
+/// Counts the reports.
 class CountingObserver final : public hal::DeviceObserver {
  public:
   void devicesChanged(hal::Driver& /*driver*/) noexcept override { told_.fetch_add(1); }

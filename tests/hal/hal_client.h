@@ -1,4 +1,4 @@
-// The HAL's C surface as a client's few lines: values in, values out.
+// Short forms of the HAL's C functions for tests: values in, values out.
 #pragma once
 
 #include <atomic>
@@ -70,7 +70,7 @@ inline std::vector<UInt32> streamsOf(AudioObjectID device, AudioObjectPropertySc
   return streams;
 }
 
-/// A callback registered for the life of this object; `cycle` is called with each cycle's lists.
+/// A callback that is registered for the lifetime of this object. It calls `cycle` with each cycle's lists.
 template <typename Cycle>
 class RegisteredProc {
  public:

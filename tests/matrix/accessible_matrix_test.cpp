@@ -16,7 +16,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::Pair;
 
-// What must be there, or the test ends.
+// Returns the part, or ends the test if it is null.
 template <class Part>
 Part& existing(Part* part) {
   if (part == nullptr) {

@@ -41,7 +41,7 @@ TEST_P(CanvasCulling, ADirtyPartHasThePixelsOfTheWholeAndNothingElseIsTouched) {
   const QImage whole = canvasPicture(canvas_, canvas_.rect());
   const QImage part = canvasPicture(canvas_, dirty);
   const double scale = canvas_.devicePixelRatioF();
-  // A pixel that the edge of the part cuts may hold a share of both.
+  // A pixel on the part's edge may mix both.
   const QRect inside(
       QPoint(qCeil(dirty.left() * scale), qCeil(dirty.top() * scale)),
       QPoint(qFloor((dirty.right() + 1) * scale) - 1, qFloor((dirty.bottom() + 1) * scale) - 1));

@@ -23,8 +23,8 @@ QImage drawn(std::int64_t rows, std::int64_t columns, const RouteKeys& keys) {
   return grabbed(canvas);
 }
 
-// What one device pixel half way down (or across) the cells must show, given the cells' fill levels along the
-// axis; a negative fill is an active cell and gives the green channel.
+// Expected level of one device pixel half way down (or across) the cells, from the cells' fill levels along
+// the axis. A negative fill is an active cell; its level is the green channel.
 double expectedLevel(double start, double end, const std::vector<int>& fills) {
   double level = kBackground;
   for (std::size_t cell = 0; cell < fills.size(); ++cell) {
@@ -132,7 +132,7 @@ TEST(CanvasDrawing, FirstShows64By64WithoutRoutes) {
   EXPECT_EQ(firstDifference(grabbed(canvas), drawn(64, 64, {})), QString());
 }
 
-// The picture drawn shape by shape, with nothing kept from one cell to the next.
+// The picture drawn shape by shape, without copies of cells.
 QImage drawnShapeByShape(const PatchMatrixCanvas& canvas, double scale) {
   QImage picture(canvas.size() * scale, QImage::Format_RGB32);
   picture.setDevicePixelRatio(scale);

@@ -15,7 +15,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::Pair;
 
-// 128 × 128 cells, of which 30 × 10 are in view.
+// 128 × 128 cells; the view shows 30 × 10 of them.
 class CanvasKeys : public ::testing::Test {
  protected:
   CanvasKeys() : view_(QRect(0, 0, 38 + 30 * 16, 38 + 10 * 16)), canvas_(*view_.canvas) {

@@ -103,7 +103,7 @@ TEST(ContainerClick, ForwardsInputAndOutputUnchanged) {
   view.configure(18, 20, {});
   view.show();
   const QPoint cell(38 + 5 * 16 + 8, 38 + 3 * 16 + 8);
-  clickThroughWindow(view, cell);  // nobody listens yet
+  clickThroughWindow(view, cell);  // no listener yet
   std::vector<std::pair<std::int64_t, std::int64_t>> toggled;
   view.onConnectionToggled = [&](std::int64_t input, std::int64_t output) {
     toggled.emplace_back(input, output);

@@ -13,7 +13,7 @@
 namespace tolvane {
 namespace {
 
-// The child's frame as counted from the container's lower left corner.
+// The child's frame, measured from the container's lower left corner.
 QRect frameOf(const QWidget& child) {
   return fromLowerLeft(child.geometry(), child.parentWidget()->height());
 }

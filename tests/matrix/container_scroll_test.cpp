@@ -37,14 +37,14 @@ class ContainerScroll : public ::testing::Test {
     }
     return visible;
   }
-  // The one that scrolls down, at the right edge.
+  // The vertical bar, at the right edge.
   [[nodiscard]] OverlayScroller& downBar() const {
     const auto bars = visibleBars();
     const auto upright = std::find_if(bars.begin(), bars.end(),
                                       [](const QWidget* bar) { return bar->height() > bar->width(); });
     return upright == bars.end() ? throw std::runtime_error("no upright bar") : **upright;
   }
-  // What is seen in the middle of its knob.
+  // The grey in the middle of the vertical bar's knob.
   [[nodiscard]] int knobGrey() {
     const QPoint middle = downBar().mapTo(&view_, downBar().knobRect().center());
     return greyAt(grabbed(view_), middle.x(), middle.y());
@@ -65,7 +65,7 @@ TEST_F(ContainerScroll, StripsAndGridMoveTogetherOnScreen) {
   view_.scrollView->scrollTo({64, 64});
   const QImage moved = grabbed(view_);
   EXPECT_EQ(pixelAt(moved, 38 + 12 * 16 - 64 + 8, 38 + 10 * 16 - 64 + 8), 0x2ED961U);
-  for (int x = 40; x < 400; ++x) {  // the number strip shows what stood four columns further
+  for (int x = 40; x < 400; ++x) {  // the number strip shows what was four columns further right
     ASSERT_EQ(greyAt(moved, x + 0.1, 19.1), greyAt(still, x + 64.1, 19.1)) << x;
   }
 }
@@ -176,7 +176,7 @@ TEST_F(ContainerScroll, DraggingTheKnobToItsEndScrollsToTheEnd) {
   EXPECT_EQ(view_.rowHeader->scrollOffset, 128 * 16 - 260);
 }
 
-// The knob of the vertical bar stands at its upper end here.
+// Here the vertical bar's knob is at its upper end.
 TEST_F(ContainerScroll, AClickInTheStripBesideAKnobScrollsByAViewAndTogglesNothing) {
   hoverThroughWindow(view_, {38 + 534, 38 + 200});
   int toggles = 0;
@@ -199,7 +199,7 @@ TEST_F(ContainerScroll, ACellAtTheEdgeIsToggledInItsMiddle) {
   EXPECT_EQ(toggled, (std::pair<std::int64_t, std::int64_t>(127, 127)));
 }
 
-// What the view shows beside the grid itself.
+// At rest, the view shows a hint of the bars over the grid.
 TEST_F(ContainerScroll, AtRestAHintStaysThatThereIsMore) {
   const auto overlaid = [this](const QRect& area) {
     return !firstDifference(grabbed(view_).copy(deviceRect(area.translated(38, 38))),

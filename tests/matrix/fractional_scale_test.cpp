@@ -1,5 +1,4 @@
-// What stands on the screen after a part of the window was painted anew, at scales where a point is no whole
-// number of pixels.
+// What is on the screen after a partial repaint, at scales where a point is not a whole number of pixels.
 #include <QApplication>
 #include <QPainter>
 #include <QScreen>
@@ -18,7 +17,7 @@
 namespace tolvane {
 namespace {
 
-// The matrix where it stands in the window: there the grid starts half a pixel off at 125 % and 175 %.
+// The matrix at its place in the window: its grid starts half a pixel off at 125 % and 175 %.
 class FractionalScale : public ::testing::Test {
  protected:
   FractionalScale() : matrix_(*new PatchMatrixView(QRect(18, 112, 576, 298), &window_)) {
@@ -30,13 +29,14 @@ class FractionalScale : public ::testing::Test {
   }
 
   QImage onScreen() {
-    // Paints at once what is due, as the platform would have it painted in a moment.
+    // Paints pending updates now instead of a moment later.
     QEvent due(QEvent::UpdateRequest);
     QApplication::sendEvent(&window_, &due);
-    // Here the platform takes points for pixels: the window is large enough for the matrix at twice its size.
+    // Here the platform treats points as pixels. So the window is large enough for the matrix at twice its
+    // size.
     return window_.screen()->grabWindow(window_.winId()).toImage().convertToFormat(QImage::Format_RGB32);
   }
-  // The same, with everything painted anew.
+  // The same after a full repaint.
   [[nodiscard]] QImage repaintedWhole() {
     for (QWidget* part : window_.findChildren<QWidget*>()) {
       part->update();
@@ -74,8 +74,8 @@ TEST_F(FractionalScale, ScrollingLeavesTheSamePixelsAsPaintingAnew) {
   }
 }
 
-// Cells that are a whole number of pixels wide are copied from one picture, which is exact and fast only on
-// whole pixels.
+// Cells that are a whole number of pixels wide are copied from one picture. The copy is exact and fast only
+// on whole pixels.
 TEST_F(FractionalScale, CellsThatAreWholePixelsWideStandOnWholePixels) {
   const double scale = window_.devicePixelRatioF();
   if (16.0 * scale != std::floor(16.0 * scale)) {

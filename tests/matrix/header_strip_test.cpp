@@ -18,7 +18,7 @@ constexpr int kTick = 82;
 constexpr int kPlain = 140;
 constexpr int kAccent = 224;
 
-// One axis for both strips: along it the labels follow each other, across it they are placed.
+// Coordinates for both strips: labels follow each other `along` the strip; `across` is the other axis.
 struct Strip {
   QImage picture;
   bool column;
@@ -57,10 +57,10 @@ struct Ink {
   double first = -1.0;  // along the strip, points
   double last = -1.0;
   int brightest = 0;
-  double weight = 0.0;  // sum of what differs from the background
+  double weight = 0.0;  // sum of the differences from the background
 };
 
-// What is written between two places along the strip, away from border and ticks.
+// The ink of the labels between two positions along the strip, without border and ticks.
 Ink inkBetween(const Strip& strip, double from, double to) {
   Ink ink;
   const double pixel = strip.pixel();
@@ -149,7 +149,7 @@ TEST_P(HeaderStrip, FollowsTheScrollOffset) {
   }
 }
 
-// At offset 24 the second label starts half a cell before the strip, which cuts it off.
+// At offset 24 the second label starts half a cell before the strip and is cut off there.
 TEST_P(HeaderStrip, CutsTheLabelAtItsStart) {
   const Strip picture = strip(64, 24.0, 320);
   const Strip still = strip(64, 0.0, 320);
@@ -158,7 +158,7 @@ TEST_P(HeaderStrip, CutsTheLabelAtItsStart) {
       ASSERT_EQ(picture.grey(along + 0.01, across), still.grey(along + 24.01, across)) << along;
     }
   }
-  // The tick of number 4 stands in the middle of its cell.
+  // The tick of number 4 is in the middle of its cell.
   EXPECT_GT(picture.grey(3 * 16 - 24 + 8.0, 35.0), kStripBackground + 20);
 }
 
@@ -176,7 +176,7 @@ TEST(ColumnHeader, CentresLabelsOnTheirColumns) {
   }
 }
 
-// The labels of a column strip, each centred by its own measured width, however wide.
+// The labels of a column strip, each centred by its own measured width, whatever that is.
 QImage centredLabels(int first, int count) {
   const double scale = PatchMatrixColHeader().devicePixelRatioF();
   QImage picture(QSize(16 * count, 38) * scale, QImage::Format_RGB32);
@@ -206,7 +206,7 @@ class WideLabels : public ::testing::TestWithParam<int> {};
 TEST_P(WideLabels, AreCentredByTheirMeasuredWidth) {
   constexpr int kLabels = 16;
   const int first = GetParam();
-  // Two more at each end, as labels wider than a cell reach into their neighbours.
+  // Two more labels at each end: labels wider than a cell extend into their neighbours.
   const Strip strip = columns(20000, (first - 3) * 16.0, 16 * (kLabels + 4));
   const QImage expected = centredLabels(first - 2, kLabels + 4);
   const int scaled16 = qRound(16.0 * strip.picture.devicePixelRatio());

@@ -1,4 +1,4 @@
-// Hand-made buffer lists, as a device would hand them to the IO callback.
+// Buffer lists for the IO callback, made by a test instead of a device.
 #pragma once
 
 #include <algorithm>
@@ -11,17 +11,17 @@
 
 namespace tolvane::test {
 
-/// Owns the records and the samples. Every stream's samples lie between two guard zones, so that a write
-/// outside of them is seen in every build.
+/// Owns the buffer list and the samples. Every stream's samples lie between two guard zones, so that
+/// guardsIntact() detects a write outside of them in every build.
 class BufferList {
  public:
   BufferList() { rebuild(); }
 
-  /// A stream of interleaved channels; every sample is `fill`.
+  /// Adds a stream of interleaved channels in which every sample is `fill`.
   BufferList& add(UInt32 channels, std::size_t frames, float fill = 0.0F) {
     return addStream(channels, channels * frames, fill);
   }
-  /// A stream of so many samples, which need not be whole frames.
+  /// Adds a stream of `samples` samples, which need not be whole frames.
   BufferList& addStream(UInt32 channels, std::size_t samples, float fill = 0.0F) {
     Stream stream{channels, samples, std::vector<float>(samples + 2 * kGuard, kGuardValue),
                   static_cast<UInt32>(samples * sizeof(float))};
@@ -30,7 +30,7 @@ class BufferList {
     rebuild();
     return *this;
   }
-  /// A stream that has no data in this cycle.
+  /// Adds a stream without data in this cycle. `bytes` is the size that its buffer states.
   BufferList& addWithoutData(UInt32 channels, UInt32 bytes = 0) {
     streams_.push_back({channels, 0, {}, bytes});
     rebuild();
@@ -75,11 +75,11 @@ class BufferList {
   struct Stream {
     UInt32 channels;
     std::size_t samples;
-    std::vector<float> storage;  // empty when the stream has no data
+    std::vector<float> storage;  // empty if the stream has no data
     UInt32 bytes;
   };
 
-  // The record ends in an array that is as long as its own number says.
+  // AudioBufferList ends in an array of mNumberBuffers elements.
   void rebuild() {
     records_ = std::make_unique<std::byte[]>(offsetof(AudioBufferList, mBuffers) +
                                              streams_.size() * sizeof(AudioBuffer));

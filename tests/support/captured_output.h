@@ -9,7 +9,7 @@
 
 namespace tolvane::test {
 
-/// The lines of a text, without their line feeds. A last line that lacks its line feed is marked as such.
+/// The lines of a text, without their line feeds. A last line without one gets " (unfinished line)" appended.
 inline std::vector<std::string> linesOf(const std::string& text) {
   std::vector<std::string> lines;
   std::istringstream stream(text);

@@ -40,7 +40,7 @@ std::string readToEnd(int file) {
 ChildResult runInChild(const std::function<void()>& action) {
   std::array<int, 2> outputPipe{};
   if (::pipe(outputPipe.data()) != 0) throwErrno("pipe");
-  std::fflush(nullptr);  // or the child would write again what waits in the buffers
+  std::fflush(nullptr);  // or the child would write the buffered output a second time
   const pid_t child = ::fork();
   if (child < 0) throwErrno("fork");
   if (child == 0) runAsChild(outputPipe[1], action);

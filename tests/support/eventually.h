@@ -1,4 +1,4 @@
-// Waiting for what must come.
+// Waiting for a condition.
 #pragma once
 
 #include <chrono>
@@ -6,7 +6,7 @@
 
 namespace tolvane::test {
 
-/// Asks `done` every few milliseconds until it says true, at most for `timeout`; what it said last.
+/// Calls `done` every 5 ms until it returns true. Returns false if it has not done so within `timeout`.
 template <class Predicate>
 bool eventually(std::chrono::milliseconds timeout, Predicate done) {
   const auto deadline = std::chrono::steady_clock::now() + timeout;
@@ -17,7 +17,7 @@ bool eventually(std::chrono::milliseconds timeout, Predicate done) {
   return true;
 }
 
-/// The same with a limit that only ends a test that has failed.
+/// The same with a timeout of 30 s, which only a failing test reaches.
 template <class Predicate>
 bool eventually(Predicate done) {
   return eventually(std::chrono::seconds(30), done);

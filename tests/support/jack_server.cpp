@@ -62,7 +62,7 @@ pid_t readPid(int fd) {
   return static_cast<pid_t>(std::strtol(text.c_str(), nullptr, 10));
 }
 
-/// Ended, though its parent, the keeper, may not have taken notice yet.
+/// True if the process has ended, also if its parent, the keeper, has not reaped it yet.
 bool hasEnded(pid_t pid) {
   std::ifstream file("/proc/" + std::to_string(pid) + "/stat");
   std::string text;

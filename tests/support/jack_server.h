@@ -7,34 +7,34 @@
 
 namespace tolvane::test {
 
-/// A jackd with the dummy driver, for this test program alone: libjack finds it as the default server. It
-/// goes with the object, and with the test program however that ends. One at a time.
+/// A private jackd with the dummy driver; libjack in this process uses it as the default server. It ends with
+/// the object, or with the test program, however that ends. At most one object may exist at a time.
 class JackServer {
  public:
-  /// Starts it and waits until it takes clients; ends the test program when it does not. With a sound card's
-  /// name ("hw:Intel") it drives that instead of the dummy.
+  /// Starts jackd and waits until it accepts clients; ends the test program if it does not. Given a sound
+  /// card's PCM ("hw:Intel"), jackd drives that card instead of the dummy.
   explicit JackServer(std::uint32_t bufferFrames = 256, const std::string& alsaPcm = {});
   ~JackServer();
   JackServer(const JackServer&) = delete;
   JackServer& operator=(const JackServer&) = delete;
 
-  /// Ends it at once, as a crash would, and returns when it is gone.
+  /// Ends jackd with SIGKILL, like a crash, and waits until it has ended.
   void kill();
-  /// Ends it as its user would, and returns when it is gone.
+  /// Ends jackd with SIGTERM, as a user would, and waits until it has ended.
   void terminate();
-  /// Hangs it, until resume().
+  /// Stops the process until resume(), so that it answers nothing.
   void pause();
   void resume();
 
-  /// Makes JACK's default server one that is not running, of a name of its own.
+  /// Sets JACK's default server to a name that only this test program uses. No server of that name runs yet.
   static void choosePrivateName();
 
  private:
   void signalAndAwaitEnd(int signal);
 
-  pid_t keeper_ = 0;  // the script that outlives us to clear up
+  pid_t keeper_ = 0;  // the script that cleans up, even after a crash of the test program
   pid_t jackd_ = 0;
-  int keeperInput_ = -1;  // its end is the keeper's sign
+  int keeperInput_ = -1;  // closing it tells the keeper to end
 };
 
 }  // namespace tolvane::test

@@ -1,24 +1,26 @@
 #!/bin/sh
 # A private jackd for one test program: jack_server.sh JACK_WAIT NAME RATE_HZ BUFFER_FRAMES [ALSA_PCM]
 #
-# Prints jackd's process id once it takes clients, and keeps jackd until its own standard input ends, which it does
-# however the test program ends. Then jackd goes, running, stopped or dead, and nothing of it stays behind.
+# Prints jackd's process id once jackd accepts clients. Keeps jackd until standard input is closed, which
+# happens however the test program ends. Then ends jackd, also if it is stopped or dead, and removes all that
+# it leaves.
 jack_wait=$1 name=$2 rate=$3 frames=$4 alsa_pcm=$5
 log=$(mktemp)
 
-# A signal for the whole group of processes ends the waiting below, and not the clearing up after it.
+# A signal to the whole process group ends the wait below, but must not prevent the cleanup after it.
 trap : HUP INT TERM
 
-# -S: a cycle ends when all clients are through, however long that takes on a busy machine (-t).
+# -S: a cycle waits until all clients have finished, up to 20 s (-t), since the machine may be busy.
 serve() {
   if [ -n "$alsa_pcm" ]; then set -- alsa -d "$alsa_pcm"; else set -- dummy; fi
-  # Nobody is asked for the card: there may be no session bus.
+  # Do not request the card over the session bus: there may be none.
   export JACK_NO_AUDIO_RESERVATION=1
   exec jackd -n "$name" -p 512 --no-realtime -S -t 20000 -d "$@" -r "$rate" -p "$frames" </dev/null >"$log" 2>&1
 }
 
-# Returns when it takes clients. jackd gives itself up when a thread of its own has not begun after a second, which
-# happens on a busy machine: then another one is started, and what the first had to say is printed.
+# Starts jackd and returns once it accepts clients. jackd gives up if one of its threads has not started
+# within a second, as happens on a busy machine. In that case prints its log and starts another one, up to 5
+# in all.
 begin_server() {
   for attempt in 1 2 3 4 5; do
     serve &
@@ -31,7 +33,8 @@ begin_server() {
   done
 }
 
-# Its status is then in $status. A server that a client joins or leaves just then may wait for it without end.
+# Ends jackd and sets $status. A server may wait for ever for a client that connects or leaves at that moment,
+# so it is killed after 3 s.
 end_server() {
   kill -TERM "$pid" 2>/dev/null
   kill -CONT "$pid" 2>/dev/null
@@ -48,7 +51,7 @@ exec 1>&2
 cat >/dev/null
 end_server
 
-# What a killed server leaves in shared memory is cleared away by the next one of its name.
+# A killed server leaves shared memory behind. The next server of the same name removes it.
 if [ "$status" -eq 137 ]; then
   begin_server
   end_server

@@ -11,8 +11,8 @@
 
 namespace tolvane::test {
 
-/// The HAL's side of a session in the driver's own tests: routes by a context as the engine's callback does,
-/// and counts what it is told.
+/// Stands in for the HAL in tests of the driver: routes with a routing context, as the engine's callback
+/// does, and counts the driver's notifications.
 class JackSessionClient final : public hal::SessionClient {
  public:
   JackSessionClient(std::int64_t inputs, std::int64_t outputs, std::span<const PatchConnection> routes);
@@ -25,7 +25,7 @@ class JackSessionClient final : public hal::SessionClient {
     bufferFrames = frames;
   }
 
-  /// Another patch, from the next cycle on. [main-thread]
+  /// Publishes another patch, effective from the next cycle on. [main-thread]
   void publish(std::span<const PatchConnection> routes) { writeConnections(&context_, routes); }
 
   std::atomic<std::uint64_t> cycles{0};
@@ -34,7 +34,7 @@ class JackSessionClient final : public hal::SessionClient {
   std::atomic<double> sampleRateHz{0.0};
   std::atomic<std::uint32_t> bufferFrames{0};
 
-  /// Of the last cycle, written before `cycles` is.
+  /// From the last cycle. Written before `cycles` is incremented.
   AudioTimeStamp now{};
   AudioTimeStamp inputTime{};
   AudioTimeStamp outputTime{};

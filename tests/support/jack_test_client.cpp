@@ -9,9 +9,9 @@
 #include "support/eventually.h"
 
 #if defined(__SANITIZE_THREAD__)
-// Clients hand samples to each other through the server's shared memory, one after the other as the server's
-// signals say; ThreadSanitizer does not see those signals, and takes the samples that this client writes and
-// reads for races. What the program shares within itself stays checked.
+// Clients pass samples to each other through the server's shared memory, in an order that the server's
+// signals enforce. ThreadSanitizer does not see these signals, so it would report this client's accesses to
+// the samples as races. Memory shared within the program is still checked.
 extern "C" const char* __tsan_default_suppressions();
 extern "C" const char* __tsan_default_suppressions() {
   return "race:tolvane::test::JackTestClient::";
@@ -132,7 +132,7 @@ void JackTestClient::process(jack_nframes_t frames) noexcept {
 void JackTestClient::sendSignal(jack_nframes_t frames) noexcept {
   for (std::size_t channel = 0; channel < signalPorts_.size(); ++channel) {
     auto* samples = static_cast<float*>(jack_port_get_buffer(signalPorts_[channel], frames));
-    if (samples == nullptr) continue;  // unregistered by the test
+    if (samples == nullptr) continue;  // the test has unregistered the port
     for (jack_nframes_t i = 0; i < frames; ++i) samples[i] = signal_(channel, frame_ + i);
   }
   frame_ += frames;

@@ -12,15 +12,17 @@
 
 namespace tolvane::test {
 
-/// A sample that says which channel and frame it is of, and is a 32-bit float exactly. Channels up to 127;
-/// frames count modulo 65536. Never zero.
+/// A sample that encodes its channel (0 to 127) and its frame modulo 65536. It is exact in a 32-bit float and
+/// never zero.
 [[nodiscard]] float codedSample(std::size_t channel, std::uint64_t frame) noexcept;
 
-/// What a test has in the server's graph beside the device's session: a card (with physical ports, so that it
-/// is a device), or an ear (an ordinary client that records what other ports carry, in the very cycle).
+/// A test's own client in the server's graph: a card (with physical ports, so that the driver lists it as a
+/// device) or an ear (an ordinary client that records other ports' samples in the cycle in which they are
+/// sent).
 ///
-/// Signal ports are the client's outputs, "capture_1"…, and carry codedSample(channel, frame), frames counted
-/// from the client's first cycle on, or what setSignal() gave. Recording ports are its inputs, "playback_1"….
+/// Signal ports are the client's outputs, "capture_1"…. They carry codedSample(channel, frame), with frames
+/// counted from the client's first cycle, or the signal of setSignal(). Recording ports are its inputs,
+/// "playback_1"….
 class JackTestClient {
  public:
   using Signal = std::function<float(std::size_t channel, std::uint64_t frame)>;
@@ -28,19 +30,19 @@ class JackTestClient {
   static JackTestClient card(const std::string& name, std::size_t captures, std::size_t playbacks);
   static JackTestClient ear(const std::string& name, std::size_t ports);
 
-  /// What the two above make; `flags` are those of every port.
+  /// Used by card() and ear(). Every port has these `flags`.
   JackTestClient(const std::string& name, std::size_t signals, std::size_t recordings, unsigned long flags);
   JackTestClient(const JackTestClient&) = delete;
   JackTestClient& operator=(const JackTestClient&) = delete;
   ~JackTestClient();
 
-  /// Before activate().
+  /// Call these two before activate().
   void setSignal(Signal signal) { signal_ = std::move(signal); }
   void addMidiPort(const std::string& port);
   void activate();
 
   void connect(const std::string& from, const std::string& to);
-  /// Connects a recording port, counted from 0.
+  /// Connects a recording port, counted from 0, to the port `from`.
   void listen(std::size_t recordingPort, const std::string& from);
   void disconnect(const std::string& from, const std::string& to);
   void unregisterSignalPort(std::size_t channel);
@@ -48,16 +50,17 @@ class JackTestClient {
   [[nodiscard]] std::vector<std::string> connectionsOf(const std::string& port) const;
   [[nodiscard]] std::string name() const { return jack_get_client_name(client_); }
 
-  /// Records every recording port, from the next cycle on: so many frames, or fewer when it is ended before.
+  /// Records every recording port from the next cycle on, for `frames` frames or until endRecording().
   void record(std::size_t frames);
-  /// Ends the recording, which is then as long as it has become; false when that was all that it was to be.
+  /// Ends the recording early and keeps what there is. Returns false if the recording is complete by then, or
+  /// does not end.
   [[nodiscard]] bool endRecording();
   [[nodiscard]] bool awaitRecording(std::chrono::seconds timeout = std::chrono::seconds(100));
-  /// Of the finished recording: the samples of one port, and where each of its cycles began.
+  /// The finished recording: the samples of one port, and the index at which each cycle began.
   [[nodiscard]] const std::vector<float>& recording(std::size_t port) const { return recordings_[port]; }
   [[nodiscard]] const std::vector<std::size_t>& cycleStarts() const noexcept { return cycleStarts_; }
 
-  /// Frames recorded so far, of the recording that goes on. [any-thread]
+  /// Frames of the current recording so far. [any-thread]
   [[nodiscard]] std::size_t recordedFrames() const noexcept { return recorded_.load(); }
   /// Cycles run so far. [any-thread]
   [[nodiscard]] std::uint64_t cycles() const noexcept { return cycles_.load(); }

@@ -1,5 +1,5 @@
-// jack_wait NAME PID: waits until the JACK server of that name takes clients. Fails when the process PID,
-// which is to become that server, has ended, or after half a minute.
+// jack_wait NAME PID: waits until the JACK server NAME accepts clients. PID is the server's process. Fails if
+// that process ends, or after 30 s.
 #include <chrono>
 #include <cstdio>
 #include <fstream>
@@ -21,7 +21,7 @@ bool joins(const char* server) {
   return true;
 }
 
-/// Its parent may not have taken notice yet.
+/// True if the process has ended, also if its parent has not reaped it yet.
 bool hasEnded(const std::string& pid) {
   std::ifstream file("/proc/" + pid + "/stat");
   std::string text;
@@ -32,7 +32,7 @@ bool hasEnded(const std::string& pid) {
 
 int main(int argc, char** argv) {
   if (argc != 3) return 2;
-  alarm(30);  // also of a server that hangs while it is joined
+  alarm(30);  // also covers a server that hangs while this client connects
   jack_set_error_function(&silence);
   jack_set_info_function(&silence);
   while (!joins(argv[1])) {

@@ -59,11 +59,11 @@ struct PipeWireClient::State {
   spa_hook coreHook{};
   spa_hook registryHook{};
   std::map<std::uint32_t, std::string> nodes;
-  std::set<std::string> nodesSoFar;  // by name
+  std::set<std::string> nodesSoFar;  // names
   std::map<std::uint32_t, Port> ports;
   std::map<std::uint32_t, bool> links;
   std::map<std::string, pw_proxy*> metadata;
-  std::vector<pw_proxy*> made;  // what we had the server make; a proxy outlives what it stood for
+  std::vector<pw_proxy*> made;  // of objects that the server created for us; a proxy may outlive its object
   int answered = -1;
 
   void onGlobal(std::uint32_t id, const char* type, const spa_dict* properties) {
@@ -91,7 +91,7 @@ struct PipeWireClient::State {
     pw_thread_loop_signal(loop, false);
   }
 
-  /// With the loop locked.
+  /// Call with the loop locked.
   void waitUntil(const std::function<bool()>& condition, const std::string& what) const {
     timespec deadline{};
     pw_thread_loop_get_time(loop, &deadline, std::int64_t{kPatienceSeconds} * SPA_NSEC_PER_SEC);
@@ -216,8 +216,7 @@ void PipeWireClient::link(const PipeWirePort& from, const PipeWirePort& to) {
                                  {"link.input.node", std::to_string(*state_->nodeId(to.node))},
                                  {"link.input.port", std::to_string(*state_->portId(to))},
                                  {"object.linger", "false"}}));
-  // One after the other: what the server sends for many links at once is more than a library before 0.3.71
-  // takes in without fail.
+  // One link at a time: libpipewire before 0.3.71 may fail on the server's messages about many links at once.
   state_->roundTripLocked();
 }
 

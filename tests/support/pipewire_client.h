@@ -1,4 +1,4 @@
-// A client of a private PipeWire daemon, with which a test does what users, hardware and session managers do.
+// A client of a private PipeWire daemon. With it a test acts as user, hardware and session manager.
 #pragma once
 
 #include <cstdint>
@@ -16,15 +16,15 @@ struct pw_thread_loop;
 
 namespace tolvane::test {
 
-/// One port, as a test names it.
+/// Identifies one port.
 struct PipeWirePort {
   std::string node;
   bool isInput = false;
   unsigned index = 0;
 };
 
-/// Connected from its construction to its destruction. Waits where a result is promised; every failure, and
-/// every wait beyond ten seconds, throws std::runtime_error. One thread at a time.
+/// Connected from construction to destruction. A function that promises a result waits for it. Every failure,
+/// and every wait of more than ten seconds, throws std::runtime_error. Use from one thread at a time.
 class PipeWireClient {
  public:
   PipeWireClient();
@@ -32,37 +32,37 @@ class PipeWireClient {
   PipeWireClient(const PipeWireClient&) = delete;
   PipeWireClient& operator=(const PipeWireClient&) = delete;
 
-  /// Makes a node by the adapter factory and waits until it and its ports are there.
+  /// Creates a node with the adapter factory and waits until the node and its ports exist.
   void addNode(const PipeWireProperties& properties);
   void addCard(const PipeWireCard& card);
 
-  /// Has the server destroy the node, and waits until it has gone.
+  /// Has the server destroy the node and waits until the node is gone.
   void removeNode(const std::string& name);
   void removeCard(const PipeWireCard& card);
 
-  /// Links the ports, as soon as both are there, for as long as this client lives.
+  /// Waits until both ports exist, then links them for the client's lifetime.
   void link(const PipeWirePort& from, const PipeWirePort& to);
 
   /// Sets a value in the server's "settings" or "default" metadata; an empty value removes it.
   void setSetting(const std::string& key, const std::string& value);
   void setDefaultSink(const std::string& nodeName);
 
-  /// The names of our kind of objects that are there now.
+  /// The names of the present nodes.
   [[nodiscard]] std::vector<std::string> nodeNames();
-  /// The names of all nodes that have been there since this client was made.
+  /// The names of all nodes that have existed since this client connected.
   [[nodiscard]] std::set<std::string> nodeNamesSoFar();
   [[nodiscard]] unsigned linkCount();
 
-  /// The server's identifier of the node of this name.
+  /// The server's identifier for the node with this name.
   [[nodiscard]] std::uint32_t nodeId(const std::string& name);
 
-  /// Has the server destroy every link, whoever made it.
+  /// Has the server destroy every link, of all clients.
   void removeLinks();
 
-  /// Waits until the server has handled everything so far.
+  /// Waits until the server has handled all requests so far.
   void roundTrip();
 
-  /// For what else runs on this connection. Its functions are called with the loop locked.
+  /// For other objects on this connection. Lock the loop before calling the library's functions on them.
   [[nodiscard]] pw_core* core() const noexcept;
   [[nodiscard]] pw_thread_loop* loop() const noexcept;
 

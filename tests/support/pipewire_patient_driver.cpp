@@ -1,7 +1,7 @@
-// A driver for the private PipeWire server, as a plugin of the server's: it begins a cycle a moment after all
-// nodes have finished the last, however long that took, so that no node is ever late. Without the moment, a
-// node that was once late for a cycle would be in time only for the next one, for good: nothing that it says
-// names the cycle it means.
+// A driver plugin for the private PipeWire server. It starts a cycle 1 ms after all nodes have finished the
+// last one, however long that took, so no node is ever late. Without the pause, a node that was late once
+// would stay a cycle behind for ever: its finish signal does not name its cycle and would count for the next
+// one.
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
@@ -20,12 +20,13 @@
 namespace {
 
 constexpr std::uint64_t kPauseNs = 1'000'000;
-// Links come up while the graph runs, and then some cycle is never finished.
+// If links are activated while the graph runs, a cycle may never finish.
 constexpr std::uint64_t kPatienceNs = 3'000'000'000;
-// So it is, in a server from 1.0 on, when the cycle's length changes: whoever counts does so only afterwards.
+// In PipeWire 1.0 and later, a cycle may also never finish when the quantum changes. A short wait is enough
+// then, as tests count frames only after the change.
 constexpr std::uint64_t kPatienceAtAChangeNs = 100'000'000;
 constexpr unsigned kCyclesOfAChange = 20;
-// A process() that only clears up after a cycle that was not finished.
+// Clock flag of a process() call that only cleans up after an unfinished cycle.
 constexpr std::uint32_t kRecoverFlag = 1U << 1;
 
 class PatientDriver {
@@ -92,7 +93,7 @@ class PatientDriver {
   int setIo(std::uint32_t id, void* area) {
     if (id == SPA_IO_Clock) clock_ = static_cast<spa_io_clock*>(area);
     if (id == SPA_IO_Position) position_ = static_cast<spa_io_position*>(area);
-    if (isStarted_) wakeAt(nowNs());  // the cycle may have become ours
+    if (isStarted_) wakeAt(nowNs());  // this driver may now have to drive the cycle
     return id == SPA_IO_Clock || id == SPA_IO_Position ? 0 : -ENOENT;
   }
 
@@ -148,7 +149,7 @@ class PatientDriver {
     return static_cast<std::uint64_t>(SPA_TIMESPEC_TO_NSEC(&now));
   }
 
-  /// Never, at 0.
+  /// Sets the timer; 0 disarms it.
   void wakeAt(std::uint64_t timeNs) {
     itimerspec timer{};
     timer.it_value.tv_sec = static_cast<time_t>(timeNs / SPA_NSEC_PER_SEC);
@@ -170,7 +171,7 @@ class PatientDriver {
   bool isFinished_ = false;
 };
 
-/// What the server keeps of us: its own head, and behind it the driver.
+/// The server's handle for this plugin: the server's own header, followed by the driver.
 struct Handle {
   spa_handle head;
   PatientDriver driver;

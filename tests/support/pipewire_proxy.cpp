@@ -25,9 +25,9 @@ namespace tolvane::test {
 
 namespace proxied {
 
-constexpr std::size_t kMaxDescriptors = 253;  // that the kernel sends at once
+constexpr std::size_t kMaxDescriptors = 253;  // the kernel's limit for one message
 
-/// What is before each message: whom it is for, what it is and its length, its number, its descriptors.
+/// The header of each message: target object, opcode and size, sequence number, number of descriptors.
 struct MessageHeader {
   std::uint32_t object = 0;
   std::uint32_t opcodeAndSize = 0;
@@ -38,7 +38,8 @@ struct MessageHeader {
   [[nodiscard]] std::size_t bytes() const { return sizeof(MessageHeader) + (opcodeAndSize & 0xffffffU); }
 };
 
-/// In a message about a piece of memory: after the header, the structure's head and the first number's head.
+/// The offset of the memory's number in a message about it: after the message header and the headers of the
+/// structure and of the number.
 constexpr std::size_t kMemoryIdOffset = sizeof(MessageHeader) + 8 + 8;
 
 union ControlRoom {
@@ -78,20 +79,20 @@ inline void sendAll(int end, const char* bytes, std::size_t count, std::vector<i
     const ssize_t sent = ::sendmsg(end, &message, MSG_NOSIGNAL);
     for (const int descriptor : descriptors) ::close(descriptor);
     descriptors.clear();
-    if (sent < 0) return;  // the other end has gone; that shows when it is read from
+    if (sent < 0) return;  // the other end is gone; the next read from it will show that
     bytes += sent;
     count -= static_cast<std::size_t>(sent);
   }
 }
 
-/// One way of a connection.
+/// One direction of a connection.
 struct Way {
   int from = -1;
   int to = -1;
-  std::vector<char> bytes = {};  // that have come in
+  std::vector<char> bytes = {};  // received and not yet forwarded
   std::deque<int> descriptors = {};
 
-  /// False at the end.
+  /// Returns false at the end of the connection.
   bool receive() {
     std::array<char, 65536> block{};
     iovec part{block.data(), block.size()};
@@ -113,7 +114,7 @@ struct Way {
     return true;
   }
 
-  /// Hands on the first message, if all of it has come; `look` may change it before.
+  /// Forwards the first message if it is complete. `look` may change it first.
   template <class Look>
   bool handOn(const Look& look) {
     MessageHeader header;
@@ -193,14 +194,14 @@ struct PipeWireProxy::State {
     }
   }
 
-  /// Has the link made by a factory that there is not.
+  /// Makes the daemon refuse the link by changing its factory's name to one that does not exist.
   void refuse(const MessageHeader& header, char* bytes) const {
     if (header.object != PW_ID_CORE || header.opcode() != PW_CORE_METHOD_CREATE_OBJECT) return;
     const std::string_view message(bytes, header.bytes());
     const std::size_t factory = message.find("link-factory");
     const std::size_t key = message.find(PW_KEY_LINK_INPUT_NODE);
     if (factory == std::string_view::npos || key == std::string_view::npos) return;
-    // After the key, with its end, and the head of the text that is its value.
+    // The value follows the key, the key's terminating zero and 8 bytes of header.
     const char* const node = bytes + key + sizeof(PW_KEY_LINK_INPUT_NODE) + 8;
     if (node == std::to_string(refusedNode)) bytes[factory] = 'x';
   }
@@ -214,7 +215,7 @@ struct PipeWireProxy::State {
     std::memcpy(bytes + kMemoryIdOffset, &id, sizeof(id));
   }
 
-  /// More descriptors than a message can have.
+  /// Sends a header that states more descriptors than a message can have.
   static void sendNonsense(int end) {
     const MessageHeader header{.object = PW_ID_CORE, .descriptors = 0xffff};
     std::vector<int> none;

@@ -1,4 +1,4 @@
-// A way to a private PipeWire daemon on which things go wrong.
+// A proxy that makes faults on the connection to a private PipeWire daemon.
 #pragma once
 
 #include <cstdint>
@@ -6,10 +6,10 @@
 
 namespace tolvane::test {
 
-/// Takes connections at a socket of its own and hands every message on to the daemon or from it, unchanged
-/// but for what a test asks for. Clients that connect while it lives come by it: it sets PIPEWIRE_REMOTE.
-/// Made after the server, and after the clients that are to have nothing to do with it. Every failure throws
-/// std::runtime_error. One thread at a time.
+/// Accepts connections on its own socket and forwards every message between client and daemon. Messages are
+/// unchanged except for the faults that a test asks for. It sets PIPEWIRE_REMOTE, so clients that connect
+/// during its lifetime go through it. Construct it after the server, and after clients that must not use it.
+/// Every failure throws std::runtime_error. Use from one thread at a time.
 class PipeWireProxy {
  public:
   PipeWireProxy();
@@ -17,20 +17,20 @@ class PipeWireProxy {
   PipeWireProxy(const PipeWireProxy&) = delete;
   PipeWireProxy& operator=(const PipeWireProxy&) = delete;
 
-  /// Gives the next piece of memory that the daemon shares with a client another number than its own, so that
-  /// both count differently from then on.
+  /// Changes the number of the next memory block that the daemon shares with a client, so that client and
+  /// daemon number the blocks differently from then on.
   void misnumberNextMemory();
 
-  /// Has the daemon refuse clients every link to this node.
+  /// Makes the daemon refuse every link to this node.
   void refuseLinksTo(std::uint32_t nodeId);
 
-  /// Sends the client a message that cannot be one.
+  /// Sends the client an invalid message.
   void sendNonsense();
 
-  /// What was asked for once has been done.
+  /// True if the one-time faults that were asked for have been made.
   [[nodiscard]] bool isDone() const;
 
-  /// How many connections there have been.
+  /// The number of connections so far.
   [[nodiscard]] unsigned connections() const;
 
  private:

@@ -66,8 +66,8 @@ context.objects = [
         node.group = pipewire.dummy priority.driver = 20000 } }
 )";
 
-// A driver apart from the cards. (A card that drives comes last in its own cycle, so what is heard of it is
-// one cycle old.)
+// A driver separate from the cards. A card that drives runs last in its own cycle, so its samples would
+// arrive one cycle late.
 constexpr const char* kDriver = R"(
     { factory = spa-node-factory args = { factory.name = $DRIVER library.name = $LIBRARY node.name = Cards-Driver
         node.group = cards priority.driver = 40000 } }
@@ -130,7 +130,7 @@ PipeWireProperties nodeOf(const PipeWireCard& card, const char* part, const char
       {"adapter.auto-port-config", "{ mode = dsp monitor = true position = preserve }"},
   };
   if (card.alsaPcm.empty()) {
-    // Without these, a server from 1.4 on gives a node of nothing one port for all its channels.
+    // Without these, PipeWire 1.4 and later give a null node one port for all its channels.
     node["audio.format"] = "F32P";
     node["audio.rate"] = lastServersRate;
   } else {
@@ -146,7 +146,7 @@ PipeWireProperties nodeOf(const PipeWireCard& card, const char* part, const char
   return node;
 }
 
-/// The file is there a moment before anybody listens.
+/// True if the socket accepts connections. Its file exists shortly before it does.
 bool isListenedTo(const std::string& socketFile) {
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
@@ -157,7 +157,8 @@ bool isListenedTo(const std::string& socketFile) {
   return isTaken;
 }
 
-/// Waits for the end of our life in its standard input, then removes the folder.
+/// Starts a process that removes the folder when its standard input closes, at the latest when this process
+/// ends.
 pid_t startGuard(const std::string& folder, int pipeEnd) {
   const char* script = "read -r line; rm -rf \"$0\"";
   std::array<char*, 5> arguments = {const_cast<char*>("sh"), const_cast<char*>("-c"),
@@ -201,11 +202,11 @@ PipeWireServer::PipeWireServer(const std::vector<PipeWireCard>& cards, PipeWireP
   ::close(ends[0]);
 
   ::setenv("XDG_RUNTIME_DIR", folder_.c_str(), 1);
-  // Nothing of the user's own counts.
+  // The user's own configuration must have no effect.
   ::setenv("XDG_CONFIG_HOME", configFolder().c_str(), 1);
   ::unsetenv("PIPEWIRE_RUNTIME_DIR");
   ::unsetenv("PIPEWIRE_REMOTE");
-  // Nobody is to be asked for real-time scheduling but the system itself.
+  // Real-time scheduling must come from the system itself, not from a service on D-Bus.
   ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   start();
@@ -228,7 +229,7 @@ void PipeWireServer::start() {
   }
   const std::string socket = folder_ + "/pipewire-0";
   for (int attempt = 0; attempt < 2000; ++attempt) {
-    // It listens before it has made the cards, but answers nobody until it has.
+    // The server listens before it has created the cards, but answers no client until then.
     if (isListenedTo(socket)) return;
     if (::waitpid(pid_, nullptr, WNOHANG) == pid_) {
       pid_ = -1;

@@ -1,4 +1,4 @@
-// A private PipeWire daemon with cards of the test's choosing: no D-Bus, no session manager, no hardware.
+// A private PipeWire daemon with the cards that a test asks for: no D-Bus, no session manager, no hardware.
 #pragma once
 
 #include <map>
@@ -13,35 +13,35 @@ namespace tolvane::test {
 /// Properties of an object of the server.
 using PipeWireProperties = std::map<std::string, std::string>;
 
-/// A card, or a node that is none. Its inputs are a virtual source that can be fed, its outputs a sink that
-/// can be listened to.
+/// A card, or a node that belongs to no card. Its inputs are a virtual source that a test can feed, its
+/// outputs a sink that a test can record.
 struct PipeWireCard {
-  std::string name;  // of its nodes, followed by ".source" and ".sink"
+  std::string name;  // its nodes' names are this with ".source" and ".sink" appended
   unsigned inputs = 0;
   unsigned outputs = 0;
   std::string description = {};         // empty: the name
-  std::optional<unsigned> cardId = {};  // its nodes are those of one card
-  bool isDuplexNode = false;            // one node that gives back what it is sent, instead of two
-  std::string alsaPcm = {};             // a sound card's PCM ("hw:5"), instead of nodes of nothing
+  std::optional<unsigned> cardId = {};  // set: its nodes belong to this card
+  bool isDuplexNode = false;            // one node that returns its input, instead of two nodes
+  std::string alsaPcm = {};             // a sound card's PCM ("hw:5"), instead of null nodes
 };
 
-/// The nodes that make up the card, as the adapter factory takes them, for the server that was made last.
+/// The properties of the card's nodes for the adapter factory of the server that was constructed last.
 [[nodiscard]] std::vector<PipeWireProperties> nodesOf(const PipeWireCard& card);
 
-/// What drives the cards.
+/// The clock that drives the cards.
 enum class PipeWirePace {
-  realTime,  // a driver by the machine's clock, at 48000 Hz
-  slow,  // the same with cycles of 256 frames a second long, so that no stall of the machine makes one late
-  patient,  // a driver that begins each cycle when all have finished the last: fast, and nobody is ever late
+  realTime,  // the machine's clock, at 48000 Hz
+  slow,     // the same with cycles of 256 frames that last 1 s, so that a stall of the machine causes no xrun
+  patient,  // starts each cycle once all nodes have finished the last one: fast, and without xruns
 };
 
-/// Whether the servers of this version interrupt the audio when the quantum changes: from 1.4 on they make
-/// all buffers anew.
+/// True if the server's version interrupts the audio when the quantum changes: PipeWire 1.4 and later
+/// reallocate all buffers then.
 [[nodiscard]] bool isSilentAtAQuantumChange();
 
-/// Runs from its construction to its destruction, or at the most as long as the test does. Sets
-/// XDG_RUNTIME_DIR, so that every client of this process finds this server and no other, and XDG_CONFIG_HOME.
-/// Every failure throws std::runtime_error.
+/// Runs from construction to destruction, or until the test program ends. Sets XDG_RUNTIME_DIR, so that every
+/// client of this process finds only this server, and XDG_CONFIG_HOME. Every failure throws
+/// std::runtime_error.
 class PipeWireServer {
  public:
   explicit PipeWireServer(const std::vector<PipeWireCard>& cards, PipeWirePace pace = PipeWirePace::realTime);
@@ -49,21 +49,21 @@ class PipeWireServer {
   PipeWireServer(const PipeWireServer&) = delete;
   PipeWireServer& operator=(const PipeWireServer&) = delete;
 
-  void kill();   // as by a crash
+  void kill();   // like a crash
   void start();  // after kill()
   void hang();   // stops the process, so that it answers nothing
   void unhang();
 
   [[nodiscard]] pid_t pid() const noexcept { return pid_; }
 
-  /// Not there before somebody makes it.
+  /// Does not exist until somebody creates it.
   [[nodiscard]] std::string configFolder() const { return folder_ + "/config"; }
 
  private:
   std::string folder_;
   std::string configFile_;
   pid_t pid_ = -1;
-  int guardPipe_ = -1;  // the folder is removed when this is closed, by us or by our end
+  int guardPipe_ = -1;  // when this closes, at the latest at the end of the process, the folder is removed
   pid_t guard_ = -1;
 };
 

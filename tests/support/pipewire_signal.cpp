@@ -13,8 +13,8 @@ namespace tolvane::test {
 
 namespace {
 
-// A sample is an odd whole number below 2^24, divided by 2^24, so that it is exact and never zero: the
-// channel in the upper bits, the frame in the lower ones.
+// A sample is an odd integer below 2^24 divided by 2^24, so it is exact and never zero. The upper bits are
+// the channel, the lower ones the frame.
 constexpr unsigned kFrameBits = 16;
 constexpr std::uint32_t kFrameMask = (1U << kFrameBits) - 1;
 constexpr float kScale = 16777216.0F;
@@ -26,7 +26,7 @@ float sampleOf(unsigned channel, std::uint64_t frame) {
 
 struct Decoded {
   unsigned channel;
-  std::uint32_t frame;  // its lower bits
+  std::uint32_t frame;  // the lower bits of the frame's number
 };
 
 std::optional<Decoded> decode(float sample) {
@@ -37,7 +37,8 @@ std::optional<Decoded> decode(float sample) {
   return Decoded{(number / 2) >> kFrameBits, (number / 2) & kFrameMask};
 }
 
-/// The frames between a frame's lower bits and a later or earlier one, whichever is nearer.
+/// The delay in frames from the sent to the received frame, negative if the received one is earlier. Only the
+/// lower bits of the sent frame are known, so this assumes the nearest match.
 std::int64_t delayOf(std::uint32_t sentFrame, std::uint64_t receivedFrame) {
   const auto difference = static_cast<std::uint32_t>(receivedFrame - sentFrame) & kFrameMask;
   return difference > kFrameMask / 2 ? static_cast<std::int64_t>(difference) - kFrameMask - 1
@@ -71,7 +72,7 @@ struct SignalRecorder::State {
       : channels(expectedChannels), received(expectedChannels.size()) {}
 
   std::vector<int> channels;
-  // A lock on the graph's thread is well enough for a test, and gives whole cycles.
+  // A lock on the graph's thread is acceptable in a test, and gives results of whole cycles.
   mutable std::mutex mutex;
   std::vector<ReceivedSignal> received;
   std::uint64_t lastCycleFrames = 0;

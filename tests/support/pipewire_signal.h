@@ -1,6 +1,5 @@
-// A signal that names itself: every sample says its channel and the frame it belongs to, exactly. What feeds
-// it into a private server's graph and what checks it there are nodes of the graph themselves, so that they
-// see the very cycle a sample is in.
+// A test signal whose every sample encodes its channel and its frame, exact in a float. Its sender and its
+// receiver are nodes in a private server's graph, so they know in which cycle a sample is sent and received.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +14,7 @@ struct spa_io_position;
 
 namespace tolvane::test {
 
-/// Sends channel n of the signal out of its port n.
+/// Sends channel n of the signal from its port n.
 class SignalFeeder {
  public:
   SignalFeeder(PipeWireClient& client, const std::string& nodeName, unsigned channels);
@@ -29,17 +28,17 @@ class SignalFeeder {
   std::unique_ptr<State> state_;
 };
 
-/// What came in at one port since the last reset. Every frame is one of the right, missing and wrong ones.
+/// Counts of what one port received since the last reset. Every frame is right, missing or wrong.
 struct ReceivedSignal {
-  std::uint64_t frames = 0;         // of all cycles
-  std::uint64_t rightFrames = 0;    // those of the expected channel, or of silence where that is expected
-  std::uint64_t missingFrames = 0;  // silence where a channel is expected
-  std::uint64_t wrongFrames = 0;    // another channel, or nothing that the feeder ever sent
-  std::int64_t minDelayFrames = 0;  // of the right ones, against the cycle that they came in
+  std::uint64_t frames = 0;         // in total
+  std::uint64_t rightFrames = 0;    // the expected channel, or expected silence
+  std::uint64_t missingFrames = 0;  // silence instead of the expected channel
+  std::uint64_t wrongFrames = 0;    // another channel, or a sample that the feeder never sent
+  std::int64_t minDelayFrames = 0;  // of the right frames, relative to the cycle in which they arrived
   std::int64_t maxDelayFrames = 0;
 };
 
-/// Checks what comes in at its ports against the channel that each is to carry; -1 is silence.
+/// Compares what its ports receive with the channel that each must carry; -1 is silence.
 class SignalRecorder {
  public:
   SignalRecorder(PipeWireClient& client, const std::string& nodeName, const std::vector<int>& channels);
@@ -47,10 +46,10 @@ class SignalRecorder {
   SignalRecorder(const SignalRecorder&) = delete;
   SignalRecorder& operator=(const SignalRecorder&) = delete;
 
-  /// Counts from zero again from the next cycle on.
+  /// Restarts the counts at zero from the next cycle on.
   void reset();
 
-  /// As it stands after a whole cycle.
+  /// The counts after a whole cycle.
   [[nodiscard]] std::vector<ReceivedSignal> received() const;
 
   /// The frames of the last cycle; 0 before the first.

@@ -1,4 +1,4 @@
-// A client's node in a PipeWire graph that is called once a cycle.
+// A client's node in a PipeWire graph with a callback per cycle.
 #pragma once
 
 #include <array>
@@ -14,7 +14,7 @@
 
 namespace tolvane::test {
 
-/// A node with ports of one direction, calling its owner once a cycle.
+/// A node with ports of one direction. Calls its owner once per cycle.
 class SignalNode {
  public:
   using Process = void (*)(void* owner, const spa_io_clock& clock, std::span<float* const> buffers);
@@ -40,7 +40,7 @@ class SignalNode {
       return events;
     }();
     pw_thread_loop_lock(client_.loop());
-    // It takes part in the cards' cycle even while none of its links is up.
+    // So that the node takes part in the cards' cycle even while none of its links is active.
     const std::array<spa_dict_item, 4> items = {{{PW_KEY_NODE_NAME, name.c_str()},
                                                  {PW_KEY_NODE_AUTOCONNECT, "false"},
                                                  {PW_KEY_NODE_GROUP, "cards"},
@@ -62,7 +62,7 @@ class SignalNode {
   SignalNode& operator=(const SignalNode&) = delete;
 
  private:
-  /// Where the library and the graph hand each other a port's buffers.
+  /// The area in which the library and the graph exchange a port's buffers.
   using Handover = std::atomic<spa_io_buffers*>;
 
   void addPort(pw_direction direction, std::size_t index) {
@@ -80,7 +80,7 @@ class SignalNode {
     if (position == nullptr) return;
     const auto frames = static_cast<std::uint32_t>(position->clock.duration);
     for (std::size_t i = 0; i < ports_.size(); ++i) {
-      // What is sent while nobody takes it would make the port a cycle late for good.
+      // A buffer that is sent while nobody takes the last one would delay the port by a cycle for ever.
       const spa_io_buffers* const handover = *ports_[i];
       const bool isWaiting = isOutput_ && (handover == nullptr || handover->status == SPA_STATUS_HAVE_DATA);
       buffers_[i] = isWaiting ? nullptr : static_cast<float*>(pw_filter_get_dsp_buffer(ports_[i], frames));

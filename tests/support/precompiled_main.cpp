@@ -1,4 +1,4 @@
-// The program that the precompiled headers of the tests belong to; it is never run.
+// The tests' precompiled headers belong to this program. It is never run.
 int main() {
   return 0;
 }

@@ -1,5 +1,5 @@
-// Gives each test program a /dev/shm of its own. libjack keeps one database there for all clients of a user,
-// and a process that ends or stands still inside it stops all others: the clients of another test, and the
+// Gives each test program its own /dev/shm. libjack keeps one database there for all clients of a user. A
+// process that ends or hangs while it uses the database blocks all others: clients of another test, and the
 // user's own.
 #include <cstdio>
 #include <fstream>
@@ -11,7 +11,8 @@
 
 namespace {
 
-/// A user who is not root may do so only in a namespace where he is.
+/// Enters a new mount namespace. A user who is not root can do so only in a user namespace in which he is
+/// root.
 bool leaveNamespaces() {
   if (::unshare(CLONE_NEWNS) == 0) return true;
   const std::string user = std::to_string(::getuid());
@@ -23,7 +24,7 @@ bool leaveNamespaces() {
   return true;
 }
 
-/// What is mounted here is not to be seen outside.
+/// Keeps the mounts made here invisible outside this process.
 bool makePrivate() {
   for (const char* folder : {"/dev/shm", "/dev", "/"}) {
     if (::mount(nullptr, folder, nullptr, MS_PRIVATE, nullptr) == 0) return true;

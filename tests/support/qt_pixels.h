@@ -5,22 +5,22 @@
 
 namespace tolvane {
 
-/// What the widget shows now, with its children, in device pixels.
+/// A picture of the widget and its children as shown now, in device pixels.
 [[nodiscard]] QImage grabbed(QWidget& widget);
 
-/// The device pixel that holds this point of the picture (logical pixels).
+/// The device pixel at this point of the picture, given in logical pixels.
 [[nodiscard]] QRgb pixelAt(const QImage& picture, double x, double y);
 
-/// Its grey level, 0 to 255; fails the test when it is not a grey.
+/// The grey level of that pixel, 0 to 255. Fails the test if the pixel is not grey.
 [[nodiscard]] int greyAt(const QImage& picture, double x, double y);
 
-/// The part of a stretch of one axis that lies between two positions, 0 to 1.
+/// The share of a stretch on one axis that lies between the positions `from` and `to`, 0 to 1.
 [[nodiscard]] double coverage(double stretchStart, double stretchEnd, double from, double to);
 
-/// A level with another laid over it, as much of it as is covered.
+/// The grey level of `above` drawn over `below` with the coverage `covered`, 0 to 1.
 [[nodiscard]] double blended(double below, double above, double covered);
 
-/// The first pixel in which the two pictures differ, for messages; empty when they are equal.
+/// Describes the first pixel in which the pictures differ; empty if they are equal.
 [[nodiscard]] QString firstDifference(const QImage& one, const QImage& other);
 
 }  // namespace tolvane

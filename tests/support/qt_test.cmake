@@ -9,9 +9,10 @@ if(NOT TARGET qt_test_precompiled)
     <gmock/gmock.h> <gtest/gtest.h> <QImage> <QPainter> <QWidget>)
 endif()
 
-# tolvane_qt_test(<name> SOURCES ... LINK ... [SCALES ...] [PLATFORM platform] [TIMEOUT s]): one test program on the
-# offscreen platform (unless said otherwise), run once for every display scale (1 unless said otherwise). Sources are
-# given with paths; "scale 2/" and the like stand before the names of the cases at other scales.
+# tolvane_qt_test(<name> SOURCES ... LINK ... [SCALES ...] [PLATFORM platform] [TIMEOUT s]): adds a Qt test
+# program. It runs once for each display scale (default 1), on the Qt platform given (default offscreen). The
+# timeout is in seconds, 120 by default. At a scale other than 1, the names of the test cases start with
+# "scale 2/" or the like.
 function(tolvane_qt_test name)
   cmake_parse_arguments(TEST "" "PLATFORM;TIMEOUT" "SOURCES;LINK;SCALES" ${ARGN})
   if(NOT TEST_SCALES)
@@ -32,7 +33,7 @@ function(tolvane_qt_test name)
     if(NOT scale EQUAL 1)
       set(prefix "scale ${scale}/")
     endif()
-    # Two properties for two variables: a list does not survive the way through test discovery.
+    # Two properties for two variables: gtest_discover_tests does not keep a list together.
     set(properties TIMEOUT ${TEST_TIMEOUT} ENVIRONMENT QT_QPA_PLATFORM=${TEST_PLATFORM}
         ENVIRONMENT_MODIFICATION QT_SCALE_FACTOR=set:${scale})
     gtest_discover_tests(${name} TEST_PREFIX ${prefix} DISCOVERY_TIMEOUT 60 PROPERTIES ${properties})

@@ -1,7 +1,7 @@
 // Watches what a real-time callback does on the thread that runs it.
 //
-// Plain builds put their own malloc, free, lock and wait functions in front of the C library's; sanitized
-// builds, which have done so themselves, see allocations through the sanitizer's hooks and no blocking calls.
+// Plain builds interpose malloc, free, lock and wait functions before the C library's. A sanitizer interposes
+// its own, so sanitized builds see allocations through the sanitizer's hooks, and no blocking calls.
 #pragma once
 
 namespace tolvane::test {
@@ -13,8 +13,8 @@ struct RealtimeReport {
   const char* firstBlockingCall = nullptr;  // its name, or null
 };
 
-/// From its making to `report`, every allocation, release and blocking call of this thread is counted. One at
-/// a time on a thread.
+/// Counts every allocation, deallocation and blocking call of this thread, from construction to report(). At
+/// most one per thread at a time.
 class RealtimeWatch {
  public:
   RealtimeWatch();
@@ -29,7 +29,7 @@ class RealtimeWatch {
   RealtimeReport report_;
 };
 
-/// For the parts of the watch that see the calls. Each does nothing on a thread that is not watched.
+/// Called by the interposed functions and the hooks. They do nothing on a thread that is not watched.
 void noteAllocation() noexcept;
 void noteFree() noexcept;
 void noteBlockingCall(const char* name) noexcept;

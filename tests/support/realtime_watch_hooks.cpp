@@ -3,7 +3,7 @@
 
 #include "support/realtime_watch.h"
 
-// Not every compiler installs the sanitizer's header that declares it.
+// Declared here because not every compiler installs the sanitizer's header.
 extern "C" int __sanitizer_install_malloc_and_free_hooks(void (*onMalloc)(const volatile void*, std::size_t),
                                                          void (*onFree)(const volatile void*));
 

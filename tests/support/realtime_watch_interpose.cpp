@@ -1,5 +1,5 @@
-// The watch in plain builds: the program's own definitions of these functions come before the C library's,
-// for every library that it loads.
+// The watch in plain builds. The program defines these functions itself, and its definitions take precedence
+// over the C library's for every library that it loads.
 #include <cerrno>
 #include <cstdarg>
 #include <cstddef>
@@ -65,7 +65,7 @@ void free(void* block) noexcept {
 
 }  // extern "C"
 
-// One function that notes its name and passes on to the C library's own.
+// Defines a function that notes its own name and calls the C library's version.
 #define PASS_ON(result, name, parameters, arguments, ...)                           \
   extern "C" result name parameters __VA_ARGS__ {                                   \
     noteBlockingCall(#name);                                                        \
@@ -106,7 +106,7 @@ PASS_ON(std::size_t, fwrite, (const void* data, std::size_t size, std::size_t co
         (data, size, count, file))
 PASS_ON(int, vfprintf, (std::FILE * file, const char* format, va_list arguments), (file, format, arguments))
 
-// The C++ library waits on futexes through this one.
+// The C++ library waits on futexes through syscall().
 extern "C" long syscall(long number, ...) noexcept {
   noteBlockingCall("syscall");
   using Function = long (*)(long, long, long, long, long, long, long);

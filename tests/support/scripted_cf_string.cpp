@@ -1,4 +1,4 @@
-// The surface's strings with every reference counted, so that a test sees one that is lost or released twice.
+// The surface's strings with a count of all references, so that tests detect a leak or a double release.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -20,7 +20,7 @@ TolvaneString* mutableString(CFTypeRef object) {
   return const_cast<TolvaneString*>(static_cast<const TolvaneString*>(object));
 }
 
-/// UTF-16 code units: one for each UTF-8 sequence, two for those of four bytes.
+/// The number of UTF-16 code units: one for each UTF-8 sequence, two if it has four bytes.
 CFIndex codeUnits(const std::string& utf8) {
   CFIndex units = 0;
   for (const char c : utf8) {

@@ -36,7 +36,7 @@ Bytes bytesOf(const T& value) {
   return bytes;
 }
 
-/// As the HAL has it: the header alone when there are no streams, else header and buffers.
+/// In the HAL's form: only the header if there are no streams, else the header and the buffers.
 Bytes streamConfiguration(const std::vector<UInt32>& streams) {
   Bytes bytes(offsetof(AudioBufferList, mBuffers) + streams.size() * sizeof(AudioBuffer));
   const auto count = static_cast<UInt32>(streams.size());

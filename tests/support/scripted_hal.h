@@ -1,5 +1,5 @@
-// The HAL's C surface under a test's control. A test program links it instead of the HAL; the functions
-// answer from the one ScriptedHal that is alive, and refuse everything when none is.
+// The HAL's C functions under a test's control. A test program links this instead of the HAL. The functions
+// answer from the one ScriptedHal that exists, and fail if there is none.
 #pragma once
 
 #include <cstddef>
@@ -19,7 +19,7 @@ namespace tolvane::test {
 /// One device, as its properties report it.
 struct ScriptedDevice {
   AudioDeviceID id = kAudioObjectUnknown;
-  std::optional<std::string> name = std::nullopt;  // none: the query succeeds and hands out a null reference
+  std::optional<std::string> name = std::nullopt;  // none: the query succeeds and returns a null reference
   std::vector<UInt32> inputStreams = {};           // channels of each input stream
   std::vector<UInt32> outputStreams = {};          // channels of each output stream
   std::string uid = {};
@@ -43,16 +43,16 @@ enum class HalCall {
   destroyIOProcID,
 };
 
-/// A callback that was registered and not destroyed since.
+/// A callback that is registered and not yet destroyed.
 struct ScriptedRegistration {
-  std::uintptr_t number;  // the identifier handed out, 1 for the first of the ScriptedHal's life
+  std::uintptr_t number;  // the identifier handed out; a ScriptedHal counts from 1
   AudioDeviceID device;
   AudioDeviceIOProc proc;
   void* clientData;
   bool started = false;
 };
 
-/// [main-thread] as a whole. One at a time.
+/// The scripted HAL. At most one may exist at a time. [main-thread]
 class ScriptedHal {
  public:
   ScriptedHal();
@@ -60,48 +60,52 @@ class ScriptedHal {
   ScriptedHal(const ScriptedHal&) = delete;
   ScriptedHal& operator=(const ScriptedHal&) = delete;
 
-  /// What 'dev#' lists, in this order. May change at any time, also from `onCall`.
+  /// The device list ('dev#'), in this order. May change at any time, also from `onCall`.
   std::vector<ScriptedDevice> devices;
 
-  /// What 'slnt' says. May change as the devices may.
+  /// The silent servers ('slnt'). May change at any time, also from `onCall`.
   std::string silentServers;
 
-  /// Runs in each call after it was logged and before it is answered, with the call's text.
+  /// Runs in each call, with the call's text, after the call is logged and before it is answered.
   std::function<void(const std::string& text)> onCall;
 
   /// The calls so far, in order, as texts:
   ///   AudioObjectGetPropertyDataSize(1, dev# glob 0)
   ///   AudioObjectGetPropertyData(1, dev# glob 0, size 8)
-  ///   AudioObjectSetPropertyData(7, fsiz glob 0, 256), which sets the device's frames a cycle and nothing
-  ///   else AudioObjectAddPropertyListener(7, livn glob 0), AudioObjectRemovePropertyListener(7, livn glob 0)
-  ///   AudioDeviceCreateIOProcID(7), AudioDeviceStart(7, proc 1), AudioDeviceStop(7, proc 1),
+  ///   AudioObjectSetPropertyData(7, fsiz glob 0, 256)
+  ///   AudioObjectAddPropertyListener(7, livn glob 0)
+  ///   AudioObjectRemovePropertyListener(7, livn glob 0)
+  ///   AudioDeviceCreateIOProcID(7)
+  ///   AudioDeviceStart(7, proc 1)
+  ///   AudioDeviceStop(7, proc 1)
   ///   AudioDeviceDestroyIOProcID(7, proc 1)
-  /// A property query that passes a qualifier ends in ", qualifier" before the parenthesis.
+  /// AudioObjectSetPropertyData can set only the device's buffer size in frames. The text of a property query
+  /// with a qualifier ends in ", qualifier" before the parenthesis.
   [[nodiscard]] const std::vector<std::string>& calls() const { return calls_; }
-  /// The calls so far, and forgets them.
+  /// Returns the calls so far and clears them.
   std::vector<std::string> takeCalls();
 
-  /// Makes every query of the property fail with the status. A data query writes the value all the same when
-  /// `writesValue` is set, as a HAL may that fails half way.
+  /// Makes every such query of the property fail with the status. With `writesValue`, a data query writes the
+  /// value nevertheless, like a HAL that fails halfway.
   void failProperty(HalCall call, AudioObjectID object, AudioObjectPropertySelector selector,
                     AudioObjectPropertyScope scope, OSStatus status, bool writesValue = false);
-  /// Makes the size query of the property say `bytes`, whatever its value takes.
+  /// Makes the size query of the property return `bytes`, regardless of the value's size.
   void reportSize(AudioObjectID object, AudioObjectPropertySelector selector, AudioObjectPropertyScope scope,
                   UInt32 bytes);
-  /// Lines up the status of a coming set, create, start, stop or destroy; with none lined up the call
-  /// succeeds. A stop or destroy that is to fail takes effect all the same.
+  /// Queues the status for one later call other than a property query; with none queued, the call succeeds. A
+  /// stop or destroy that fails this way still takes effect.
   void answerNext(HalCall call, OSStatus status);
-  /// Makes the next registration succeed without handing out an identifier.
+  /// Makes the next registration succeed without returning an identifier.
   void withholdNextProcID() { withholdsProcID_ = true; }
 
   [[nodiscard]] const std::vector<ScriptedRegistration>& registrations() const { return registrations_; }
-  /// Calls the callback that is started, once, as a device would. Nothing, and false, when none is.
+  /// Calls the started callback once, like a device. Returns false if none is started.
   bool runCycle(const AudioBufferList* input, AudioBufferList* output) const;
-  /// Calls the listeners of the property, on this thread; returns how many there are.
+  /// Calls the property's listeners on this thread and returns their number.
   std::size_t notify(AudioObjectID object, AudioObjectPropertySelector selector,
                      AudioObjectPropertyScope scope = kAudioObjectPropertyScopeGlobal) const;
 
-  // What the C functions of the surface are made of. For them alone.
+  // Only for the C functions of the surface, which call these.
   OSStatus propertyDataSize(AudioObjectID object, const AudioObjectPropertyAddress& address, bool qualified,
                             UInt32& size);
   OSStatus propertyData(AudioObjectID object, const AudioObjectPropertyAddress& address, bool qualified,
@@ -134,7 +138,7 @@ class ScriptedHal {
   void log(const std::string& text);
   OSStatus nextStatus(HalCall call);
   [[nodiscard]] const Failure* failureOf(HalCall call, const PropertyKey& key) const;
-  /// The property's value as bytes; none when the object has no such property. A string is a new reference.
+  /// The property's value as bytes; none if the object has no such property. A string is a new reference.
   [[nodiscard]] std::optional<std::vector<std::byte>> valueOf(const PropertyKey& key) const;
   ScriptedRegistration* find(AudioDeviceID device, AudioDeviceIOProcID procID);
 
@@ -148,8 +152,8 @@ class ScriptedHal {
   bool withholdsProcID_ = false;
 };
 
-/// String references handed out or created, and not released yet. The process ends when one too many is
-/// released.
+/// The number of string references returned or created and not yet released. Releasing one too many ends the
+/// process.
 [[nodiscard]] int liveStringReferences();
 
 }  // namespace tolvane::test

@@ -1,4 +1,4 @@
-// Times on a machine that stands still now and then, which is no fault of what is timed.
+// Time measurement on a machine that sometimes stalls, which is not the fault of the measured code.
 #pragma once
 
 #include <algorithm>
@@ -12,8 +12,8 @@
 
 namespace tolvane::test {
 
-/// Sees from its construction on for how long the machine has stood still: a thread before all others that
-/// sleeps to deadlines and finds itself late.
+/// Measures how long the machine has stalled since construction. A thread of the highest priority sleeps
+/// until deadlines and adds up how late it wakes.
 class StallWatch {
  public:
   StallWatch() {
@@ -27,7 +27,7 @@ class StallWatch {
   StallWatch(const StallWatch&) = delete;
   StallWatch& operator=(const StallWatch&) = delete;
 
-  /// All stalls together.
+  /// The total time of all stalls.
   [[nodiscard]] std::chrono::milliseconds stalled() const {
     return std::chrono::duration_cast<std::chrono::milliseconds>(
         std::chrono::steady_clock::duration(stalled_.load()));
@@ -51,7 +51,7 @@ class StallWatch {
   std::thread thread_{[this] { run(); }};
 };
 
-/// How long the action takes.
+/// The time that the action takes.
 template <class Action>
 std::chrono::steady_clock::duration timeOf(const Action& action) {
   const auto begin = std::chrono::steady_clock::now();
@@ -59,8 +59,8 @@ std::chrono::steady_clock::duration timeOf(const Action& action) {
   return std::chrono::steady_clock::now() - begin;
 }
 
-/// Expects the time that `measure` returns to be below the bound. A time that is below it but for a stall of
-/// the machine, seen while it was taken, is said and taken again.
+/// Expects `measure` to return a time below the bound. If only a stall of the machine during the measurement
+/// explains a longer time, prints so and measures again.
 template <class Measure>
 void expectWithin(std::chrono::milliseconds bound, const Measure& measure) {
   for (int again = 1;; ++again) {

@@ -9,7 +9,7 @@
 #include "core/mix/mix_kernels.h"
 
 #if defined(__x86_64__)
-// What the compiler's library has found out about the processor: the layout is part of its ABI.
+// What the compiler's library knows of the processor. The layout is part of its ABI.
 extern "C" struct {
   unsigned vendor;
   unsigned type;
@@ -25,7 +25,7 @@ struct Choice {
   const MixKernels* form = &mixKernels();
 };
 
-// Before the constructors of any other file.
+// Constructed before the objects of any other file.
 [[gnu::init_priority(101)]] const Choice earlyChoice;
 
 TEST(KernelChoice, IsTheSameBeforeAnyFilesConstructors) {
@@ -42,7 +42,7 @@ std::vector<std::string> namesOfForms() {
   return names;
 }
 
-/// As if the processor lacked the feature of this number, or had it.
+/// Pretends that the processor has or lacks the feature of this number.
 void pretend(unsigned feature, bool has) {
   const unsigned bit = 1U << feature;
   __cpu_model.features[0] = has ? __cpu_model.features[0] | bit : __cpu_model.features[0] & ~bit;

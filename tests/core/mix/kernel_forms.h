@@ -10,17 +10,18 @@
 
 namespace tolvane::test {
 
-/// Every form that this processor runs, and one that puts the widest vectors together from those it has.
+/// Every form that this processor runs, and one whose widest vectors are emulated with the processor's own.
 std::vector<const MixKernels*> everyForm();
 
 inline std::string formName(const testing::TestParamInfo<const MixKernels*>& form) {
   return form.param->name;
 }
 
-/// A test that is run for each form of the mixing loops.
+/// A test that runs once for each form of the mixing loops.
 class KernelForms : public testing::TestWithParam<const MixKernels*> {
  protected:
-  /// Mixes the same cycle in both orders, in two copies of the memory, and compares all of it.
+  /// Mixes the same cycle with this form and in the plain order, in two copies of the memory, and compares
+  /// all of it.
   static void expectPlainBits(RoutesInMemory cycle);
 };
 

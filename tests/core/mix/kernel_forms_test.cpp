@@ -8,7 +8,7 @@ namespace {
 
 INSTANTIATE_TEST_SUITE_P(All, KernelForms, testing::ValuesIn(everyForm()), formName);
 
-// Every width of interleaving up to two groups and a rest, every frame count around the blocks.
+// Every width of interleaving up to two groups and a remainder, with frame counts around the block sizes.
 TEST_P(KernelForms, InterleavedBuffersOfEveryWidth) {
   for (std::uint32_t width = 1; width <= 40; ++width) {
     for (const std::int64_t frames : {1, 3, 4, 7, 8, 9, 15, 16, 17, 31, 32, 33, 48, 70}) {
@@ -41,7 +41,7 @@ TEST_P(KernelForms, PlanarToInterleavedAndBack) {
   expectPlainBits(cycle);
 }
 
-// A few channels of a wide buffer: picked one by one; the rest of the output is cleared.
+// A few channels of a wide buffer are picked one by one; the rest of the output is cleared.
 TEST_P(KernelForms, FewRoutedChannelsOfWideBuffers) {
   RoutesInMemory cycle(64, {256}, {256});
   cycle.route(0, 255, 0.5F);
@@ -50,7 +50,7 @@ TEST_P(KernelForms, FewRoutedChannelsOfWideBuffers) {
   expectPlainBits(cycle);
 }
 
-// Both signs of zero, denormals, infinities and the sums that they cancel in.
+// Zeros of both signs, denormals, infinities, and sums in which they cancel.
 TEST_P(KernelForms, ZerosDenormalsAndInfinities) {
   RoutesInMemory cycle(64, {4}, {4});
   const float values[] = {-0.0F, 0.0F, 1e-42F, -1e-42F, 3.4e38F, -3.4e38F, 1.0F, -1.0F};
@@ -63,7 +63,7 @@ TEST_P(KernelForms, ZerosDenormalsAndInfinities) {
 }
 
 // An input that is the output, an input that starts inside one, two outputs that share frames: only the plain
-// order says what comes of it.
+// order defines the result.
 TEST_P(KernelForms, OverlappingBuffersKeepThePlainOrder) {
   for (std::ptrdiff_t shift = -70; shift <= 70; ++shift) {
     SCOPED_TRACE(shift);
@@ -78,8 +78,8 @@ TEST_P(KernelForms, OverlappingBuffersKeepThePlainOrder) {
   }
 }
 
-// Inputs in order, outputs in order, and the last input in the first output's memory: it is read before that
-// output is filled.
+// Inputs are in order, and so are outputs, but the last input lies in the first output's memory. It must be
+// read before that output is filled.
 TEST_P(KernelForms, TheLastInputOverTheFirstOutput) {
   for (const std::uint32_t width : {1U, 2U, 16U}) {
     for (std::ptrdiff_t shift = -64; shift <= 64; ++shift) {
@@ -102,8 +102,8 @@ TEST_P(KernelForms, UnroutedOutputOverAnInputIsClearedFirst) {
   expectPlainBits(cycle);
 }
 
-// A later output that is shorter than the cycle is written past its end, as the plain order does; what lies
-// there is added to, not overwritten.
+// The routes write past the end of a later output that is shorter than the cycle, as in the plain order. They
+// add to what lies there and do not overwrite it.
 TEST_P(KernelForms, AnOutputShorterThanTheCycle) {
   RoutesInMemory cycle(64, {1}, {1, 1});
   cycle.shortenOutput(1, 24);
@@ -120,7 +120,7 @@ TEST_P(KernelForms, AnOutputLongerThanTheCycleIsClearedToItsEnd) {
   }
 }
 
-// One buffer among many of one channel is wider, or shorter than the cycle, wherever it stands.
+// Among many one-channel buffers, one at any place is wider, or shorter than the cycle.
 TEST_P(KernelForms, AWiderOrShorterBufferAmongPlanarOnes) {
   for (std::size_t place = 0; place < 12; ++place) {
     SCOPED_TRACE(place);
@@ -137,8 +137,8 @@ TEST_P(KernelForms, AWiderOrShorterBufferAmongPlanarOnes) {
   }
 }
 
-// As drivers lay them out that make all memory at once, with a gap or without: what lies between two routed
-// outputs is cleared, up to the last byte and no further.
+// Buffers from a driver that allocates all memory at once, with a gap or without. What lies between two
+// routed outputs is cleared, up to the last byte and no further.
 TEST_P(KernelForms, PlanarBuffersOneBehindTheOther) {
   const std::vector<std::uint32_t> streams(12, 1);
   for (const std::int64_t frames : {1, 5, 16, 40, 64}) {
@@ -164,7 +164,7 @@ TEST_P(KernelForms, InterleavedInputsIntoPlanarBuffersWithoutAGap) {
   expectPlainBits(cycle);
 }
 
-// The size of an input says nothing of how much is read: here more than it holds, and with it an output.
+// The size of an input does not limit how much is read. Here the cycle reads past the input, into an output.
 TEST_P(KernelForms, AnInputShorterThanTheCycleIsReadPastItsEnd) {
   RoutesInMemory cycle(64, {1}, {1, 1});
   cycle.placeInput(0, cycle.outputPlace(0) - 40);

@@ -1,5 +1,5 @@
-// From interleaved inputs to interleaved outputs, the channels of a vector at once: whatever the pattern of
-// the routes, the bits are those of the plain order, and nothing outside the buffers is read or written.
+// Mixing from interleaved inputs to interleaved outputs, a vector of channels at once. Whatever the pattern
+// of the routes, the bits are those of the plain order, and nothing outside the buffers is read or written.
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -19,7 +19,7 @@ std::int32_t wrapped(std::int32_t channel, std::int32_t channels) {
   return (channel % channels + channels) % channels;
 }
 
-// Each output reads the input `shift` channels on, around the end.
+// Each output reads the input `shift` channels further on, wrapped around at the end.
 TEST_P(Lanes, EveryShift) {
   for (const std::int32_t channels : {8, 16, 18, 20, 33}) {
     for (std::int32_t shift = 0; shift < channels; ++shift) {
@@ -46,8 +46,8 @@ TEST_P(Lanes, InputsInReverseAndOneInputEverywhere) {
   }
 }
 
-// Several routes into each output, more into some, as an 18 x 20 device has them; every frame count around
-// the steps.
+// Several routes into each output, more into some, on an 18 x 20 device, with every frame count around the
+// steps.
 TEST_P(Lanes, SeveralRoutesIntoEachOutput) {
   for (std::int64_t frames = 1; frames <= 70; ++frames) {
     SCOPED_TRACE(frames);
@@ -77,9 +77,9 @@ TEST_P(Lanes, OutputsThatNothingGoesTo) {
   }
 }
 
-// A lane without a route must not be touched by what happens to lie in its place.
+// A lane without a route must ignore whatever lies in its place.
 TEST_P(Lanes, NoNumbersAndInfinitiesStayInTheirLanes) {
-  // The one that arithmetic makes on this processor, so that sums of two are no question.
+  // The NaN that arithmetic makes on this processor: the sum of two such NaNs is the same one.
   volatile float infinite = INFINITY;
   const float noNumber = infinite - infinite;
   const float values[] = {-0.0F, 0.0F,  1e-42F,   -1e-42F,  3.4e38F,  -3.4e38F,
@@ -99,7 +99,7 @@ TEST_P(Lanes, NoNumbersAndInfinitiesStayInTheirLanes) {
   }
 }
 
-// Buffers of exactly the cycle's size on the heap: whatever checks memory sees a sample read beyond them.
+// Heap buffers of exactly the cycle's size, so that a memory checker sees every read beyond them.
 TEST_P(Lanes, ReadNothingBeyondTheBuffers) {
   for (const std::int32_t channels : {8, 9, 16, 18, 31}) {
     for (const std::int32_t shift : {0, 1, 7}) {

@@ -11,17 +11,17 @@
 
 namespace tolvane::test {
 
-/// The buffers of one cycle inside one block of memory, so that they can be laid over one another, and its
-/// routes. A copy is another block with the same content. The memory starts as noise.
+/// The routes of one cycle, and its buffers inside one block of memory, where they may overlap. A copy has
+/// its own block with the same content. The memory starts as noise.
 class RoutesInMemory {
  public:
   static constexpr std::size_t kRoom = 256;
 
-  /// Buffers by their channels, each with so many floats of room behind it.
+  /// Buffers with these numbers of channels, each followed by `room` spare floats.
   RoutesInMemory(std::int64_t frames, const std::vector<std::uint32_t>& inputs,
                  const std::vector<std::uint32_t>& outputs, std::size_t room = kRoom);
 
-  /// Random streams, frames and routes, without overlaps, with room or without.
+  /// Random streams, frames and routes, without overlaps, with spare room or without.
   static RoutesInMemory random(std::mt19937& random);
 
   void route(std::int32_t src, std::int32_t dst, float gain);
@@ -31,7 +31,7 @@ class RoutesInMemory {
   [[nodiscard]] std::ptrdiff_t outputPlace(std::size_t buffer) const { return outputs_[buffer].place; }
   void placeInput(std::size_t buffer, std::ptrdiff_t place) { inputs_[buffer].place = place; }
   void placeOutput(std::size_t buffer, std::ptrdiff_t place) { outputs_[buffer].place = place; }
-  /// Leaves room for so many floats in front of an output.
+  /// Leaves a gap of so many floats before an output.
   void leaveGapBefore(std::size_t output, std::size_t floats);
   void shortenInput(std::size_t buffer, std::size_t floats) { inputs_[buffer].floats -= floats; }
   void shortenOutput(std::size_t buffer, std::size_t floats) { outputs_[buffer].floats -= floats; }

@@ -1,4 +1,5 @@
-// The loops for vectors of 16 floats on any processor: what a processor with them would compute.
+// The loops for vectors of 16 floats, on any processor: they compute what a processor with such vectors
+// would.
 #define TOLVANE_MIX_WIDTH 16
 #include "core/mix/mix_kernels_impl.h"
 

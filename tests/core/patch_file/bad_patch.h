@@ -17,10 +17,10 @@ namespace tolvane::test {
 struct BadPatch {
   std::string_view text;
   std::string_view where;   // "element 0, member \"gain\", byte 9"
-  std::string_view reason;  // the rest of the message; of a syntax error its beginning
+  std::string_view reason;  // the rest of the message; for a syntax error, its beginning
 };
 
-/// Whether the text can go to any terminal or window as it stands, on one line.
+/// True if any terminal or window can show the text as it is, on one line.
 inline bool isPrintable(std::string_view text) {
   return std::all_of(text.begin(), text.end(), [](char byte) { return byte >= ' ' && byte <= '~'; });
 }

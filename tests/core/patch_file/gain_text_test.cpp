@@ -50,8 +50,8 @@ constexpr GainText kTexts[] = {
     {std::numeric_limits<float>::min(), "1.1754944e-38"},
     {std::numeric_limits<float>::denorm_min(), "1e-45"},
     {-std::numeric_limits<float>::denorm_min(), "-1e-45"},
-    // Its shortest text, 7.038531e-26, is so near to the middle between two floats that rounding it to double
-    // first leads to the other one.
+    // Its shortest text, 7.038531e-26, is so near the middle of two floats that rounding to double first
+    // gives the other one.
     {0x1.5c87fap-84F, "7.0385307e-26"},
     {-0x1.5c87fap-84F, "-7.0385307e-26"},
 };
@@ -67,7 +67,7 @@ int digitCount(std::string text) {
   return static_cast<int>(text.find_last_not_of('0') + 1);
 }
 
-// Whether a text of so many digits reads back as the gain, as a float and by way of double.
+// True if a text of so many digits reads back as the gain, both as a float and by way of double.
 bool readsBackWith(int digits, float gain) {
   char text[64];
   std::snprintf(text, sizeof text, "%.*e", digits - 1, static_cast<double>(gain));

@@ -1,4 +1,4 @@
-// Patches of a size that no hand makes.
+// Patches larger than anybody would write by hand.
 #include <string>
 #include <vector>
 
@@ -29,7 +29,7 @@ std::vector<PatchConnection> millionRoutes() {
   return routes;
 }
 
-// A route with this in front of its members, where what is given opens levels that the rest closes again.
+// A route with an unknown member in front. `opening` opens levels in its value, which `closing` closes again.
 std::string routeWithNote(const std::string& opening, const std::string& closing) {
   return R"([{"note":)" + opening + closing +
          R"(,"inputChannel":0,"outputChannel":1,"gain":1.0,"active":true}])";

@@ -1,4 +1,4 @@
-// Numbers in patch files are the same whatever language the process speaks.
+// Numbers in patch files are the same in every locale of the process.
 #include <clocale>
 #include <cstdlib>
 #include <locale>
@@ -44,7 +44,7 @@ TEST_P(PatchFileLocaleTest, NumbersAreReadAndWrittenAsInTheCLocale) {
   EXPECT_EQ(std::localeconv()->decimal_point, point);
 }
 
-// German has a comma; Pashto a character of two bytes.
+// The decimal separator of German is a comma, that of Pashto a character of two bytes.
 INSTANTIATE_TEST_SUITE_P(Languages, PatchFileLocaleTest, testing::Values("de_DE.UTF-8", "ps_AF.UTF-8"),
                          [](const auto& language) { return std::string(language.param).substr(0, 2); });
 

@@ -1,4 +1,4 @@
-# Locales for tests of numbers: compiled here, so that none must be installed.
+# Compiles the locales for tests of numbers, so that none must be installed.
 find_program(TOLVANE_LOCALEDEF localedef REQUIRED)
 set(TOLVANE_TEST_LOCALES ${CMAKE_CURRENT_BINARY_DIR}/locales)
 set(locales)

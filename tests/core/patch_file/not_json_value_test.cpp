@@ -118,7 +118,7 @@ TEST(PatchFileValueTest, CommentsAndOtherLanguages) {
   expectErrors(kCommentsAndOtherLanguages);
 }
 
-// What is wrong with them is where they stand, as with any other number.
+// Numbers beyond a double are judged by their place in the patch, like any other number.
 constexpr BadPatch kNumbersBeyondADouble[] = {
     {"1e400", "byte 0", "expected an array of routes, found a number"},
     {"[1e400]", "element 0, byte 1", "expected an object, found a number"},

@@ -121,7 +121,7 @@ constexpr Gain kGains[] = {
     {"1e-400", 0.0F},
     {"-1e-99999999999999999999", -0.0F},
     {"1.00000000000000000000000000000000000000000000000000", 1.0F},
-    // Nearer to one float than to the next, but their middle when it is a double first.
+    // Nearer to one float than to the next, but midway between them once rounded to double.
     {"7.038531e-26", 0x1.5c87fap-84F},
     {"1.00000017881393432617187499", 0x1.000002p0F},
     {"1.00000017881393432617187501", 0x1.000004p0F},

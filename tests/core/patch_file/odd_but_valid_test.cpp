@@ -1,4 +1,4 @@
-// Texts that look wrong and are patches all the same.
+// Texts that look wrong but are valid patches.
 #include <string>
 #include <vector>
 
@@ -12,7 +12,7 @@ namespace {
 
 constexpr PatchConnection kRoute{4, 5, 0.25F, false};
 
-// A route whose four members come after whatever is given.
+// A route with these members in front of its own four.
 std::string routeAfter(const std::string& members) {
   return "[{" + members + R"("inputChannel":4,"outputChannel":5,"gain":0.25,"active":false}])";
 }
@@ -121,7 +121,7 @@ TEST(PatchFileOddButValidTest, RoutesTwiceAndFarOutOfRange) {
   EXPECT_EQ(result.value(), (std::vector<PatchConnection>{route, route}));
 }
 
-// A view of bytes has no terminator to lean on.
+// The view has no terminator, so the reader must stop at its length.
 TEST(PatchFileOddButValidTest, TextThatGoesOnBehindItsView) {
   const std::string text = routeAfter("");
   const std::string longer = text + "}]garbage";

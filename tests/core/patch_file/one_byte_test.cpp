@@ -1,5 +1,5 @@
-// A good patch file with one byte cut, changed, removed or put in: an error, or the very list that a plain
-// reading of the JSON document gives.
+// A good patch file with one byte cut off, changed, removed or inserted. The result is an error, or the same
+// list that a plain reading of the JSON document gives.
 #include <cmath>
 #include <optional>
 #include <string>
@@ -45,7 +45,7 @@ std::optional<PatchConnection> plainRoute(const json& object) {
   return PatchConnection{*input, *output, gain, object["active"].get<bool>()};
 }
 
-// The patch by way of a whole document in memory.
+// Reads the patch by way of a whole document in memory, for comparison.
 std::optional<Routes> plainPatch(std::string_view text) {
   if (text.find('\0') != std::string_view::npos) return std::nullopt;
   const json document = json::parse(text, nullptr, false);

@@ -1,11 +1,12 @@
-// Why a text is no patch, in words that tests share.
+// Texts of errors that several tests expect.
 #pragma once
 
 #include <string_view>
 
 namespace tolvane::test {
 
-/// What is no JSON. The parser goes on in its own words, which change with its version.
+/// The beginning of the error for text that is not JSON. The rest is the parser's, and changes with its
+/// version.
 inline constexpr std::string_view kSyntaxError = "syntax error";
 inline constexpr std::string_view kNul = "found a NUL byte; a patch file is UTF-8 text";
 

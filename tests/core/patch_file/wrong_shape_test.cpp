@@ -1,4 +1,4 @@
-// JSON that is no patch: what stands where something else should, member by member.
+// JSON that is no patch: a wrong kind of value in each place.
 #include <array>
 #include <string>
 
@@ -80,7 +80,7 @@ TEST(PatchFileShapeTest, ActiveIsTrueOrFalse) {
   }
 }
 
-// Every choice of members but the full one: the first that is missing is named, in field order.
+// Every set of members but the full one: the error names the first missing one in field order.
 TEST(PatchFileShapeTest, AllFourMembersAreRequired) {
   constexpr std::array<std::string_view, 4> kNames = {"inputChannel", "outputChannel", "gain", "active"};
   constexpr std::array<std::string_view, 4> kMembers = {R"("inputChannel":0)", R"("outputChannel":1)",

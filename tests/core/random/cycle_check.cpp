@@ -19,7 +19,8 @@ char runningCycle[64] = "";
 struct sigaction segvBefore;
 struct sigaction abrtBefore;
 
-/// The signal comes again afterwards, and what then happens is as it was without this.
+/// Restores the previous handler. The signal is raised again after the return and then takes its usual
+/// effect.
 void sayWhichCycle(int signalNumber) {
   [[maybe_unused]] const auto written = ::write(STDERR_FILENO, runningCycle, std::strlen(runningCycle));
   sigaction(signalNumber, signalNumber == SIGSEGV ? &segvBefore : &abrtBefore, nullptr);
@@ -69,7 +70,7 @@ std::string CycleCheck::differenceOf(std::uint64_t seed) {
   return {};
 }
 
-/// Runs the routing routine. What it changed besides samples.
+/// Runs the routing routine. Returns what it changed besides samples; empty if nothing.
 std::string CycleCheck::routed(RandomCycle& cycle, float* memory) const {
   std::vector<std::uint64_t> input = bufferList(cycle.inputs, memory);
   std::vector<std::uint64_t> output = bufferList(cycle.outputs, memory);

@@ -1,4 +1,4 @@
-// cycle_soak: what takes too long for the suite. It ends with status 1 at the first difference.
+// cycle_soak: checks that take too long for the suite. Exits with status 1 at the first difference.
 //   cycle_soak random CYCLES FIRST_SEED   random cycles in each form of the mixing loops
 //   cycle_soak wrap                       2^32 cycles, after which the trace must not come again
 #include <chrono>
@@ -45,7 +45,7 @@ bool runRandom(std::uint64_t cycles, std::uint64_t firstSeed) {
 }
 
 bool runWrap() {
-  routeCycle(nullptr, nullptr, nullptr);  // the one that is traced
+  routeCycle(nullptr, nullptr, nullptr);  // the first cycle, which is traced
   const int standardOutput = dup(STDOUT_FILENO);
   std::FILE* const written = std::tmpfile();
   if (written == nullptr || dup2(fileno(written), STDOUT_FILENO) < 0) return false;

@@ -4,16 +4,16 @@
 
 namespace tolvane::test {
 
-/// Memory behind which nothing can be read or written.
+/// Memory that is followed by an inaccessible page.
 class GuardedMemory {
  public:
-  /// Room for so many floats. Ends the process when the system has none.
+  /// Has room for `floats` floats. Ends the process if the system has no memory for them.
   explicit GuardedMemory(std::size_t floats);
   ~GuardedMemory();
   GuardedMemory(const GuardedMemory&) = delete;
   GuardedMemory& operator=(const GuardedMemory&) = delete;
 
-  /// The last `floats` of it: the byte behind them cannot be touched.
+  /// The last `floats` floats. The byte after them cannot be accessed.
   [[nodiscard]] float* last(std::size_t floats) const { return end_ - floats; }
 
  private:

@@ -1,5 +1,5 @@
-// What a cycle is to do, step by step as the callback's contract says it and in no other order: what every
-// faster way must agree with. It shares no code with core/.
+// The reference for a cycle: follows the callback's contract step by step, in that order. Every faster way
+// must agree with it. It shares no code with core/.
 #pragma once
 
 #include <cstddef>
@@ -13,11 +13,11 @@ class PlainCycle {
  public:
   explicit PlainCycle(const RandomCycle& cycle);
 
-  /// The floats from the start of the memory on that the cycle may touch: its buffers, and what its routes
-  /// read and write beyond them.
+  /// How many floats from the start of the memory the cycle may touch: its buffers, and what its routes read
+  /// and write beyond them.
   [[nodiscard]] std::size_t floats() const { return floats_; }
 
-  /// Runs it.
+  /// Runs the cycle.
   void run(std::vector<float>& memory) const;
 
  private:
@@ -40,7 +40,7 @@ class PlainCycle {
   const RandomCycle& cycle_;
   bool clears_ = false;
   std::size_t frames_ = 0;
-  std::vector<Route> routes_;  // those that are heard
+  std::vector<Route> routes_;  // only those that are heard
   std::size_t floats_ = 0;
 };
 

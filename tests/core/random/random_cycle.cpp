@@ -13,7 +13,7 @@ namespace tolvane::test {
 namespace {
 
 constexpr std::size_t kMostWidth = 40;
-constexpr std::int64_t kMostSlots = 600;  // of a context's counts, which the tables are as large as
+constexpr std::int64_t kMostSlots = 600;  // limits a context's counts, which set the size of the tables
 
 std::int64_t channelsOf(const std::vector<RandomBuffer>& list) {
   std::int64_t count = 0;
@@ -48,7 +48,7 @@ RandomCycle RandomCycleMaker::tryToMake() {
   return cycle;
 }
 
-// Every count around the vectors, the tiles and the stretches that the loops are cut into.
+// Mostly counts around the sizes of the vectors, the tiles and the blocks that the loops use.
 std::size_t RandomCycleMaker::someFrames() {
   if (oneIn(40)) return 1000 + upTo(100);
   if (oneIn(4)) return 1 + upTo(199);
@@ -67,7 +67,7 @@ std::vector<RandomBuffer> RandomCycleMaker::list() {
   const std::size_t kind = upTo(3);
   const std::size_t count = kind == 0 ? 1 : 1 + upTo(kind == 1 ? 40 : 6);
   for (std::size_t i = 0; i < count; ++i) {
-    // Planar devices, interleaved ones, and both.
+    // Devices are planar, interleaved or both.
     const UInt32 channels = kind == 1 ? 1 : width();
     result.push_back({channels, 0, std::size_t{0}});
   }
@@ -75,7 +75,7 @@ std::vector<RandomBuffer> RandomCycleMaker::list() {
   return result;
 }
 
-/// Leaves some buffers without data or channels; what has no data may have any number of channels.
+/// Takes data or channels away from some buffers. One without data may have any number of channels.
 void RandomCycleMaker::takeAway(std::vector<RandomBuffer>& list) {
   if (oneIn(2)) return;
   const std::size_t rarity = 1 + upTo(9);
@@ -95,7 +95,7 @@ void RandomCycleMaker::setBytes(RandomCycle& cycle) {
   }
 }
 
-/// These decide the frames of the cycle, whether there is data or not.
+/// The first output's bytes decide the frames of the cycle, with or without data.
 UInt32 RandomCycleMaker::firstOutputBytes(const RandomBuffer& buffer) {
   if (oneIn(40)) return 0;
   const std::uint64_t frameBytes = std::uint64_t{buffer.channels} * sizeof(float);
@@ -124,7 +124,7 @@ UInt32 RandomCycleMaker::bytesOf(const RandomBuffer& buffer) {
   }
 }
 
-/// Nothing stands behind these: they may say what they like.
+/// The bytes of a buffer without data or channels: any number will do.
 UInt32 RandomCycleMaker::bytesOfNothing() {
   if (oneIn(2)) return static_cast<UInt32>(frames_ * sizeof(float));
   return oneIn(4) ? static_cast<UInt32>(random_()) : static_cast<UInt32>(upTo(600));
@@ -150,7 +150,8 @@ void RandomCycleMaker::place(RandomCycle& cycle) {
   }
 }
 
-/// One behind the other, at most so many floats between them. Where the last one ends.
+/// Places the buffers one after the other, with at most `mostBetween` floats between two. Returns the end of
+/// the last one.
 std::size_t RandomCycleMaker::placeInOrder(const std::vector<RandomBuffer*>& buffers,
                                            std::size_t mostBetween) {
   std::size_t end = upTo(17);
@@ -162,7 +163,7 @@ std::size_t RandomCycleMaker::placeInOrder(const std::vector<RandomBuffer*>& buf
   return end;
 }
 
-/// Lays some buffers over others, or a little off them.
+/// Moves some buffers onto others, or to a place slightly beside them.
 void RandomCycleMaker::moveSome(const std::vector<RandomBuffer*>& buffers) {
   if (buffers.empty()) return;
   const std::size_t most = oneIn(4) ? buffers.size() : 3;
@@ -175,7 +176,7 @@ void RandomCycleMaker::moveSome(const std::vector<RandomBuffer*>& buffers) {
   }
 }
 
-/// Above, at and below the channels of the list, none and fewer now and then.
+/// A count above, at or below the channels of the list; now and then 0 or less.
 std::int32_t RandomCycleMaker::contextCount(const std::vector<RandomBuffer>& list) {
   const auto all = static_cast<std::int32_t>(std::clamp<std::int64_t>(channelsOf(list), 1, kMostSlots));
   switch (upTo(8)) {
@@ -199,7 +200,7 @@ void RandomCycleMaker::makeRoutes(RandomCycle& cycle) {
     *count = oneIn(2) ? static_cast<std::int32_t>(upTo(kMaxPatchEntries)) : oneOf({0, 1, 2, 8, 63, 64});
   const std::int64_t ins = channelsOf(cycle.inputs);
   const std::int64_t outs = channelsOf(cycle.outputs);
-  // Neighbours from neighbours, one input everywhere, everything into one output, or without any order.
+  // Neighbours to neighbours, one input to all outputs, all inputs to one output, or no order.
   const auto inStep = static_cast<std::int32_t>(upTo(2));
   const auto outStep = static_cast<std::int32_t>(upTo(2));
   const auto shift = static_cast<std::int32_t>(upTo(40));
@@ -215,7 +216,7 @@ void RandomCycleMaker::makeRoutes(RandomCycle& cycle) {
   }
 }
 
-/// Mostly one that is there; else one around the bounds or far from them.
+/// Mostly a channel that exists; else one around the bounds or far from them.
 std::int32_t RandomCycleMaker::channel(std::int32_t preferred, std::int32_t contextCount,
                                        std::int64_t listCount) {
   using Limits = std::numeric_limits<std::int32_t>;
@@ -243,7 +244,7 @@ void RandomCycleMaker::fill(std::vector<float>& memory) {
   }
 }
 
-/// Zeros, the smallest and the largest, and any pattern of bits: every kind of NaN among them.
+/// Zeros, the smallest and the largest numbers, and random bits, which give every kind of NaN.
 float RandomCycleMaker::sample(std::size_t special) {
   constexpr std::array kSpecials = {0.0F, -0.0F, 1e-42F, -1e-45F, 3.4e38F, -3.4e38F, INFINITY, -INFINITY};
   const std::size_t choice = special % (kSpecials.size() + 2);

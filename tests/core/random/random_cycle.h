@@ -12,7 +12,7 @@
 
 namespace tolvane::test {
 
-/// The most memory that a cycle may need.
+/// The most memory that a cycle may need, in floats.
 inline constexpr std::size_t kMostFloats = 1U << 20U;
 
 /// One buffer of a list. Its data lies in the cycle's memory.
@@ -22,8 +22,8 @@ struct RandomBuffer {
   std::optional<std::size_t> place;  // in floats from the start of the memory; none: no data
 };
 
-/// Everything that one IO cycle is given: all that the callback must take, within what a test can hold in
-/// memory. The buffers of both lists lie anywhere in one memory, so that they may overlap.
+/// The input of one IO cycle: whatever the callback must accept and a test can hold in memory. The buffers of
+/// both lists lie anywhere in one block of memory, so they may overlap.
 struct RandomCycle {
   std::vector<RandomBuffer> inputs;
   std::vector<RandomBuffer> outputs;
@@ -32,14 +32,14 @@ struct RandomCycle {
   bool hasOutputList = true;
 };
 
-/// Makes the cycle of a seed; the same one wherever it runs.
+/// Makes the cycle of a seed, which is the same on every machine.
 class RandomCycleMaker {
  public:
   explicit RandomCycleMaker(std::uint64_t seed) : random_(static_cast<std::mt19937::result_type>(seed)) {}
 
   RandomCycle make();
 
-  /// Samples of every kind for the memory of the cycle.
+  /// Fills the memory of the cycle with samples of every kind.
   void fill(std::vector<float>& memory);
 
  private:
@@ -69,8 +69,8 @@ class RandomCycleMaker {
   float sample(std::size_t special);
 
   std::mt19937 random_;
-  std::size_t frames_ = 0;  // what most buffers hold
-  bool orderly_ = false;    // every buffer holds exactly that
+  std::size_t frames_ = 0;  // that most buffers hold
+  bool orderly_ = false;    // every buffer holds exactly frames_
 };
 
 }  // namespace tolvane::test

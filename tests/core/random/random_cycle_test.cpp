@@ -1,5 +1,5 @@
-// Random cycles, over all that a device may hand to the callback, in every form of the mixing loops: the
-// memory is left as the plain order leaves it.
+// Random cycles with anything that a device may hand to the callback, in every form of the mixing loops. The
+// memory must end up as in the plain order.
 #include <iostream>
 #include <string>
 

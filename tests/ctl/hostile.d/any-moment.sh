@@ -1,4 +1,4 @@
-# A signal at any moment of a run, and a SIGHUP before it.
+# A signal at any moment of a run; in half of the attempts a SIGHUP comes first.
 # statuses: 0 129 130 143
 . "$hostile/lib.bash"
 "${background[@]}" run --patch p.json --device "$device" --watch >trace &

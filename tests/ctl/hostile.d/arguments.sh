@@ -1,4 +1,4 @@
-# Arguments that look like something else.
+# Arguments that look like lists, octal or hexadecimal numbers, and invalid arguments.
 # statuses: 0
 . "$hostile/lib.bash"
 comes_right() {

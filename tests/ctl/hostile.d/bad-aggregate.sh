@@ -1,4 +1,4 @@
-# An aggregate of a bad name that is there already: it is listed, escaped, and deleted.
+# An existing aggregate whose name has control characters: it is listed, escaped, and can be deleted.
 # statuses: 0
 . "$hostile/lib.bash"
 comes_right() {

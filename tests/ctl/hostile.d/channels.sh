@@ -1,4 +1,4 @@
-# Channels that no device can have, behind any number of good routes.
+# A channel that no device can have, after any number of valid routes.
 # statuses: 0
 . "$hostile/lib.bash"
 comes_right() {

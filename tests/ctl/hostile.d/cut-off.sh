@@ -1,4 +1,4 @@
-# Recordings cut anywhere: refused, or with --partial rendered as far as they go.
+# Recordings cut off anywhere: refused, or with --partial rendered as far as they go.
 # statuses: 0
 . "$hostile/lib.bash"
 comes_right() {

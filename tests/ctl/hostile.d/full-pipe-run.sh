@@ -1,4 +1,5 @@
-# A signal at any moment of a run whose standard output is a full pipe. While it looks for its device it ends with 0.
+# A signal at any moment of a run whose standard output is a full pipe. The status is 0 if the signal comes
+# while the run still waits for its device.
 # statuses: 0 130 131 143
 . "$hostile/lib.bash"
 mkfifo full

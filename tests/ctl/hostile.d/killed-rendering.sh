@@ -1,4 +1,5 @@
-# A rendering killed in the middle, and another of the same process number after it.
+# A rendering killed midway leaves no file. Then a rendering whose folder has a hidden file with its process
+# number.
 # statuses: 0
 . "$hostile/lib.bash"
 comes_right() {

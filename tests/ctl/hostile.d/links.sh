@@ -1,4 +1,4 @@
-# New files through links: to a file, to nothing, by way of two folders, in a circle.
+# New files through symbolic links: to a file, to nothing, across two folders, and in a loop.
 # statuses: 0
 . "$hostile/lib.bash"
 comes_right() {

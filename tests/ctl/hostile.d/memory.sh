@@ -3,7 +3,7 @@
 . "$hostile/lib.bash"
 a_recording 1000 in.wav
 most=$((20000 + RANDOM % 40000))
-# The shell itself keeps what it needs.
+# In a subshell, so that the script's own shell is not limited.
 limited() { (ulimit -v $most; exec "$TOLVANECTL" "$@"); }
 case $((attempt % 5)) in
     0) fail_in_one_line limited devices ;;

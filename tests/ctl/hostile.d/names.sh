@@ -1,4 +1,4 @@
-# Names of any bytes, which may not drive the terminal.
+# Names of random bytes: no control character may reach the terminal.
 # statuses: 0
 . "$hostile/lib.bash"
 comes_right() {

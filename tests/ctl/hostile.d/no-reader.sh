@@ -1,4 +1,4 @@
-# Standard output that nobody reads.
+# Standard output is a pipe without a reader.
 # statuses: 1
 . "$hostile/lib.bash"
 mkfifo unread

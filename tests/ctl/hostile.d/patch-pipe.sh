@@ -1,4 +1,4 @@
-# A signal while a run waits for its patch.
+# A signal while a run waits for its patch from a pipe.
 # statuses: 129 130 143
 . "$hostile/lib.bash"
 mkfifo pipe

@@ -1,4 +1,4 @@
-# A rendering, which has nothing to say on standard output.
+# A rendering prints nothing on standard output.
 # statuses: 0
 . "$hostile/lib.bash"
 comes_right() {

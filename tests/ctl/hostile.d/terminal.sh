@@ -1,4 +1,4 @@
-# Meters on a terminal that cannot be drawn on, and one that can be, left by SIGQUIT.
+# Meters on a terminal that cannot move its cursor, and on one that can, ended by SIGQUIT.
 # statuses: 0
 . "$hostile/lib.bash"
 export TERM

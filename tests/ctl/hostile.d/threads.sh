@@ -1,4 +1,4 @@
-# Commands of a user who may have no further thread.
+# Commands of a user who may not start another thread.
 # statuses: 1
 . "$hostile/lib.bash"
 a_recording 1000 in.wav
@@ -9,7 +9,7 @@ case $((attempt % 5)) in
     3) words=(aggregate create Stage One Two) ;;
     4) words=(render --patch p.json in.wav out.wav) ;;
 esac
-# No limit of this kind holds root up.
+# This limit does not apply to root, so root changes to another user.
 if [ "$(id -u)" = 0 ]; then
     chmod 777 . && chmod a+r ./*
     fail_in_one_line setpriv --reuid=61234 --clear-groups prlimit --nproc=1 "$TOLVANECTL" "${words[@]}"

@@ -1,4 +1,5 @@
-# A rendering whose standard output, and every other time also its messages, nobody reads.
+# A rendering whose standard output, and in every other attempt also standard error, is a pipe without a
+# reader.
 # statuses: 0
 . "$hostile/lib.bash"
 comes_right() {

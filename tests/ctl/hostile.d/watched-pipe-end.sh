@@ -1,4 +1,4 @@
-# A run to a time whose watched patch becomes a pipe.
+# A run with a time limit whose watched patch is replaced by a pipe.
 # statuses: 0
 . "$hostile/lib.bash"
 "$TOLVANECTL" run --patch p.json --device "$device" --watch --seconds 0.6 >trace &

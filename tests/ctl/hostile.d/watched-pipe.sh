@@ -1,4 +1,4 @@
-# A watched patch that becomes a pipe, and then a file again.
+# A watched patch that is replaced by a pipe, and then by a file again.
 # statuses: 0
 . "$hostile/lib.bash"
 "${background[@]}" run --patch p.json --device "$device" --watch >trace 2>messages &

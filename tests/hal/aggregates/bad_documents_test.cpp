@@ -1,4 +1,4 @@
-// Every kind of bad file of aggregates: what is wrong, and where.
+// Every kind of invalid file of aggregates: what is wrong, and where.
 #include <ostream>
 #include <string>
 #include <utility>
@@ -19,7 +19,7 @@ std::string errorOf(const std::string& text) {
   return read.error;
 }
 
-/// One aggregate with one member, as text in its place.
+/// A document with this text as its only aggregate, or as that aggregate's only member.
 std::string withAggregate(const std::string& aggregate) {
   return "{\"aggregates\": [\n" + aggregate + "\n]}";
 }

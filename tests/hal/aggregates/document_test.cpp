@@ -1,4 +1,4 @@
-// What a file of aggregates says, and what is kept of it when it is written anew.
+// The content of a file of aggregates, and what is kept of it when it is rewritten.
 #include <string>
 #include <vector>
 

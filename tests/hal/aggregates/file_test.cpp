@@ -17,7 +17,7 @@ using ::testing::IsEmpty;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 
-/// An environment variable with another value while this is there.
+/// Gives an environment variable another value for the lifetime of the object.
 class ScopedVariable {
  public:
   ScopedVariable(const char* name, const char* value) : name_(name) {

@@ -1,4 +1,4 @@
-// Which cards sound servers have, read from a process file system of the test's own making.
+// Which cards sound servers use, read from a process file system that the test makes.
 #include "hal/alsa/card_holders.h"
 
 #include <filesystem>

@@ -1,4 +1,4 @@
-// Floats as samples of cards: rounded to the nearest, halves to even, and saturated.
+// Converts floats to a card's samples: rounded to the nearest, halves to even, and saturated.
 #include <array>
 #include <bit>
 #include <cmath>
@@ -24,7 +24,7 @@ int bitsOf(SampleFormat format) {
   return format == SampleFormat::s32 ? 32 : 24;
 }
 
-/// The sample that is written, as the integer it stands for.
+/// The sample that is written, as an integer.
 std::int64_t written(SampleFormat format, float value) {
   std::array<std::byte, 4> bytes{};
   fromFloat(format, &value, bytes.data(), 0, 1);

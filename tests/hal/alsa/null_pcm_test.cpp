@@ -1,5 +1,5 @@
-// A card's two directions on libasound's own plug-ins, which nothing paces: what is asked for and what is
-// written, not when.
+// A card's two directions on libasound's own plug-ins. No clock paces these, so the tests check settings and
+// samples, not times.
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
@@ -69,7 +69,7 @@ TEST(NullPcm, OpeningWhatIsNotThereSaysSo) {
   EXPECT_FALSE(duplex);
 }
 
-/// What one period leaves in a file, behind the silence that comes first.
+/// One period's samples in a file, after the initial silence.
 TEST(FilePcm, WritesSilenceAndThenThePeriodsInterleaved) {
   std::string file = (std::filesystem::temp_directory_path() / "tolvane-pcm-XXXXXX").string();
   close(mkstemp(file.data()));

@@ -118,7 +118,7 @@ DBusMessage* RealtimeKitService::answerTo(DBusMessage* call) {
   return isRequest ? makeRealtime(call) : nullptr;
 }
 
-/// Of the types that the true service has.
+/// Answers with the types that the real service uses.
 DBusMessage* RealtimeKitService::property(DBusMessage* call) const {
   const char* interface = "";
   const char* name = "";

@@ -1,4 +1,4 @@
-// A private message bus in place of the system's, and the service that grants real-time priority on it.
+// A private message bus in place of the system bus, with a service that grants real-time priority.
 #pragma once
 
 #include <cstdint>
@@ -12,7 +12,7 @@
 
 namespace tolvane::test {
 
-/// A bus that this process takes for the system's, until the process ends.
+/// A bus that this process uses as the system bus until it ends.
 class PrivateBus {
  public:
   static const PrivateBus& shared();
@@ -28,7 +28,7 @@ class PrivateBus {
   pid_t daemon_ = -1;
 };
 
-/// The service, on the bus for its life.
+/// The service, on the bus for its lifetime.
 class RealtimeKitService {
  public:
   struct Behaviour {
@@ -40,7 +40,7 @@ class RealtimeKitService {
     std::uint64_t process;
     std::uint64_t thread;
     std::uint32_t priority;
-    std::uint64_t cpuLimitUs;  // of this process, when the request came
+    std::uint64_t cpuLimitUs;  // this process's limit when the request came
   };
 
   RealtimeKitService(const PrivateBus& bus, Behaviour behaviour);

@@ -1,4 +1,4 @@
-// Asking for real-time priority, on a bus of the test's own with a service of the test's own.
+// Asks for real-time priority on the test's own bus with the test's own service.
 #include "hal/alsa/realtime_kit.h"
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ TEST(RealtimeKit, MakesTheThreadRealtimeWithinWhatTheServiceAllows) {
   EXPECT_EQ(requests[0].process, static_cast<std::uint64_t>(getpid()));
   EXPECT_EQ(requests[0].thread, static_cast<std::uint64_t>(gettid()));
   EXPECT_EQ(requests[0].priority, 15U);
-  // The service's condition held already when it was asked.
+  // The limit was lowered before the service was asked.
   EXPECT_EQ(requests[0].cpuLimitUs, 150'000U);
 }
 

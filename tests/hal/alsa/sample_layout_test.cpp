@@ -1,4 +1,4 @@
-// Where samples lie: one channel among the others of a frame, or its samples one after another.
+// Where samples lie: interleaved with other channels, or one channel's samples contiguous.
 #include <cstdint>
 #include <cstring>
 #include <numeric>
@@ -18,7 +18,7 @@ class SampleLayout : public testing::TestWithParam<SampleFormat> {
   static constexpr std::size_t kFrames = 5;
   [[nodiscard]] std::size_t size() const { return sampleBytes(GetParam()); }
 
-  /// Another value of each sample, which every format holds exactly.
+  /// A different value for each sample, exact in every format.
   static float value(std::size_t channel, std::size_t frame) {
     return static_cast<float>(static_cast<int>(channel * 16 + frame) - 20) / 128.0F;
   }
@@ -50,7 +50,7 @@ TEST_P(SampleLayout, InterleavedChannelsDoNotTouchEachOther) {
 }
 
 TEST_P(SampleLayout, ChannelsOneAfterAnother) {
-  // At an odd address: a card promises no alignment.
+  // Use an odd address: a card promises no alignment.
   std::vector<std::byte> memory(1 + kChannels * kFrames * size() + 1, std::byte{0xA5});
   const auto first = [&](std::size_t channel) { return memory.data() + 1 + channel * kFrames * size(); };
   for (std::size_t c = 0; c < kChannels; ++c) {

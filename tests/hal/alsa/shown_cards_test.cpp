@@ -1,4 +1,4 @@
-// Which devices the machine's cards make, and what is remembered of them.
+// Which devices are made from the machine's cards, and what is remembered of them.
 #include "hal/alsa/shown_cards.h"
 
 #include <map>
@@ -22,7 +22,7 @@ class ShownCardsTest : public testing::Test {
   }
   static Card card(int index, const char* id, const char* name) { return {index, id, name, 0, 0}; }
 
-  std::map<std::string, Probe> probes_;  // what the next look finds, by the card's id
+  std::map<std::string, Probe> probes_;  // result of the next probe, by the card's id
   std::vector<std::string> looks_;
   unsigned askedPeriodFrames_ = 0;
   ShownCards shown_{[this](const Card& looked, unsigned periodFrames) {
@@ -105,7 +105,7 @@ TEST_F(ShownCardsTest, ACardThatASessionOfOursRunsOnStaysAndIsLeftAlone) {
   EXPECT_EQ(expected.at(0).alsaCards, std::vector<int>{0});
   shown_.lookAgain("alsa:PCH");
   probes_["PCH"] = {Outcome::notNow, format(1, 1)};
-  expected.at(0).alsaCards.clear();  // whoever else lists the card does not take its place
+  expected.at(0).alsaCards.clear();  // it stays listed even if somebody else lists the card
   EXPECT_EQ(show({card(0, "PCH", "A")}, {0}, {"alsa:PCH"}), expected);
   EXPECT_EQ(looks_.size(), 1U);
 }

@@ -1,4 +1,4 @@
-// A card that the machine's sleep has suspended: which calls of libasound bring it back, in which order.
+// Which libasound calls bring back a card after the machine was suspended, and in which order.
 #include <atomic>
 #include <cerrno>
 #include <mutex>
@@ -28,7 +28,7 @@ std::vector<std::string> callsSoFar() {
   return calls;
 }
 
-/// libasound, but that the one PCM is suspended when the test says so, until it is resumed or dropped.
+/// libasound, except that the PCM is suspended when the test says so, until it is resumed or dropped.
 Library suspendingLibrary() {
   Library alsa = *library();
   alsa.snd_pcm_state = [](snd_pcm_t* pcm) {

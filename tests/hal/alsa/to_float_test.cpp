@@ -1,4 +1,4 @@
-// Samples of cards as floats: exact up to 24 bits, whatever stands in bytes that are not the sample's.
+// Converts a card's samples to floats: exact up to 24 bits, whatever is in the unused bytes.
 #include <bit>
 #include <cmath>
 #include <cstdint>

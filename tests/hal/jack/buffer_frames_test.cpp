@@ -19,7 +19,7 @@ TEST_F(JackBufferFrames, HaveARange) {
 TEST_F(JackBufferFrames, AreReadAsTheyWereSet) {
   for (const std::uint32_t frames : {64U, 1024U, 2048U, 256U}) {
     EXPECT_EQ(driver_->setBufferFrames(device("system"), frames), noErr);
-    const auto list = devices();  // not an answer from before
+    const auto list = devices();  // must not be an old answer
     ASSERT_EQ(list.size(), 1U);
     EXPECT_EQ(list[0].bufferFrames, frames);
   }

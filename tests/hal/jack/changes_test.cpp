@@ -1,4 +1,4 @@
-// What the driver tells of by itself: devices and servers that come and go.
+// Changes that the driver reports by itself: devices and servers that come and go.
 #include "hal/counting_observer.h"
 #include "hal/jack/jack_fixture.h"
 
@@ -7,13 +7,13 @@ namespace {
 
 class JackChanges : public JackFixture {
  protected:
-  /// Observed, with what the watching began with told.
+  /// Sets the observer and waits until it has been told of the initial state.
   void observe() {
     EXPECT_TRUE(driver_->setObserver(observer_));
     EXPECT_TRUE(eventually([this] { return observer_.told() > 0; }));
   }
 
-  /// Takes what was told so far for known.
+  /// Waits until nothing more is told, and counts all of it as known.
   void settle() {
     int before = -1;
     eventually([&] {
@@ -29,7 +29,7 @@ class JackChanges : public JackFixture {
     return eventually([this] { return observer_.told() > known_; });
   }
 
-  /// As a HAL does that asks when it is told, and never else, but for a list that came too late.
+  /// Asks for devices only when told of a change, as a HAL does. Asks again only if the list came too late.
   bool isListedWhenTold(const std::string& uid, bool wanted) {
     return eventually([&] {
       const int told = observer_.told();
@@ -41,7 +41,7 @@ class JackChanges : public JackFixture {
     });
   }
 
-  /// The same of a server that has gone.
+  /// The same for a server that has gone.
   bool noneIsListedWhenTold() {
     return eventually([&] {
       const int told = observer_.told();
@@ -92,7 +92,7 @@ TEST_F(JackChanges, AnOrdinaryProgramsPortsAreNotTold) {
   ear.activate();
   JackTestClient card = JackTestClient::card("card", 1, 0);
   card.activate();
-  // One port, one word; what the ear's ports had been would have come before.
+  // One port, one report. Any report of the ear's ports would have come earlier.
   EXPECT_TRUE(hears());
   EXPECT_EQ(observer_.told(), known_ + 1);
 }

@@ -36,7 +36,7 @@ TEST_F(JackDelay, IsThatOfADirectConnectionForAnotherClient) {
   ear.record(96000);
   ASSERT_TRUE(ear.awaitRecording());
   EXPECT_EQ(impulses(ear.recording(1)).size(), 96000 / kImpulseSpacing);
-  EXPECT_EQ(impulses(ear.recording(0)), impulses(ear.recording(1)));  // 0 frames more
+  EXPECT_EQ(impulses(ear.recording(0)), impulses(ear.recording(1)));  // no additional delay
 }
 
 TEST_F(JackDelay, IsThatOfADirectConnectionForTheCardsOwnLoop) {
@@ -50,7 +50,7 @@ TEST_F(JackDelay, IsThatOfADirectConnectionForTheCardsOwnLoop) {
   card.record(96000);
   ASSERT_TRUE(card.awaitRecording());
   EXPECT_EQ(impulses(card.recording(1)).size(), 96000 / kImpulseSpacing);
-  EXPECT_EQ(impulses(card.recording(0)), impulses(card.recording(1)));  // 0 frames more
+  EXPECT_EQ(impulses(card.recording(0)), impulses(card.recording(1)));  // no additional delay
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// The thread of the cycles is libjack's own: what the device tells of it.
+// What the device tells of the thread of the cycles, which is libjack's own.
 #include <sched.h>
 
 #include "hal/hal_client.h"
@@ -10,7 +10,7 @@ namespace {
 class JackIoThread : public JackRoutingFixture {};
 
 TEST_F(JackIoThread, IsScheduledAsTheServerHasIt) {
-  startServer();  // without real-time priority, which it then gives no client either
+  startServer();  // without real-time priority, so it gives none to its clients
   JackTestClient card = JackTestClient::card("card", 2, 2);
   card.activate();
   route("card", {});

@@ -18,7 +18,7 @@ namespace tolvane::test {
 
 using namespace std::chrono_literals;
 
-/// What ends within a limit of the driver's, on a machine that may stand still meanwhile.
+/// True if the action ends within the driver's limit, plus one second in which the machine may stand still.
 template <class Action>
 bool endsWithin(std::chrono::milliseconds limit, const Action& action) {
   const auto before = std::chrono::steady_clock::now();
@@ -26,14 +26,14 @@ bool endsWithin(std::chrono::milliseconds limit, const Action& action) {
   return std::chrono::steady_clock::now() - before < limit + 1s;
 }
 
-/// A driver, and a private server that each test starts when it wants one.
+/// A driver, and a private server that a test starts if it needs one.
 class JackFixture : public ::testing::Test {
  protected:
   JackFixture() { JackServer::choosePrivateName(); }
 
   void startServer(std::uint32_t bufferFrames = 256) { server_.emplace(bufferFrames); }
 
-  /// The list of a server that is there: a busy one's answer may be late, and then there is none in the list.
+  /// The list of a running server. Waits for it: if a busy server answers late, the list is empty.
   std::vector<hal::DeviceInfo> devices() {
     std::vector<hal::DeviceInfo> list;
     EXPECT_TRUE(eventually([&] {
@@ -43,7 +43,7 @@ class JackFixture : public ::testing::Test {
     return list;
   }
 
-  /// The listed device of this client, waiting for it to come up.
+  /// The listed device of this client. Waits for it.
   hal::DeviceInfo device(const std::string& client) {
     hal::DeviceInfo found;
     const bool listed = eventually([&] {
@@ -65,7 +65,7 @@ class JackFixture : public ::testing::Test {
   }
 
   std::optional<JackServer> server_;
-  // Takes no server that is merely slow, as on a busy machine, for one that hangs.
+  // Long limits, so that a server that is merely slow, as on a busy machine, does not count as hung.
   std::unique_ptr<hal::Driver> driver_ =
       hal::makeJackDriver({.signOfLife = 30s, .start = 30s, .setting = 30s});
 };

@@ -46,7 +46,7 @@ TEST_F(JackRecording, ComesThroughAPatchBitForBit) {
   listen(ear, 6);
   settle(ear);
 
-  ear.record(3 * kSecond);  // every voice more than once
+  ear.record(3 * kSecond);  // each voice more than once
   ASSERT_TRUE(ear.awaitRecording());
   const std::uint32_t first = codeOf(ear.recording(0)[0]);
   const std::vector<std::size_t> outputOf{3, 2, 1, 5};

@@ -14,7 +14,8 @@
 namespace tolvane::test {
 
 inline constexpr std::size_t kSecond = 48000;  // frames
-/// Of a recording that the test ends: so long that no standing still of the machine ends it before.
+/// In frames; for a recording that the test itself ends. So long that it does not end earlier while the
+/// machine stands still.
 inline constexpr std::size_t kLongestRecording = 20 * kSecond;
 #if defined(__SANITIZE_THREAD__) || defined(__SANITIZE_ADDRESS__)
 inline constexpr std::size_t kLongWhile = kSecond;  // these builds fall far behind the clock
@@ -22,14 +23,14 @@ inline constexpr std::size_t kLongWhile = kSecond;  // these builds fall far beh
 inline constexpr std::size_t kLongWhile = 5 * kSecond;
 #endif
 
-/// The whole way: a card's signal through the server, the driver, the HAL's surface, the engine's callback
-/// and back, heard by an ear in the very cycle.
+/// The whole path: a card's signal goes through the server, the driver, the HAL's surface, the engine's
+/// callback and back. An ear hears it in the same cycle.
 class JackRoutingFixture : public JackFixture {
  protected:
   JackRoutingFixture() {
     static std::once_flag once;
     std::call_once(once, [] {
-      // As patient as the HAL lets a driver be.
+      // The longest waits that the HAL allows a driver.
       std::vector<std::unique_ptr<hal::Driver>> drivers;
       drivers.push_back(hal::makeJackDriver({.signOfLife = 4500ms, .start = 4500ms, .setting = 450ms}));
       hal::Registry::shared().useDrivers(std::move(drivers));
@@ -38,15 +39,15 @@ class JackRoutingFixture : public JackFixture {
 
   void TearDown() override { engine_.stop(); }
 
-  /// One server for the whole program. The HAL follows it with a client of its own, and libjack has one
-  /// server's shared memory for a process: a client of a next server, opened before the HAL has taken leave
-  /// of the one before, would lose its place there.
+  /// Starts one server for the whole program. The HAL follows it with a client of its own, and libjack has
+  /// one server's shared memory per process. If a client of a new server opened before the HAL's client had
+  /// left the old server, it would lose its place there.
   void startServer(std::uint32_t bufferFrames = 256) {
-    // Never destroyed: it goes with the program, after the HAL.
+    // Never destroyed: it ends with the program, after the HAL.
     static const auto* const server = new JackServer(bufferFrames);
     ASSERT_NE(server, nullptr);
     JackTestClient::ear("clock", 1).setBufferSize(bufferFrames);
-    EXPECT_TRUE(eventually([this] { return idOf("card") == kAudioObjectUnknown; }));  // of the test before
+    EXPECT_TRUE(eventually([this] { return idOf("card") == kAudioObjectUnknown; }));  // of the previous test
   }
 
   AudioDeviceID idOf(const std::string& card) {
@@ -67,7 +68,7 @@ class JackRoutingFixture : public JackFixture {
     engine_.writeConnections(engine_.contextPtr(), routes);
   }
 
-  /// Waits until connections that were just made carry.
+  /// Waits until connections just made carry audio.
   static void settle(const JackTestClient& ear) {
     const std::uint64_t before = ear.cycles();
     EXPECT_TRUE(eventually([&] { return ear.cycles() > before + 10; }));
@@ -80,7 +81,7 @@ class JackRoutingFixture : public JackFixture {
   CoreAudioEngine engine_;
 };
 
-/// What codedSample() was made of.
+/// The code that codedSample() put into a sample.
 inline std::uint32_t codeOf(float sample) {
   return static_cast<std::uint32_t>(std::lround(sample * static_cast<float>(1U << 24)));
 }
@@ -88,7 +89,7 @@ inline std::uint32_t frameOf(float sample) {
   return codeOf(sample) & 0xFFFF;
 }
 
-/// The samples of two recordings are the same, bit for bit; says where they first are not.
+/// Expects two recordings with the same samples, bit for bit; reports the first difference.
 inline void expectSame(const std::vector<float>& heard, const std::vector<float>& wanted,
                        const std::string& what) {
   ASSERT_EQ(heard.size(), wanted.size());
@@ -98,14 +99,14 @@ inline void expectSame(const std::vector<float>& heard, const std::vector<float>
   }
 }
 
-/// A recording of channel 0 straight from the card has every frame, in order: nothing was lost on the way.
+/// Expects a recording of channel 0 straight from the card to have every frame in order: nothing was lost.
 inline void expectUnbroken(const std::vector<float>& reference) {
   for (std::size_t i = 0; i < reference.size(); ++i) {
     ASSERT_EQ(reference[i], codedSample(0, frameOf(reference[0]) + i)) << "at frame " << i;
   }
 }
 
-/// What `channel` carries where channel 0 carries the reference.
+/// What `channel` carries while channel 0 carries the reference.
 inline std::vector<float> codedLike(const std::vector<float>& reference, std::size_t channel) {
   std::vector<float> result;
   result.reserve(reference.size());

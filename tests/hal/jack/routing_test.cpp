@@ -13,7 +13,7 @@ struct Size {
 
 class JackRouting : public JackRoutingFixture, public ::testing::WithParamInterface<Size> {};
 
-/// Every output gets an input, none its own number's.
+/// Routes one input to every output, never the input of the same number.
 std::vector<PatchConnection> scatter(const Size& size) {
   std::vector<PatchConnection> routes;
   for (std::size_t out = 0; out < size.outputs; ++out) {
@@ -25,7 +25,7 @@ std::vector<PatchConnection> scatter(const Size& size) {
 
 TEST_P(JackRouting, PutsEverySampleOnItsOutputInItsCycle) {
   const Size size = GetParam();
-  startServer(4096);  // long cycles: many short ones leave a busy machine no time for so many ports
+  startServer(4096);  // long cycles: a busy machine has no time for so many ports in short ones
   JackTestClient card = JackTestClient::card("card", size.inputs, size.outputs);
   card.activate();
   const auto routes = scatter(size);
@@ -55,7 +55,7 @@ INSTANTIATE_TEST_SUITE_P(Sizes, JackRouting, ::testing::Values(Size{8, 8}, Size{
 
 class JackPatch : public JackRoutingFixture {
  protected:
-  /// A card of four in and four out, with an ear on all outputs and, last, on the first input.
+  /// Routes a card with four inputs and four outputs. An ear hears all outputs and, last, the first input.
   void play(std::span<const PatchConnection> routes) {
     startServer();
     card_.emplace("card", 4, 4, JackPortIsPhysical | JackPortIsTerminal);
@@ -119,10 +119,10 @@ TEST_F(JackPatch, ChangesBetweenTwoCyclesWithoutASilentOne) {
     const auto changed = std::mismatch(heard.begin(), heard.end(), wanted.begin()).first - heard.begin();
     std::copy(newer.begin() + changed, newer.end(), wanted.begin() + changed);
     expectSame(heard, wanted,
-               "the changed output");  // the old signal up to one frame, the new one from there
+               "the changed output");  // the old signal up to one frame, then the new
     const auto changedAt = static_cast<std::size_t>(changed);
     EXPECT_EQ(std::count(ear_->cycleStarts().begin(), ear_->cycleStarts().end(), changedAt), 1) << changedAt;
-    // The cycle that ran while the patch was published may have had the old one; the next has not.
+    // The cycle that ran during publish() may have had the old patch; the next one has the new.
     EXPECT_GE(changedAt, framesBefore);
     EXPECT_LE(changedAt, framesAfter + 256);
   }

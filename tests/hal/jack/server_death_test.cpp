@@ -7,7 +7,7 @@ namespace {
 
 using ::testing::IsEmpty;
 
-/// The dummy driver's own device, so that no other client of this process is touched by the death.
+/// Uses the dummy driver's own device, so that the death touches no other client of this process.
 class JackServerDeath : public JackFixture {
  protected:
   std::unique_ptr<hal::Session> startSystem(JackSessionClient& client) {
@@ -16,7 +16,7 @@ class JackServerDeath : public JackFixture {
     return session;
   }
 
-  /// One life and death of a server, under a session.
+  /// Runs a session on a new server and ends the server under it.
   void surviveOne(void (JackServer::*end)()) {
     startServer();
     JackSessionClient client(2, 2, straightRoutes(2));
@@ -51,7 +51,7 @@ TEST_F(JackServerDeath, LeavesTheSessionSilentUntilItIsStopped) {
   const std::uint64_t cycles = client.cycles;
   server_.reset();
   startServer();
-  EXPECT_EQ(device("system").inputStreams.size(), 2U);  // listed anew, while the dead session is still there
+  EXPECT_EQ(device("system").inputStreams.size(), 2U);  // listed again while the dead session still exists
   EXPECT_EQ(client.cycles, cycles);
   EXPECT_FALSE(client.alive);
   EXPECT_TRUE(stopsInTime(session));
@@ -63,7 +63,7 @@ TEST_F(JackServerHang, LeavesTheListEmptyInTime) {
   startServer();
   device("system");
   server_->pause();
-  std::this_thread::sleep_for(150ms);  // until the last answer has lost its worth
+  std::this_thread::sleep_for(150ms);  // until the last answer is no longer valid
   for (int ask = 0; ask < 5; ++ask) {
     EXPECT_TRUE(endsWithin(150ms, [this] { EXPECT_THAT(driver_->devices(), IsEmpty()); }));
   }
@@ -97,7 +97,7 @@ TEST_F(JackServerHang, StopsAStartThatFindsIt) {
         800ms, [&] { EXPECT_EQ(driver->start(system, client).status, kAudioHardwareNotReadyError); }));
   }
   server_->resume();
-  // What was begun is undone once the server is back, and the next start finds it as it was.
+  // Once the server is back, the driver undoes the unfinished start, so the next start succeeds.
   JackSessionClient client(2, 2, straightRoutes(2));
   EXPECT_NE(startSystem(client), nullptr);
 }

@@ -6,7 +6,7 @@
 namespace tolvane::test {
 namespace {
 
-/// A device with one input that somebody once listed.
+/// A device with one input, as an earlier list would have it.
 hal::DeviceInfo deviceCalled(const std::string& client) {
   return hal::describeJackDevice({client, {client + ":capture_1"}, {}}, {48000.0, 256});
 }
@@ -19,7 +19,7 @@ class JackStart : public JackFixture {
     return result.status;
   }
 
-  /// A change of connections shows at the server's next cycle.
+  /// Waits, because a change of connections shows only at the server's next cycle.
   static void expectConnections(const JackTestClient& card, const std::string& port,
                                 const std::vector<std::string>& others) {
     eventually([&] { return card.connectionsOf(port) == others; });
@@ -101,7 +101,7 @@ TEST_F(JackStart, HandsOnOneBufferAChannelWithTheTimes) {
   const auto nowNs =
       static_cast<std::uint64_t>(clock.tv_sec) * 1'000'000'000U + static_cast<std::uint64_t>(clock.tv_nsec);
   EXPECT_LE(client_.now.mHostTime, nowNs);
-  EXPECT_LT(nowNs - client_.now.mHostTime, 60'000'000'000U);  // the same clock, not another one's epoch
+  EXPECT_LT(nowNs - client_.now.mHostTime, 60'000'000'000U);  // the same clock, not one with another epoch
 }
 
 TEST_F(JackStart, CallsTheClientNoMoreOnceStopped) {

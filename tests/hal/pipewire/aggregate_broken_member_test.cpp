@@ -1,4 +1,4 @@
-// A card that is listed and cannot be used, among others.
+// An aggregate with a card that is listed but cannot be used.
 #include <array>
 #include <string>
 #include <vector>
@@ -15,7 +15,7 @@
 namespace tolvane::test {
 namespace {
 
-/// A card with two outputs which take no format that there is, so that no link to them comes up.
+/// A card with two outputs that accept no existing format, so that no link to them comes up.
 class BrokenCard {
  public:
   explicit BrokenCard(PipeWireClient& client) : client_(client) {

@@ -18,13 +18,13 @@ namespace tolvane::test {
 inline const PipeWireCard kFirst{.name = "first", .inputs = 4, .outputs = 2, .cardId = 901};
 inline const PipeWireCard kSecond{.name = "second", .inputs = 2, .outputs = 3, .cardId = 902};
 
-/// What a file of aggregates has for a card.
+/// The text for a card in an aggregate file.
 inline std::string memberText(const PipeWireCard& card) {
   return R"({"uid": "pipewire:)" + card.name + R"(", "name": ")" + card.name + R"(", "inputChannels": )" +
          std::to_string(card.inputs) + R"(, "outputChannels": )" + std::to_string(card.outputs) + "}";
 }
 
-/// A file with one aggregate.
+/// The text of a file with one aggregate.
 inline std::string aggregateText(const std::string& name, const std::vector<PipeWireCard>& cards) {
   std::string members;
   for (const PipeWireCard& card : cards) members += (members.empty() ? "" : ", ") + memberText(card);
@@ -37,7 +37,7 @@ inline void writeAggregates(const PipeWireServer& server, const std::string& tex
   std::ofstream(folder / "aggregates.json") << text;
 }
 
-/// The device of this name; one that does not come fails the test.
+/// The device of this name. Waits for it and fails the test if it does not appear.
 inline hal::DeviceInfo deviceNamed(hal::Driver& driver, const std::string& name) {
   std::vector<hal::DeviceInfo> devices;
   const auto isHere = [&](const hal::DeviceInfo& device) { return device.name == name; };
@@ -49,7 +49,7 @@ inline hal::DeviceInfo deviceNamed(hal::Driver& driver, const std::string& name)
   return *std::find_if(devices.begin(), devices.end(), isHere);
 }
 
-/// The names of the list as soon as it has as many.
+/// The names of the listed devices, once there are `count`.
 inline std::vector<std::string> deviceNames(hal::Driver& driver, std::size_t count) {
   std::vector<std::string> names;
   for (hal::DeviceInfo& device : listedDevices(driver, count)) names.push_back(device.name);

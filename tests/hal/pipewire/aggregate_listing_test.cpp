@@ -130,7 +130,7 @@ TEST(PipeWireAggregates, AnObserverIsToldWhenTheFileIsMadeReplacedAndRemoved) {
   ASSERT_TRUE(eventually([&] { return observer.told() >= 1; }));
   const std::string file = server.configFolder() + "/tolvane/aggregates.json";
   int told = observer.told();
-  writeAggregates(server, aggregateText("Stage", {kFirst, kSecond}));  // and the folders
+  writeAggregates(server, aggregateText("Stage", {kFirst, kSecond}));  // makes the folders too
   EXPECT_TRUE(eventually([&] { return observer.told() > told; }));
   EXPECT_EQ(listedDevices(*driver, 4).back().name, "Stage");
   told = observer.told();

@@ -1,4 +1,4 @@
-// Members of an aggregate that go away and come back while the others play.
+// Members of an aggregate go away and come back while the others play.
 #include <chrono>
 #include <memory>
 #include <optional>
@@ -24,7 +24,7 @@ using ::testing::IsEmpty;
 
 constexpr std::uint32_t kCycleFrames = 256;
 
-/// A running aggregate of the first and the second card, each input n to output n; what is heard of it.
+/// A running aggregate of the first and the second card with routes_, and a rig that hears its outputs.
 class PipeWireAggregateLoss : public testing::TestWithParam<const char*> {
  protected:
   void SetUp() override {
@@ -37,8 +37,8 @@ class PipeWireAggregateLoss : public testing::TestWithParam<const char*> {
     ASSERT_TRUE(rig_->settle());
   }
 
-  /// Between two cycles: a server that loses a node in the middle of one does not run those after it in that
-  /// cycle, whoever they are.
+  /// Removes the card between two cycles. A server that loses a node in the middle of a cycle does not run
+  /// the nodes after it in that cycle, whoever owns them.
   void removeFirst() {
     waitForCycle();
     hardware_.removeCard(kFirst);
@@ -54,7 +54,7 @@ class PipeWireAggregateLoss : public testing::TestWithParam<const char*> {
     return rig_->recorder().received().at(output);
   }
 
-  /// As long as the recorder was not reset, every sample of the output was right.
+  /// Every sample of the output since the recorder's last reset was right.
   void expectUnbroken(std::size_t output) const {
     const ReceivedSignal signal = heardAt(output);
     EXPECT_EQ(signal.rightFrames, signal.frames) << output;
@@ -62,7 +62,7 @@ class PipeWireAggregateLoss : public testing::TestWithParam<const char*> {
     EXPECT_EQ(signal.maxDelayFrames, 0) << output;
   }
 
-  /// Some cycles more have been heard.
+  /// Waits until three more cycles have been heard.
   [[nodiscard]] bool waitForMore() const {
     return rig_->waitForFrames(rig_->recorder().received().front().frames + std::uint64_t{3} * kCycleFrames);
   }
@@ -83,7 +83,7 @@ class PipeWireAggregateLoss : public testing::TestWithParam<const char*> {
   // second's; inputs 0 to 3 the first card's, 4 and 5 the second's.
   const std::vector<PatchConnection> routes_{
       {3, 0, 1.0F, true}, {4, 1, 1.0F, true}, {5, 2, 1.0F, true}, {4, 3, 1.0F, true}, {2, 4, 1.0F, true}};
-  // No cycle is missed however the machine stands still: what is heard is what the graph makes.
+  // At this pace no cycle is missed even if the machine stands still, so every fault heard is the graph's.
   PipeWireServer server_{{kFirst, kSecond}, PipeWirePace::slow};
   std::unique_ptr<hal::Driver> driver_ = hal::makePipeWireDriver();
   hal::DeviceInfo device_;
@@ -97,11 +97,11 @@ TEST_P(PipeWireAggregateLoss, TheOtherPlaysOnWithoutAWrongSampleAndTheLostOneSou
   removeFirst();
   ASSERT_TRUE(waitForMore());
   EXPECT_TRUE(client_->isAlive());
-  // What comes from the lost card is silence; nothing else is in its place.
+  // The lost card's input is silent; no other signal takes its place.
   const ReceivedSignal fromLost = heardAt(4);
   EXPECT_EQ(fromLost.wrongFrames, 0U);
   EXPECT_GT(fromLost.missingFrames, 0U);
-  // It keeps its place.
+  // The lost card keeps its channels in the aggregate.
   EXPECT_EQ(deviceNamed(*driver_, device_.name).inputStreams, device_.inputStreams);
   EXPECT_EQ(deviceNamed(*driver_, device_.name).outputStreams, device_.outputStreams);
 
@@ -110,19 +110,19 @@ TEST_P(PipeWireAggregateLoss, TheOtherPlaysOnWithoutAWrongSampleAndTheLostOneSou
   const std::uint64_t silent = heardAt(0).rightFrames;
   EXPECT_TRUE(eventually([&] { return heardAt(0).rightFrames > silent && client_->isAlive(); }));
   ASSERT_TRUE(waitForMore());
-  // From before the loss until now, without a gap.
+  // No gap from before the loss until now.
   expectUnbroken(2);
   expectUnbroken(3);
   EXPECT_EQ(heardAt(0).wrongFrames, 0U);
   EXPECT_EQ(heardAt(4).wrongFrames, 0U);
-  // The same channels as ever.
+  // Every channel is the same as before.
   EXPECT_TRUE(rig_->settle());
 }
 
 TEST_P(PipeWireAggregateLoss, AnotherCardNeverTakesThePlaceOfTheLostOne) {
   const PipeWireCard other{.name = "other", .inputs = 4, .outputs = 2, .cardId = 903};
   removeFirst();
-  // The server gives it the identifiers that the first one had.
+  // The server gives `other` the identifiers that the first card had.
   hardware_.addCard(other);
   EXPECT_EQ(deviceNamed(*driver_, "other").uid, "pipewire:other");
   EXPECT_EQ(deviceNamed(*driver_, device_.name).inputStreams, device_.inputStreams);
@@ -180,7 +180,7 @@ TEST_P(PipeWireAggregateLoss, AStopIsInTimeWhileAMemberIsAwayAndTheServerHangs) 
 
 TEST_P(PipeWireAggregateLoss, TwentyLossesAndReturnsAndTheOtherUnbroken) {
   for (int round = 0; round < 20; ++round) {
-    // Between two cycles there is time for several.
+    // Several rounds fit between two cycles.
     if (round % 5 == 0) waitForCycle();
     hardware_.removeCard(kFirst);
     hardware_.addCard(kFirst);

@@ -12,7 +12,7 @@
 namespace tolvane::test {
 namespace {
 
-/// Every output from another input, across the members.
+/// A route to every output, across the members.
 std::vector<PatchConnection> across(unsigned inputs, unsigned outputs) {
   std::vector<PatchConnection> routes;
   for (unsigned n = 0; n < outputs; ++n) {

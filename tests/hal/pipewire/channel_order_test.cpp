@@ -1,4 +1,4 @@
-// The order of a card's channels: that of its nodes' names, whatever identifiers the server gave them.
+// A card's channels follow its nodes' names, whatever identifiers the server gave the nodes.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -14,13 +14,13 @@ namespace {
 using hal::pipewire::DeviceList;
 using hal::pipewire::Graph;
 
-/// A node of the one card, with one output channel.
+/// A node of the card, with one output channel.
 struct Output {
   std::string name;
   std::uint64_t serial;
 };
 
-/// The card's outputs as they are listed, when the server numbered the nodes in this order.
+/// The card's outputs as listed if the server numbers the nodes in this order.
 std::vector<std::string> listed(const std::vector<Output>& nodes) {
   constexpr std::uint32_t kCard = 1;
   Graph graph;
@@ -48,7 +48,7 @@ std::vector<std::string> listed(const std::vector<Output>& nodes) {
   return names;
 }
 
-/// Every order of the identifiers gives the same list.
+/// Expects the same list for every order of the identifiers.
 void expectAlways(std::vector<Output> nodes, const std::vector<std::string>& expected) {
   const auto byName = [](const Output& a, const Output& b) {
     return a.name != b.name ? a.name < b.name : a.serial < b.serial;

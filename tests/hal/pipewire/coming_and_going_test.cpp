@@ -1,4 +1,4 @@
-// A device that goes away while it is routed, and comes back.
+// A routed device goes away and comes back.
 #include <filesystem>
 #include <fstream>
 #include <memory>
@@ -39,7 +39,7 @@ class PipeWireComingAndGoing : public ::testing::Test {
     ASSERT_EQ(started_.status, noErr);
   }
 
-  /// Whether the routed audio arrives, as it is to, at a rig of the moment.
+  /// Whether the routed audio arrives correctly at a temporary rig.
   [[nodiscard]] bool isHeard() const {
     PatchRig rig(kCard, routes_);
     return rig.settle(kAFewCycles);
@@ -84,7 +84,7 @@ TEST_F(PipeWireComingAndGoing, AnotherCardNeverTakesThePlaceOfOneThatIsAway) {
   const PipeWireCard other{.name = "other", .inputs = 4, .outputs = 4, .cardId = 901};
   hardware.removeCard(kCard);
   EXPECT_TRUE(eventually([&] { return !client_->isAlive(); }));
-  // The server gives it the identifiers that the first one had.
+  // The server gives `other` the identifiers that the first card had.
   hardware.addCard(other);
   EXPECT_EQ(onlyDevice(*driver_).uid, "pipewire:other");
   EXPECT_EQ(hardware.linkCount(), 0U);
@@ -138,7 +138,7 @@ TEST_F(PipeWireComingAndGoing, AHundredRemovalsAndReturns) {
   for (int round = 0; round < 20; ++round) pullAndPutBack();
   const std::size_t descriptors = openDescriptors();
   for (int round = 20; round < 100; ++round) pullAndPutBack();
-  // The client of the test keeps something of each object that it has made; the driver does not.
+  // The test's client keeps something of each object that it has made; the driver does not.
   EXPECT_LE(openDescriptors(), descriptors + 4);
 }
 
@@ -160,7 +160,7 @@ TEST_F(PipeWireQuantum, IsChangedAThousandTimes) {
     ASSERT_EQ(client_->bufferFrames(), quantum) << round;
     ASSERT_TRUE(rig.settle(kAFewCycles)) << round;
   }
-  // A library from 1.4 on keeps the memory of a buffer or two for the next.
+  // From 1.4 on the library keeps the memory of one or two buffers for later.
   EXPECT_LE(openDescriptors(), descriptors + 4);
   EXPECT_LT(::mallinfo2().uordblks, bytes + std::size_t{256} * 1024);
   EXPECT_TRUE(client_->isAlive());

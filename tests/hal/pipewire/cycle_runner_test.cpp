@@ -1,4 +1,4 @@
-// What a session tells of the server's clock.
+// What a session reports of the server's clock.
 #include "hal/pipewire/cycle_runner.h"
 
 #include <cstddef>
@@ -27,7 +27,7 @@ class ClockClient final : public hal::SessionClient {
   double rateHz = 0.0;
 };
 
-/// A device without channels, one cycle of 256 frames after the other.
+/// A device without channels that runs consecutive cycles of 256 frames.
 class PipeWireCycleRunner : public testing::Test {
  protected:
   void SetUp() override {
@@ -37,7 +37,7 @@ class PipeWireCycleRunner : public testing::Test {
     position_.clock.duration = 256;
   }
 
-  /// The hardware's xruns so far, where servers of 1.0 and later have them: at the clock's end.
+  /// Sets the total of the hardware's xruns. Servers from 1.0 on keep it at the clock's end.
   void setXrunFrames(std::uint64_t frames) {
     auto* const end = reinterpret_cast<std::byte*>(&position_.clock + 1);
     std::memcpy(end - sizeof frames, &frames, sizeof frames);
@@ -69,7 +69,7 @@ TEST_F(PipeWireCycleRunner, AClockThatHasGoneOnWithoutUsIsAnOverload) {
 }
 
 TEST_F(PipeWireCycleRunner, AnXrunOfTheHardwareIsAnOverload) {
-  setXrunFrames(1000);  // of before
+  setXrunFrames(1000);  // from before the session
   runCycle();
   runCycle();
   EXPECT_EQ(client_.overloads, 0);
@@ -152,7 +152,8 @@ TEST_F(PipeWireOutputPort, ThatTheGraphEmptiesIsFilledInEveryCycle) {
   EXPECT_EQ(client_.cycles, 5);
 }
 
-// The library would hand over the old buffer in place of each new one, a cycle late for good.
+// Otherwise the library would deliver the old buffer in place of each new one, and the port would stay a
+// cycle late.
 TEST_F(PipeWireOutputPort, WhoseLastBufferNobodyHasTakenGetsNoOther) {
   port_.handover = &port_.io;
   port_.io.status = SPA_STATUS_HAVE_DATA;

@@ -1,4 +1,4 @@
-// The devices of a private server: what is listed, as what, in which order, and when.
+// The devices of a private server: which are listed, how, in which order, and when.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -48,7 +48,8 @@ TEST(PipeWireEnumeration, SinkAndSourceOfOneCardAreOneDevice) {
   EXPECT_EQ(devices[0].bufferFrames, 256U);
 }
 
-/// The card's nodes with what their session manager, or whoever made them, says of the sound card.
+/// The sound cards that are listed for a card whose nodes have these extra properties, as set by a session
+/// manager or by whoever made the nodes.
 std::vector<int> alsaCardsOf(const std::string& name, const PipeWireProperties& sinkSays,
                              const PipeWireProperties& sourceSays) {
   const PipeWireServer server({});
@@ -151,7 +152,7 @@ TEST(PipeWireEnumeration, AServerThatIsKilledHasNoDevicesAndOneThatReturnsHasThe
 }
 
 TEST(PipeWireEnumeration, ANodeThatSaysMoreChannelsThanItHasPortsIsListedWithItsPorts) {
-  // No server of today gives a node more than 64.
+  // No current server gives a node more than 64 ports.
   const PipeWireServer server({{.name = "large", .outputs = 65, .cardId = 901}});
   const auto driver = hal::makePipeWireDriver();
   const auto devices = listedDevices(*driver, 1);

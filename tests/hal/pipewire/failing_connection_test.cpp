@@ -1,4 +1,4 @@
-// Connections that fail while the server is well.
+// Connections that fail while the server works.
 #include <memory>
 #include <vector>
 
@@ -17,7 +17,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// A card whose driver comes to the server by way of a proxy; the signal and what listens to it do not.
+/// A card whose driver reaches the server through a proxy. Signal and recorder connect directly.
 class PipeWireFailingConnection : public ::testing::Test {
  protected:
   void start() {

@@ -1,4 +1,4 @@
-// A server that is there and answers nothing.
+// A server that is there but does not answer.
 #include <memory>
 #include <vector>
 

@@ -1,4 +1,4 @@
-// Channels into one buffer and back, bit by bit.
+// Interleaving and deinterleaving, bit for bit.
 #include "hal/pipewire/interleaving.h"
 
 #include <bit>
@@ -21,7 +21,7 @@ std::vector<std::uint32_t> bitsOf(const std::vector<float>& samples) {
   return bits;
 }
 
-/// Any bits whatever, those of no number among them, another for each channel and frame.
+/// Arbitrary bits, different for each channel and frame, NaNs among them.
 float anySample(std::size_t channel, std::size_t frame) {
   const auto number = static_cast<std::uint32_t>(channel * 65536 + frame);
   return std::bit_cast<float>(number * 2654435761U | (frame % 5 == 0 ? 0x7F800000U : 0U));
@@ -40,7 +40,7 @@ TEST_P(Interleaving, PutsEveryBitWhereItBelongsAndBack) {
   }
   std::vector<float> together(channels * frames + 1, 7.0F);
   interleave(pointers, frames, together.data());
-  EXPECT_EQ(together.back(), 7.0F);  // nothing beyond the end
+  EXPECT_EQ(together.back(), 7.0F);  // nothing was written beyond the end
   together.pop_back();
   EXPECT_EQ(bitsOf(together), bitsOf(expected));
 

@@ -1,4 +1,4 @@
-// What the driver lists, waited for: a busy machine's server may answer after the time that a list may take.
+// Waits for the driver's list: on a busy machine the server may answer too late for one call.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 namespace tolvane::test {
 
-/// The driver's list as soon as it has `count` devices, else as it is when the wait is over.
+/// The driver's list once it has `count` devices; if it never has, the last list.
 inline std::vector<hal::DeviceInfo> listedDevices(hal::Driver& driver, std::size_t count) {
   std::vector<hal::DeviceInfo> devices;
   eventually([&] {
@@ -19,7 +19,7 @@ inline std::vector<hal::DeviceInfo> listedDevices(hal::Driver& driver, std::size
   return devices;
 }
 
-/// The same without what is made of other devices.
+/// The same without aggregates.
 inline std::vector<hal::DeviceInfo> plainDevices(hal::Driver& driver, std::size_t count) {
   std::vector<hal::DeviceInfo> devices;
   eventually([&] {
@@ -32,7 +32,7 @@ inline std::vector<hal::DeviceInfo> plainDevices(hal::Driver& driver, std::size_
   return devices;
 }
 
-/// The one device of a server that has one.
+/// The device of a server that has only one.
 inline hal::DeviceInfo onlyDevice(hal::Driver& driver) {
   return listedDevices(driver, 1).at(0);
 }

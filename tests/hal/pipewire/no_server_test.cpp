@@ -20,7 +20,7 @@ class PipeWireNoServer : public ::testing::Test {
     ::unsetenv("PIPEWIRE_REMOTE");
   }
 
-  /// No devices, no start, and not a word about it.
+  /// Expects no devices, no start and no message.
   static void expectNothing() {
     ::testing::internal::CaptureStderr();
     ::testing::internal::CaptureStdout();

@@ -1,4 +1,4 @@
-// A card of which only a part can be used: from the start, or from some moment on.
+// A card of which only a part can be used, from the start or from some moment on.
 #include <memory>
 #include <optional>
 #include <vector>
@@ -16,7 +16,7 @@ namespace {
 
 using hal::DeviceInfo;
 
-/// The one device as soon as it has as many channels.
+/// The only device, once it has this many channels.
 DeviceInfo onlyDeviceOf(hal::Driver& driver, std::size_t inputs, std::size_t outputs) {
   std::vector<DeviceInfo> devices;
   EXPECT_TRUE(eventually([&] {
@@ -46,7 +46,7 @@ TEST(PipeWirePartialCard, OneOfWhoseNodesCannotBeLinkedStartsWithTheRest) {
   EXPECT_EQ(proxy.connections(), 1U);
 }
 
-/// A routed card that loses nodes, as by another profile, and gets them back.
+/// A routed card that loses nodes and gets them back, as when its profile changes.
 class PipeWireProfileChange : public ::testing::Test {
  protected:
   void SetUp() override {

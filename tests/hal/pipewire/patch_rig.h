@@ -1,5 +1,5 @@
-// Devices of a private server with a signal at their inputs, a recorder at their outputs, and one wire past
-// them.
+// Devices of a private server with a signal at their inputs and a recorder at their outputs. One wire
+// connects signal and recorder directly.
 #pragma once
 
 #include <algorithm>
@@ -16,10 +16,10 @@
 
 namespace tolvane::test {
 
-/// The card of a test that needs no other.
+/// The card for tests that need only one.
 inline const PipeWireCard kCard{.name = "card", .inputs = 4, .outputs = 4, .cardId = 900};
 
-/// For each of the outputs the one input that is routed to it, or -1.
+/// For each output, the input that is routed to it, or -1.
 inline std::vector<int> sourcesOf(const std::vector<PatchConnection>& routes, std::size_t outputs) {
   std::vector<int> sources(outputs, -1);
   for (const PatchConnection& route : routes) {
@@ -28,15 +28,15 @@ inline std::vector<int> sourcesOf(const std::vector<PatchConnection>& routes, st
   return sources;
 }
 
-/// The channels of all cards in one direction.
+/// The number of channels of all cards in one direction.
 inline unsigned sumOf(const std::vector<PipeWireCard>& cards, unsigned PipeWireCard::*channels) {
   unsigned sum = 0;
   for (const PipeWireCard& card : cards) sum += card.*channels;
   return sum;
 }
 
-/// The graph around some cards, on the server that is there: signal and recorder count their channels one
-/// card after the other. The recorder's last channel is the wire.
+/// The graph around some cards on the running server. The channels of signal and recorder are those of the
+/// cards, one card after the other. The recorder's last channel is the wire.
 class PatchRig {
  public:
   PatchRig(const PipeWireCard& card, const std::vector<PatchConnection>& routes)
@@ -50,9 +50,9 @@ class PatchRig {
     for (std::size_t card = 0; card < cards_.size(); ++card) linkCard(card);
   }
 
-  /// Again, after the card's nodes have been away.
+  /// Links the card; call again after its nodes were away.
   void linkCard(std::size_t number) {
-    client_.roundTrip();  // what somebody else has removed may still be in this client's view
+    client_.roundTrip();  // this client may still see what somebody else has removed
     const PipeWireCard& card = cards_[number];
     const std::vector<PipeWireCard> before(cards_.begin(),
                                            cards_.begin() + static_cast<std::ptrdiff_t>(number));
@@ -70,8 +70,8 @@ class PatchRig {
   [[nodiscard]] SignalRecorder& recorder() noexcept { return recorder_; }
   [[nodiscard]] const SignalRecorder& recorder() const noexcept { return recorder_; }
 
-  /// There have been cycles since the last reset, and every sample in them was the right one in the right
-  /// cycle. Else it says which channels were not right, and how.
+  /// Succeeds if there were cycles since the last reset and every sample came right and in the right cycle.
+  /// Else says which channels were wrong, and how.
   [[nodiscard]] ::testing::AssertionResult isRight() const {
     const auto received = recorder_.received();
     auto wrong = ::testing::AssertionFailure();
@@ -90,7 +90,7 @@ class PatchRig {
     return isRight ? ::testing::AssertionSuccess() : wrong;
   }
 
-  /// Waits until for so long nothing but the right audio has come, and counts from zero again.
+  /// Waits until only right audio has come for `duration`, then resets the recorder.
   [[nodiscard]] ::testing::AssertionResult settle(
       std::chrono::milliseconds duration = std::chrono::milliseconds(100)) {
     auto settled = ::testing::AssertionFailure();
@@ -103,8 +103,8 @@ class PatchRig {
     return settled;
   }
 
-  /// Has every node's cycle made as long, and waits until the audio is right again where the server is silent
-  /// meanwhile: one from 1.4 on makes all buffers anew.
+  /// Forces this cycle length on every node. A server from 1.4 on makes all buffers anew and is silent
+  /// meanwhile; then this waits until the audio is right again.
   [[nodiscard]] ::testing::AssertionResult changeQuantum(
       std::uint32_t frames, std::chrono::milliseconds settled = std::chrono::milliseconds(100)) {
     client_.setSetting("clock.force-quantum", std::to_string(frames));
@@ -114,12 +114,12 @@ class PatchRig {
     return isSilentAtAQuantumChange() ? settle(settled) : ::testing::AssertionSuccess();
   }
 
-  /// Waits until so much more has come as shows what is not right in the long run.
+  /// Waits for 80000 more frames, enough to show faults that take time.
   [[nodiscard]] bool waitForMuch() const {
     return waitForFrames(recorder_.received().front().frames + 80000);
   }
 
-  /// Waits until as many frames have come since the last reset.
+  /// Waits until this many frames have come since the last reset.
   [[nodiscard]] bool waitForFrames(std::uint64_t frames) const {
     return eventually([&] { return recorder_.received().front().frames >= frames; });
   }

@@ -1,4 +1,4 @@
-// What the HAL is to a session, with the program's own routing behind it.
+// The HAL's side of a session, with the program's own routing behind it.
 #pragma once
 
 #include <atomic>
@@ -51,7 +51,7 @@ class RoutingClient final : public hal::SessionClient {
   std::atomic<std::uint32_t> bufferFrames_ = 0;
 };
 
-/// A one-to-one patch: input n to output n, at unit gain, as many as there are of both.
+/// A one-to-one patch: input n to output n at unit gain, for `count` channels.
 inline std::vector<PatchConnection> straightThrough(std::size_t count) {
   std::vector<PatchConnection> routes;
   for (std::size_t n = 0; n < count; ++n) {

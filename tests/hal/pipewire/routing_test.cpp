@@ -14,15 +14,14 @@
 namespace tolvane::test {
 namespace {
 
-/// As many routes as sound at once, to as many outputs as there are: each to another one while they last, and
-/// the inputs in another order than the outputs.
+/// One audible route to each output, with the inputs in another order than the outputs.
 std::vector<PatchConnection> crossed(unsigned inputs, unsigned outputs) {
   std::vector<PatchConnection> routes;
   for (unsigned n = 0; n < outputs; ++n) {
     const unsigned input = (n * 5 + 3) % inputs;
     routes.push_back({static_cast<std::int64_t>(input), static_cast<std::int64_t>(n), 1.0F, true});
   }
-  // What is left are routes without gain: they are mixed in like any others, and must not be heard.
+  // Fill up to 64 with routes of gain 0. They are mixed in like any others and must not be heard.
   for (unsigned n = 0; routes.size() < 64; ++n) {
     routes.push_back(
         {static_cast<std::int64_t>(n % inputs), static_cast<std::int64_t>(n % outputs), 0.0F, true});
@@ -127,7 +126,7 @@ TEST(PipeWireRoutingPace, TheUsersOwnSettingOverridesOurs) {
   PipeWireClient user;
   user.setSetting("clock.force-rate", "96000");
   EXPECT_TRUE(eventually([&] { return client.sampleRateHz() == 96000.0; }));
-  EXPECT_TRUE(eventually([&] { return client.bufferFrames() == 256; }));  // as long a time
+  EXPECT_TRUE(eventually([&] { return client.bufferFrames() == 256; }));  // the same duration
   ::unsetenv("PIPEWIRE_LATENCY");
 }
 

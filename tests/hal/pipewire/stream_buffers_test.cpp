@@ -1,4 +1,4 @@
-// The buffer list that a callback sees over buffers of one channel each.
+// The buffer list that a callback sees, built over single-channel buffers.
 #include "hal/pipewire/stream_buffers.h"
 
 #include <vector>
@@ -11,7 +11,7 @@ namespace {
 
 using hal::pipewire::StreamBuffers;
 
-/// A stream of one channel, one of two and one of three, over planes of two frames.
+/// Streams of one, two and three channels, over single-channel buffers of two frames.
 class StreamBuffersTest : public testing::Test {
  protected:
   void setAll() {

@@ -1,4 +1,4 @@
-// A started callback whose device is lost is called again when the very same device is back.
+// If the device of a started callback is lost, the callback runs again once the same device is back.
 #include "hal/registry/scripted_hal_test.h"
 
 namespace tolvane::test {
@@ -53,7 +53,7 @@ TEST_F(ComingAndGoing, withoutNotificationsTheDriverIsAsked) {
   ASSERT_EQ(proc.start(), noErr);
   const int quiet = first_.listings();
   std::this_thread::sleep_for(700ms);
-  EXPECT_EQ(first_.listings(), quiet);  // nothing is lost: nothing is asked
+  EXPECT_EQ(first_.listings(), quiet);  // no device is lost, so no driver is asked
   lose();
   ASSERT_TRUE(eventually([&] { return first_.listings() > quiet + 1; }));
   EXPECT_FALSE(alive(device));
@@ -129,7 +129,7 @@ TEST_F(ComingAndGoing, theFormerSessionsLastCyclesAreSilence) {
   lose();
   bringBack();
   ASSERT_TRUE(eventually([&] { return first_.starts() == 2; }));
-  first_.cycleOf(0, 256);  // the former one hangs in its end and still gives cycles
+  first_.cycleOf(0, 256);  // the former session hangs at its end and still runs cycles
   EXPECT_EQ(cycles.load(), 0);
   first_.cycleOf(1, 256);
   EXPECT_EQ(cycles.load(), 1);

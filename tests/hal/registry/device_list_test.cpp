@@ -1,4 +1,4 @@
-// The one list: its order, its identifiers, and drivers that do not answer.
+// The device list: its order, its identifiers, and drivers that do not answer.
 #include "hal/registry/scripted_hal_test.h"
 
 namespace tolvane::test {
@@ -49,7 +49,7 @@ TEST_F(DeviceList, aDeviceMovesToTheDriverThatStillNamesIt) {
   second_.setDevices({scriptedDevice("x", 3, 3)});
   const AudioObjectID id = deviceList().at(0);
   first_.setDevices({});
-  deviceList();  // the first driver's word is taken after the second's place in the list was given
+  deviceList();
   EXPECT_EQ(deviceList(), std::vector<AudioObjectID>{id});
   EXPECT_EQ(streamsOf(id, kAudioObjectPropertyScopeInput).size(), 3U);
   EXPECT_TRUE(alive(id));
@@ -98,13 +98,13 @@ TEST_F(DeviceList, leavesOutADriverThatHangsAndListsItWhenItIsBack) {
   EXPECT_TRUE(alive(both[1]));
   const int asked = first_.listings();
   for (int i = 0; i < 5; ++i) EXPECT_EQ(uids(), (Uids{"quick"}));
-  EXPECT_EQ(first_.listings(), asked);  // not asked again while it hangs
+  EXPECT_EQ(first_.listings(), asked);  // no new call while it hangs
   RegisteredProc proc(both[0], [](auto&, auto&) {});
   EXPECT_EQ(proc.start(), kAudioHardwareNotReadyError);
   Listening list(kAudioObjectSystemObject, kAudioHardwarePropertyDevices);
   Listening life(both[0], kAudioDevicePropertyDeviceIsAlive);
   first_.listing.open();
-  EXPECT_TRUE(list.hears(1));  // by itself
+  EXPECT_TRUE(list.hears(1));  // without another request
   EXPECT_TRUE(life.hears(1));
   EXPECT_TRUE(alive(both[0]));
   EXPECT_EQ(deviceList(), both);
@@ -151,7 +151,7 @@ TEST_F(DeviceList, leavesOutADriverWhoseServerIsSilentUntilThatAnswers) {
   }
   Listening list(kAudioObjectSystemObject, kAudioHardwarePropertyDevices);
   first_.setSilent(false);
-  EXPECT_TRUE(list.hears(1));  // by itself
+  EXPECT_TRUE(list.hears(1));  // without another request
   EXPECT_EQ(uids(), (Uids{"slow", "quick"}));
   EXPECT_EQ(silentServers(), "");
 }

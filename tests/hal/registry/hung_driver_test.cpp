@@ -21,7 +21,7 @@ TEST_F(HungDriver, inItsEndDoesNotHoldTheStop) {
   first_.cycleOf(0, 256);
   EXPECT_EQ(cycles.load(), 0);
   EXPECT_EQ(proc.stop(), noErr);
-  EXPECT_EQ(proc.start(), noErr);  // the next session beside the one that hangs
+  EXPECT_EQ(proc.start(), noErr);  // a new session beside the hung one
   first_.cycleOf(0, 256);
   EXPECT_EQ(cycles.load(), 0);
   first_.cycleOf(1, 256);
@@ -51,7 +51,7 @@ TEST_F(HungDriver, inItsStartDoesNotHoldTheStop) {
   starter.join();
   EXPECT_EQ(started.load(), kAudioHardwareNotRunningError);
   first_.starting.open();
-  // The session that comes of it all the same is ended at once.
+  // The hung start still makes a session, which is ended at once.
   EXPECT_TRUE(eventually([&] { return first_.starts() == 1 && first_.liveSessions() == 0; }));
   EXPECT_EQ(cycles.load(), 0);
 }

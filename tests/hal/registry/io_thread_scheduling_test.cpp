@@ -1,4 +1,4 @@
-// How the thread of the callback is scheduled, as the device tells.
+// The scheduling of the callback's thread, as the device reports it.
 #include <thread>
 
 #include <pthread.h>
@@ -50,7 +50,8 @@ TEST_F(IoThreadScheduling, IsThatOfTheThreadNow) {
   EXPECT_TRUE(eventually([&] { return hasRun.load(); }));
   EXPECT_EQ(value(device).mPolicy, SCHED_OTHER);
   EXPECT_EQ(value(device).mPriority, 0);
-  // What any user may have; a service gives real-time priority in the same way, after the first cycles.
+  // Any user may choose this policy. A service grants real-time priority in the same way, after the first
+  // cycles.
   const sched_param none{};
   EXPECT_EQ(pthread_setschedparam(io.native_handle(), SCHED_BATCH, &none), 0);
   EXPECT_EQ(value(device).mPolicy, SCHED_BATCH);

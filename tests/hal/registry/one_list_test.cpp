@@ -1,4 +1,4 @@
-// No card twice: what an earlier driver lists, a later one does not list again by another way.
+// No card is listed twice: a later driver does not list again what an earlier one lists.
 #include "hal/registry/scripted_hal_test.h"
 
 namespace tolvane::test {
@@ -72,7 +72,7 @@ TEST_F(OneList, TheNewsOfOneDriverAloneMovesACard) {
   EXPECT_TRUE(list.hears(2));
   EXPECT_TRUE(life.hears(2));
   EXPECT_TRUE(alive(raw));
-  EXPECT_EQ(second_.listings(), asked);  // its answer is known
+  EXPECT_EQ(second_.listings(), asked);  // its last answer still holds
   EXPECT_EQ(deviceList(), std::vector<AudioObjectID>{raw});
 }
 
@@ -93,7 +93,7 @@ TEST_F(OneList, OfTwoDriversForOneServerTheFirstAloneIsUsed) {
   first_.setDevices({scriptedDevice("native:a", 2, 2)});
   second_.setDevices({scriptedDevice("compatible:a", 2, 2), scriptedDevice("compatible:b", 2, 2)});
   EXPECT_EQ(uids(), Uids{"native:a"});
-  first_.setDevices({});  // it answers, with no device
+  first_.setDevices({});  // it answers, but has no device
   EXPECT_EQ(uids(), Uids{});
   EXPECT_EQ(second_.listings(), 0);
 }

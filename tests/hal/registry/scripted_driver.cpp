@@ -101,7 +101,7 @@ class ScriptedDriver final : public hal::Driver {
 
  private:
   Script& script_;
-  bool wasSilent_ = false;  // in the last devices()
+  bool wasSilent_ = false;  // at the last devices()
 };
 
 std::unique_ptr<hal::Driver> Script::makeDriver() {
@@ -190,7 +190,7 @@ float Script::firstOutputAfterCycleOf(std::size_t index, std::uint32_t frames) {
     client = clients_[index];
     device = startedWith_[index];
   }
-  // Input channel n holds n + 1 in every frame, an output holds -1.
+  // Every frame of input channel n holds n + 1; every output sample is -1.
   std::vector<std::vector<float>> samples;
   const auto fill = [&](hal::BufferList& list, const hal::StreamLayout& streams, bool input) {
     for (std::size_t s = 0; s < streams.size(); ++s) {

@@ -1,4 +1,4 @@
-// A driver that does what a test says: its devices, its sessions, and where it hangs.
+// A driver that a test controls: its devices, its sessions, and where it hangs.
 #pragma once
 
 #include <condition_variable>
@@ -12,15 +12,15 @@
 
 namespace tolvane::test {
 
-/// A place where threads can be held.
+/// A gate that can hold threads.
 class Latch {
  public:
-  /// Holds whoever passes from now on.
+  /// From now on, holds every thread that calls pass().
   void close();
-  /// Lets everybody go.
+  /// Releases all threads, and holds none from now on.
   void open();
   void pass();
-  /// Threads that have come to the closed latch since it was made.
+  /// The number of threads that the closed latch has held so far.
   [[nodiscard]] int held() const;
 
  private:
@@ -30,21 +30,21 @@ class Latch {
   int held_ = 0;
 };
 
-/// The test's end of a scripted driver. Everything is for any thread.
+/// The test's side of a scripted driver. Any thread may call its functions.
 class Script {
  public:
-  /// A new driver that follows this script, which outlives the process's use of it.
+  /// Makes a driver that follows this script. The script must outlive the process's use of the driver.
   std::unique_ptr<hal::Driver> makeDriver();
 
   void setDevices(std::vector<hal::DeviceInfo> devices);
   /// Tells the HAL that the list has changed.
   void notify();
   void setNotifies(bool notifies);
-  /// Before the HAL uses the driver.
+  /// Must be called before the HAL uses the driver.
   void setServer(const std::string& server);
-  /// Its server has taken the connection and says nothing: no devices() is an answer.
+  /// If true, the server has accepted the connection but does not respond, so devices() gives no answer.
   void setSilent(bool silent);
-  /// devices() throws what a system without descriptors makes it throw.
+  /// If true, devices() throws, as in a system without free descriptors.
   void setExhausted(bool exhausted);
   void setStartStatus(OSStatus status);
   void setBufferFramesStatus(OSStatus status);
@@ -59,15 +59,16 @@ class Script {
   [[nodiscard]] int liveSessions() const;
   [[nodiscard]] std::vector<hal::DeviceInfo> startedWith() const;
 
-  /// What the newest session does on its device's thread. Each returns false when there is no session.
+  /// Events of the newest session. The calling thread acts as the device's. Each returns false if there is no
+  /// session.
   bool cycle(std::uint32_t frames);
   bool overload();
   bool setAlive(bool alive);
   bool setFormat(double sampleRateHz, std::uint32_t bufferFrames);
-  /// A cycle by a session that should be gone, as a driver that hangs may still give it: the client of the
-  /// `index`th start.
+  /// Runs a cycle for the client of the `index`th start, even if its session should be gone, as a hung driver
+  /// may.
   void cycleOf(std::size_t index, std::uint32_t frames) { firstOutputAfterCycleOf(index, frames); }
-  /// The first output sample that is left of it; it was -1 before.
+  /// Does the same and returns the first output sample, which was -1 before the cycle.
   float firstOutputAfterCycleOf(std::size_t index, std::uint32_t frames);
 
  private:

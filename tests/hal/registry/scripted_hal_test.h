@@ -23,7 +23,7 @@ inline OSStatus hear(AudioObjectID, UInt32, const AudioObjectPropertyAddress*, v
   return noErr;
 }
 
-/// Listens to one property for its life.
+/// Listens to one property for the lifetime of the object.
 class Listening {
  public:
   Listening(AudioObjectID object, AudioObjectPropertySelector selector)
@@ -67,7 +67,7 @@ class ScriptedHal : public testing::Test {
     hal::Registry::shared().useDrivers(std::move(drivers));
   }
 
-  /// The first script's only device, listed.
+  /// Gives the first script one device and returns its identifier from the list.
   AudioObjectID listOne(std::size_t inputs = 2, std::size_t outputs = 2) {
     first_.setDevices({scriptedDevice("one", inputs, outputs)});
     const auto list = deviceList();

@@ -1,4 +1,4 @@
-// What sessions say while they run.
+// What sessions report while they run.
 #include "hal/registry/scripted_hal_test.h"
 
 namespace tolvane::test {

@@ -1,4 +1,4 @@
-// The engine with a callback that counts, and what a test wants to know of its device.
+// For tests of the engine: a callback that counts cycles, and queries of the engine's device.
 #pragma once
 
 #include <algorithm>
@@ -16,10 +16,10 @@
 
 namespace tolvane::test {
 
-/// The cycles that countingIoProc() has run, in the life of the process.
+/// The number of cycles that countingIoProc() has run in this process.
 inline std::atomic<std::uint64_t> engineCycles{0};
 
-/// Routes as the engine's own callback does, and counts.
+/// Routes like the engine's own callback, and counts.
 inline OSStatus countingIoProc(AudioObjectID device, const AudioTimeStamp* now, const AudioBufferList* input,
                                const AudioTimeStamp* inputTime, AudioBufferList* output,
                                const AudioTimeStamp* outputTime, void* clientData) {
@@ -34,7 +34,7 @@ inline std::vector<std::string> namesOf(const std::vector<AudioDeviceInfo>& devi
   return names;
 }
 
-/// The engine's device of that name, waited for.
+/// Waits for the engine's device of this name and returns it.
 inline AudioDeviceID deviceNamed(const CoreAudioEngine& engine, const std::string& name) {
   AudioDeviceID id = kAudioObjectUnknown;
   EXPECT_TRUE(eventually([&] {
@@ -50,7 +50,7 @@ inline bool isAlive(AudioDeviceID device) {
   return valueOf<UInt32>(device, kAudioDevicePropertyDeviceIsAlive) != 0;
 }
 
-/// Another cycle comes, and one after it.
+/// True if at least two more cycles run within the limit.
 inline bool runs(std::chrono::milliseconds limit) {
   const std::uint64_t before = engineCycles;
   return eventually(limit, [&] { return engineCycles > before + 1; });
@@ -63,7 +63,7 @@ std::chrono::milliseconds timeOf(const Action& action) {
   return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
 }
 
-/// What the HAL promises of a stop, whatever the server does; and no cycle comes after it.
+/// Expects a stop within one second, whatever the server does, and no cycle after it.
 inline void expectStopsInASecond(CoreAudioEngine& engine) {
   EXPECT_LT(timeOf([&] { engine.stop(); }), std::chrono::seconds(1));
   const std::uint64_t cycles = engineCycles;

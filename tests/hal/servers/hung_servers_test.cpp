@@ -1,4 +1,4 @@
-// One server hangs beside another that does not: the promises of the HAL's surface.
+// One server hangs and another does not: the HAL's surface keeps its promises.
 #include <gmock/gmock.h>
 
 #include "hal/promised_times.h"
@@ -12,7 +12,7 @@ namespace {
 using namespace std::chrono_literals;
 using testing::ElementsAre;
 
-/// A start waits for the list, too, and the machine is busy.
+/// A start waits for the list too, and the machine is busy.
 constexpr auto kStartBound = 1400ms;
 
 class HungServers : public testing::Test {
@@ -29,7 +29,7 @@ class HungServers : public testing::Test {
     pipewire_.unhang();
   }
 
-  /// The list as it is read by one call, in time.
+  /// Reads the list in one call, and expects it in time.
   static std::vector<AudioObjectID> listInTime() {
     const auto where = address(kAudioHardwarePropertyDevices);
     std::vector<AudioObjectID> ids(16);
@@ -44,7 +44,7 @@ class HungServers : public testing::Test {
     return ids;
   }
 
-  /// The server of `device` hangs while the device runs.
+  /// Starts the device, hangs its server, and expects a stop in time.
   template <class Hang>
   void expectStopsWhenHung(AudioDeviceID device, const Hang& hang) {
     ASSERT_FALSE(engine_.start(device, {}));
@@ -58,7 +58,7 @@ class HungServers : public testing::Test {
     EXPECT_FALSE(engine_.isRunning());
   }
 
-  /// Everything is listed again, and the device runs.
+  /// Expects all devices in the list again, and that this one runs.
   void expectRecovers(AudioDeviceID device) {
     EXPECT_TRUE(eventually([] { return deviceList().size() == 3; }));
     EXPECT_TRUE(eventually([&] { return !engine_.start(device, {}); }));
@@ -83,7 +83,7 @@ TEST_F(HungServers, PipeWiresDevicesAreLeftOutInTime) {
 
 TEST_F(HungServers, JacksDevicesAreLeftOutInTime) {
   jack_.pause();
-  std::this_thread::sleep_for(150ms);  // until its last answer has lost its worth
+  std::this_thread::sleep_for(150ms);  // until the last answer is too old to be used
   for (int ask = 0; ask < 5; ++ask) EXPECT_THAT(listInTime(), ElementsAre(mixer_, virtual_));
   jack_.resume();
   EXPECT_TRUE(eventually([&] { return deviceList() == std::vector{mixer_, system_, virtual_}; }));

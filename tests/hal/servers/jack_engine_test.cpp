@@ -17,7 +17,7 @@ class JackEngine : public testing::Test {
  protected:
   void SetUp() override {
     server_.emplace();
-    // The dummy driver's own device, so that no other client of this process is touched by the death.
+    // The dummy driver's own device, so that the death affects no other client of this process.
     device_ = deviceNamed(engine_, "system");
     ASSERT_FALSE(engine_.start(device_, {}));
     ASSERT_TRUE(runs(10s));

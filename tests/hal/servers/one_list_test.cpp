@@ -1,4 +1,4 @@
-// PipeWire and JACK at the same time: one list, with everything in it once.
+// PipeWire and JACK at the same time: one list, with each device in it once.
 #include <gmock/gmock.h>
 
 #include "hal/servers/engine_client.h"
@@ -21,7 +21,7 @@ TEST(OneListOfTwoServers, HasEveryCardOnceInTheDriversOrder) {
   deviceNamed(engine, "Box");
   deviceNamed(engine, "card");
   std::vector<AudioDeviceInfo> list;
-  // Of two cards PipeWire's driver also makes one.
+  // From two cards PipeWire's driver also makes an aggregate.
   EXPECT_TRUE(eventually([&] { return (list = engine.getAllDevices()).size() == 6; }));
   EXPECT_THAT(namesOf(list),
               ElementsAre("Mixer", "Box", "All Interfaces", "system", "card", "Tolvane Virtual Device"));

@@ -1,5 +1,5 @@
-// The whole way on PipeWire: a card's signal through the server, the driver, the HAL's surface, the engine
-// and back, and the server's death under it.
+// The whole path on PipeWire: a card's signal goes through the server, the driver, the HAL's surface and the
+// engine and back. Then the server dies under it.
 #include "hal/pipewire/patch_rig.h"
 #include "hal/promised_times.h"
 #include "hal/servers/engine_client.h"
@@ -19,8 +19,8 @@ class PipeWireEngine : public testing::Test {
     ASSERT_FALSE(error) << error->errorDescription();
   }
 
-  /// Every sample comes out where the patch sends it, in its cycle and bit for bit; asked again where a busy
-  /// machine has missed a cycle of the server's.
+  /// Expects every sample where the patch sends it, in its cycle and bit for bit. Tries again if a busy
+  /// machine has missed a cycle of the server.
   void expectHeard() {
     EXPECT_TRUE(eventually([this] {
       PatchRig rig(card_, routes_);

@@ -1,5 +1,5 @@
-// Real-time priority as far as the user's limit goes. Few environments let a test raise that limit: this
-// program has its own functions in place of the system's two, which keep the system's rule.
+// Real-time priority within the user's limit. Few environments let a test raise that limit, so this program
+// replaces the system's two functions with its own, which follow the system's rule.
 #include "hal/support/realtime.h"
 
 #include <cerrno>

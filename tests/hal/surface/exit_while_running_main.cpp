@@ -1,4 +1,4 @@
-// Ends while devices run, in the way that its argument names.
+// Ends while devices run, in the way that the argument names.
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
@@ -18,7 +18,7 @@ std::atomic<bool> exitInCallback{false};
 OSStatus proc(AudioObjectID, const AudioTimeStamp*, const AudioBufferList*, const AudioTimeStamp*,
               AudioBufferList* output, const AudioTimeStamp*, void* memory) {
   if (exitInCallback.exchange(false)) std::exit(7);
-  // Memory of the program's, in use until the very end.
+  // The program's own memory, in use until the very end.
   std::memcpy(output->mBuffers[0].mData, memory, 64);
   return noErr;
 }
@@ -53,7 +53,7 @@ int main(int argc, char** argv) {
     if (AudioDeviceCreateIOProcID(device, proc, memory, &id) != noErr) return 2;
     if (AudioDeviceStart(device, id) != noErr) return 3;
   }
-  exitInCallback = way == "callback";  // all are started: nothing but the callback ends the process
+  exitInCallback = way == "callback";  // set after all starts: only the callback ends the process
   std::this_thread::sleep_for(std::chrono::milliseconds(way == "callback" ? 60000 : 30));
   if (way == "exit") std::exit(5);
   return way == "return" || way == "hang" ? 6 : 4;

@@ -1,4 +1,4 @@
-// A process that ends while a device runs ends by itself, soon, and with its own status.
+// A process that exits while a device runs ends by itself, soon, and with its own status.
 #include <chrono>
 #include <cstdlib>
 #include <string>

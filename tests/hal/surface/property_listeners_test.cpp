@@ -1,4 +1,4 @@
-// Who is called after a change, how often, and until when.
+// Which listeners are called after a change, how often, and until when.
 #include <mutex>
 
 #include <gtest/gtest.h>
@@ -89,7 +89,7 @@ TEST_F(PropertyListeners, addedTwiceAreCalledOnce) {
   Calls last;
   ASSERT_EQ(add(rate_, note, &twice), noErr);
   ASSERT_EQ(add(rate_, note, &twice), noErr);
-  ASSERT_EQ(add(rate_, note, &last), noErr);  // called after the other
+  ASSERT_EQ(add(rate_, note, &last), noErr);  // called after the other listener
   makeRate(44100.0);
   ASSERT_TRUE(eventually([&] { return last.count.load() == 1; }));
   EXPECT_EQ(twice.count.load(), 1);
@@ -105,7 +105,7 @@ TEST_F(PropertyListeners, neverAddedAreRemovedWithoutComplaint) {
   EXPECT_EQ(remove(rate_, note, &calls), noErr);
 }
 
-/// A listener that stays in its call until it is let go.
+/// A listener that stays in its call until the test releases it.
 struct Slow {
   std::atomic<bool> inside{false};
   std::atomic<bool> go{false};

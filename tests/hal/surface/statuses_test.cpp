@@ -1,4 +1,4 @@
-// Every function's answer to what it cannot do.
+// The status that each function returns for a call it cannot carry out.
 #include <gtest/gtest.h>
 
 #include "hal/hal_client.h"

@@ -1,4 +1,4 @@
-// When a stop has returned, the callback is not running and will not run.
+// After a stop has returned, the callback is not running and does not run again.
 #include <atomic>
 #include <thread>
 

@@ -1,4 +1,4 @@
-// Uses the HAL where the system gives this process few threads or none. Prints the statuses.
+// Uses the HAL while the system gives this process few threads or none, and prints the statuses.
 #include <cstdio>
 #include <cstdlib>
 
@@ -11,14 +11,14 @@ namespace {
 
 constexpr rlim_t kPlenty = 1000;
 
-/// The kernel counts the threads of a user, and root's are never too many: become a user who has no other.
+/// The kernel limits the threads of each user, except root. Becomes a user who has no other threads.
 bool becomeNobodyElse() {
   if (::geteuid() != 0) return true;
   const auto id = static_cast<uid_t>(3'000'000 + ::getpid());
   return ::setresgid(id, id, id) == 0 && ::setresuid(id, id, id) == 0;
 }
 
-/// `threads`, that of main() included, may be there at a time.
+/// Allows so many threads at a time, including that of main().
 void allowThreads(rlim_t threads) {
   rlimit limit{};
   ::getrlimit(RLIMIT_NPROC, &limit);

@@ -1,4 +1,4 @@
-// A system that has no thread to give: the call that needs one fails, and nothing hangs.
+// The system has no thread left: the call that needs one fails, and nothing hangs.
 #include <array>
 #include <cstdio>
 #include <string>
@@ -17,7 +17,7 @@ struct Ending {
   std::string out;
 };
 
-/// Runs the program with so many threads at first.
+/// Runs the program with this limit of threads at first.
 Ending endingWith(int threads) {
   const std::string command =
       std::string("timeout -s KILL 60 ") + TOLVANE_WITHOUT_THREADS + " " + std::to_string(threads);

@@ -1,4 +1,4 @@
-// The frames a cycle, set through the property.
+// The buffer size, set through the property.
 #include <gtest/gtest.h>
 
 #include "hal/virtual/virtual_device_run.h"

@@ -1,4 +1,4 @@
-// The buffer lists that a callback is given, for every kind of layout.
+// The buffer lists that the callback gets, for every kind of layout.
 #include <cstdint>
 #include <numeric>
 #include <optional>
@@ -110,7 +110,7 @@ TEST_F(VirtualBuffers, doNotOverlap) {
   for (std::size_t i = 1; i < spans.size(); ++i) EXPECT_LE(spans[i - 1].second, spans[i].first);
 }
 
-// However long a cycle could be: each begins on the first cache line behind the one before it.
+// Each buffer begins on the first cache line after the previous one, even if cycles could be longer.
 TEST_F(VirtualBuffers, lieCloseTogether) {
   hal::VirtualDeviceConfig config;
   config.inputStreams = {1, 17, 2, 1};
@@ -161,7 +161,7 @@ TEST_F(VirtualBuffers, outputsAreTheCallbacksToClearAndTheTapsToSee) {
         *first = static_cast<float>(++cycle);
       },
       [&] { return tap.count.load() == tap.samples.size(); });
-  EXPECT_EQ(found, 1.0F);  // what the callback wrote the cycle before
+  EXPECT_EQ(found, 1.0F);  // what the callback wrote in the cycle before
   for (std::size_t i = 0; i < tap.samples.size(); ++i) {
     EXPECT_EQ(tap.samples[i], static_cast<float>(i + 1));
     EXPECT_EQ(tap.firstFrames[i], i * 128);
@@ -169,7 +169,7 @@ TEST_F(VirtualBuffers, outputsAreTheCallbacksToClearAndTheTapsToSee) {
   }
 }
 
-/// Writes the number of each frame of the run into every channel.
+/// Writes each frame's number in the run into every channel.
 class FrameNumbers final : public hal::VirtualInput {
  public:
   void fill(std::uint64_t firstFrame, std::uint32_t frames, AudioBufferList& input) noexcept override {

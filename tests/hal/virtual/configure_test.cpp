@@ -1,4 +1,4 @@
-// The virtual device is made another only between runs.
+// The virtual device can be configured only between runs.
 #include <gtest/gtest.h>
 
 #include "hal/virtual/virtual_device_run.h"

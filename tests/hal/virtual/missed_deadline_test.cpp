@@ -9,7 +9,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Notes when each cycle ended, and in one of them takes its time.
+/// Notes when each cycle ended, and delays one of them.
 class SlowTap final : public hal::VirtualTap {
  public:
   SlowTap(std::size_t slowCycle, std::chrono::milliseconds delay) : slowCycle_(slowCycle), delay_(delay) {}
@@ -56,7 +56,7 @@ TEST_F(MissedDeadline, isNoneWhenTheCyclesAreInTime) {
 TEST_F(MissedDeadline, isFollowedByEvenCyclesWithoutABurst) {
   SlowTap tap(2, 450ms);
   overloadsWith(tap, 7);
-  // The cycle after the miss comes at once, the next ones a period apart: the missed ones are not made up
+  // The cycle after the miss comes at once, the next ones a period apart. The missed ones are not made up
   // for.
   for (std::size_t cycle = 4; cycle < 7; ++cycle) {
     EXPECT_GE(tap.ends[cycle] - tap.ends[cycle - 1], 50ms) << cycle;

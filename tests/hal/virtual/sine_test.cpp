@@ -1,4 +1,4 @@
-// What every user hears of the virtual device's inputs: channel n carries a sine of 110 n Hz at -18 dBFS.
+// The default signal of the virtual device's inputs: channel n carries a sine of 110 n Hz at -18 dBFS.
 #include <cmath>
 #include <mutex>
 #include <numbers>
@@ -13,7 +13,7 @@ namespace {
 
 const double kPeak = std::pow(10.0, -18.0 / 20.0);
 
-/// Every input channel, as it came, cycle after cycle.
+/// Records every input channel, cycle after cycle.
 class Recording {
  public:
   Recording(std::size_t channels, std::size_t frames) : channels_(channels), frames_(frames) {}

@@ -1,4 +1,4 @@
-// One run of the virtual device with a configuration of the test's.
+// Runs the virtual device with a test's configuration.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@
 
 namespace tolvane::test {
 
-/// The virtual device as a test wants it; afterwards it is what every user finds again.
+/// The virtual device in a test's configuration. Each test begins and ends with the default one.
 class VirtualDeviceTest : public testing::Test {
  protected:
   void configure(const hal::VirtualDeviceConfig& config) {
@@ -17,7 +17,7 @@ class VirtualDeviceTest : public testing::Test {
   void SetUp() override { configure({}); }
   void TearDown() override { configure({}); }
 
-  /// Runs `cycle` until `done` says so.
+  /// Runs `cycle` as the callback until `done` returns true.
   template <typename Cycle, typename Done>
   void run(Cycle cycle, const Done& done) {
     RegisteredProc proc(device_, std::move(cycle));
