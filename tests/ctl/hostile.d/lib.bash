@@ -19,10 +19,19 @@ a_moment() { sleep "0.$(printf '%03d' $((RANDOM % 333)))"; }
 # writers.
 fill() { dd if=/dev/zero of="$1" bs=4096 oflag=nonblock conv=notrunc 2>/dev/null || true; }
 
+# begun PID: waits until the process runs the program. Before that it is a copy of the shell that ignores SIGINT and
+# SIGQUIT.
+begun() {
+    local program
+    while program=$(readlink "/proc/$1/exe") && [ "$program" != "$(readlink -f "$TOLVANECTL")" ]; do :; done
+}
+
 # end_by SIGNAL PID: sends the signal and returns the process's exit status, or 90 if the process took 2 s or
 # longer. It must end within 1 s; the other second allows for stalls of the machine.
 end_by() {
-    local start=${EPOCHREALTIME/./} status
+    local start status
+    begun "$2"
+    start=${EPOCHREALTIME/./}
     kill "-$1" "$2"
     wait "$2"
     status=$?
