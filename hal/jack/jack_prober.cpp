@@ -71,9 +71,12 @@ bool JackProber::isSilent() const {
 }
 
 bool JackProber::answers(std::chrono::milliseconds timeout) {
+  const Clock::time_point deadline = Clock::now() + timeout;
   std::unique_lock lock(question_->mutex);
+  // The server may have answered an open question before it hung. So only a question from now on counts.
+  if (question_->open && !awaitAnswer(lock, deadline)) return false;
   if (!question_->open) ask(lock);
-  return awaitAnswer(lock, Clock::now() + timeout);
+  return awaitAnswer(lock, deadline);
 }
 
 void JackProber::forget() {
