@@ -9,7 +9,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "ctl/pending_file.h"
+#include "ctl/atomic_file.h"
 #include "ctl/printable.h"
 #include "hal/aggregates/aggregate_file.h"
 
@@ -77,9 +77,9 @@ AggregateStore::~AggregateStore() {
 
 std::optional<Failure> AggregateStore::write(const std::string& text) {
   std::signal(SIGXFSZ, SIG_IGN);  // a file size limit then fails the write, which cleans up
-  auto pending = PendingFile::create(path_);
+  auto pending = AtomicFile::create(path_);
   if (!pending) return pending.error();
-  PendingFile file = std::move(pending).value();
+  AtomicFile file = std::move(pending).value();
   if (!writeAll(file.descriptor(), text)) return systemFailure(path_, errno);
   return file.commit();
 }

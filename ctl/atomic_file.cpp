@@ -1,4 +1,4 @@
-#include "ctl/pending_file.h"
+#include "ctl/atomic_file.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -67,7 +67,7 @@ void makeNameLasting(const std::string& path) {
 
 }  // namespace
 
-Result<PendingFile, Failure> PendingFile::create(const std::string& path) {
+Result<AtomicFile, Failure> AtomicFile::create(const std::string& path) {
   struct stat existing {};
   const bool exists = ::stat(path.c_str(), &existing) == 0;
   if (exists && !S_ISREG(existing.st_mode)) return Failure{about(path, "is not a regular file")};
@@ -88,28 +88,28 @@ Result<PendingFile, Failure> PendingFile::create(const std::string& path) {
   if (descriptor < 0) return systemFailure(path, errno);
   // Keep the old file's permissions. A failure is ignored: the content is what matters.
   if (exists && ::fchmod(descriptor, existing.st_mode & 0777U) != 0) errno = 0;
-  return PendingFile(target.value(), std::move(temporary), descriptor);
+  return AtomicFile(target.value(), std::move(temporary), descriptor);
 }
 
-PendingFile::PendingFile(PendingFile&& other) noexcept
+AtomicFile::AtomicFile(AtomicFile&& other) noexcept
     : path_(std::move(other.path_)),
       temporary_(std::exchange(other.temporary_, {})),
       descriptor_(std::exchange(other.descriptor_, -1)) {}
 
-PendingFile::~PendingFile() {
+AtomicFile::~AtomicFile() {
   if (descriptor_ >= 0) ::close(descriptor_);
   if (temporary_.empty()) return;
   ::unlink(temporary_.c_str());
   removeAtEarlyEnd(nullptr);
 }
 
-std::optional<Failure> PendingFile::commit() {
+std::optional<Failure> AtomicFile::commit() {
   if (!makeLasting(descriptor_) || !takeName()) return systemFailure(path_, errno);
   makeNameLasting(path_);
   return std::nullopt;
 }
 
-bool PendingFile::takeName() {
+bool AtomicFile::takeName() {
   const SignalsHeld held;
   if (temporary_.empty()) {
     if (nameFile(descriptor_, path_)) return true;

@@ -12,17 +12,17 @@ namespace tolvane::ctl {
 /// until then. It has no name before, so nothing remains if the object is destroyed or the process is killed.
 /// Where the system has no unnamed files, it has a hidden name in the same folder instead; only a killed
 /// process leaves that behind. [not-io]
-class PendingFile {
+class AtomicFile {
  public:
   /// Follows symbolic links: the file that they lead to is replaced or created, and the links stay. Failure:
   /// the folder cannot be written, what `path` names is no regular file, or the links form a loop.
-  [[nodiscard]] static Result<PendingFile, Failure> create(const std::string& path);
+  [[nodiscard]] static Result<AtomicFile, Failure> create(const std::string& path);
 
-  PendingFile(PendingFile&& other) noexcept;
-  PendingFile(const PendingFile&) = delete;
-  PendingFile& operator=(const PendingFile&) = delete;
-  PendingFile& operator=(PendingFile&&) = delete;
-  ~PendingFile();
+  AtomicFile(AtomicFile&& other) noexcept;
+  AtomicFile(const AtomicFile&) = delete;
+  AtomicFile& operator=(const AtomicFile&) = delete;
+  AtomicFile& operator=(AtomicFile&&) = delete;
+  ~AtomicFile();
 
   /// Open for reading and writing. The object owns and closes it.
   [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
@@ -32,7 +32,7 @@ class PendingFile {
   [[nodiscard]] std::optional<Failure> commit();
 
  private:
-  PendingFile(std::string path, std::string temporary, int descriptor)
+  AtomicFile(std::string path, std::string temporary, int descriptor)
       : path_(std::move(path)), temporary_(std::move(temporary)), descriptor_(descriptor) {}
 
   /// Returns false and sets errno on failure.

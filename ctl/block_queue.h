@@ -9,7 +9,7 @@ namespace tolvane::ctl {
 /// A FIFO queue of pointers from one thread to another; it does not own the items. put() never waits for
 /// room: the queue has no limit. [not-io]
 template <class T>
-class HandOver {
+class BlockQueue {
  public:
   void put(T* item) {
     const std::lock_guard lock(mutex_);

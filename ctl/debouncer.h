@@ -8,7 +8,7 @@ namespace tolvane::ctl {
 
 /// Debounces changes: settles 100 ms after the last change, but at most 1 s after the first. A file that an
 /// editor writes in several steps is thus read once. [main-thread]
-class Settling {
+class Debouncer {
  public:
   using Clock = std::chrono::steady_clock;
   using Time = Clock::time_point;

@@ -45,7 +45,7 @@ LiveSession::LiveSession(const RunOptions& options, AudioDeviceInfo device, Patc
   setMeterBank(&bank_);
   if (!options_.watch) return;
   watcher_ = watchFile(patch_.path());
-  fileSettling_.touch(Clock::now());  // the file may have changed between its reading and now
+  fileDebouncer_.touch(Clock::now());  // the file may have changed between its reading and now
 }
 
 LiveSession::~LiveSession() {
@@ -68,10 +68,10 @@ ExitStatus LiveSession::run() {
   if (options_.meters) bank_.meter(routes_);
   while (!ended_) {
     sleep();
-    heedSignals();
-    heedFile();
-    heedDevice();
-    heedScheduling();
+    handleSignals();
+    handleFile();
+    handleDevice();
+    handleScheduling();
     showMeters();
     if (options_.seconds && Clock::now() >= endTime()) ended_ = true;
   }
@@ -100,7 +100,7 @@ LiveSession::Clock::time_point LiveSession::wakeTime() const {
   if (options_.seconds) wake = std::min(wake, endTime());
   wake = std::min(wake, schedulingDue_.value_or(wake));
   if (watcher_) wake = std::min(wake, now + watcher_->askEvery());
-  return std::min(wake, fileSettling_.due().value_or(wake));
+  return std::min(wake, fileDebouncer_.due().value_or(wake));
 }
 
 LiveSession::Clock::time_point LiveSession::endTime() const {
@@ -108,7 +108,7 @@ LiveSession::Clock::time_point LiveSession::endTime() const {
          std::chrono::duration_cast<Clock::duration>(std::chrono::duration<double>(*options_.seconds));
 }
 
-void LiveSession::heedSignals() {
+void LiveSession::handleSignals() {
   while (const auto signal = signals_.next()) {
     if (*signal == SIGHUP) {
       takeOver(patch_.reload());
@@ -118,11 +118,11 @@ void LiveSession::heedSignals() {
   }
 }
 
-void LiveSession::heedFile() {
+void LiveSession::handleFile() {
   if (!watcher_) return;
   const Clock::time_point now = Clock::now();
-  if (watcher_->changed()) fileSettling_.touch(now);
-  if (!fileSettling_.settled(now)) return;
+  if (watcher_->changed()) fileDebouncer_.touch(now);
+  if (!fileDebouncer_.settled(now)) return;
   if (const auto result = patch_.loadIfChanged()) takeOver(*result);
 }
 
@@ -138,7 +138,7 @@ void LiveSession::takeOver(const PatchResult& result) {
   if (const auto note = unheardRoutesNote(patch_.path(), routes_)) messages_.say(*note);
 }
 
-void LiveSession::heedDevice() {
+void LiveSession::handleDevice() {
   if (!deviceTold_) return;
   const bool alive = events_.isAlive();
   if (alive == wasAlive_) return;
@@ -146,7 +146,7 @@ void LiveSession::heedDevice() {
   messages_.say(about(device_.name, alive ? "is back" : "is gone; waiting for it to come back"));
 }
 
-void LiveSession::heedScheduling() {
+void LiveSession::handleScheduling() {
   if (!schedulingDue_ || Clock::now() < *schedulingDue_) return;
   schedulingDue_.reset();
   tellScheduling();

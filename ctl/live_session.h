@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "ctl/debouncer.h"
 #include "ctl/device_events.h"
 #include "ctl/file_watcher.h"
 #include "ctl/io_thread.h"
@@ -12,7 +13,6 @@
 #include "ctl/meter_view.h"
 #include "ctl/patch_source.h"
 #include "ctl/run_command.h"
-#include "ctl/settling.h"
 #include "ctl/signal_pipe.h"
 #include "engine/core_audio_engine.h"
 
@@ -38,10 +38,10 @@ class LiveSession {
   void sleep();
   [[nodiscard]] Clock::time_point wakeTime() const;
   [[nodiscard]] Clock::time_point endTime() const;
-  void heedSignals();
-  void heedFile();
-  void heedDevice();
-  void heedScheduling();
+  void handleSignals();
+  void handleFile();
+  void handleDevice();
+  void handleScheduling();
   /// Reads the IO thread's scheduling, and reports once if it is not real-time.
   void tellScheduling();
   void takeOver(const PatchResult& result);
@@ -59,7 +59,7 @@ class LiveSession {
   CoreAudioEngine engine_;
   DeviceEvents events_;
   std::unique_ptr<FileWatcher> watcher_;  // null: the file is not watched
-  Settling fileSettling_;
+  Debouncer fileDebouncer_;
   std::unique_ptr<MeterView> meters_;  // null: no meters, or not open yet
   MeterPicture picture_;
   Clock::time_point started_;

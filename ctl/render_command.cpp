@@ -2,9 +2,9 @@
 
 #include <csignal>
 
+#include "ctl/atomic_file.h"
 #include "ctl/messages.h"
 #include "ctl/patch_source.h"
-#include "ctl/pending_file.h"
 #include "ctl/render_plan.h"
 #include "ctl/renderer.h"
 #include "ctl/sound_file.h"
@@ -23,9 +23,9 @@ std::optional<Failure> renderFile(const RenderOptions& options, const Routes& ro
   for (const std::string& note : silentRouteNotes(routes, source.channels(), outputs.value())) say(note);
 
   // In this order: the writer is destroyed, and so closed, before its file.
-  auto pending = PendingFile::create(options.outputPath);
+  auto pending = AtomicFile::create(options.outputPath);
   if (!pending) return pending.error();
-  PendingFile file = std::move(pending).value();
+  AtomicFile file = std::move(pending).value();
   auto writer = SoundWriter::create(options.outputPath, file.descriptor(),
                                     {outputs.value(), source.sampleRateHz(), source.frames()});
   if (!writer) return writer.error();

@@ -6,7 +6,7 @@
 #include <memory>
 #include <optional>
 
-#include "ctl/hand_over.h"
+#include "ctl/block_queue.h"
 #include "ctl/offline_router.h"
 #include "ctl/patch_source.h"
 #include "ctl/sound_file.h"
@@ -46,9 +46,9 @@ class Renderer {
   std::size_t cycleFrames_;
   std::size_t blockFrames_;
   std::array<Block, 6> blocks_;  // one in use by each of the three threads, and one in each queue
-  HandOver<Block> empty_;
-  HandOver<Block> read_;
-  HandOver<Block> routed_;
+  BlockQueue<Block> empty_;
+  BlockQueue<Block> read_;
+  BlockQueue<Block> routed_;
   std::optional<Failure> readFailure_;  // belongs to the reading thread until that has ended
 };
 

@@ -66,15 +66,15 @@ class ChannelTable {
   }
 
   /// Whether the buffers ascend in memory and each holds at least `frames` frames.
-  [[nodiscard]] bool isOrderly(std::int64_t frames) const noexcept {
+  [[nodiscard]] bool isAscending(std::int64_t frames) const noexcept {
     return order_.ascends() && shortestFrames_ >= frames;
   }
 
-  /// The memory from the first buffer to the last. Valid only if isOrderly().
+  /// The memory from the first buffer to the last. Valid only if isAscending().
   [[nodiscard]] MemoryRange span() const noexcept { return order_.span(); }
 
   /// Whether every buffer has one channel, a slot and data, and begins at the end of the previous one.
-  [[nodiscard]] bool isSolid() const noexcept {
+  [[nodiscard]] bool isContiguous() const noexcept {
     // A buffer without data lies at address 0. No buffer ends there, so in a list without gaps only the first
     // buffer can be without data.
     return onlyPlanar_ && order_.isGapless() && order_.span().begin != 0;

@@ -4,7 +4,7 @@
 
 #include "core/mix/clear.h"
 #include "core/mix/lane_plan.h"
-#include "core/mix/plain_mixer.h"
+#include "core/mix/reference_mixer.h"
 
 namespace tolvane {
 
@@ -34,10 +34,11 @@ MemoryRange rangeOf(const AudioBuffer& buffer) noexcept {
 void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexcept {
   // Most devices have ascending buffers, and outputs apart from inputs. Only other devices pay for the checks
   // below.
-  const bool isApart = in_.isOrderly(frames_) && out_.isOrderly(frames_) && !overlap(in_.span(), out_.span());
+  const bool isApart =
+      in_.isAscending(frames_) && out_.isAscending(frames_) && !overlap(in_.span(), out_.span());
   if (isApart) {
-    if (out_.isSolid()) {
-      mixSolid(output.mBuffers);
+    if (out_.isContiguous()) {
+      mixContiguous(output.mBuffers);
     } else {
       mixAndClear(output);
     }
@@ -46,7 +47,7 @@ void CyclePlan::run(const AudioBufferList& input, AudioBufferList& output) noexc
     // it.
     clearUnrouted(output);
     if (routedCount_ == 0) return;
-    if (!canReorder(input)) return mixInPlainOrder();
+    if (!canReorder(input)) return mixInReferenceOrder();
     mixRouted();
   }
   if (routedCount_ > 0) mixInTiles(input);
@@ -63,7 +64,7 @@ inline bool CyclePlan::isRouted(const AudioBuffer& buffer, std::int64_t first) c
 
 /// Fills contiguous one-channel buffers. Clears each run of unrouted buffers at once. Buffers that need tiles
 /// go into routed_.
-void CyclePlan::mixSolid(AudioBuffer* buffers) noexcept {
+void CyclePlan::mixContiguous(AudioBuffer* buffers) noexcept {
   const ChannelSlot* const slots = &out_[0];
   const std::int64_t count = out_.channelCount();
   for (std::int64_t channel = 0;; ++channel) {
@@ -134,9 +135,9 @@ bool CyclePlan::sharesMemory() const noexcept {
   return false;
 }
 
-void CyclePlan::mixInPlainOrder() noexcept {
+void CyclePlan::mixInReferenceOrder() noexcept {
   for (std::int32_t b = 0; b < routedCount_; ++b) clearFrom(*routed_[b].buffer, 0);
-  mixPlainly(routes_, out_, frames_);
+  mixReference(routes_, out_, frames_);
 }
 
 /// Mixes the buffers in routed_ and keeps there those that need tiles.

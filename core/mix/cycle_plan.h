@@ -25,14 +25,14 @@ class CyclePlan {
  private:
   [[nodiscard]] bool isRouted(const AudioBuffer& buffer, std::int64_t first) const noexcept;
 
-  void mixSolid(AudioBuffer* buffers) noexcept;
+  void mixContiguous(AudioBuffer* buffers) noexcept;
   void mixAndClear(AudioBufferList& output) noexcept;
   void clearFromTo(const AudioBuffer& first, const AudioBuffer& last) const noexcept;
 
   void clearUnrouted(AudioBufferList& output) noexcept;
   [[nodiscard]] bool canReorder(const AudioBufferList& input) const noexcept;
   [[nodiscard]] bool sharesMemory() const noexcept;
-  void mixInPlainOrder() noexcept;
+  void mixInReferenceOrder() noexcept;
   void mixRouted() noexcept;
 
   [[nodiscard]] bool mixBuffer(AudioBuffer& buffer, std::int64_t first) noexcept;

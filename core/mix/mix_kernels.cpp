@@ -2,17 +2,17 @@
 
 #include <atomic>
 
-#include "core/mix/mix_kernels_forms.h"
+#include "core/mix/mix_kernels_variants.h"
 
 namespace tolvane {
 
 namespace {
 
-// Null until a form is chosen. Every thread would choose the same one, so none has to wait.
+// Null until a variant is chosen. Every thread would choose the same one, so none has to wait.
 constinit std::atomic<const MixKernels*> chosen = nullptr;
 
 #if defined(__x86_64__)
-/// Whether the processor has every instruction set that core/CMakeLists.txt enables for this form.
+/// Whether the processor has every instruction set that core/CMakeLists.txt enables for this variant.
 bool runsAvx512() noexcept {
   return __builtin_cpu_supports("avx512f") != 0 && __builtin_cpu_supports("avx512vl") != 0 &&
          __builtin_cpu_supports("avx512dq") != 0;
@@ -27,24 +27,24 @@ MixKernelList allMixKernels() noexcept {
 #if defined(__x86_64__)
   // Needed before the compiler's own constructors have run.
   __builtin_cpu_init();
-  if (runsAvx512()) all.forms[count++] = &kAvx512MixKernels;
-  if (__builtin_cpu_supports("avx2") != 0) all.forms[count++] = &kAvx2MixKernels;
+  if (runsAvx512()) all.variants[count++] = &kAvx512MixKernels;
+  if (__builtin_cpu_supports("avx2") != 0) all.variants[count++] = &kAvx2MixKernels;
 #endif
-  all.forms[count] = &kBaselineMixKernels;
+  all.variants[count] = &kBaselineMixKernels;
   return all;
 }
 
 const MixKernels& mixKernels() noexcept {
-  const MixKernels* form = chosen.load(std::memory_order_relaxed);
-  if (form == nullptr) {
-    form = allMixKernels().forms[0];
-    chosen.store(form, std::memory_order_relaxed);
+  const MixKernels* variant = chosen.load(std::memory_order_relaxed);
+  if (variant == nullptr) {
+    variant = allMixKernels().variants[0];
+    chosen.store(variant, std::memory_order_relaxed);
   }
-  return *form;
+  return *variant;
 }
 
-void useMixKernels(const MixKernels& form) noexcept {
-  chosen.store(&form, std::memory_order_relaxed);
+void useMixKernels(const MixKernels& variant) noexcept {
+  chosen.store(&variant, std::memory_order_relaxed);
 }
 
 namespace {

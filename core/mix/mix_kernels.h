@@ -1,6 +1,6 @@
 // The loops that move samples, compiled once for each instruction set. The processor decides once which of
-// these forms runs. All forms give the same bits: sums start at positive zero and add the sources in order,
-// and every product and every sum is rounded. There is no fused multiply-add.
+// these variants runs. All variants give the same bits: sums start at positive zero and add the sources in
+// order, and every product and every sum is rounded. There is no fused multiply-add.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 
 namespace tolvane {
 
-/// Floats in the widest vector of any form.
+/// Floats in the widest vector of any variant.
 inline constexpr std::int32_t kMaxVectorFloats = 16;
 
 /// Frames in one row of a tile.
@@ -78,7 +78,7 @@ struct LaneGroup {
   std::int32_t layerCount;
 };
 
-/// One form of the loops. All [io-thread].
+/// One variant of the loops. All [io-thread].
 struct MixKernels {
   const char* name;
   std::int32_t vectorFloats;
@@ -101,19 +101,19 @@ struct MixKernels {
   void (*mixLanes)(const LaneGroup* groups, std::int32_t count, std::int64_t frames) noexcept;
 };
 
-/// The form in use: the fastest that this processor runs. It is chosen before main(), so the IO thread never
-/// chooses. Works before that, too. [any-thread]
+/// The variant in use: the fastest that this processor runs. It is chosen before main(), so the IO thread
+/// never chooses. Works before that, too. [any-thread]
 [[nodiscard]] const MixKernels& mixKernels() noexcept;
 
-/// Uses this form from now on. For tests and benchmarks. [any-thread]
-void useMixKernels(const MixKernels& form) noexcept;
+/// Uses this variant from now on. For tests and benchmarks. [any-thread]
+void useMixKernels(const MixKernels& variant) noexcept;
 
-/// Forms, the fastest first, then null.
+/// Variants, the fastest first, then null.
 struct MixKernelList {
-  const MixKernels* forms[3];
+  const MixKernels* variants[3];
 };
 
-/// All forms that this processor runs. For tests and benchmarks. [any-thread]
+/// All variants that this processor runs. For tests and benchmarks. [any-thread]
 [[nodiscard]] MixKernelList allMixKernels() noexcept;
 
 }  // namespace tolvane

@@ -1,6 +1,6 @@
-// The loops in the form of processors with AVX2: vectors of 8 floats.
-#include "core/mix/mix_kernels_forms.h"
+// The loops for processors with AVX2: vectors of 8 floats.
 #include "core/mix/mix_kernels_impl.h"
+#include "core/mix/mix_kernels_variants.h"
 
 namespace tolvane {
 

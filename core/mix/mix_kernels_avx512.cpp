@@ -1,6 +1,6 @@
-// The loops in the form of processors with AVX512: vectors of 16 floats.
-#include "core/mix/mix_kernels_forms.h"
+// The loops for processors with AVX512: vectors of 16 floats.
 #include "core/mix/mix_kernels_impl.h"
+#include "core/mix/mix_kernels_variants.h"
 
 namespace tolvane {
 

@@ -1,6 +1,6 @@
-// The loops in the form of every processor of the architecture: vectors of 4 floats.
-#include "core/mix/mix_kernels_forms.h"
+// The loops for every processor of the architecture: vectors of 4 floats.
 #include "core/mix/mix_kernels_impl.h"
+#include "core/mix/mix_kernels_variants.h"
 
 namespace tolvane {
 

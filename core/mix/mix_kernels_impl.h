@@ -12,7 +12,7 @@
 namespace tolvane {
 namespace {
 
-/// Evaluated at compile time only: no code of a form may run before the processor is known to have its
+/// Evaluated at compile time only: no code of a variant may run before the processor is known to have its
 /// instructions.
 consteval MixKernels mixKernelsNamed(const char* name) noexcept {
   return {name, kWidth, kLoadsMasked, clear, scalePlanar, mixPlanar, mixTiles, mixLanes};

@@ -1,4 +1,4 @@
-// All forms that are built. mix_kernels.cpp decides which of them runs.
+// All variants that are built. mix_kernels.cpp decides which of them runs.
 #pragma once
 
 #include "core/mix/mix_kernels.h"

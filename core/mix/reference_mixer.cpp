@@ -1,4 +1,4 @@
-#include "core/mix/plain_mixer.h"
+#include "core/mix/reference_mixer.h"
 
 namespace tolvane {
 
@@ -8,7 +8,7 @@ void addRoute(const CycleRoute& route, const ChannelSlot& out, std::int64_t fram
   for (std::int64_t f = 0; f < frames; ++f) out.data[f * outStride] += route.data[f * inStride] * route.gain;
 }
 
-void mixPlainly(const CycleRoutes& routes, const ChannelTable& out, std::int64_t frames) noexcept {
+void mixReference(const CycleRoutes& routes, const ChannelTable& out, std::int64_t frames) noexcept {
   for (std::int32_t i = 0; i < routes.count(); ++i) {
     if (routes[i].data != nullptr) addRoute(routes[i], out[routes[i].dst], frames);
   }

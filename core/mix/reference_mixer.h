@@ -13,6 +13,6 @@ void addRoute(const CycleRoute& route, const ChannelSlot& out, std::int64_t fram
 
 /// Adds one route after the other to the cleared outputs. This order defines the result of a cycle: if
 /// buffers overlap, no other order gives it. [io-thread]
-void mixPlainly(const CycleRoutes& routes, const ChannelTable& out, std::int64_t frames) noexcept;
+void mixReference(const CycleRoutes& routes, const ChannelTable& out, std::int64_t frames) noexcept;
 
 }  // namespace tolvane

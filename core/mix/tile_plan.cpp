@@ -4,7 +4,7 @@
 #include <iterator>
 
 #include "core/mix/clear.h"
-#include "core/mix/plain_mixer.h"
+#include "core/mix/reference_mixer.h"
 
 namespace tolvane {
 

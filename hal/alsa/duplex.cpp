@@ -25,8 +25,8 @@ int Duplex::openStream(const std::string& name, Direction direction, std::unique
 }
 
 int Duplex::inspect(const DuplexWish& wish, DuplexFormat& format) {
-  std::optional<HardwareSpace> capture;
-  std::optional<HardwareSpace> playback;
+  std::optional<HwParams> capture;
+  std::optional<HwParams> playback;
   if (capture_) capture.emplace(alsa_, capture_->pcm());
   if (playback_) playback.emplace(alsa_, playback_->pcm());
   return negotiate(capture ? &*capture : nullptr, playback ? &*playback : nullptr, wish, format);
@@ -35,8 +35,8 @@ int Duplex::inspect(const DuplexWish& wish, DuplexFormat& format) {
 int Duplex::configure(const DuplexWish& wish) {
   if (linked_) alsa_.snd_pcm_unlink(capture_->pcm());
   linked_ = false;
-  std::optional<HardwareSpace> capture;
-  std::optional<HardwareSpace> playback;
+  std::optional<HwParams> capture;
+  std::optional<HwParams> playback;
   if (capture_) capture.emplace(alsa_, capture_->pcm());
   if (playback_) playback.emplace(alsa_, playback_->pcm());
   int error = negotiate(capture ? &*capture : nullptr, playback ? &*playback : nullptr, wish, format_);
@@ -50,7 +50,7 @@ int Duplex::configure(const DuplexWish& wish) {
   return prepare();
 }
 
-int Duplex::install(HardwareSpace& space, PcmStream& stream) const {
+int Duplex::install(HwParams& space, PcmStream& stream) const {
   PcmSetup setup;
   const int error = space.install(format_.periodFrames, kPeriods, setup);
   return error < 0 ? error : stream.adopt(setup);

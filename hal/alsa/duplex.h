@@ -67,7 +67,7 @@ class Duplex {
   explicit Duplex(const Library& alsa) noexcept : alsa_(alsa) {}
 
   int openStream(const std::string& name, Direction direction, std::unique_ptr<PcmStream>& stream);
-  int install(HardwareSpace& space, PcmStream& stream) const;
+  int install(HwParams& space, PcmStream& stream) const;
   void link() noexcept;
   void makePollSet();
   int waitFor(PcmStream& stream, std::size_t first, std::size_t count, int timeoutMs, bool& woken) noexcept;

@@ -1,4 +1,4 @@
-#include "hal/alsa/hardware_space.h"
+#include "hal/alsa/hw_params.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -6,29 +6,28 @@
 
 namespace tolvane::hal::alsa {
 
-HardwareSpace::HardwareSpace(const Library& alsa, snd_pcm_t* pcm)
-    : alsa_(alsa), pcm_(pcm), params_(newParams()) {}
+HwParams::HwParams(const Library& alsa, snd_pcm_t* pcm) : alsa_(alsa), pcm_(pcm), params_(newParams()) {}
 
-HardwareSpace::Params HardwareSpace::newParams() const {
+HwParams::Params HwParams::newParams() const {
   snd_pcm_hw_params_t* params = nullptr;
   if (alsa_.snd_pcm_hw_params_malloc(&params) < 0) throw std::bad_alloc();
   return {params, {&alsa_}};
 }
 
-HardwareSpace::Params HardwareSpace::copy() const {
+HwParams::Params HwParams::copy() const {
   Params params = newParams();
   alsa_.snd_pcm_hw_params_copy(params.get(), params_.get());
   return params;
 }
 
-int HardwareSpace::begin() {
+int HwParams::begin() {
   const int error = alsa_.snd_pcm_hw_params_any(pcm_, params_.get());
   if (error < 0) return error;
   const int accessError = setAccess();
   return accessError < 0 ? accessError : setFormat();
 }
 
-int HardwareSpace::setAccess() {
+int HwParams::setAccess() {
   int error = -EINVAL;
   for (const auto access : {SND_PCM_ACCESS_MMAP_INTERLEAVED, SND_PCM_ACCESS_MMAP_NONINTERLEAVED}) {
     error = alsa_.snd_pcm_hw_params_set_access(pcm_, params_.get(), access);
@@ -37,7 +36,7 @@ int HardwareSpace::setAccess() {
   return error;
 }
 
-int HardwareSpace::setFormat() {
+int HwParams::setFormat() {
   struct Known {
     snd_pcm_format_t theirs;
     SampleFormat ours;
@@ -58,21 +57,21 @@ int HardwareSpace::setFormat() {
   return error;
 }
 
-bool HardwareSpace::takesRate(unsigned rateHz) const {
+bool HwParams::takesRate(unsigned rateHz) const {
   return alsa_.snd_pcm_hw_params_test_rate(pcm_, params_.get(), rateHz, 0) == 0;
 }
 
-unsigned HardwareSpace::nearestRate(unsigned rateHz) const {
+unsigned HwParams::nearestRate(unsigned rateHz) const {
   const Params trial = copy();
   int side = 0;
   return alsa_.snd_pcm_hw_params_set_rate_near(pcm_, trial.get(), &rateHz, &side) < 0 ? 0 : rateHz;
 }
 
-int HardwareSpace::setRate(unsigned rateHz) {
+int HwParams::setRate(unsigned rateHz) {
   return alsa_.snd_pcm_hw_params_set_rate(pcm_, params_.get(), rateHz, 0);
 }
 
-int HardwareSpace::setChannels(unsigned channels) {
+int HwParams::setChannels(unsigned channels) {
   if (channels == 0) {
     int error = alsa_.snd_pcm_hw_params_get_channels_max(params_.get(), &channels);
     if (error < 0) return error;
@@ -85,14 +84,14 @@ int HardwareSpace::setChannels(unsigned channels) {
   return error;
 }
 
-unsigned HardwareSpace::minPeriodFrames() const {
+unsigned HwParams::minPeriodFrames() const {
   snd_pcm_uframes_t frames = 0;
   int side = 0;
   alsa_.snd_pcm_hw_params_get_period_size_min(params_.get(), &frames, &side);
   return static_cast<unsigned>(frames);
 }
 
-unsigned HardwareSpace::maxPeriodFrames() const {
+unsigned HwParams::maxPeriodFrames() const {
   snd_pcm_uframes_t period = 0;
   snd_pcm_uframes_t buffer = 0;
   int side = 0;
@@ -101,11 +100,11 @@ unsigned HardwareSpace::maxPeriodFrames() const {
   return static_cast<unsigned>(std::min(period, buffer / 2));
 }
 
-bool HardwareSpace::takesPeriod(unsigned frames) const {
+bool HwParams::takesPeriod(unsigned frames) const {
   return alsa_.snd_pcm_hw_params_test_period_size(pcm_, params_.get(), frames, 0) == 0;
 }
 
-unsigned HardwareSpace::nearestPeriod(unsigned frames) const {
+unsigned HwParams::nearestPeriod(unsigned frames) const {
   const Params trial = copy();
   snd_pcm_uframes_t nearest = frames;
   int side = 0;
@@ -113,7 +112,7 @@ unsigned HardwareSpace::nearestPeriod(unsigned frames) const {
   return error < 0 ? 0 : static_cast<unsigned>(nearest);
 }
 
-int HardwareSpace::install(unsigned periodFrames, unsigned periods, PcmSetup& setup) {
+int HwParams::install(unsigned periodFrames, unsigned periods, PcmSetup& setup) {
   int side = 0;
   int error = alsa_.snd_pcm_hw_params_set_period_size(pcm_, params_.get(), periodFrames, side);
   if (error < 0) return error;

@@ -16,13 +16,13 @@ struct PcmSetup {
 /// The settings that one PCM can still take, narrowed step by step. Functions that narrow it return 0 or a
 /// negative errno. After a failure of begin() or install() it may be partly narrowed. The PCM must outlive
 /// it. [not-io]
-class HardwareSpace {
+class HwParams {
  public:
   /// Channels beyond this number are not used.
   static constexpr unsigned kMaxChannels = 1024;
 
   /// Throws std::bad_alloc.
-  HardwareSpace(const Library& alsa, snd_pcm_t* pcm);
+  HwParams(const Library& alsa, snd_pcm_t* pcm);
 
   /// Begins with all that the hardware offers by memory-mapped access, interleaved if possible, in the first
   /// format that it has of FLOAT, S32, S24, packed S24, S16. EINVAL if it has none of these.

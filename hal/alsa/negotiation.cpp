@@ -10,7 +10,7 @@ namespace tolvane::hal::alsa {
 
 namespace {
 
-using Spaces = std::vector<HardwareSpace*>;
+using Spaces = std::vector<HwParams*>;
 
 constexpr unsigned kUsualRatesHz[] = {8000,  11025, 16000, 22050, 24000,  32000,  44100,
                                       48000, 64000, 88200, 96000, 176400, 192000, 384000};
@@ -24,8 +24,8 @@ unsigned nearestOfAll(const Spaces& spaces, const std::vector<unsigned>& candida
   const auto distance = [wanted](unsigned value) { return value > wanted ? value - wanted : wanted - value; };
   for (const unsigned candidate : candidates) {
     if (candidate == 0 || (best != 0 && distance(candidate) >= distance(best))) continue;
-    const bool byAll = std::all_of(spaces.begin(), spaces.end(),
-                                   [&](const HardwareSpace* s) { return takes(*s, candidate); });
+    const bool byAll =
+        std::all_of(spaces.begin(), spaces.end(), [&](const HwParams* s) { return takes(*s, candidate); });
     if (byAll) best = candidate;
   }
   return best;
@@ -33,24 +33,24 @@ unsigned nearestOfAll(const Spaces& spaces, const std::vector<unsigned>& candida
 
 unsigned commonRate(const Spaces& spaces) {
   std::vector<unsigned> candidates{kPreferredRateHz};
-  for (const HardwareSpace* space : spaces) candidates.push_back(space->nearestRate(kPreferredRateHz));
+  for (const HwParams* space : spaces) candidates.push_back(space->nearestRate(kPreferredRateHz));
   candidates.insert(candidates.end(), std::begin(kUsualRatesHz), std::end(kUsualRatesHz));
   return nearestOfAll(spaces, candidates, kPreferredRateHz,
-                      [](const HardwareSpace& space, unsigned rate) { return space.takesRate(rate); });
+                      [](const HwParams& space, unsigned rate) { return space.takesRate(rate); });
 }
 
 unsigned commonPeriod(const Spaces& spaces, unsigned wanted) {
   std::vector<unsigned> candidates{wanted};
-  for (const HardwareSpace* space : spaces) candidates.push_back(space->nearestPeriod(wanted));
+  for (const HwParams* space : spaces) candidates.push_back(space->nearestPeriod(wanted));
   for (unsigned frames = 16; frames <= kMaxPeriodFrames; frames *= 2) candidates.push_back(frames);
   candidates.erase(std::remove_if(candidates.begin(), candidates.end(),
                                   [](unsigned frames) { return frames > kMaxPeriodFrames; }),
                    candidates.end());
   return nearestOfAll(spaces, candidates, wanted,
-                      [](const HardwareSpace& space, unsigned frames) { return space.takesPeriod(frames); });
+                      [](const HwParams& space, unsigned frames) { return space.takesPeriod(frames); });
 }
 
-int settle(HardwareSpace& space, unsigned rateHz, unsigned channels, DuplexFormat& format) {
+int settle(HwParams& space, unsigned rateHz, unsigned channels, DuplexFormat& format) {
   const int rateError = space.setRate(rateHz);
   if (rateError < 0) return rateError;
   const int channelError = space.setChannels(channels);
@@ -62,9 +62,9 @@ int settle(HardwareSpace& space, unsigned rateHz, unsigned channels, DuplexForma
 
 }  // namespace
 
-int negotiate(HardwareSpace* capture, HardwareSpace* playback, const DuplexWish& wish, DuplexFormat& format) {
+int negotiate(HwParams* capture, HwParams* playback, const DuplexWish& wish, DuplexFormat& format) {
   Spaces spaces;
-  for (HardwareSpace* const space : {capture, playback}) {
+  for (HwParams* const space : {capture, playback}) {
     if (space == nullptr) continue;
     const int error = space->begin();
     if (error < 0) return error;

@@ -1,7 +1,7 @@
 // What both directions of a card can do together.
 #pragma once
 
-#include "hal/alsa/hardware_space.h"
+#include "hal/alsa/hw_params.h"
 
 namespace tolvane::hal::alsa {
 
@@ -33,6 +33,6 @@ struct DuplexFormat {
 /// that both can do, takes the nearest to kPreferredRateHz, and of the periods the nearest to the one asked
 /// for. It tries the nearest value of each direction and the usual values. Narrows the spaces, except for the
 /// period. Returns 0 or a negative errno: EINVAL if there is nothing that both can do. [not-io]
-int negotiate(HardwareSpace* capture, HardwareSpace* playback, const DuplexWish& wish, DuplexFormat& format);
+int negotiate(HwParams* capture, HwParams* playback, const DuplexWish& wish, DuplexFormat& format);
 
 }  // namespace tolvane::hal::alsa

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "hal/alsa/channel_buffers.h"
-#include "hal/alsa/hardware_space.h"
+#include "hal/alsa/hw_params.h"
 #include "hal/alsa/library.h"
 
 namespace tolvane::hal::alsa {

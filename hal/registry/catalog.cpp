@@ -9,12 +9,12 @@
 namespace tolvane::hal {
 
 void Catalog::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
-  // Desks are never destroyed: their threads go on using them.
-  static auto* const retired = new std::vector<DeskRef>;
+  // Pollers are never destroyed: their threads go on using them.
+  static auto* const retired = new std::vector<PollerRef>;
   const std::lock_guard lock(mutex_);
   for (Source& source : sources_) {
     for (const auto& device : source.devices) device->unlist();
-    retired->push_back(std::move(source.desk));
+    retired->push_back(std::move(source.poller));
   }
   sources_.clear();
   allAsked_ = false;
@@ -23,29 +23,29 @@ void Catalog::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
     // Even asking this driver would make a client on a server that an earlier driver serves.
     const std::string server = driver->server();
     if (!server.empty() && !servers.insert(server).second) continue;
-    sources_.push_back({std::make_shared<DriverDesk>(std::move(driver), onNews_), nullptr, 0, 0, {}});
+    sources_.push_back({std::make_shared<DriverPoller>(std::move(driver), onChange_), nullptr, 0, 0, {}});
   }
 }
 
-std::vector<Catalog::DeskRef> Catalog::desks() const {
+std::vector<Catalog::PollerRef> Catalog::pollers() const {
   const std::lock_guard lock(mutex_);
-  std::vector<DeskRef> desks;
-  desks.reserve(sources_.size());
-  for (const Source& source : sources_) desks.push_back(source.desk);
-  return desks;
+  std::vector<PollerRef> pollers;
+  pollers.reserve(sources_.size());
+  for (const Source& source : sources_) pollers.push_back(source.poller);
+  return pollers;
 }
 
-std::vector<Catalog::DeskRef> Catalog::desksWithNews() const {
+std::vector<Catalog::PollerRef> Catalog::changedPollers() const {
   const std::lock_guard lock(mutex_);
-  std::vector<DeskRef> desks;
+  std::vector<PollerRef> pollers;
   for (const Source& source : sources_) {
-    if (source.desk->news() > source.news) desks.push_back(source.desk);
+    if (source.poller->generation() > source.generation) pollers.push_back(source.poller);
   }
-  return desks;
+  return pollers;
 }
 
 DeviceListing Catalog::askAll() {
-  const auto asked = desks();
+  const auto asked = pollers();
   auto [answers, list] = askThese(asked, allAsked_.exchange(true) ? kAnswerLimit : kFirstAnswerLimit);
   DeviceListing listing{std::move(list), {}};
   for (std::size_t d = 0; d < asked.size(); ++d) {
@@ -55,42 +55,42 @@ DeviceListing Catalog::askAll() {
   return listing;
 }
 
-void Catalog::ask(const DeskRef& desk) {
-  askThese({desk}, kAnswerLimit);
+void Catalog::ask(const PollerRef& poller) {
+  askThese({poller}, kAnswerLimit);
 }
 
-void Catalog::askThoseWithNews() {
-  const auto withNews = desksWithNews();
-  if (!withNews.empty()) askThese(withNews, kAnswerLimit);
+void Catalog::askTheChanged() {
+  const auto changed = changedPollers();
+  if (!changed.empty()) askThese(changed, kAnswerLimit);
 }
 
-Catalog::Asked Catalog::askThese(const std::vector<DeskRef>& desks, std::chrono::milliseconds limit) {
+Catalog::Asked Catalog::askThese(const std::vector<PollerRef>& pollers, std::chrono::milliseconds limit) {
   const auto deadline = Clock::now() + limit;
-  std::vector<DriverDesk::Ticket> tickets;
-  tickets.reserve(desks.size());
-  for (const DeskRef& desk : desks) tickets.push_back(desk->ask());
+  std::vector<DriverPoller::Ticket> tickets;
+  tickets.reserve(pollers.size());
+  for (const PollerRef& poller : pollers) tickets.push_back(poller->ask());
   Asked asked;
-  asked.answers.reserve(desks.size());
-  for (std::size_t d = 0; d < desks.size(); ++d) {
-    asked.answers.push_back(desks[d]->answer(tickets[d], deadline));
+  asked.answers.reserve(pollers.size());
+  for (std::size_t d = 0; d < pollers.size(); ++d) {
+    asked.answers.push_back(pollers[d]->answer(tickets[d], deadline));
   }
   const std::lock_guard lock(mutex_);
-  for (std::size_t d = 0; d < desks.size(); ++d) take(desks[d], tickets[d].call, asked.answers[d]);
+  for (std::size_t d = 0; d < pollers.size(); ++d) take(pollers[d], tickets[d].call, asked.answers[d]);
   relist();
   publishList();
   asked.list = list_;
   return asked;
 }
 
-void Catalog::take(const DeskRef& desk, std::uint64_t call, std::shared_ptr<const DriverAnswer> answer) {
+void Catalog::take(const PollerRef& poller, std::uint64_t call, std::shared_ptr<const DriverAnswer> answer) {
   const auto source =
-      std::find_if(sources_.begin(), sources_.end(), [&](const Source& s) { return s.desk == desk; });
+      std::find_if(sources_.begin(), sources_.end(), [&](const Source& s) { return s.poller == poller; });
   if (source == sources_.end()) return;
   // Another caller has already taken a later answer, or the answer that this call did not wait for.
   if (answer ? answer->number < source->answered : call <= source->answered) return;
   if (answer) {
     source->answered = answer->number;
-    source->news = answer->news;
+    source->generation = answer->generation;
   }
   source->answer = answer && !answer->failure ? std::move(answer) : nullptr;
 }
@@ -129,9 +129,9 @@ void Catalog::listDevice(Source& source, DeviceInfo info) {
   const Clock::time_point askedAt = source.answer->askedAt;
   std::shared_ptr<Device>& device = byUid_[info.uid];
   if (device) {
-    device->list(source.desk, std::move(info), askedAt);
+    device->list(source.poller, std::move(info), askedAt);
   } else {
-    device = std::make_shared<Device>(nextId_++, source.desk, std::move(info), askedAt);
+    device = std::make_shared<Device>(nextId_++, source.poller, std::move(info), askedAt);
     byId_[device->id()] = device;
   }
   source.devices.push_back(device);
@@ -155,9 +155,9 @@ std::shared_ptr<Device> Catalog::device(AudioObjectID id) {
     if (at == byId_.end()) return nullptr;
     found = at->second;
   }
-  const auto withNews = desksWithNews();
-  const DeskRef desk = found->desk();
-  if (std::find(withNews.begin(), withNews.end(), desk) != withNews.end()) ask(desk);
+  const auto changed = changedPollers();
+  const PollerRef poller = found->poller();
+  if (std::find(changed.begin(), changed.end(), poller) != changed.end()) ask(poller);
   return found;
 }
 

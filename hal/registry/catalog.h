@@ -23,8 +23,8 @@ struct DeviceListing {
 /// from 2 on, which is never given to another device. The catalog lives as long as the process.
 class Catalog {
  public:
-  /// `onNews` is passed to every DriverDesk.
-  explicit Catalog(std::function<void()> onNews) : onNews_(std::move(onNews)) {}
+  /// `onChange` is passed to every DriverPoller.
+  explicit Catalog(std::function<void()> onChange) : onChange_(std::move(onChange)) {}
 
   /// Replaces the drivers: from now on lists the devices of these, in this order. The previous drivers stay
   /// alive but are not asked again. A driver is left out if an earlier one reaches the same server. [not-io]
@@ -40,9 +40,9 @@ class Catalog {
   /// [not-io]
   DeviceListing askAll();
   /// Asks one driver. [not-io]
-  void ask(const std::shared_ptr<DriverDesk>& desk);
+  void ask(const std::shared_ptr<DriverPoller>& poller);
   /// Asks the drivers that reported a change since their last answer. [not-io]
-  void askThoseWithNews();
+  void askTheChanged();
 
   /// The device with this identifier; null if there is none. If the driver has reported a change, asks it
   /// first, so that the device is up to date. [not-io]
@@ -53,29 +53,29 @@ class Catalog {
   bool takeListChange();
 
  private:
-  using DeskRef = std::shared_ptr<DriverDesk>;
+  using PollerRef = std::shared_ptr<DriverPoller>;
   struct Source {
-    DeskRef desk;
+    PollerRef poller;
     std::shared_ptr<const DriverAnswer> answer;  // null if the driver did not answer in time, or failed
     std::uint64_t answered = 0;                  // number of its last answer
-    std::uint64_t news = 0;                      // news that this answer includes
+    std::uint64_t generation = 0;                // generation that this answer includes
     std::vector<std::shared_ptr<Device>> devices;
   };
 
-  [[nodiscard]] std::vector<DeskRef> desks() const;
-  [[nodiscard]] std::vector<DeskRef> desksWithNews() const;
+  [[nodiscard]] std::vector<PollerRef> pollers() const;
+  [[nodiscard]] std::vector<PollerRef> changedPollers() const;
   struct Asked {
-    std::vector<std::shared_ptr<const DriverAnswer>> answers;  // in the desks' order; null if not in time
+    std::vector<std::shared_ptr<const DriverAnswer>> answers;  // in the pollers' order; null if not in time
     std::vector<AudioObjectID> list;                           // the whole list, including these answers
   };
-  Asked askThese(const std::vector<DeskRef>& desks, std::chrono::milliseconds limit);
-  void take(const DeskRef& desk, std::uint64_t call, std::shared_ptr<const DriverAnswer> answer);
+  Asked askThese(const std::vector<PollerRef>& pollers, std::chrono::milliseconds limit);
+  void take(const PollerRef& poller, std::uint64_t call, std::shared_ptr<const DriverAnswer> answer);
   void relist();
   void listDevices(Source& source, ListedAlready& listed);
   void listDevice(Source& source, DeviceInfo info);
   void publishList();
 
-  const std::function<void()> onNews_;
+  const std::function<void()> onChange_;
   mutable std::mutex mutex_;  // never held while waiting for a driver
   std::vector<Source> sources_;
   std::map<std::string, std::shared_ptr<Device>> byUid_;

@@ -4,13 +4,13 @@
 
 namespace tolvane::hal {
 
-Device::Device(AudioObjectID id, std::shared_ptr<DriverDesk> desk, DeviceInfo info,
+Device::Device(AudioObjectID id, std::shared_ptr<DriverPoller> poller, DeviceInfo info,
                Clock::time_point listedAt)
-    : id_(id), desk_(std::move(desk)), info_(std::move(info)), listedAt_(listedAt), published_{info_} {}
+    : id_(id), poller_(std::move(poller)), info_(std::move(info)), listedAt_(listedAt), published_{info_} {}
 
-void Device::list(std::shared_ptr<DriverDesk> desk, DeviceInfo info, Clock::time_point listedAt) {
+void Device::list(std::shared_ptr<DriverPoller> poller, DeviceInfo info, Clock::time_point listedAt) {
   const std::lock_guard lock(mutex_);
-  desk_ = std::move(desk);
+  poller_ = std::move(poller);
   relisted_ = relisted_ || info != info_;
   info_ = std::move(info);
   listedAt_ = listedAt;
@@ -26,9 +26,9 @@ DeviceInfo Device::info() const {
   return info_;
 }
 
-std::shared_ptr<DriverDesk> Device::desk() const {
+std::shared_ptr<DriverPoller> Device::poller() const {
   const std::lock_guard lock(mutex_);
-  return desk_;
+  return poller_;
 }
 
 std::optional<Clock::time_point> Device::listedAt() const {

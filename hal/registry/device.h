@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-#include "hal/registry/driver_desk.h"
+#include "hal/registry/driver_poller.h"
 
 namespace tolvane::hal {
 
@@ -15,16 +15,16 @@ namespace tolvane::hal {
 /// running sessions report now. A device is never deleted, so its object identifier stays its own.
 class Device {
  public:
-  Device(AudioObjectID id, std::shared_ptr<DriverDesk> desk, DeviceInfo info, Clock::time_point listedAt);
+  Device(AudioObjectID id, std::shared_ptr<DriverPoller> poller, DeviceInfo info, Clock::time_point listedAt);
 
   [[nodiscard]] AudioObjectID id() const noexcept { return id_; }
 
   // Updates from device lists. [not-io]
-  void list(std::shared_ptr<DriverDesk> desk, DeviceInfo info, Clock::time_point listedAt);
+  void list(std::shared_ptr<DriverPoller> poller, DeviceInfo info, Clock::time_point listedAt);
   void unlist();
   /// The driver's last report, even if the device is gone.
   [[nodiscard]] DeviceInfo info() const;
-  [[nodiscard]] std::shared_ptr<DriverDesk> desk() const;
+  [[nodiscard]] std::shared_ptr<DriverPoller> poller() const;
   /// The time at which the driver was asked for its last answer; none if that answer did not name the device.
   [[nodiscard]] std::optional<Clock::time_point> listedAt() const;
 
@@ -60,7 +60,7 @@ class Device {
   std::atomic<std::uint32_t> overloads_{0};
 
   mutable std::mutex mutex_;
-  std::shared_ptr<DriverDesk> desk_;
+  std::shared_ptr<DriverPoller> poller_;
   DeviceInfo info_;
   std::optional<Clock::time_point> listedAt_;
   Published published_;

@@ -1,4 +1,4 @@
-#include "hal/registry/driver_desk.h"
+#include "hal/registry/driver_poller.h"
 
 #include <system_error>
 #include <thread>
@@ -15,10 +15,10 @@ constexpr std::chrono::milliseconds kSilenceInterval{20};
 
 }  // namespace
 
-DriverDesk::DriverDesk(std::unique_ptr<Driver> driver, std::function<void()> onNews)
-    : driver_(std::move(driver)), onNews_(std::move(onNews)) {}
+DriverPoller::DriverPoller(std::unique_ptr<Driver> driver, std::function<void()> onChange)
+    : driver_(std::move(driver)), onChange_(std::move(onChange)) {}
 
-DriverDesk::Ticket DriverDesk::ask() {
+DriverPoller::Ticket DriverPoller::ask() {
   const std::lock_guard lock(mutex_);
   if (std::exchange(lateAnswer_, false)) return {done_, 0};
   if (overdue_) return {begun_, 0, true};
@@ -27,7 +27,7 @@ DriverDesk::Ticket DriverDesk::ask() {
   if (!working_) {
     DriverAnswer none;
     none.number = done_ = ++begun_;
-    none.news = news_.load();
+    none.generation = generation_.load();
     none.failure = std::make_exception_ptr(noThreadLeft());
     answer_ = std::make_shared<const DriverAnswer>(std::move(none));
   }
@@ -35,7 +35,7 @@ DriverDesk::Ticket DriverDesk::ask() {
   return {wanted_, calling() ? begun_ : 0};
 }
 
-std::shared_ptr<const DriverAnswer> DriverDesk::answer(const Ticket& ticket, Clock::time_point deadline) {
+std::shared_ptr<const DriverAnswer> DriverPoller::answer(const Ticket& ticket, Clock::time_point deadline) {
   std::unique_lock lock(mutex_);
   const auto isDone = [&] { return done_ >= ticket.call; };
   if (ticket.isOverdue ? isDone() : changed_.wait_until(lock, deadline, isDone)) return answer_;
@@ -43,17 +43,17 @@ std::shared_ptr<const DriverAnswer> DriverDesk::answer(const Ticket& ticket, Clo
   return ticket.underWay != 0 && done_ >= ticket.underWay ? answer_ : nullptr;
 }
 
-bool DriverDesk::overdue() const {
+bool DriverPoller::overdue() const {
   const std::lock_guard lock(mutex_);
   return overdue_;
 }
 
-void DriverDesk::devicesChanged(Driver& /*driver*/) noexcept {
-  news_.fetch_add(1);
-  onNews_();
+void DriverPoller::devicesChanged(Driver& /*driver*/) noexcept {
+  generation_.fetch_add(1);
+  onChange_();
 }
 
-void DriverDesk::work() {
+void DriverPoller::work() {
   for (;;) {
     std::unique_lock lock(mutex_);
     changed_.wait(lock, [this] { return done_ < wanted_; });
@@ -71,19 +71,19 @@ void DriverDesk::work() {
   }
 }
 
-void DriverDesk::callDriver(DriverAnswer& answer) {
+void DriverPoller::callDriver(DriverAnswer& answer) {
   if (!observes_) notifies_.store(driver_->setObserver(*this));
   observes_ = true;
   for (bool isAgain = false;; isAgain = true) {
     if (isAgain) std::this_thread::sleep_for(kSilenceInterval);
-    answer.news = news_.load();
+    answer.generation = generation_.load();
     answer.askedAt = Clock::now();
     answer.devices = driver_->devices();
     if (!driver_->awaitsServer()) break;
   }
 }
 
-void DriverDesk::finish(DriverAnswer answer) {
+void DriverPoller::finish(DriverAnswer answer) {
   bool late = false;
   {
     const std::lock_guard lock(mutex_);

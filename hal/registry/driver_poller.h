@@ -19,19 +19,19 @@ using Clock = std::chrono::steady_clock;
 
 /// One answer of a driver.
 struct DriverAnswer {
-  std::uint64_t number = 0;  // of the call, from 1
-  std::uint64_t news = 0;    // news count when the driver was called
+  std::uint64_t number = 0;      // of the call, from 1
+  std::uint64_t generation = 0;  // generation when the driver was called
   Clock::time_point askedAt;
   std::vector<DeviceInfo> devices;
   std::exception_ptr failure;  // if set, the call failed with this exception
 };
 
-/// Calls the driver on a thread of its own, one call at a time. A desk lives as long as the process.
-class DriverDesk final : public DeviceObserver {
+/// Calls the driver on a thread of its own, one call at a time. A poller lives as long as the process.
+class DriverPoller final : public DeviceObserver {
  public:
-  /// `onNews` is called when asking again would give something new: the driver reported a change, or an
+  /// `onChange` is called when asking again would give something new: the driver reported a change, or an
   /// overdue call has ended. Called on any thread except an IO thread.
-  DriverDesk(std::unique_ptr<Driver> driver, std::function<void()> onNews);
+  DriverPoller(std::unique_ptr<Driver> driver, std::function<void()> onChange);
 
   [[nodiscard]] Driver& driver() const noexcept { return *driver_; }
 
@@ -53,7 +53,7 @@ class DriverDesk final : public DeviceObserver {
   std::shared_ptr<const DriverAnswer> answer(const Ticket& ticket, Clock::time_point deadline);
 
   /// The number of changes reported so far. [any-thread]
-  [[nodiscard]] std::uint64_t news() const noexcept { return news_.load(); }
+  [[nodiscard]] std::uint64_t generation() const noexcept { return generation_.load(); }
 
   /// True if a caller has given up waiting for a call that has not ended yet. [not-io]
   [[nodiscard]] bool overdue() const;
@@ -70,8 +70,8 @@ class DriverDesk final : public DeviceObserver {
   void finish(DriverAnswer answer);
 
   const std::unique_ptr<Driver> driver_;
-  const std::function<void()> onNews_;
-  std::atomic<std::uint64_t> news_{0};
+  const std::function<void()> onChange_;
+  std::atomic<std::uint64_t> generation_{0};
   std::atomic<bool> notifies_{false};
 
   mutable std::mutex mutex_;  // never held while the driver is called

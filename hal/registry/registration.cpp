@@ -31,7 +31,7 @@ OSStatus Registration::start() {
     const std::lock_guard lock(mutex_);
     if (wanted_) return noErr;
     if (!device_->listedAt()) {
-      return device_->desk()->overdue() ? kAudioHardwareNotReadyError : kAudioHardwareBadDeviceError;
+      return device_->poller()->overdue() ? kAudioHardwareNotReadyError : kAudioHardwareBadDeviceError;
     }
     wanted_ = starting_ = true;
     lostAt_.reset();

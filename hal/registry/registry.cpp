@@ -69,9 +69,9 @@ OSStatus Registry::setBufferFrames(const std::shared_ptr<Device>& device, std::u
     std::optional<OSStatus> status;
   };
   const auto outcome = std::make_shared<Outcome>();
-  const auto desk = device->desk();
-  const bool isAsked = runDetached("tolvane-set", [outcome, desk, info = device->info(), frames] {
-    const OSStatus status = orExhausted([&] { return desk->driver().setBufferFrames(info, frames); });
+  const auto poller = device->poller();
+  const bool isAsked = runDetached("tolvane-set", [outcome, poller, info = device->info(), frames] {
+    const OSStatus status = orExhausted([&] { return poller->driver().setBufferFrames(info, frames); });
     const std::lock_guard lock(outcome->mutex);
     outcome->status = status;
     outcome->done.notify_all();
@@ -81,7 +81,7 @@ OSStatus Registry::setBufferFrames(const std::shared_ptr<Device>& device, std::u
   if (!outcome->done.wait_for(lock, kSetLimit, [&] { return outcome->status.has_value(); })) {
     return kAudioHardwareNotReadyError;
   }
-  if (*outcome->status == noErr) catalog_.ask(desk);
+  if (*outcome->status == noErr) catalog_.ask(poller);
   publishChanges();
   return *outcome->status;
 }

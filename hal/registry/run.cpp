@@ -46,7 +46,7 @@ void Run::begin() {
 void Run::startSession() {
   StartResult result;
   result.status = orExhausted([&] {
-    result = device_->desk()->driver().start(actual_, *this);
+    result = device_->poller()->driver().start(actual_, *this);
     return result.status;
   });
   if (result.status == noErr && !result.session) result.status = kAudioHardwareUnspecifiedError;

@@ -30,8 +30,8 @@ bool Registry::beSupervised() {
   return supervised_;
 }
 
-/// If the thread cannot be made, nothing is started either; news then waits for the next list or the next
-/// start.
+/// If the thread cannot be made, nothing is started either; the change then waits for the next list or the
+/// next start.
 void Registry::wake() {
   beSupervised();
   {
@@ -61,7 +61,7 @@ void Registry::supervise() {
 
 /// Returns true if anything is started; the caller then repeats this soon.
 bool Registry::superviseOnce(Clock::time_point now) {
-  catalog_.askThoseWithNews();
+  catalog_.askTheChanged();
   std::vector<RegistrationRef> started;
   for (const RegistrationRef& registration : registrations()) {
     if (registration->presence() != Registration::Presence::idle) started.push_back(registration);
@@ -77,7 +77,7 @@ void Registry::askAfterLost(const std::vector<RegistrationRef>& registrations, C
   for (const RegistrationRef& registration : registrations) {
     if (registration->presence() != Registration::Presence::lost) continue;
     lastAskedAfterLost_ = now;
-    catalog_.ask(registration->device()->desk());
+    catalog_.ask(registration->device()->poller());
   }
 }
 

@@ -1,5 +1,5 @@
 // Atomic files, on file systems with and without unnamed files.
-#include "ctl/pending_file.h"
+#include "ctl/atomic_file.h"
 
 #include <cerrno>
 #include <cstddef>
@@ -41,13 +41,13 @@ void refuseUnnamedFiles() {
     std::abort();
 }
 
-PendingFile begun(const std::string& path, const std::string& text) {
-  auto pending = PendingFile::create(path);
+AtomicFile begun(const std::string& path, const std::string& text) {
+  auto pending = AtomicFile::create(path);
   if (!pending || ::write(pending.value().descriptor(), text.data(), text.size()) < 0) std::abort();
   return std::move(pending).value();
 }
 
-class PendingFileTest : public testing::Test {
+class AtomicFileTest : public testing::Test {
  protected:
   /// Runs `body` in its own process, without unnamed files.
   template <class Body>
@@ -63,34 +63,34 @@ class PendingFileTest : public testing::Test {
   TemporaryFolder folder_;
 };
 
-TEST_F(PendingFileTest, HasNoNameUntilItIsWhole) {
-  PendingFile file = begun(folder_ / "new", "text");
+TEST_F(AtomicFileTest, HasNoNameUntilItIsWhole) {
+  AtomicFile file = begun(folder_ / "new", "text");
   EXPECT_THAT(folder_.names(), IsEmpty());
   EXPECT_FALSE(file.commit());
   EXPECT_THAT(folder_.names(), ElementsAre("new"));
   EXPECT_EQ(readBytes(folder_ / "new"), "text");
 }
 
-TEST_F(PendingFileTest, TakesThePlaceOfTheOldOneAndLeavesNothingElse) {
+TEST_F(AtomicFileTest, TakesThePlaceOfTheOldOneAndLeavesNothingElse) {
   writeText(folder_ / "old", "before");
-  PendingFile file = begun(folder_ / "old", "after");
+  AtomicFile file = begun(folder_ / "old", "after");
   EXPECT_EQ(readBytes(folder_ / "old"), "before");
   EXPECT_FALSE(file.commit());
   EXPECT_THAT(folder_.names(), ElementsAre("old"));
   EXPECT_EQ(readBytes(folder_ / "old"), "after");
 }
 
-TEST_F(PendingFileTest, TakesThePlaceOfOneThatCameMeanwhile) {
-  PendingFile file = begun(folder_ / "name", "ours");
+TEST_F(AtomicFileTest, TakesThePlaceOfOneThatCameMeanwhile) {
+  AtomicFile file = begun(folder_ / "name", "ours");
   writeText(folder_ / "name", "theirs");
   EXPECT_FALSE(file.commit());
   EXPECT_THAT(folder_.names(), ElementsAre("name"));
   EXPECT_EQ(readBytes(folder_ / "name"), "ours");
 }
 
-TEST_F(PendingFileTest, LeavesNothingWhenItCannotTakeItsPlace) {
+TEST_F(AtomicFileTest, LeavesNothingWhenItCannotTakeItsPlace) {
   {
-    PendingFile file = begun(folder_ / "name", "ours");
+    AtomicFile file = begun(folder_ / "name", "ours");
     ASSERT_EQ(::mkdir((folder_ / "name").c_str(), 0700), 0);
     const auto failure = file.commit();
     ASSERT_TRUE(failure.has_value());
@@ -99,15 +99,15 @@ TEST_F(PendingFileTest, LeavesNothingWhenItCannotTakeItsPlace) {
   EXPECT_THAT(folder_.names(), ElementsAre("name"));
 }
 
-TEST_F(PendingFileTest, LeavesNothingWhenItIsGivenUp) {
+TEST_F(AtomicFileTest, LeavesNothingWhenItIsGivenUp) {
   static_cast<void>(begun(folder_ / "name", "ours"));
   EXPECT_THAT(folder_.names(), IsEmpty());
 }
 
-TEST_F(PendingFileTest, WithAHiddenNameTakesAPlaceAndLeavesNothingElse) {
+TEST_F(AtomicFileTest, WithAHiddenNameTakesAPlaceAndLeavesNothingElse) {
   withNamedFiles([this] {
     writeText(folder_ / "old", "before");
-    PendingFile file = begun(folder_ / "old", "after");
+    AtomicFile file = begun(folder_ / "old", "after");
     EXPECT_EQ(folder_.names().size(), 2U);
     EXPECT_EQ(folder_.names()[0].substr(0, 12), ".tolvanectl-");
     EXPECT_EQ(readBytes(folder_ / "old"), "before");
@@ -117,17 +117,17 @@ TEST_F(PendingFileTest, WithAHiddenNameTakesAPlaceAndLeavesNothingElse) {
   });
 }
 
-TEST_F(PendingFileTest, WithAHiddenNameIsGoneWhenItIsGivenUp) {
+TEST_F(AtomicFileTest, WithAHiddenNameIsGoneWhenItIsGivenUp) {
   withNamedFiles([this] {
     static_cast<void>(begun(folder_ / "name", "ours"));
     EXPECT_THAT(folder_.names(), IsEmpty());
   });
 }
 
-TEST_F(PendingFileTest, WithHiddenNamesTwoAreNotInEachOthersWay) {
+TEST_F(AtomicFileTest, WithHiddenNamesTwoAreNotInEachOthersWay) {
   withNamedFiles([this] {
-    PendingFile one = begun(folder_ / "name", "one");
-    PendingFile other = begun(folder_ / "name", "other");
+    AtomicFile one = begun(folder_ / "name", "one");
+    AtomicFile other = begun(folder_ / "name", "other");
     EXPECT_FALSE(one.commit());
     EXPECT_FALSE(other.commit());
     EXPECT_EQ(readBytes(folder_ / "name"), "other");

@@ -1,4 +1,4 @@
-#include "ctl/settling.h"
+#include "ctl/debouncer.h"
 
 #include <gtest/gtest.h>
 
@@ -7,32 +7,32 @@ namespace {
 
 using std::chrono::milliseconds;
 
-TEST(Settling, IsNotDueUntouched) {
-  Settling settling;
-  EXPECT_FALSE(settling.due());
-  EXPECT_FALSE(settling.settled(Settling::Time{}));
+TEST(Debouncer, IsNotDueUntouched) {
+  Debouncer debouncer;
+  EXPECT_FALSE(debouncer.due());
+  EXPECT_FALSE(debouncer.settled(Debouncer::Time{}));
 }
 
-TEST(Settling, SettlesOnceAfterAQuietMoment) {
-  const Settling::Time start{};
-  Settling settling;
-  settling.touch(start);
-  settling.touch(start + milliseconds(80));
-  EXPECT_FALSE(settling.settled(start + milliseconds(179)));
-  EXPECT_TRUE(settling.settled(start + milliseconds(180)));
-  EXPECT_FALSE(settling.settled(start + milliseconds(500)));
+TEST(Debouncer, SettlesOnceAfterAQuietMoment) {
+  const Debouncer::Time start{};
+  Debouncer debouncer;
+  debouncer.touch(start);
+  debouncer.touch(start + milliseconds(80));
+  EXPECT_FALSE(debouncer.settled(start + milliseconds(179)));
+  EXPECT_TRUE(debouncer.settled(start + milliseconds(180)));
+  EXPECT_FALSE(debouncer.settled(start + milliseconds(500)));
 }
 
-TEST(Settling, DoesNotWaitForEver) {
-  const Settling::Time start{};
-  Settling settling;
+TEST(Debouncer, DoesNotWaitForEver) {
+  const Debouncer::Time start{};
+  Debouncer debouncer;
   milliseconds at{0};
   for (; at < milliseconds(1000); at += milliseconds(50)) {
-    settling.touch(start + at);
-    EXPECT_FALSE(settling.settled(start + at)) << at.count();
+    debouncer.touch(start + at);
+    EXPECT_FALSE(debouncer.settled(start + at)) << at.count();
   }
-  settling.touch(start + at);
-  EXPECT_TRUE(settling.settled(start + at));
+  debouncer.touch(start + at);
+  EXPECT_TRUE(debouncer.settled(start + at));
 }
 
 }  // namespace

@@ -20,7 +20,8 @@ float roundedSum(float a, float b) {
 }
 
 /// The reference: adds route by route in order; each output starts at positive zero.
-std::vector<float> plainLoop(const Sound& input, const std::vector<PatchConnection>& routes, int outputs) {
+std::vector<float> referenceLoop(const Sound& input, const std::vector<PatchConnection>& routes,
+                                 int outputs) {
   std::vector<float> result(input.frames() * static_cast<std::size_t>(outputs), 0.0F);
   int sounding = 0;
   for (const PatchConnection& route : routes) {
@@ -98,7 +99,7 @@ TEST_P(RenderBits, AreThoseOfThePlainLoopAtEveryBufferSize) {
     const Case made = randomCase(seed);
     writeSound(folder / "in.wav", made.input);
     writePatch(folder / "patch.json", made.routes);
-    const auto expected = bitsOf(plainLoop(made.input, made.routes, made.outputs));
+    const auto expected = bitsOf(referenceLoop(made.input, made.routes, made.outputs));
     std::string firstFile;
     for (const char* buffer : {"1", "7", "64", "512", "4096"}) {
       const Finished run =

@@ -1,4 +1,4 @@
-// Which form of the mixing loops is chosen, and when.
+// Which variant of the mixing loops is chosen, and when.
 #include <algorithm>
 #include <string>
 #include <vector>
@@ -22,22 +22,22 @@ namespace tolvane::test {
 namespace {
 
 struct Choice {
-  const MixKernels* form = &mixKernels();
+  const MixKernels* variant = &mixKernels();
 };
 
 // Constructed before the objects of any other file.
 [[gnu::init_priority(101)]] const Choice earlyChoice;
 
 TEST(KernelChoice, IsTheSameBeforeAnyFilesConstructors) {
-  ASSERT_NE(earlyChoice.form, nullptr);
-  EXPECT_EQ(earlyChoice.form, allMixKernels().forms[0]);
+  ASSERT_NE(earlyChoice.variant, nullptr);
+  EXPECT_EQ(earlyChoice.variant, allMixKernels().variants[0]);
 }
 
 #if defined(__x86_64__)
-std::vector<std::string> namesOfForms() {
+std::vector<std::string> variantNames() {
   std::vector<std::string> names;
-  for (const MixKernels* form : allMixKernels().forms) {
-    if (form != nullptr) names.emplace_back(form->name);
+  for (const MixKernels* variant : allMixKernels().variants) {
+    if (variant != nullptr) names.emplace_back(variant->name);
   }
   return names;
 }
@@ -52,10 +52,10 @@ TEST(KernelChoice, Avx512NeedsEveryFeatureThatItIsCompiledFor) {
   constexpr unsigned kAvx512Features[] = {15, 20, 22};  // F, VL, DQ
   const unsigned found = __cpu_model.features[0];
   for (const unsigned feature : kAvx512Features) pretend(feature, true);
-  EXPECT_THAT(namesOfForms(), testing::Contains("avx512"));
+  EXPECT_THAT(variantNames(), testing::Contains("avx512"));
   for (const unsigned feature : kAvx512Features) {
     pretend(feature, false);
-    EXPECT_THAT(namesOfForms(), testing::Not(testing::Contains("avx512"))) << feature;
+    EXPECT_THAT(variantNames(), testing::Not(testing::Contains("avx512"))) << feature;
     pretend(feature, true);
   }
   __cpu_model.features[0] = found;

@@ -1,4 +1,4 @@
-#include "kernel_forms.h"
+#include "kernel_variants.h"
 
 #include <cstring>
 
@@ -6,19 +6,19 @@ namespace tolvane::test {
 
 extern const MixKernels kWideMixKernels;
 
-std::vector<const MixKernels*> everyForm() {
+std::vector<const MixKernels*> everyVariant() {
   std::vector<const MixKernels*> all;
-  for (const MixKernels* form : allMixKernels().forms) {
-    if (form != nullptr) all.push_back(form);
+  for (const MixKernels* variant : allMixKernels().variants) {
+    if (variant != nullptr) all.push_back(variant);
   }
   all.push_back(&kWideMixKernels);
   return all;
 }
 
-void KernelForms::expectPlainBits(RoutesInMemory cycle) {
+void KernelVariants::expectReferenceBits(RoutesInMemory cycle) {
   RoutesInMemory plain = cycle;
   cycle.mix(*GetParam());
-  plain.mixInPlainOrder();
+  plain.mixInReferenceOrder();
   const std::size_t bytes = plain.memory().size() * sizeof(float);
   EXPECT_EQ(std::memcmp(cycle.memory().data(), plain.memory().data(), bytes), 0);
 }

@@ -10,19 +10,20 @@
 
 namespace tolvane::test {
 
-/// Every form that this processor runs, and one whose widest vectors are emulated with the processor's own.
-std::vector<const MixKernels*> everyForm();
+/// Every variant that this processor runs, and one whose widest vectors are emulated with the processor's
+/// own.
+std::vector<const MixKernels*> everyVariant();
 
-inline std::string formName(const testing::TestParamInfo<const MixKernels*>& form) {
-  return form.param->name;
+inline std::string variantName(const testing::TestParamInfo<const MixKernels*>& variant) {
+  return variant.param->name;
 }
 
-/// A test that runs once for each form of the mixing loops.
-class KernelForms : public testing::TestWithParam<const MixKernels*> {
+/// A test that runs once for each variant of the mixing loops.
+class KernelVariants : public testing::TestWithParam<const MixKernels*> {
  protected:
-  /// Mixes the same cycle with this form and in the plain order, in two copies of the memory, and compares
-  /// all of it.
-  static void expectPlainBits(RoutesInMemory cycle);
+  /// Mixes the same cycle with this variant and in the reference order, in two copies of the memory, and
+  /// compares all of it.
+  static void expectReferenceBits(RoutesInMemory cycle);
 };
 
 }  // namespace tolvane::test

@@ -1,5 +1,6 @@
 // Mixing from interleaved inputs to interleaved outputs, a vector of channels at once. Whatever the pattern
-// of the routes, the bits are those of the plain order, and nothing outside the buffers is read or written.
+// of the routes, the bits are those of the reference order, and nothing outside the buffers is read or
+// written.
 #include <cmath>
 #include <cstdint>
 #include <random>
@@ -7,13 +8,13 @@
 
 #include "core/mix/channel_table.h"
 #include "core/mix/route_mixer.h"
-#include "kernel_forms.h"
+#include "kernel_variants.h"
 
 namespace tolvane::test {
 namespace {
 
-class Lanes : public KernelForms {};
-INSTANTIATE_TEST_SUITE_P(All, Lanes, testing::ValuesIn(everyForm()), formName);
+class Lanes : public KernelVariants {};
+INSTANTIATE_TEST_SUITE_P(All, Lanes, testing::ValuesIn(everyVariant()), variantName);
 
 std::int32_t wrapped(std::int32_t channel, std::int32_t channels) {
   return (channel % channels + channels) % channels;
@@ -27,7 +28,7 @@ TEST_P(Lanes, EveryShift) {
       const auto width = static_cast<std::uint32_t>(channels);
       RoutesInMemory cycle(37, {width}, {width});
       for (std::int32_t c = 0; c < channels; ++c) cycle.route(wrapped(c + shift, channels), c, 0.7F);
-      expectPlainBits(cycle);
+      expectReferenceBits(cycle);
     }
   }
 }
@@ -41,8 +42,8 @@ TEST_P(Lanes, InputsInReverseAndOneInputEverywhere) {
       reversed.route(channels - 1 - c, c, -0.3F);
       one.route(5, c, 1.0F);
     }
-    expectPlainBits(reversed);
-    expectPlainBits(one);
+    expectReferenceBits(reversed);
+    expectReferenceBits(one);
   }
 }
 
@@ -54,7 +55,7 @@ TEST_P(Lanes, SeveralRoutesIntoEachOutput) {
     RoutesInMemory cycle(frames, {18}, {20});
     for (std::int32_t k = 0; k < kMaxPatchEntries; ++k)
       cycle.route(k % 18, k % 20, k % 5 == 0 ? 1.0F : 0.1F * static_cast<float>(k - 30));
-    expectPlainBits(cycle);
+    expectReferenceBits(cycle);
   }
 }
 
@@ -64,7 +65,7 @@ TEST_P(Lanes, FromSeveralBuffersOfSeveralWidths) {
     const auto inputs = static_cast<std::int32_t>(16 + second);
     RoutesInMemory cycle(50, {16, second}, {24, 2, 17});
     for (std::int32_t k = 0; k < kMaxPatchEntries; ++k) cycle.route((k + 7) % inputs, k % 43, 0.9F);
-    expectPlainBits(cycle);
+    expectReferenceBits(cycle);
   }
 }
 
@@ -73,7 +74,7 @@ TEST_P(Lanes, OutputsThatNothingGoesTo) {
   for (std::int32_t count = 1; count < 24; ++count) {
     RoutesInMemory cycle(33, {32}, {64});
     for (std::int32_t k = 0; k < count; ++k) cycle.route(k, 20 + k, 0.4F);
-    expectPlainBits(cycle);
+    expectReferenceBits(cycle);
   }
 }
 
@@ -95,7 +96,7 @@ TEST_P(Lanes, NoNumbersAndInfinitiesStayInTheirLanes) {
       cycle.route(static_cast<std::int32_t>((static_cast<unsigned>(k) + random() % 3) % 20), k % 24,
                   gains[random() % 6]);
     }
-    expectPlainBits(cycle);
+    expectReferenceBits(cycle);
   }
 }
 
@@ -138,7 +139,7 @@ TEST_P(Lanes, RandomNeighbourhoods) {
       cycle.route(wrapped(k + near, channels), k % channels,
                   static_cast<float>(random() % 100) / 50.0F - 1.0F);
     }
-    expectPlainBits(cycle);
+    expectReferenceBits(cycle);
   }
 }
 

@@ -5,7 +5,7 @@
 
 #include "core/mix/channel_table.h"
 #include "core/mix/clear.h"
-#include "core/mix/plain_mixer.h"
+#include "core/mix/reference_mixer.h"
 #include "core/mix/route_mixer.h"
 
 namespace tolvane::test {
@@ -99,7 +99,7 @@ void RoutesInMemory::mix(const MixKernels& kernels) {
   mixRoutes(cycleRoutes(in, out), inputList, outputList, in, out, frames_, kernels);
 }
 
-void RoutesInMemory::mixInPlainOrder() {
+void RoutesInMemory::mixInReferenceOrder() {
   auto input = bufferList(inputs_);
   auto output = bufferList(outputs_);
   auto& outputList = *reinterpret_cast<AudioBufferList*>(output.data());
@@ -108,7 +108,7 @@ void RoutesInMemory::mixInPlainOrder() {
   in.addChannelsOf(*reinterpret_cast<AudioBufferList*>(input.data()));
   out.addChannelsOf(outputList);
   clearOutputs(outputList);
-  mixPlainly(cycleRoutes(in, out), out, frames_);
+  mixReference(cycleRoutes(in, out), out, frames_);
 }
 
 }  // namespace tolvane::test

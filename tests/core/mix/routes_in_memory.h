@@ -40,7 +40,7 @@ class RoutesInMemory {
   std::vector<float>& memory() { return memory_; }
 
   void mix(const MixKernels& kernels);
-  void mixInPlainOrder();
+  void mixInReferenceOrder();
 
  private:
   struct Place {

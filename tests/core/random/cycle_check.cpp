@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "core/io_proc.h"
-#include "plain_cycle.h"
+#include "reference_cycle.h"
 
 namespace tolvane::test {
 
@@ -53,7 +53,7 @@ std::string CycleCheck::differenceOf(std::uint64_t seed) {
                 static_cast<unsigned long long>(seed));
   RandomCycleMaker maker(seed);
   RandomCycle cycle = maker.make();
-  const PlainCycle plain(cycle);
+  const ReferenceCycle plain(cycle);
   plain_.resize(plain.floats());
   maker.fill(plain_);
   float* const memory = guarded_.last(plain_.size());

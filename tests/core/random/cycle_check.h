@@ -9,8 +9,8 @@
 
 namespace tolvane::test {
 
-/// Runs random cycles through the routing routine and compares them with the plain order. On a crash, names
-/// the cycle on standard error. One instance at a time.
+/// Runs random cycles through the routing routine and compares them with the reference order. On a crash,
+/// names the cycle on standard error. One instance at a time.
 class CycleCheck {
  public:
   CycleCheck();
@@ -18,9 +18,9 @@ class CycleCheck {
   CycleCheck(const CycleCheck&) = delete;
   CycleCheck& operator=(const CycleCheck&) = delete;
 
-  /// Runs the cycle of a seed. Returns an empty text if all of its memory is bit for bit as the plain order
-  /// leaves it, else the difference. All NaNs count as equal: which of two NaNs comes out of an addition
-  /// depends on the processor, and on the compiler, which may swap them.
+  /// Runs the cycle of a seed. Returns an empty text if all of its memory is bit for bit as the reference
+  /// order leaves it, else the difference. All NaNs count as equal: which of two NaNs comes out of an
+  /// addition depends on the processor, and on the compiler, which may swap them.
   std::string differenceOf(std::uint64_t seed);
 
  private:

@@ -1,5 +1,5 @@
 // cycle_soak: checks that take too long for the suite. Exits with status 1 at the first difference.
-//   cycle_soak random CYCLES FIRST_SEED   random cycles in each form of the mixing loops
+//   cycle_soak random CYCLES FIRST_SEED   random cycles in each variant of the mixing loops
 //   cycle_soak wrap                       2^32 cycles, after which the trace must not come again
 #include <chrono>
 #include <cinttypes>
@@ -22,24 +22,24 @@ double secondsSince(Clock::time_point start) {
   return std::chrono::duration<double>(Clock::now() - start).count();
 }
 
-bool runForm(const MixKernels& form, std::uint64_t cycles, std::uint64_t firstSeed) {
-  useMixKernels(form);
+bool runVariant(const MixKernels& variant, std::uint64_t cycles, std::uint64_t firstSeed) {
+  useMixKernels(variant);
   CycleCheck check;
   const auto start = Clock::now();
   for (std::uint64_t seed = firstSeed; seed < firstSeed + cycles; ++seed) {
     const std::string difference = check.differenceOf(seed);
     if (difference.empty()) continue;
-    std::printf("%s: seed %" PRIu64 ": %s\n", form.name, seed, difference.c_str());
+    std::printf("%s: seed %" PRIu64 ": %s\n", variant.name, seed, difference.c_str());
     return false;
   }
-  std::printf("%s: %" PRIu64 " cycles, seeds %" PRIu64 " to %" PRIu64 ", all equal, %.0f s\n", form.name,
+  std::printf("%s: %" PRIu64 " cycles, seeds %" PRIu64 " to %" PRIu64 ", all equal, %.0f s\n", variant.name,
               cycles, firstSeed, firstSeed + cycles - 1, secondsSince(start));
   return true;
 }
 
 bool runRandom(std::uint64_t cycles, std::uint64_t firstSeed) {
-  for (const MixKernels* form : allMixKernels().forms) {
-    if (form != nullptr && !runForm(*form, cycles, firstSeed)) return false;
+  for (const MixKernels* variant : allMixKernels().variants) {
+    if (variant != nullptr && !runVariant(*variant, cycles, firstSeed)) return false;
   }
   return true;
 }

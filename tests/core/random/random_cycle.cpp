@@ -6,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-#include "plain_cycle.h"
+#include "reference_cycle.h"
 
 namespace tolvane::test {
 
@@ -29,13 +29,13 @@ std::size_t floatsOf(const RandomBuffer& buffer) {
 
 RandomCycle RandomCycleMaker::make() {
   RandomCycle cycle = tryToMake();
-  while (PlainCycle(cycle).floats() > kMostFloats) cycle = tryToMake();
+  while (ReferenceCycle(cycle).floats() > kMostFloats) cycle = tryToMake();
   return cycle;
 }
 
 RandomCycle RandomCycleMaker::tryToMake() {
   frames_ = someFrames();
-  orderly_ = oneIn(2);
+  ascending_ = oneIn(2);
   RandomCycle cycle;
   cycle.inputs = list();
   cycle.outputs = list();
@@ -102,14 +102,14 @@ UInt32 RandomCycleMaker::firstOutputBytes(const RandomBuffer& buffer) {
   if (frameBytes == 0 || frameBytes > 100'000) return static_cast<UInt32>(upTo(5000));
   if (oneIn(40)) return static_cast<UInt32>(upTo(frameBytes - 1));
   const std::uint64_t whole = frames_ * frameBytes;
-  return static_cast<UInt32>(orderly_ || oneIn(2) ? whole : whole + upTo(frameBytes - 1));
+  return static_cast<UInt32>(ascending_ || oneIn(2) ? whole : whole + upTo(frameBytes - 1));
 }
 
 UInt32 RandomCycleMaker::bytesOf(const RandomBuffer& buffer) {
   if (!buffer.place || buffer.channels == 0) return bytesOfNothing();
   const std::size_t whole = frames_ * buffer.channels * sizeof(float);
   if (buffer.channels > 1000) return static_cast<UInt32>(upTo(5000));
-  if (orderly_) return static_cast<UInt32>(whole);
+  if (ascending_) return static_cast<UInt32>(whole);
   switch (upTo(5)) {
     case 0:
       return static_cast<UInt32>(whole + upTo(43));

@@ -70,7 +70,7 @@ class RandomCycleMaker {
 
   std::mt19937 random_;
   std::size_t frames_ = 0;  // that most buffers hold
-  bool orderly_ = false;    // every buffer holds exactly frames_
+  bool ascending_ = false;  // every buffer holds exactly frames_
 };
 
 }  // namespace tolvane::test

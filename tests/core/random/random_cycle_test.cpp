@@ -1,5 +1,5 @@
-// Random cycles with anything that a device may hand to the callback, in every form of the mixing loops. The
-// memory must end up as in the plain order.
+// Random cycles with anything that a device may hand to the callback, in every variant of the mixing loops.
+// The memory must end up as in the reference order.
 #include <iostream>
 #include <string>
 
@@ -17,22 +17,22 @@ constexpr std::uint64_t kCycles = 5000;
 class RandomCycles : public testing::TestWithParam<const MixKernels*> {
  protected:
   void SetUp() override { useMixKernels(*GetParam()); }
-  void TearDown() override { useMixKernels(*allMixKernels().forms[0]); }
+  void TearDown() override { useMixKernels(*allMixKernels().variants[0]); }
 };
 
 std::vector<const MixKernels*> formsOfThisProcessor() {
-  std::vector<const MixKernels*> forms;
-  for (const MixKernels* form : allMixKernels().forms) {
-    if (form != nullptr) forms.push_back(form);
+  std::vector<const MixKernels*> variants;
+  for (const MixKernels* variant : allMixKernels().variants) {
+    if (variant != nullptr) variants.push_back(variant);
   }
-  return forms;
+  return variants;
 }
 
 INSTANTIATE_TEST_SUITE_P(All, RandomCycles, testing::ValuesIn(formsOfThisProcessor()),
-                         [](const auto& form) { return form.param->name; });
+                         [](const auto& variant) { return variant.param->name; });
 
 // `cycle_soak` runs any number of them.
-TEST_P(RandomCycles, AgreeWithThePlainOrderToTheBit) {
+TEST_P(RandomCycles, AgreeWithTheReferenceToTheBit) {
   std::cout << kCycles << " cycles from seed " << kFirstSeed << '\n';
   CycleCheck check;
   for (std::uint64_t seed = kFirstSeed; seed < kFirstSeed + kCycles; ++seed)

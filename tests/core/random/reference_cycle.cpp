@@ -1,11 +1,11 @@
-#include "plain_cycle.h"
+#include "reference_cycle.h"
 
 #include <algorithm>
 #include <cstring>
 
 namespace tolvane::test {
 
-PlainCycle::PlainCycle(const RandomCycle& cycle) : cycle_(cycle) {
+ReferenceCycle::ReferenceCycle(const RandomCycle& cycle) : cycle_(cycle) {
   takeBuffers(cycle.inputs);
   takeBuffers(cycle.outputs);
   const std::int64_t maxIn = cycle.context.inputChannelCount;
@@ -20,14 +20,14 @@ PlainCycle::PlainCycle(const RandomCycle& cycle) : cycle_(cycle) {
   if (frames_ != 0) findRoutes(std::min(inCount, maxIn), std::min(outCount, maxOut), in, out);
 }
 
-void PlainCycle::takeBuffers(const std::vector<RandomBuffer>& list) {
+void ReferenceCycle::takeBuffers(const std::vector<RandomBuffer>& list) {
   for (const RandomBuffer& buffer : list) {
     if (buffer.channels != 0 && buffer.place)
       floats_ = std::max(floats_, *buffer.place + (buffer.bytes + 3U) / 4U);
   }
 }
 
-std::int64_t PlainCycle::flatten(const std::vector<RandomBuffer>& list, std::vector<Slot>& slots) const {
+std::int64_t ReferenceCycle::flatten(const std::vector<RandomBuffer>& list, std::vector<Slot>& slots) const {
   std::size_t k = 0;
   for (const RandomBuffer& buffer : list) {
     if (buffer.place) {
@@ -39,14 +39,14 @@ std::int64_t PlainCycle::flatten(const std::vector<RandomBuffer>& list, std::vec
   return static_cast<std::int64_t>(k);
 }
 
-void PlainCycle::findFrames() {
+void ReferenceCycle::findFrames() {
   if (!cycle_.hasOutputList || cycle_.outputs.empty()) return;
   const RandomBuffer& first = cycle_.outputs.front();
   if (first.channels != 0) frames_ = first.bytes / (std::size_t{first.channels} * 4);
 }
 
-void PlainCycle::findRoutes(std::int64_t nIn, std::int64_t nOut, const std::vector<Slot>& in,
-                            const std::vector<Slot>& out) {
+void ReferenceCycle::findRoutes(std::int64_t nIn, std::int64_t nOut, const std::vector<Slot>& in,
+                                const std::vector<Slot>& out) {
   const bool isA = cycle_.context.activeBuf == 0;
   const auto& entries = isA ? cycle_.context.patchesA : cycle_.context.patchesB;
   const std::int32_t count = isA ? cycle_.context.countA : cycle_.context.countB;
@@ -62,7 +62,7 @@ void PlainCycle::findRoutes(std::int64_t nIn, std::int64_t nOut, const std::vect
   }
 }
 
-void PlainCycle::run(std::vector<float>& memory) const {
+void ReferenceCycle::run(std::vector<float>& memory) const {
   if (!clears_) return;
   for (const RandomBuffer& buffer : cycle_.outputs) {
     if (buffer.channels != 0 && buffer.place) std::memset(memory.data() + *buffer.place, 0, buffer.bytes);

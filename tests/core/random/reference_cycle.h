@@ -9,9 +9,9 @@
 
 namespace tolvane::test {
 
-class PlainCycle {
+class ReferenceCycle {
  public:
-  explicit PlainCycle(const RandomCycle& cycle);
+  explicit ReferenceCycle(const RandomCycle& cycle);
 
   /// How many floats from the start of the memory the cycle may touch: its buffers, and what its routes read
   /// and write beyond them.

@@ -166,7 +166,7 @@ TEST_F(PipeWireQuantum, IsChangedAThousandTimes) {
   EXPECT_TRUE(client_->isAlive());
 }
 
-TEST(PipeWireNews, AnObserverIsToldOfArrivalsDeparturesAndTheServersReturn) {
+TEST(PipeWireChanges, AnObserverIsToldOfArrivalsDeparturesAndTheServersReturn) {
   PipeWireServer server({kCard});
   CountingObserver observer;
   const auto driver = hal::makePipeWireDriver();

@@ -56,7 +56,7 @@ TEST_F(OneList, ACardComesBackToTheLaterDriverWhenTheEarlierOneLosesIt) {
   EXPECT_EQ(uids(), Uids{"server:usb"});
 }
 
-TEST_F(OneList, TheNewsOfOneDriverAloneMovesACard) {
+TEST_F(OneList, AChangeOfOneDriverAloneMovesACard) {
   second_.setDevices({cardDevice("raw:usb", {1})});
   const AudioObjectID raw = deviceList().at(0);
   Listening list(kAudioObjectSystemObject, kAudioHardwarePropertyDevices);
