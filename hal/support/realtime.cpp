@@ -11,7 +11,7 @@ namespace tolvane::hal {
 
 namespace {
 
-// Above ordinary real-time work, below the kernel's own threads and the sound servers'.
+// Above ordinary real-time work, and below the threads of PipeWire (88 by default), which begin the cycles.
 constexpr int kPriority = 60;
 
 bool takePriority(int priority) noexcept {
