@@ -43,8 +43,8 @@ class BufferOrder {
 
   std::uintptr_t begin_ = kNoMemory.begin;
   std::uintptr_t end_ = kNoMemory.end;
-  std::uintptr_t steps_ =
-      0;  // the gaps between buffers, combined by OR: the sign bit is set if any gap is negative
+  // The gaps between buffers, combined by OR: the sign bit is set if any gap is negative.
+  std::uintptr_t steps_ = 0;
 };
 
 /// The channels of one buffer list, numbered across its buffers in list order. The channels of a buffer
