@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -72,10 +73,26 @@ struct Arguments {
   AggregateOptions aggregate;
 };
 
+constexpr double kMostSeconds = 1e9;
+
+/// The number of seconds; none if the text is no decimal number or is above kMostSeconds. std::strtod() alone
+/// would accept hexadecimal numbers, infinity and trailing text.
+std::optional<double> secondsOf(const std::string& text) {
+  char* end = nullptr;
+  const double seconds = std::strtod(text.c_str(), &end);
+  const bool isDecimal = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
+  const bool isNumber = !text.empty() && isDecimal && end == text.c_str() + text.size();
+  return isNumber && seconds <= kMostSeconds ? std::optional(seconds) : std::nullopt;
+}
+
 std::string requireWait(const std::string& text) {
-  double seconds = 0.0;
-  const bool isNumber = CLI::detail::lexical_cast(text, seconds);
-  return isNumber && seconds >= 0.0 && seconds <= 1e9 ? "" : text + " is not a number of seconds from 0 on";
+  if (secondsOf(text).value_or(-1.0) >= 0.0) return "";
+  return '"' + text + "\" is not a number of seconds from 0 to 1000000000";
+}
+
+std::string requireSensibleSeconds(const std::string& text) {
+  if (secondsOf(text).value_or(0.0) > 0.0) return "";
+  return '"' + text + "\" is not a number of seconds above 0 and up to 1000000000";
 }
 
 void declareWait(CLI::App& command, double& seconds) {
@@ -128,17 +145,6 @@ void declareRender(CLI::App& program, Arguments& arguments, ExitStatus& status) 
       ->check(refuseStandardOutput)
       ->transform(name());
   command->callback([&] { status = renderCommand(options); });
-}
-
-constexpr double kMostSeconds = 1e9;
-
-std::string requireSensibleSeconds(const std::string& text) {
-  char* end = nullptr;
-  const double seconds = std::strtod(text.c_str(), &end);
-  const bool isDecimal = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
-  const bool isNumber = isDecimal && end == text.c_str() + text.size();
-  if (isNumber && seconds > 0.0 && seconds <= kMostSeconds) return "";
-  return '"' + text + "\" is not a number of seconds above 0 and up to 1000000000";
 }
 
 void declareRun(CLI::App& program, Arguments& arguments, ExitStatus& status) {
