@@ -83,6 +83,11 @@ TEST(Usage, NumbersThatCannotBeAreSaidWithThoseThatCan) {
   EXPECT_THAT(runProgram({"run", "--patch", "p", "--seconds", "9e9"}).err,
               StartsWith("tolvanectl: --seconds: \"9e9\" is not a number of seconds above 0 and up to "
                          "1000000000\n"));
+  for (const char* const wait : {"", "-1", "0x10", "inf", "nan", "1 ", "1e10"}) {
+    EXPECT_THAT(runProgram({"devices", "--wait", wait}).err,
+                StartsWith("tolvanectl: --wait: \"" + std::string(wait) +
+                           "\" is not a number of seconds from 0 to 1000000000\n"));
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(
