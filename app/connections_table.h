@@ -7,7 +7,7 @@
 #include <array>
 #include <vector>
 
-#include "core/patch_connection.h"
+#include "core/patch/patch_connection.h"
 
 namespace tolvane {
 

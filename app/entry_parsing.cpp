@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-#include "core/numeric_locale.h"
+#include "base/numeric_locale.h"
 
 namespace tolvane {
 std::optional<std::int64_t> parseInteger(std::string_view text) noexcept {

@@ -4,7 +4,7 @@
 
 #include "app/patch_panel.h"
 #include "app/tolvane_view_controller.h"
-#include "core/patch_file.h"
+#include "core/patch/patch_file.h"
 
 namespace tolvane {
 void TolvaneViewController::savePatch() {

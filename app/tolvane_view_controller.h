@@ -6,7 +6,7 @@
 #include <optional>
 #include <vector>
 
-#include "core/patch_connection.h"
+#include "core/patch/patch_connection.h"
 #include "engine/audio_device_info.h"
 
 class QLabel;

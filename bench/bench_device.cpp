@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/io_proc.h"
+#include "core/routing/io_proc.h"
 
 namespace tolvane::bench {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "bench/huge_memory.h"
-#include "core/routing_context.h"
+#include "core/routing/routing_context.h"
 #include "hal/core_audio.h"
 
 namespace tolvane::bench {

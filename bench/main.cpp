@@ -9,7 +9,7 @@
 #include "bench/cycle_bench.h"
 #include "bench/limit_bench.h"
 #include "bench/table_reporter.h"
-#include "core/io_proc.h"
+#include "core/routing/io_proc.h"
 
 namespace {
 

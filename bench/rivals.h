@@ -4,7 +4,7 @@
 #include <span>
 
 #include "bench/bench_device.h"
-#include "core/patch_connection.h"
+#include "core/patch/patch_connection.h"
 
 namespace tolvane::bench {
 

@@ -1,5 +1,5 @@
 # A room is a top-level folder with its own library. Its headers are included by their path from the top
-# ("core/patch_file.h"). Only targets that link the room find them, so an include that breaks the order of the
+# ("core/patch/patch_file.h"). Only targets that link the room find them, so an include that breaks the order of the
 # rooms fails to build.
 
 # tolvane_expose(<target> <PUBLIC|INTERFACE|PRIVATE> <room> [entries...]): adds the room's folder, or only the

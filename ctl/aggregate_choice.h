@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "core/result.h"
+#include "base/result.h"
 #include "ctl/failure.h"
 #include "engine/audio_device_info.h"
 #include "hal/aggregates/aggregate.h"

@@ -3,7 +3,7 @@
 #include <optional>
 #include <string>
 
-#include "core/result.h"
+#include "base/result.h"
 #include "ctl/failure.h"
 #include "hal/aggregates/aggregate_document.h"
 

@@ -6,7 +6,7 @@
 #include <limits>
 #include <optional>
 
-#include "core/patch_file.h"
+#include "core/patch/patch_file.h"
 #include "ctl/messages.h"
 #include "ctl/patch_source.h"
 #include "ctl/printable.h"

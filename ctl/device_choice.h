@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "core/result.h"
+#include "base/result.h"
 #include "ctl/device_wait.h"
 #include "ctl/failure.h"
 #include "engine/audio_device_info.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/result.h"
+#include "base/result.h"
 #include "ctl/failure.h"
 #include "engine/audio_device_info.h"
 

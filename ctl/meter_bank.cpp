@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <bit>
 
-#include "core/io_proc.h"
+#include "core/routing/io_proc.h"
 #include "ctl/patch_source.h"
 
 namespace tolvane::ctl {

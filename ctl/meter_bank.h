@@ -7,7 +7,7 @@
 #include <memory>
 #include <span>
 
-#include "core/patch_connection.h"
+#include "core/patch/patch_connection.h"
 #include "hal/core_audio.h"
 
 namespace tolvane::ctl {

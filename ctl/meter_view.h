@@ -8,7 +8,7 @@
 #include <string>
 #include <vector>
 
-#include "core/patch_connection.h"
+#include "core/patch/patch_connection.h"
 #include "ctl/meter_bank.h"
 
 namespace tolvane::ctl {

@@ -1,6 +1,6 @@
 #include "ctl/offline_router.h"
 
-#include "core/io_proc.h"
+#include "core/routing/io_proc.h"
 
 namespace tolvane::ctl {
 

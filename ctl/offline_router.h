@@ -4,8 +4,8 @@
 #include <cstdint>
 #include <span>
 
-#include "core/patch_connection.h"
-#include "core/routing_context.h"
+#include "core/patch/patch_connection.h"
+#include "core/routing/routing_context.h"
 
 namespace tolvane::ctl {
 

@@ -8,8 +8,8 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
-#include "core/patch_file.h"
-#include "core/routing_context.h"
+#include "core/patch/patch_file.h"
+#include "core/routing/routing_context.h"
 #include "ctl/printable.h"
 
 namespace tolvane::ctl {

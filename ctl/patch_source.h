@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "core/patch_connection.h"
-#include "core/result.h"
+#include "base/result.h"
+#include "core/patch/patch_connection.h"
 #include "ctl/failure.h"
 
 namespace tolvane::ctl {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/result.h"
+#include "base/result.h"
 #include "ctl/patch_source.h"
 #include "ctl/render_command.h"
 

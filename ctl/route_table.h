@@ -4,7 +4,7 @@
 #include <span>
 #include <string>
 
-#include "core/patch_connection.h"
+#include "core/patch/patch_connection.h"
 
 namespace tolvane::ctl {
 

@@ -9,7 +9,7 @@
 
 #include <sndfile.h>
 
-#include "core/result.h"
+#include "base/result.h"
 #include "ctl/failure.h"
 
 namespace tolvane::ctl {

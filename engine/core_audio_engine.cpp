@@ -3,7 +3,7 @@
 #include <cinttypes>
 
 #include "base/thread_check.h"
-#include "core/trace.h"
+#include "core/routing/trace.h"
 
 namespace tolvane {
 

@@ -5,9 +5,9 @@
 #include <span>
 #include <vector>
 
-#include "core/io_proc.h"
-#include "core/patch_connection.h"
-#include "core/routing_context.h"
+#include "core/patch/patch_connection.h"
+#include "core/routing/io_proc.h"
+#include "core/routing/routing_context.h"
 #include "engine/audio_device_info.h"
 #include "engine/engine_error.h"
 #include "hal/core_audio.h"
@@ -46,7 +46,7 @@ class CoreAudioEngine {
   /// Stops the device, unregisters the callback and frees the context, in this order. Does nothing if idle.
   void stop() noexcept;
 
-  /// Publishes a route list into a context: see core/routing_context.h.
+  /// Publishes a route list into a context: see core/routing/routing_context.h.
   void writeConnections(IOProcContext* to, std::span<const PatchConnection> connections) const;
 
   [[nodiscard]] IOProcContext* contextPtr() const noexcept { return contextPtr_; }

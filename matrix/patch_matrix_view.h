@@ -5,7 +5,7 @@
 #include <functional>
 #include <vector>
 
-#include "core/patch_connection.h"
+#include "core/patch/patch_connection.h"
 #include "matrix/route_key.h"
 
 namespace tolvane {

@@ -1,8 +1,9 @@
 #include "hal/aggregates/json_positions.h"
 
 #include <algorithm>
-#include <iterator>
 #include <vector>
+
+#include "base/json_text.h"
 
 namespace tolvane::hal {
 
@@ -11,30 +12,6 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kMaxDepth = 64;
-
-// The parser reports no positions in the text, so the iterator that it reads through counts bytes.
-class CountingIterator {
- public:
-  using iterator_category = std::input_iterator_tag;
-  using value_type = char;
-  using difference_type = std::ptrdiff_t;
-  using pointer = const char*;
-  using reference = char;
-
-  CountingIterator(const char* at, std::size_t& consumed) : at_(at), consumed_(&consumed) {}
-
-  char operator*() const { return *at_; }
-  CountingIterator& operator++() {
-    ++at_;
-    ++*consumed_;
-    return *this;
-  }
-  bool operator==(const CountingIterator& other) const { return at_ == other.at_; }
-
- private:
-  const char* at_;
-  std::size_t* consumed_;
-};
 
 struct TooDeep {
   std::size_t offset;
@@ -84,9 +61,7 @@ class Locator {
     previousEnd_ = consumed_;
   }
 
-  // Only these characters separate two values. The parser may already have taken the byte that ends a number;
-  // that byte then lies before previousEnd_.
-  void note() { result_.offsets[pointer()] = text_.find_first_not_of(" \t\r\n,:", previousEnd_); }
+  void note() { result_.offsets[pointer()] = nextValueOffset(text_, previousEnd_); }
 
   void next() {
     if (!levels_.empty()) ++levels_.back().index;
@@ -105,15 +80,6 @@ class Locator {
   std::vector<Level> levels_;
 };
 
-// The parser's message without its error number, its line and column, and the token that it last read, which
-// may have any length and content. The wording depends on the parser's version; only "syntax error" does not.
-std::string syntaxReason(std::string_view message) {
-  const std::size_t begin = message.find("syntax error");
-  if (begin == std::string_view::npos) return "syntax error";
-  message = message.substr(begin);
-  return std::string(message.substr(0, message.find("; last read")));
-}
-
 }  // namespace
 
 std::string placeOf(std::string_view text, std::size_t byteOffset) {
@@ -125,13 +91,8 @@ std::string placeOf(std::string_view text, std::size_t byteOffset) {
 
 LocatedJson parseLocated(std::string_view text) {
   LocatedJson result;
-  if (text.empty()) {
-    result.error = placeOf(text, 0) + ": there is no text";
-    return result;
-  }
-  // The parser would take a NUL byte for the end of the text and ignore the rest.
-  if (const auto offset = text.find('\0'); offset != std::string_view::npos) {
-    result.error = placeOf(text, offset) + ": found a NUL byte";
+  if (const auto fault = faultBeforeParsing(text)) {
+    result.error = placeOf(text, fault->byteOffset) + ": " + fault->reason;
     return result;
   }
   try {

@@ -14,8 +14,8 @@
 #include "app/connections_table.h"
 #include "app/layer_view.h"
 #include "app/tolvane_view_controller.h"
-#include "core/patch_connection.h"
-#include "core/routing_context.h"
+#include "core/patch/patch_connection.h"
+#include "core/routing/routing_context.h"
 #include "matrix/patch_matrix_view.h"
 #include "support/scripted_hal.h"
 

@@ -7,7 +7,7 @@
 
 #include <sndfile.h>
 
-#include "core/patch_connection.h"
+#include "core/patch/patch_connection.h"
 
 namespace tolvane::test {
 

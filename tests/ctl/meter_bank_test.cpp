@@ -9,7 +9,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/routing_context.h"
+#include "core/routing/routing_context.h"
 #include "ctl/meter_view.h"
 
 namespace tolvane::ctl {

@@ -6,7 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "base/thread_check.h"
-#include "core/patch_file.h"
+#include "core/patch/patch_file.h"
 #include "engine/core_audio_engine.h"
 #include "hal/hal_client.h"
 

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "core/patch_file.h"
+#include "core/patch/patch_file.h"
 
 namespace {
 

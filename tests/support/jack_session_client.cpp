@@ -1,6 +1,6 @@
 #include "support/jack_session_client.h"
 
-#include "core/io_proc.h"
+#include "core/routing/io_proc.h"
 
 namespace tolvane::test {
 

@@ -5,8 +5,8 @@
 #include <span>
 #include <vector>
 
-#include "core/patch_connection.h"
-#include "core/routing_context.h"
+#include "core/patch/patch_connection.h"
+#include "core/routing/routing_context.h"
 #include "hal/driver/driver.h"
 
 namespace tolvane::test {

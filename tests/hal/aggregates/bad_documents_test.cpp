@@ -119,7 +119,8 @@ TEST(BadAggregateText, IsRefusedWithThePlace) {
 
 TEST(BadAggregateText, ANulByteIsFoundWhereverItIs) {
   using namespace std::string_literals;
-  EXPECT_EQ(errorOf("{\"aggregates\": []}\n\0more"s), "line 2, column 1: found a NUL byte");
+  EXPECT_EQ(errorOf("{\"aggregates\": []}\n\0more"s),
+            "line 2, column 1: found a NUL byte; JSON is UTF-8 text");
 }
 
 TEST(BadAggregateText, NestingIsBounded) {

@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/patch_connection.h"
+#include "core/patch/patch_connection.h"
 #include "support/eventually.h"
 #include "support/pipewire_client.h"
 #include "support/pipewire_server.h"

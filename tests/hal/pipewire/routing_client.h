@@ -8,8 +8,8 @@
 #include <span>
 #include <vector>
 
-#include "core/io_proc.h"
-#include "core/routing_context.h"
+#include "core/routing/io_proc.h"
+#include "core/routing/routing_context.h"
 #include "hal/driver/driver.h"
 
 namespace tolvane::test {

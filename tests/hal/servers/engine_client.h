@@ -10,7 +10,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/io_proc.h"
+#include "core/routing/io_proc.h"
 #include "engine/core_audio_engine.h"
 #include "hal/hal_client.h"
 
