@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "hal/jack/jack_library.h"
+#include "hal/jack/jack_sockets.h"
 
 namespace tolvane::hal {
 
@@ -35,10 +36,16 @@ struct JackClientCloser {
 using JackClientPtr = std::unique_ptr<jack_client_t, JackClientCloser>;
 
 /// Connects under this name, or under a similar one if it is taken. Never starts a server. Returns null if it
-/// fails, as when no server is running; `status` holds the reason. Blocks while the server hangs. [not-io]
+/// fails, as when no server is running; `status` holds the reason. Blocks while the server hangs.
+///
+/// Without a server it does not call libjack, which would first open a database that all clients of the user
+/// share. A process that ends meanwhile leaves the database locked, and then no client of that user can open.
+/// [not-io]
 [[nodiscard]] inline JackClientPtr openJackClient(const JackLibrary& library, const char* name,
                                                   jack_status_t& status) noexcept {
   JackFarewells::await();
+  status = JackServerFailed;
+  if (!mayHaveJackServer(library)) return nullptr;
   status = jack_status_t{};
   return JackClientPtr(library.clientOpen(name, JackNoStartServer, &status));
 }

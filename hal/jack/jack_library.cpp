@@ -48,10 +48,10 @@ void resolveCallbacks(SharedLibrary& from, JackLibrary& to) noexcept {
   from.resolve("jack_on_info_shutdown", to.onInfoShutdown);
 }
 
-/// Older libraries have no version text, and are not PipeWire's.
-bool saysPipeWire(SharedLibrary& file) noexcept {
+/// Empty for old libraries.
+std::string_view versionTextOf(SharedLibrary& file) noexcept {
   const auto versionText = file.find<decltype(&jack_get_version_string)>("jack_get_version_string");
-  return versionText != nullptr && std::string_view(versionText()).find("PipeWire") != std::string_view::npos;
+  return versionText != nullptr ? versionText() : "";
 }
 
 std::optional<JackLibrary> load() noexcept {
@@ -64,7 +64,9 @@ std::optional<JackLibrary> load() noexcept {
   // Otherwise it writes to standard error, even for each check for a server.
   library.setErrorFunction(&discardMessage);
   library.setInfoFunction(&discardMessage);
-  library.isPipeWire = saysPipeWire(file);
+  const std::string_view version = versionTextOf(file);
+  library.isPipeWire = version.find("PipeWire") != std::string_view::npos;
+  library.isJackd2 = !library.isPipeWire && version.starts_with("1.9.");
   return library;
 }
 

@@ -44,6 +44,8 @@ struct JackLibrary {
 
   /// True if the library is PipeWire's replacement for libjack.
   bool isPipeWire = false;
+  /// True if the library is jackd 2's.
+  bool isJackd2 = false;
 
   /// The process's libjack, with its messages switched off. Null if the machine has none or it lacks a
   /// function. Loaded at the first call and never unloaded, because its own threads may outlive everything

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <utility>
 
 #include "hal/pipewire/graph_watch.h"
@@ -89,9 +90,10 @@ void Connection::onDone(std::uint32_t id, int sequence) {
 }
 
 /// An error of the server itself, not of one of its objects, leaves a dead connection: we receive nothing
-/// more and can make no objects.
+/// more and can make no objects. ENOENT is the exception: the server does not know an object that we remove,
+/// because it has refused to make it.
 void Connection::onError(std::uint32_t id, int result) {
-  if (id != PW_ID_CORE || broken_) return;
+  if (id != PW_ID_CORE || result == -ENOENT || broken_) return;
   if (result != -EPIPE) delayNextAttempt();
   giveUp();
 }

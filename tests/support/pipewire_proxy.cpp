@@ -15,6 +15,7 @@
 #include <vector>
 
 #include <poll.h>
+#include <spa/pod/builder.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 #include <unistd.h>
@@ -155,6 +156,7 @@ struct PipeWireProxy::State {
   std::atomic<bool> isMisnumbering = false;
   std::atomic<std::uint32_t> refusedNode = SPA_ID_INVALID;
   std::atomic<bool> isNonsenseDue = false;
+  std::atomic<int> dueError = 0;
   std::atomic<bool> isEnding = false;
   std::thread thread{[this] { run(); }};
 
@@ -189,6 +191,7 @@ struct PipeWireProxy::State {
           connection->toClient.handOn([&](const auto& header, char* bytes) { misnumber(header, bytes); })) {
       }
       if (isNonsenseDue.exchange(false)) sendNonsense(connection->toClient.to);
+      if (const int result = dueError.exchange(0)) sendCoreError(connection->toClient.to, result);
       if (!isOpen) connection->close();
       connection = isOpen ? std::next(connection) : open.erase(connection);
     }
@@ -221,6 +224,21 @@ struct PipeWireProxy::State {
     std::vector<int> none;
     sendAll(end, reinterpret_cast<const char*>(&header), sizeof(header), none);
   }
+
+  static void sendCoreError(int end, int result) {
+    std::array<char, 256> bytes{};
+    spa_pod_builder body =
+        SPA_POD_BUILDER_INIT(bytes.data() + sizeof(MessageHeader),
+                             static_cast<std::uint32_t>(bytes.size() - sizeof(MessageHeader)));
+    spa_pod_builder_add_struct(&body, SPA_POD_Int(PW_ID_CORE), SPA_POD_Int(0), SPA_POD_Int(result),
+                               SPA_POD_String("made by the test"));
+    const MessageHeader header{
+        .object = PW_ID_CORE,
+        .opcodeAndSize = (std::uint32_t{PW_CORE_EVENT_ERROR} << 24) | body.state.offset};
+    std::memcpy(bytes.data(), &header, sizeof(header));
+    std::vector<int> none;
+    sendAll(end, bytes.data(), header.bytes(), none);
+  }
 };
 
 PipeWireProxy::PipeWireProxy() : state_(std::make_unique<State>()) {
@@ -248,8 +266,12 @@ void PipeWireProxy::sendNonsense() {
   state_->isNonsenseDue = true;
 }
 
+void PipeWireProxy::sendCoreError(int result) {
+  state_->dueError = result;
+}
+
 bool PipeWireProxy::isDone() const {
-  return !state_->isMisnumbering && !state_->isNonsenseDue;
+  return !state_->isMisnumbering && !state_->isNonsenseDue && state_->dueError == 0;
 }
 
 unsigned PipeWireProxy::connections() const {

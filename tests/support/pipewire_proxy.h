@@ -27,6 +27,9 @@ class PipeWireProxy {
   /// Sends the client an invalid message.
   void sendNonsense();
 
+  /// Sends the client an error of the server itself. `result` is a negative errno.
+  void sendCoreError(int result);
+
   /// True if the one-time faults that were asked for have been made.
   [[nodiscard]] bool isDone() const;
 

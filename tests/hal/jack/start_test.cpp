@@ -1,4 +1,8 @@
 #include <ctime>
+#include <filesystem>
+#include <string>
+
+#include <unistd.h>
 
 #include "hal/jack/jack_devices.h"
 #include "hal/jack/jack_fixture.h"
@@ -31,6 +35,12 @@ class JackStart : public JackFixture {
 
 TEST_F(JackStart, IsNotReadyWithoutAServer) {
   EXPECT_EQ(startStatus(deviceCalled("system")), kAudioHardwareNotReadyError);
+}
+
+TEST_F(JackStart, LeavesTheDatabaseOfAllClientsAloneWithoutAServer) {
+  EXPECT_TRUE(driver_->devices().empty());
+  EXPECT_EQ(startStatus(deviceCalled("system")), kAudioHardwareNotReadyError);
+  EXPECT_FALSE(std::filesystem::exists("/dev/shm/jack_db-" + std::to_string(::getuid())));
 }
 
 TEST_F(JackStart, RefusesADeviceThatIsNotThere) {

@@ -1,4 +1,5 @@
 // Connections that fail while the server works.
+#include <cerrno>
 #include <memory>
 #include <vector>
 
@@ -67,6 +68,19 @@ TEST_F(PipeWireFailingConnection, ASessionWhoseNextLinksAreRefusedForItIsHeardAg
     return time;
   });
   EXPECT_TRUE(client_.isAlive());
+}
+
+// The answer to the removal of a link that the server has refused.
+TEST_F(PipeWireFailingConnection, AnErrorAboutAnObjectThatTheServerDoesNotKnowCostsNothing) {
+  start();
+  ASSERT_TRUE(rig_.settle());
+  const unsigned before = proxy_.connections();
+  proxy_.sendCoreError(-ENOENT);
+  EXPECT_TRUE(eventually([&] { return proxy_.isDone(); }));
+  EXPECT_EQ(onlyDevice(*driver_).uid, device_.uid);  // an answer that comes after the error
+  EXPECT_TRUE(rig_.settle());
+  EXPECT_TRUE(client_.isAlive());
+  EXPECT_EQ(proxy_.connections(), before);
 }
 
 TEST_F(PipeWireFailingConnection, OneThatBreaksOffIsMadeAnewAndHeardAgainInTime) {
