@@ -1,10 +1,12 @@
 #include "support/jack_server.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <string>
 #include <thread>
@@ -53,6 +55,18 @@ pid_t spawnKeeper(const std::string& frames, const std::string& alsaPcm, int inp
   EXPECT_EQ(posix_spawnp(&pid, "sh", &actions, nullptr, const_cast<char**>(arguments.data()), environ), 0);
   posix_spawn_file_actions_destroy(&actions);
   return pid;
+}
+
+/// True if every thread of the process is stopped.
+bool isStopped(pid_t pid) {
+  const std::filesystem::directory_iterator threads("/proc/" + std::to_string(pid) + "/task");
+  return std::all_of(begin(threads), end(threads), [](const auto& thread) {
+    std::ifstream file(thread.path() / "stat");
+    std::string text;
+    std::getline(file, text);
+    const std::size_t name = text.rfind(')');  // the state follows the name
+    return name != std::string::npos && text.compare(name, 3, ") T") == 0;
+  });
 }
 
 pid_t readPid(int fd) {
@@ -107,6 +121,8 @@ void JackServer::terminate() {
 
 void JackServer::pause() {
   ::kill(jackd_, SIGSTOP);
+  // On a busy machine its other threads may still answer after kill() returns.
+  EXPECT_TRUE(eventually([this] { return isStopped(jackd_); })) << "jackd does not stop";
 }
 
 void JackServer::resume() {

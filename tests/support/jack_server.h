@@ -22,7 +22,8 @@ class JackServer {
   void kill();
   /// Ends jackd with SIGTERM, as a user would, and waits until it has ended.
   void terminate();
-  /// Stops the process until resume(), so that it answers nothing.
+  /// Stops the process until resume(), so that it answers nothing. Returns when all of its threads have
+  /// stopped.
   void pause();
   void resume();
 
