@@ -11,7 +11,7 @@
 #include "core/routing/atomic32.h"
 #include "core/routing/mix/channel_table.h"
 #include "core/routing/mix/clear.h"
-#include "core/routing/mix/route_mixer.h"
+#include "core/routing/mix/cycle_mixer.h"
 #include "core/routing/routing_context.h"
 #include "core/routing/trace.h"
 
@@ -103,7 +103,8 @@ void routeInto(const AudioBufferList& input, AudioBufferList& output, const IOPr
   if (live.count < 0) fatal("the number of published routes is negative");
   const auto nIn = static_cast<std::int32_t>(std::min<std::int64_t>(in.channelCount(), maxIn));
   const auto nOut = static_cast<std::int32_t>(std::min<std::int64_t>(out.channelCount(), maxOut));
-  mixRoutes(audibleRoutes(live, in, out, nIn, nOut), input, output, in, out, *frames, mixKernels());
+  const CycleRoutes routes = audibleRoutes(live, in, out, nIn, nOut);
+  CycleMixer(routes, in, out, *frames, mixKernels()).mix(input, output);
   if (firstCall) traceLine("[IOProc] first call completed OK ✓");
 }
 

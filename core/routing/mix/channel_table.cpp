@@ -55,12 +55,12 @@ const AudioBuffer* ChannelTable::addPlanarChannels(const AudioBuffer* buffer,
                                 (headOf(buffer[2]) ^ head) | (headOf(buffer[3]) ^ head);
     if (other != 0) break;
     for (int i = 0; i < 4; ++i) {
-      slot[i] = {static_cast<float*>(buffer[i].mData), 1, -1};
+      slot[i] = {static_cast<float*>(buffer[i].mData), 1, kNoRoute};
       order.add(buffer[i].mData, fewestBytes);
     }
   }
   for (; buffer != end && slot != last && buffer->mNumberChannels == 1; ++buffer) {
-    *slot++ = {static_cast<float*>(buffer->mData), 1, -1};
+    *slot++ = {static_cast<float*>(buffer->mData), 1, kNoRoute};
     order.add(buffer->mData, buffer->mDataByteSize);
     fewestBytes = std::min(fewestBytes, buffer->mDataByteSize);
   }
@@ -80,7 +80,7 @@ void ChannelTable::addChannels(const AudioBuffer& buffer) noexcept {
   const std::int64_t end = std::min<std::int64_t>(first + channels, capacity_);
   const std::int32_t stride = data == nullptr ? 1 : static_cast<std::int32_t>(channels);
   for (std::int64_t c = first; c < end; ++c)
-    slots_[static_cast<std::size_t>(c)] = {data == nullptr ? nullptr : data + (c - first), stride, -1};
+    slots_[static_cast<std::size_t>(c)] = {data == nullptr ? nullptr : data + (c - first), stride, kNoRoute};
   if (channels != 0) {
     shortestFrames_ = std::min(shortestFrames_,
                                static_cast<std::int64_t>(buffer.mDataByteSize / (channels * sizeof(float))));

@@ -9,11 +9,13 @@
 
 namespace tolvane {
 
+inline constexpr std::int32_t kNoRoute = -1;
+
 /// Where one channel's samples lie in its buffer.
 struct ChannelSlot {
-  float* data;          // the first sample; null where the channel has no data
-  std::int32_t stride;  // samples from one frame to the next: the channels interleaved in the buffer
-  std::int32_t link;    // the mixer's own; -1 at first
+  float* data;              // the first sample; null where the channel has no data
+  std::int32_t stride;      // samples from one frame to the next: the channels interleaved in the buffer
+  std::int32_t firstRoute;  // of the routes with this channel; kNoRoute at first
 };
 
 /// The order of a list's buffers in memory.

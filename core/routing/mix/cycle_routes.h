@@ -17,10 +17,8 @@ struct CycleRoute {
   std::int32_t dst;
 };
 
-inline constexpr std::int32_t kNoRoute = -1;
-
 /// The published routes of one cycle. The routes to one output form a list in table order: the output slot's
-/// link is the index of the first one, or kNoRoute. [io-thread]
+/// firstRoute is the index of the first one, or kNoRoute. [io-thread]
 class CycleRoutes {
  public:
   /// Room for `count` routes, at most kMaxPatchEntries. Call put() or leaveOut() once for each, from the last
@@ -30,8 +28,8 @@ class CycleRoutes {
   /// `source` and `target` are the slots of the route's channels. Both have data.
   void put(std::int32_t route, const PatchEntry& entry, const ChannelSlot& source,
            ChannelSlot& target) noexcept {
-    routes_[route] = {source.data, source.stride, entry.gain, target.link, entry.src, entry.dst};
-    target.link = route;
+    routes_[route] = {source.data, source.stride, entry.gain, target.firstRoute, entry.src, entry.dst};
+    target.firstRoute = route;
   }
   void leaveOut(std::int32_t route) noexcept { routes_[route].data = nullptr; }
 

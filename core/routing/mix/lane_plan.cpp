@@ -8,8 +8,14 @@ namespace tolvane {
 
 namespace {
 
-constexpr std::uint32_t bit(std::int32_t lane) noexcept {
-  return std::uint32_t{1} << static_cast<unsigned>(lane);
+// What lanes and tiles cost, measured with vectors of 8 and of 16. In tiles a route costs a twelfth of a
+// layer, and transposing the channels of a group and back costs one layer and a half.
+constexpr std::int32_t kLayerCost = 12;
+constexpr std::int32_t kRouteCost = 1;
+constexpr std::int32_t kGroupCost = 18;
+
+constexpr std::uint64_t bit(std::int32_t lane) noexcept {
+  return std::uint64_t{1} << static_cast<unsigned>(lane);
 }
 
 }  // namespace
@@ -24,11 +30,9 @@ bool LanePlan::mix(AudioBuffer& buffer, std::int64_t first) noexcept {
 bool LanePlan::plan(const AudioBuffer& buffer, std::int64_t first) noexcept {
   const std::int64_t width = kernels_.vectorFloats;
   const std::int64_t channels = buffer.mNumberChannels;
-  if (channels < width) return false;
-  // The number of layers up to which lanes are faster than tiles. In tiles a route costs an eighth of a
-  // layer, and the transposition of eight channels and back costs three layers. addGroup() raises the limit
-  // group by group, so that a patch that is faster in tiles is found early.
-  layerLimit_ = routes_.count() / 8;
+  if (kernels_.mixLanes == nullptr || channels < width) return false;
+  // addGroup() adds the groups one by one, so that a patch that is faster in tiles is found early.
+  tileCost_ = routes_.count() * kRouteCost;
   // If the channel count is no multiple of the width, the last group overlaps the previous one.
   for (std::int64_t channel = 0; channel < channels; channel += width) {
     if (!addGroup(buffer, first, std::min(channel, channels - width))) return false;
@@ -47,7 +51,7 @@ bool LanePlan::addGroup(const AudioBuffer& buffer, std::int64_t first, std::int6
   LaneRoutes routes[kMaxVectorFloats];
   std::int32_t count = 0;
   for (std::int32_t lane = 0; lane < lanes; ++lane) {
-    const std::int32_t route = out_[firstOut + lane].link;
+    const std::int32_t route = out_[firstOut + lane].firstRoute;
     if (route != kNoRoute) routes[count++] = {lane, route, &layers_[layerCount_]};
   }
   if (count == 0) {
@@ -55,7 +59,7 @@ bool LanePlan::addGroup(const AudioBuffer& buffer, std::int64_t first, std::int6
     return true;
   }
   ++groupCount_;
-  layerLimit_ = std::min(kMaxLayers, layerLimit_ + kernels_.vectorFloats * 3 / 8);
+  tileCost_ += kGroupCost;
   return addLayers(group, routes, count);
 }
 
@@ -63,7 +67,7 @@ bool LanePlan::addGroup(const AudioBuffer& buffer, std::int64_t first, std::int6
 bool LanePlan::addLayers(LaneGroup& group, LaneRoutes* lanes, std::int32_t count) noexcept {
   const CycleRoute* const routes = &routes_[0];
   LaneLayer* const layers = &layers_[layerCount_];
-  LaneLayer* const limit = &layers_[layerLimit_];
+  LaneLayer* const limit = &layers_[std::min(kMaxLayers, tileCost_ / kLayerCost)];
   LaneLayer* end = layers;
   const std::int32_t stride = routes[lanes[0].next].stride;
   // Lanes cannot read planar inputs.
@@ -94,7 +98,7 @@ bool LanePlan::addLayers(LaneGroup& group, LaneRoutes* lanes, std::int32_t count
   group.layerCount = static_cast<std::int32_t>(end - layers);
   layerCount_ += group.layerCount;
   if (kernels_.loadsMasked) return true;
-  const std::uint32_t all = bit(kernels_.vectorFloats) - 1;
+  const std::uint64_t all = bit(kernels_.vectorFloats) - 1;
   return std::all_of(layers, end, [all](const LaneLayer& layer) { return layer.lanes == all; });
 }
 

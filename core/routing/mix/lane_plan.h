@@ -45,7 +45,7 @@ class LanePlan {
   bool everyGroup_ = true;  // every channel of the buffer is in a group
   std::int32_t groupCount_ = 0;
   std::int32_t layerCount_ = 0;
-  std::int32_t layerLimit_ = 0;  // with more layers, lanes are slower than tiles
+  std::int32_t tileCost_ = 0;  // of all groups so far, if they were mixed in tiles
   LaneGroup groups_[kMaxGroups];
   LaneLayer layers_[kMaxLayers];
 };

@@ -1,6 +1,6 @@
-// The loops that move samples, compiled once for each instruction set. The processor decides once which of
-// these variants runs. All variants give the same bits: sums start at positive zero and add the sources in
-// order, and every product and every sum is rounded. There is no fused multiply-add.
+// The loops that move samples, compiled once for each instruction set (a Highway target). The processor
+// decides once which of these variants runs. All variants give the same bits: sums start at positive zero and
+// add the sources in order, and every product and every sum is rounded. There is no fused multiply-add.
 #pragma once
 
 #include <cstddef>
@@ -38,7 +38,7 @@ struct MixTarget {
 struct GatherGroup {
   const float* data;  // the first channel's sample in frame 0
   std::ptrdiff_t stride;
-  std::int32_t width;  // 1 or 4
+  std::int32_t width;  // 1, 2 if the stride is 2, or 4
   float* rows;
 };
 
@@ -46,7 +46,7 @@ struct GatherGroup {
 struct ScatterGroup {
   float* data;  // the first channel's sample in frame 0
   std::ptrdiff_t stride;
-  std::int32_t width;  // 1 or 4
+  std::int32_t width;  // 1, 2 if the stride is 2, or 4
   const float* rows[4];
 };
 
@@ -64,7 +64,7 @@ struct TileWork {
 /// their lanes. A lane without a route has gain 0.
 struct LaneLayer {
   std::uintptr_t base;  // the address of lane 0 in frame 0; may lie outside the buffer if lane 0 has no route
-  std::uint32_t lanes;  // bit i: lane i has a route
+  std::uint64_t lanes;  // bit i: lane i has a route
   alignas(64) float gains[kMaxVectorFloats];
 };
 
@@ -84,15 +84,11 @@ struct MixKernels {
   std::int32_t vectorFloats;
   bool loadsMasked;  // whether a layer may have lanes without a route
 
-  /// Sets `bytes` bytes at `data` to zero. Faster than memset if they are in the caches.
-  void (*clear)(void* data, std::size_t bytes) noexcept;
-
   /// Multiplies `frames` frames of one planar source into `target`.
   void (*scalePlanar)(float* target, const float* source, float gain, std::int64_t frames) noexcept;
 
-  /// Sums `sourceCount` whole channels into `frames` frames at `target`.
-  void (*mixPlanar)(float* target, const MixSource* sources, std::int32_t sourceCount,
-                    std::int64_t frames) noexcept;
+  /// Fills `frames` frames of a planar target with the sum of its planar sources.
+  void (*mixPlanar)(const MixTarget& target, std::int64_t frames) noexcept;
 
   /// Does the work for `frames` frames, at least vectorFloats. May compute some frames twice.
   void (*mixTiles)(const TileWork& work, std::int64_t frames) noexcept;
@@ -110,7 +106,7 @@ void useMixKernels(const MixKernels& variant) noexcept;
 
 /// Variants, the fastest first, then null.
 struct MixKernelList {
-  const MixKernels* variants[3];
+  const MixKernels* variants[4];
 };
 
 /// All variants that this processor runs. For tests and benchmarks. [any-thread]

@@ -10,13 +10,12 @@ namespace tolvane {
 
 namespace {
 
-// The link of an input that a route reads, until it has a row.
-constexpr std::int32_t kRead = -2;
-
-/// Calls `visit(channel, width)` for groups of four channels that cover the buffer; the last group may
-/// overlap the previous one. If the buffer has fewer than four channels, each channel is a group.
+/// Calls `visit(channel, width)` for groups of channels that together are the first `channels` of a buffer:
+/// the two of a stereo buffer, or four each, of which the last group may overlap the previous one. If there
+/// are fewer than four, each is a group.
 template <class Visit>
-void forEachGroup(std::int64_t channels, Visit visit) noexcept {
+void forEachGroup(std::int64_t channels, std::int64_t stride, Visit visit) noexcept {
+  if (channels == 2 && stride == 2) return visit(0, 2);
   if (channels < 4) {
     for (std::int64_t c = 0; c < channels; ++c) visit(c, 1);
     return;
@@ -28,7 +27,7 @@ void forEachGroup(std::int64_t channels, Visit visit) noexcept {
 
 void TilePlan::mix(const AudioBufferList& input, const RoutedBuffer* routed, std::int32_t count) noexcept {
   const RoutedBuffer* const end = routed + count;
-  if (frames_ < kernels_.vectorFloats) {
+  if (kernels_.mixTiles == nullptr || frames_ < kernels_.vectorFloats) {
     for (; routed != end; ++routed) mixBySamples(*routed);
     return;
   }
@@ -51,14 +50,14 @@ void TilePlan::mixBySamples(const RoutedBuffer& routed) const noexcept {
       std::min<std::int64_t>(routed.first + routed.buffer->mNumberChannels, out_.slotCount());
   for (std::int64_t c = routed.first; c < end; ++c) {
     const ChannelSlot& target = out_[c];
-    for (std::int32_t i = target.link; i != kNoRoute; i = routes_[i].next)
+    for (std::int32_t i = target.firstRoute; i != kNoRoute; i = routes_[i].next)
       addRoute(routes_[i], target, frames_);
   }
 }
 
 void TilePlan::planInputs(const AudioBufferList& input) noexcept {
-  for (std::int32_t i = 0; i < routes_.count(); ++i) {
-    if (routes_[i].data != nullptr) in_[routes_[i].src].link = kRead;
+  for (std::int32_t i = routes_.count() - 1; i >= 0; --i) {
+    if (routes_[i].data != nullptr) in_[routes_[i].src].firstRoute = i;
   }
   const AudioBuffer* const end = input.mBuffers + input.mNumberBuffers;
   std::int64_t first = 0;
@@ -66,7 +65,8 @@ void TilePlan::planInputs(const AudioBufferList& input) noexcept {
     if (buffer->mNumberChannels < 2 || buffer->mData == nullptr) continue;
     const std::int64_t channels = std::min<std::int64_t>(buffer->mNumberChannels, in_.slotCount() - first);
     if (channels <= 0) break;
-    forEachGroup(channels, [&](std::int64_t c, std::int32_t width) { gather(first + c, width); });
+    forEachGroup(channels, buffer->mNumberChannels,
+                 [&](std::int64_t c, std::int32_t width) { gather(first + c, width); });
   }
 }
 
@@ -74,23 +74,26 @@ void TilePlan::planInputs(const AudioBufferList& input) noexcept {
 /// that is read.
 void TilePlan::gather(std::int64_t first, std::int32_t width) noexcept {
   std::int32_t read = 0;
-  for (std::int64_t c = first; c < first + width; ++c) read += in_[c].link == kRead ? 1 : 0;
+  for (std::int64_t c = first; c < first + width; ++c) read += in_[c].firstRoute != kNoRoute ? 1 : 0;
   if (read < 2) return read == 0 ? void() : gatherOnes(first, width);
   gathers_[gatherCount_++] = {in_[first].data, in_[first].stride, width, inputRows_[inputRowCount_]};
-  for (std::int64_t c = first; c < first + width; ++c) in_[c].link = inputRowCount_++;
+  for (std::int64_t c = first; c < first + width; ++c) {
+    if (in_[c].firstRoute != kNoRoute) inputRowOf_[in_[c].firstRoute] = inputRows_[inputRowCount_];
+    ++inputRowCount_;
+  }
 }
 
 void TilePlan::gatherOnes(std::int64_t first, std::int32_t width) noexcept {
   for (std::int64_t c = first; c < first + width; ++c) {
-    if (in_[c].link != kRead) continue;
+    if (in_[c].firstRoute == kNoRoute) continue;
     gathers_[gatherCount_++] = {in_[c].data, in_[c].stride, 1, inputRows_[inputRowCount_]};
-    in_[c].link = inputRowCount_++;
+    inputRowOf_[in_[c].firstRoute] = inputRows_[inputRowCount_++];
   }
 }
 
 void TilePlan::planPlanar(const RoutedBuffer& routed) noexcept {
   const ChannelSlot& target = out_[routed.first];
-  addTarget(target.data, kWholeChannel, target.link);
+  addTarget(target.data, kWholeChannel, target.firstRoute);
   clearFrom(*routed.buffer, frames_);
 }
 
@@ -98,12 +101,14 @@ void TilePlan::planInterleaved(const RoutedBuffer& routed) noexcept {
   const std::int64_t channels = routed.buffer->mNumberChannels;
   const std::int64_t end = std::min(routed.first + channels, out_.slotCount());
   for (std::int64_t c = routed.first; c < end; ++c) {
-    if (out_[c].link == kNoRoute) continue;
-    addTarget(outputRows_[outputRowCount_], kTileRow, out_[c].link);
-    out_[c].link = outputRowCount_++;
+    if (out_[c].firstRoute == kNoRoute) continue;
+    float* const row = outputRows_[outputRowCount_++];
+    addTarget(row, kTileRow, out_[c].firstRoute);
+    outputRowOf_[out_[c].firstRoute] = row;
   }
   bool all = true;
-  forEachGroup(channels, [&](std::int64_t c, std::int32_t width) { all = scatter(routed, c, width) && all; });
+  forEachGroup(channels, channels,
+               [&](std::int64_t c, std::int32_t width) { all = scatter(routed, c, width) && all; });
   clearFrom(*routed.buffer, all ? frames_ : 0);
 }
 
@@ -114,7 +119,7 @@ void TilePlan::addTarget(float* data, std::int64_t frameMask, std::int32_t route
   for (; route != kNoRoute; route = routes_[route].next) {
     const CycleRoute& entry = routes_[route];
     const bool isPlanar = entry.stride == 1;
-    const float* const from = isPlanar ? entry.data : inputRows_[in_[entry.src].link];
+    const float* const from = isPlanar ? entry.data : inputRowOf_[in_[entry.src].firstRoute];
     *source++ = {from, isPlanar ? kWholeChannel : kTileRow, entry.gain};
   }
   const auto count = static_cast<std::int32_t>(source - sources);
@@ -129,9 +134,9 @@ bool TilePlan::scatter(const RoutedBuffer& routed, std::int64_t channel, std::in
   bool any = false;
   for (std::int32_t i = 0; i < width; ++i) {
     const std::int64_t c = routed.first + channel + i;
-    const std::int32_t row = c < out_.slotCount() ? out_[c].link : kNoRoute;
-    group.rows[i] = row == kNoRoute ? silence_ : outputRows_[row];
-    any = any || row != kNoRoute;
+    const std::int32_t route = c < out_.slotCount() ? out_[c].firstRoute : kNoRoute;
+    group.rows[i] = route == kNoRoute ? silence_ : outputRowOf_[route];
+    any = any || route != kNoRoute;
   }
   if (!any) return false;
   group.data = static_cast<float*>(routed.buffer->mData) + channel;

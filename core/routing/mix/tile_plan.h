@@ -20,8 +20,7 @@ struct RoutedBuffer {
 /// into interleaved outputs. Lives on the IO thread's stack (about 30 KiB). [io-thread]
 class TilePlan {
  public:
-  /// Overwrites the tables' links: make only one plan from a pair of tables. No input that is read shares
-  /// memory with an output.
+  /// Writes the first routes of the inputs. No input that is read shares memory with an output.
   TilePlan(const CycleRoutes& routes, ChannelTable& in, ChannelTable& out, std::int64_t frames,
            const MixKernels& kernels) noexcept
       : routes_(routes), in_(in), out_(out), frames_(frames), kernels_(kernels) {}
@@ -60,6 +59,9 @@ class TilePlan {
   MixTarget targets_[kMaxPatchEntries];
   GatherGroup gathers_[kMaxPatchEntries];
   ScatterGroup scatters_[2 * kMaxPatchEntries];
+  // The rows of a channel, by the first of its routes.
+  const float* inputRowOf_[kMaxPatchEntries];
+  const float* outputRowOf_[kMaxPatchEntries];
   alignas(64) float silence_[kTileFrames];  // the row of all channels without a route
   alignas(64) float inputRows_[kMaxInputRows][kTileFrames];
   alignas(64) float outputRows_[kMaxPatchEntries][kTileFrames];

@@ -48,17 +48,32 @@ void pretend(unsigned feature, bool has) {
   __cpu_model.features[0] = has ? __cpu_model.features[0] | bit : __cpu_model.features[0] & ~bit;
 }
 
-TEST(KernelChoice, Avx512NeedsEveryFeatureThatItIsCompiledFor) {
-  constexpr unsigned kAvx512Features[] = {15, 20, 22};  // F, VL, DQ
+/// Expects that the variant is there with all these features, and not without any one of them.
+void expectNeedsEach(const char* variant, const std::vector<unsigned>& features) {
   const unsigned found = __cpu_model.features[0];
-  for (const unsigned feature : kAvx512Features) pretend(feature, true);
-  EXPECT_THAT(variantNames(), testing::Contains("avx512"));
-  for (const unsigned feature : kAvx512Features) {
+  for (const unsigned feature : features) pretend(feature, true);
+  EXPECT_THAT(variantNames(), testing::Contains(variant));
+  for (const unsigned feature : features) {
     pretend(feature, false);
-    EXPECT_THAT(variantNames(), testing::Not(testing::Contains("avx512"))) << feature;
+    EXPECT_THAT(variantNames(), testing::Not(testing::Contains(variant))) << feature;
     pretend(feature, true);
   }
   __cpu_model.features[0] = found;
+}
+
+// SSSE3, SSE4.2, AVX2, FMA, BMI, BMI2, AES, PCLMUL
+const std::vector<unsigned> kAvx2Features = {6, 8, 10, 14, 16, 17, 18, 19};
+// F, VL, BW, DQ, CD
+const std::vector<unsigned> kAvx512Features = {15, 20, 21, 22, 23};
+
+TEST(KernelChoice, Avx2NeedsEveryFeatureThatItIsCompiledFor) {
+  expectNeedsEach("AVX2", kAvx2Features);
+}
+
+TEST(KernelChoice, Avx512NeedsEveryFeatureThatItIsCompiledFor) {
+  std::vector<unsigned> features = kAvx2Features;
+  features.insert(features.end(), kAvx512Features.begin(), kAvx512Features.end());
+  expectNeedsEach("AVX3", features);
 }
 #endif
 

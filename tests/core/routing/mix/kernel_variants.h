@@ -10,8 +10,7 @@
 
 namespace tolvane::test {
 
-/// Every variant that this processor runs, and one whose widest vectors are emulated with the processor's
-/// own.
+/// Every variant that this processor runs.
 std::vector<const MixKernels*> everyVariant();
 
 inline std::string variantName(const testing::TestParamInfo<const MixKernels*>& variant) {

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "core/routing/mix/channel_table.h"
-#include "core/routing/mix/route_mixer.h"
+#include "core/routing/mix/cycle_mixer.h"
 #include "kernel_variants.h"
 
 namespace tolvane::test {
@@ -120,7 +120,7 @@ TEST_P(Lanes, ReadNothingBeyondTheBuffers) {
         const std::int32_t source = (c + shift) % channels;
         routes.put(c, {source, c, 2.0F}, inputs[source], outputs[c]);
       }
-      mixRoutes(routes, in, out, inputs, outputs, 10, *GetParam());
+      CycleMixer(routes, inputs, outputs, 10, *GetParam()).mix(in, out);
       EXPECT_EQ(output, std::vector<float>(size, 0.5F)) << channels << " channels, shift " << shift;
     }
   }

@@ -5,8 +5,8 @@
 
 #include "core/routing/mix/channel_table.h"
 #include "core/routing/mix/clear.h"
+#include "core/routing/mix/cycle_mixer.h"
 #include "core/routing/mix/reference_mixer.h"
-#include "core/routing/mix/route_mixer.h"
 
 namespace tolvane::test {
 
@@ -96,7 +96,8 @@ void RoutesInMemory::mix(const MixKernels& kernels) {
   ChannelTable out(4096);
   in.addChannelsOf(inputList);
   out.addChannelsOf(outputList);
-  mixRoutes(cycleRoutes(in, out), inputList, outputList, in, out, frames_, kernels);
+  const CycleRoutes routes = cycleRoutes(in, out);
+  CycleMixer(routes, in, out, frames_, kernels).mix(inputList, outputList);
 }
 
 void RoutesInMemory::mixInReferenceOrder() {

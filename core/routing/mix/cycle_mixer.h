@@ -11,23 +11,26 @@
 
 namespace tolvane {
 
-/// Mixes one cycle, output by output. Lives on the IO thread's stack. [io-thread]
-class CyclePlan {
+/// Fills every output buffer of one cycle: each routed channel with the sum of its routes, everything else
+/// with zeros. Gives the same bits as clearOutputs() and then mixReference(), which it calls if buffers
+/// overlap or are shorter than the cycle. Otherwise it mixes output by output, writes each output once and
+/// does not read it back. Lives on the IO thread's stack. [io-thread]
+class CycleMixer {
  public:
-  /// Overwrites the tables' links: make only one plan from a pair of tables.
-  CyclePlan(const CycleRoutes& routes, ChannelTable& in, ChannelTable& out, std::int64_t frames,
-            const MixKernels& kernels) noexcept
+  /// `frames` is at least 1. `in` and `out` are the tables of the two lists. Tiles write the
+  /// tables, so one pair of tables serves one mixer.
+  CycleMixer(const CycleRoutes& routes, ChannelTable& in, ChannelTable& out, std::int64_t frames,
+             const MixKernels& kernels) noexcept
       : routes_(routes), in_(in), out_(out), frames_(frames), kernels_(kernels) {}
 
-  /// Mixes the cycle into `output`.
-  void run(const AudioBufferList& input, AudioBufferList& output) noexcept;
+  /// Called once, with the two lists of the tables.
+  void mix(const AudioBufferList& input, AudioBufferList& output) noexcept;
 
  private:
   [[nodiscard]] bool isRouted(const AudioBuffer& buffer, std::int64_t first) const noexcept;
 
   void mixContiguous(AudioBuffer* buffers) noexcept;
   void mixAndClear(AudioBufferList& output) noexcept;
-  void clearFromTo(const AudioBuffer& first, const AudioBuffer& last) const noexcept;
 
   void clearUnrouted(AudioBufferList& output) noexcept;
   [[nodiscard]] bool canReorder(const AudioBufferList& input) const noexcept;
