@@ -2,17 +2,16 @@
 
 #include <utility>
 
+#include "hal/driver/time_limits.h"
+
 namespace tolvane::hal {
 
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kStartLimit = 5s;        // a driver's start fails if it takes longer
-constexpr auto kTeardownLimit = 800ms;  // how long a stop waits for the session to end
 constexpr auto kRetryInterval = 500ms;
-constexpr auto kResumeLimit = 200ms;    // how long a session may take to resume once its device is listed
-constexpr auto kOutgoingLimit = 500ms;  // how long a new session waits for the previous one to end
+constexpr auto kResumeLimit = 200ms;  // how long a session may take to resume once its device is listed
 
 }  // namespace
 
@@ -57,7 +56,7 @@ OSStatus Registration::startedStatus(const RunRef& run) {
 
 void Registration::stop() {
   const std::lock_guard oneStop(stopping_);
-  const auto deadline = Clock::now() + kTeardownLimit;
+  const auto deadline = Clock::now() + kStopLimit;
   RunRef run;
   RunRef outgoing;
   {
