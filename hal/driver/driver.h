@@ -98,9 +98,9 @@ class Driver {
   virtual StartResult start(const DeviceInfo& device, SessionClient& client) = 0;
 
   /// Sets the observer, which the driver tells of changes from now on. Called once, before the first
-  /// devices(). The observer lives as long as the process. Returns false if the driver reports no changes;
+  /// devices(). The observer lives as long as the process. A driver that reports no changes ignores it;
   /// its devices are then found only by asking, every 500 ms while a lost one is awaited. [not-io]
-  virtual bool setObserver(DeviceObserver& /*observer*/) { return false; }
+  virtual void setObserver(DeviceObserver& /*observer*/) {}
 
   /// Sets the device's buffer size to `frames`, which is within its range. A running session reports the
   /// change through formatChanged(). Errors: kAudioHardwareUnsupportedOperationError (not with this device,

@@ -70,13 +70,12 @@ class JackDriver final : public Driver {
     return {noErr, std::make_unique<JackSession>(std::move(hosting))};
   }
 
-  bool setObserver(DeviceObserver& observer) override {
+  void setObserver(DeviceObserver& observer) override {
     watch_.emplace(library_, [this, &observer] {
       prober_.forget();
       observer.devicesChanged(*this);
     });
     prober_.askThrough(watch_->asker());
-    return true;
   }
 
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {
