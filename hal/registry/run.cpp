@@ -67,7 +67,7 @@ bool Run::waitBegun(Clock::time_point deadline) {
 }
 
 void Run::end() {
-  gate_.beginShut();
+  shutGate();
   std::unique_lock lock(mutex_);
   const State before = std::exchange(state_, State::ending);
   if (before == State::ending || before == State::over) {

@@ -41,11 +41,13 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   /// Waits until the start has succeeded or failed, or the run was ended. False at the deadline. [not-io]
   bool waitBegun(Clock::time_point deadline);
 
+  /// Shuts the gate: the callback does not begin again. Does not wait for one that is running. [any-thread]
+  void shutGate() noexcept { gate_.beginShut(); }
   /// Shuts the gate, then ends the session on a thread of its own and returns at once. If no thread can be
   /// created, ends the session before returning. Ending again does nothing. [not-io]
   void end();
-  /// Waits until the callback is not running. It does not run again after end(). With a deadline: false when
-  /// that is reached. [not-io]
+  /// Waits until the callback is not running. It does not run again after shutGate(). With a deadline: false
+  /// when that is reached. [not-io]
   bool waitSilent(Clock::time_point deadline = Clock::time_point::max()) { return gate_.waitEmpty(deadline); }
   /// Waits until the session is gone. False at the deadline. [not-io]
   bool waitOver(Clock::time_point deadline);
