@@ -61,10 +61,9 @@ class AlsaDriver final : public Driver {
     }
   }
 
-  bool setObserver(DeviceObserver& observer) override {
+  void setObserver(DeviceObserver& observer) override {
     observer_.store(&observer);
     watch_.emplace([this] { tell(); }, [this] { return isWaiting(); });
-    return true;
   }
 
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {

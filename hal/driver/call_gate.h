@@ -7,7 +7,7 @@
 
 namespace tolvane::hal {
 
-/// Admits callers from open() until shut(), which is final. The gate starts closed.
+/// Admits callers from open() until it is shut, which is final. The gate starts closed.
 ///
 /// The protocol, by role: a caller (any thread) adds itself to the count, enters only if the open bit was set
 /// and the shut bit was not, and later removes itself. Adding and removing are one atomic addition each, so
@@ -15,6 +15,8 @@ namespace tolvane::hal {
 /// on nobody is inside, and nobody gets in.
 class CallGate {
  public:
+  using TimePoint = std::chrono::steady_clock::time_point;
+
   /// One caller's visit; true if it may enter. [any-thread]
   class Pass {
    public:
@@ -33,15 +35,30 @@ class CallGate {
   /// Admits callers from now on; they see everything written before. Does nothing after shut(). [any-thread]
   void open() noexcept { state_.fetch_or(kOpen, std::memory_order_release); }
 
-  /// After the return, no caller is inside and none gets in. Any number of threads may call it. [not-io]
-  void shut() noexcept {
-    state_.fetch_or(kShut, std::memory_order_acq_rel);
-    while (!drained_.load(std::memory_order_acquire) &&
-           (state_.load(std::memory_order_acquire) & ~kBits) != 0) {
+  /// Admits nobody from now on. Whoever is inside stays there. [any-thread]
+  void beginShut() noexcept { state_.fetch_or(kShut, std::memory_order_acq_rel); }
+
+  /// Waits until no caller is inside; false at the deadline. After beginShut(), none gets in afterwards. Any
+  /// number of threads may call it. [not-io]
+  bool waitEmpty(TimePoint deadline = TimePoint::max()) noexcept {
+    while (!drained_.load(std::memory_order_acquire) && !isEmpty()) {
+      if (std::chrono::steady_clock::now() >= deadline) return false;
       // Polled: a caller on a real-time thread must not have to wake anybody.
       std::this_thread::sleep_for(std::chrono::microseconds(100));
     }
+    return true;
+  }
+
+  /// After the return, no caller is inside and none gets in. Any number of threads may call it. [not-io]
+  void shut() noexcept {
+    beginShut();
+    waitEmpty();
     drained_.store(true, std::memory_order_release);
+  }
+
+  /// True if no caller is inside. A caller counts while it is turned away, too. [any-thread]
+  [[nodiscard]] bool isEmpty() const noexcept {
+    return (state_.load(std::memory_order_acquire) & ~kBits) == 0;
   }
 
  private:
@@ -50,7 +67,7 @@ class CallGate {
   static constexpr std::uint32_t kBits = kOpen | kShut;
 
   std::atomic<std::uint32_t> state_{0};
-  std::atomic<bool> drained_{false};
+  std::atomic<bool> drained_{false};  // after shut(): callers that are turned away no longer matter
   static_assert(std::atomic<std::uint32_t>::is_always_lock_free, "an IO thread passes here every cycle");
 };
 

@@ -44,9 +44,9 @@ class SessionClient {
 /// A running session: the device calls its client until the session is destroyed.
 class Session {
  public:
-  /// Stops the session. After the return the client is not called again. Should return within 500 ms,
-  /// whatever state the server is in; if it does not, the HAL leaves it behind on a thread of its own.
-  /// [not-io]
+  /// Stops the session. After the return the client is not called again. Should return within
+  /// kOutgoingLimit (hal/driver/time_limits.h), whatever state the server is in; if it does not, the HAL
+  /// leaves it behind on a thread of its own. [not-io]
   virtual ~Session() = default;
 };
 
@@ -80,7 +80,7 @@ class Driver {
   [[nodiscard]] virtual const char* name() const noexcept = 0;
 
   /// The devices present now, in menu order; empty if the sound system is absent. The list leaves out a
-  /// driver that does not answer within 150 ms, until it has answered. [not-io]
+  /// driver that does not answer within kListLimit, until it has answered. [not-io]
   virtual std::vector<DeviceInfo> devices() = 0;
 
   /// True if the last result of devices() is no answer, because the sound server has accepted the connection
@@ -98,9 +98,9 @@ class Driver {
   virtual StartResult start(const DeviceInfo& device, SessionClient& client) = 0;
 
   /// Sets the observer, which the driver tells of changes from now on. Called once, before the first
-  /// devices(). The observer lives as long as the process. Returns false if the driver reports no changes;
+  /// devices(). The observer lives as long as the process. A driver that reports no changes ignores it;
   /// its devices are then found only by asking, every 500 ms while a lost one is awaited. [not-io]
-  virtual bool setObserver(DeviceObserver& /*observer*/) { return false; }
+  virtual void setObserver(DeviceObserver& /*observer*/) {}
 
   /// Sets the device's buffer size to `frames`, which is within its range. A running session reports the
   /// change through formatChanged(). Errors: kAudioHardwareUnsupportedOperationError (not with this device,

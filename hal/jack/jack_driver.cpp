@@ -1,9 +1,9 @@
 #include "hal/jack/jack_driver.h"
 
-#include <chrono>
 #include <optional>
 #include <utility>
 
+#include "hal/driver/time_limits.h"
 #include "hal/jack/jack_library.h"
 #include "hal/jack/jack_prober.h"
 #include "hal/jack/jack_setting.h"
@@ -14,11 +14,6 @@
 
 namespace tolvane::hal {
 namespace {
-
-using namespace std::chrono_literals;
-
-/// How long a stop waits for the client to leave the server, which takes a few cycles.
-constexpr std::chrono::milliseconds kStopTimeout = 400ms;
 
 /// A stream, and what its thread tells its owner.
 struct Hosting {
@@ -43,7 +38,7 @@ class JackSession final : public Session {
   ~JackSession() override {
     hosting_.stream->shut();
     hosting_.stream->requestEnd();
-    hosting_.left->take(kStopTimeout);
+    hosting_.left->take(kJackLeaveLimit);
   }
   JackSession(const JackSession&) = delete;
   JackSession& operator=(const JackSession&) = delete;
@@ -75,13 +70,12 @@ class JackDriver final : public Driver {
     return {noErr, std::make_unique<JackSession>(std::move(hosting))};
   }
 
-  bool setObserver(DeviceObserver& observer) override {
+  void setObserver(DeviceObserver& observer) override {
     watch_.emplace(library_, [this, &observer] {
       prober_.forget();
       observer.devicesChanged(*this);
     });
     prober_.askThrough(watch_->asker());
-    return true;
   }
 
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {

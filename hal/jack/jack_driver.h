@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "hal/driver/driver.h"
+#include "hal/driver/time_limits.h"
 
 namespace tolvane::hal {
 
@@ -13,9 +14,9 @@ namespace tolvane::hal {
 
 /// How long the driver waits for a silent server before it treats the server as hung.
 struct JackLimits {
-  std::chrono::milliseconds signOfLife{800};  // for any answer before a start
-  std::chrono::milliseconds start{4500};      // the whole start; a busy server takes milliseconds per port
-  std::chrono::milliseconds setting{450};     // a change of the cycle length
+  std::chrono::milliseconds signOfLife = kSignOfLifeLimit;  // for any answer before a start
+  std::chrono::milliseconds start = kJackStartLimit;        // the start itself
+  std::chrono::milliseconds setting = kJackSettingLimit;    // a change of the cycle length
 };
 
 /// The driver with other limits, for tests that must not fail on a slow machine. [not-io]

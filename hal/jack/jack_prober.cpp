@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <utility>
 
+#include "hal/driver/time_limits.h"
 #include "hal/jack/jack_client.h"
 #include "hal/jack/jack_devices.h"
 #include "hal/support/thread.h"
@@ -11,7 +12,6 @@
 namespace tolvane::hal {
 namespace {
 
-constexpr std::chrono::milliseconds kAnswerTimeout{140};
 constexpr std::chrono::milliseconds kAnswerLifetime{100};
 
 std::vector<DeviceInfo> askServer(const JackLibrary& library, const JackWatch::Asker& asker) {
@@ -57,7 +57,7 @@ JackProber::JackProber(const JackLibrary& library)
 std::vector<DeviceInfo> JackProber::devices() {
   std::unique_lock lock(question_->mutex);
   const bool wasOpen = question_->open;
-  const Clock::time_point deadline = (wasOpen ? question_->askedAt : Clock::now()) + kAnswerTimeout;
+  const Clock::time_point deadline = (wasOpen ? question_->askedAt : Clock::now()) + kJackListLimit;
   if (!wasOpen && !question_->isFresh()) ask(lock);
   if (!awaitAnswer(lock, deadline)) return {};
   // If something has changed since the request, ask again.

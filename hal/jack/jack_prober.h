@@ -21,7 +21,7 @@ class JackProber {
   /// From now on asks `asker` first. Must not be called while devices() runs. [not-io]
   void askThrough(JackWatch::Asker asker) { asker_ = std::move(asker); }
 
-  /// The devices. Empty if there is no server, or if the server has not answered within 140 ms of the
+  /// The devices. Empty if there is no server, or if the server has not answered within kJackListLimit of the
   /// request. A pending request is not repeated. An answer is valid for 100 ms. [not-io]
   [[nodiscard]] std::vector<DeviceInfo> devices();
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "hal/driver/call_gate.h"
+#include "hal/driver/time_limits.h"
 #include "hal/jack/jack_client.h"
 #include "hal/jack/jack_devices.h"
 #include "hal/jack/jack_loss.h"
@@ -23,9 +24,6 @@ using Clock = std::chrono::steady_clock;
 /// How often we look for a missing server, and how long we leave a server alone after it has said that it
 /// ends: a client that joins then may keep it from ending.
 constexpr auto kLookInterval = 1s;
-/// How long end() waits for the client to leave. A server that is ending takes long to let a client go, and a
-/// hung server lets none go.
-constexpr auto kLeaveLimit = 400ms;
 
 }  // namespace
 
@@ -60,7 +58,8 @@ class JackWatch::Watcher {
     std::unique_lock lock(mutex_);
     ended_ = true;
     changedHere_.notify_all();
-    changedHere_.wait_for(lock, kLeaveLimit, [this] { return over_; });
+    // A server that is ending takes long to let a client go, and a hung server lets none go.
+    changedHere_.wait_for(lock, kJackLeaveLimit, [this] { return over_; });
   }
 
   std::optional<std::vector<DeviceInfo>> ask() {

@@ -46,12 +46,10 @@ class PipeWireDriver final : public Driver {
     return pipewire::library() != nullptr ? "pipewire" : "";
   }
 
-  bool setObserver(DeviceObserver& observer) override {
+  void setObserver(DeviceObserver& observer) override {
     if (const auto server = serverOrNull()) {
       server->setObserver([this, &observer] { observer.devicesChanged(*this); });
     }
-    // Without the library there are no changes to report.
-    return true;
   }
 
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {

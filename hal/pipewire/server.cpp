@@ -5,6 +5,7 @@
 #include <set>
 #include <utility>
 
+#include "hal/driver/time_limits.h"
 #include "hal/pipewire/aggregate_list.h"
 
 namespace tolvane::hal::pipewire {
@@ -13,11 +14,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds kAnswerTimeout{120};       // for a list of devices
-constexpr milliseconds kKnownToHangTimeout{10};   // for the previous list, if it is still unanswered
-constexpr milliseconds kStartAnswerTimeout{800};  // for the server's first answer to a start
-constexpr milliseconds kStartTimeout{4000};       // for all links to come up
-constexpr milliseconds kStopTimeout{800};
 constexpr milliseconds kRetryPeriod{100};       // while something that a session needs is missing
 constexpr milliseconds kRatePeriod{500};        // between checks for a new rate, which no event reports
 constexpr milliseconds kReconnectPeriod{1000};  // between attempts to reconnect without sessions
@@ -194,9 +190,9 @@ std::optional<std::vector<DeviceInfo>> Server::devices() {
     const std::lock_guard lock(mutex_);
     unanswered = unanswered_;
   }
-  if (unanswered && !unanswered->wait(kKnownToHangTimeout)) return std::nullopt;
+  if (unanswered && !unanswered->wait(kPipeWireOverdueListLimit)) return std::nullopt;
   auto listing = beginListing();
-  const bool answered = listing->wait(kAnswerTimeout);
+  const bool answered = listing->wait(kPipeWireListLimit);
   const std::lock_guard lock(mutex_);
   unanswered_ = answered ? nullptr : listing;
   if (!answered) return std::nullopt;
@@ -237,13 +233,13 @@ Server::Started Server::start(const DeviceInfo& device, SessionClient& client) {
   });
   {
     std::unique_lock lock(starting->mutex);
-    if (!starting->changed.wait_for(lock, kStartAnswerTimeout, [&] { return starting->done; })) {
+    if (!starting->changed.wait_for(lock, kSignOfLifeLimit, [&] { return starting->done; })) {
       starting->abandoned = true;
       return {kAudioHardwareNotReadyError, nullptr};
     }
   }
   Started started = starting->result;
-  if (started.session && !started.session->waitUntilAlive(kStartTimeout)) {
+  if (started.session && !started.session->waitUntilAlive(kPipeWireStartLimit)) {
     end(std::move(started.session));
     return {kAudioHardwareNotReadyError, nullptr};
   }
@@ -259,7 +255,7 @@ void Server::end(std::shared_ptr<FilterSession> session) {
         std::erase(sessions_, session);
         reconcile();
       },
-      kStopTimeout);
+      kPipeWireStopLimit);
 }
 
 }  // namespace tolvane::hal::pipewire

@@ -4,6 +4,7 @@
 #include <set>
 #include <utility>
 
+#include "hal/driver/time_limits.h"
 #include "hal/support/utf8.h"
 
 namespace tolvane::hal {
@@ -46,7 +47,7 @@ std::vector<Catalog::PollerRef> Catalog::changedPollers() const {
 
 DeviceListing Catalog::askAll() {
   const auto asked = pollers();
-  auto [answers, list] = askThese(asked, allAsked_.exchange(true) ? kAnswerLimit : kFirstAnswerLimit);
+  auto [answers, list] = askThese(asked, allAsked_.exchange(true) ? kListLimit : kFirstListLimit);
   DeviceListing listing{std::move(list), {}};
   for (std::size_t d = 0; d < asked.size(); ++d) {
     if (!answers[d]) listing.silentDrivers.emplace_back(asked[d]->driver().name());
@@ -56,12 +57,12 @@ DeviceListing Catalog::askAll() {
 }
 
 void Catalog::ask(const PollerRef& poller) {
-  askThese({poller}, kAnswerLimit);
+  askThese({poller}, kListLimit);
 }
 
 void Catalog::askTheChanged() {
   const auto changed = changedPollers();
-  if (!changed.empty()) askThese(changed, kAnswerLimit);
+  if (!changed.empty()) askThese(changed, kListLimit);
 }
 
 Catalog::Asked Catalog::askThese(const std::vector<PollerRef>& pollers, std::chrono::milliseconds limit) {

@@ -30,12 +30,6 @@ class Catalog {
   /// alive but are not asked again. A driver is left out if an earlier one reaches the same server. [not-io]
   void useDrivers(std::vector<std::unique_ptr<Driver>> drivers);
 
-  /// A driver that takes longer to answer is left out of the list.
-  static constexpr std::chrono::milliseconds kAnswerLimit{150};
-  /// The limit for the first list, which is longer: the first client that connects often starts the sound
-  /// server.
-  static constexpr std::chrono::milliseconds kFirstAnswerLimit{1000};
-
   /// Asks all drivers at once and returns the whole list. If a driver threw, rethrows its exception instead.
   /// [not-io]
   DeviceListing askAll();

@@ -72,7 +72,7 @@ void DriverPoller::work() {
 }
 
 void DriverPoller::callDriver(DriverAnswer& answer) {
-  if (!observes_) notifies_.store(driver_->setObserver(*this));
+  if (!observes_) driver_->setObserver(*this);
   observes_ = true;
   for (bool isAgain = false;; isAgain = true) {
     if (isAgain) std::this_thread::sleep_for(kSilenceInterval);

@@ -58,9 +58,6 @@ class DriverPoller final : public DeviceObserver {
   /// True if a caller has given up waiting for a call that has not ended yet. [not-io]
   [[nodiscard]] bool overdue() const;
 
-  /// True if the driver reports changes by itself. [any-thread]
-  [[nodiscard]] bool notifies() const noexcept { return notifies_.load(); }
-
   void devicesChanged(Driver& driver) noexcept override;
 
  private:
@@ -72,7 +69,6 @@ class DriverPoller final : public DeviceObserver {
   const std::unique_ptr<Driver> driver_;
   const std::function<void()> onChange_;
   std::atomic<std::uint64_t> generation_{0};
-  std::atomic<bool> notifies_{false};
 
   mutable std::mutex mutex_;  // never held while the driver is called
   std::condition_variable changed_;

@@ -2,17 +2,16 @@
 
 #include <utility>
 
+#include "hal/driver/time_limits.h"
+
 namespace tolvane::hal {
 
 namespace {
 
 using namespace std::chrono_literals;
 
-constexpr auto kStartLimit = 5s;        // a driver's start fails if it takes longer
-constexpr auto kTeardownLimit = 800ms;  // how long a stop waits for the session to end
 constexpr auto kRetryInterval = 500ms;
-constexpr auto kResumeLimit = 200ms;    // how long a session may take to resume once its device is listed
-constexpr auto kOutgoingLimit = 500ms;  // how long a new session waits for the previous one to end
+constexpr auto kResumeLimit = 200ms;  // how long a session may take to resume once its device is listed
 
 }  // namespace
 
@@ -40,7 +39,10 @@ OSStatus Registration::start() {
   run->begin();
   run->waitBegun(Clock::now() + kStartLimit);
   const OSStatus status = startedStatus(run);
-  if (status != noErr) run->waitSilent();
+  if (status != noErr) {
+    run->end();
+    run->waitSilent();
+  }
   return status;
 }
 
@@ -51,13 +53,13 @@ OSStatus Registration::startedStatus(const RunRef& run) {
   const Run::State state = run->state();
   if (state == Run::State::running) return noErr;
   wanted_ = false;
-  replaceRun(Clock::now());
+  retireRun(Clock::now());
   return state == Run::State::failed ? run->status() : kAudioHardwareNotReadyError;
 }
 
 void Registration::stop() {
   const std::lock_guard oneStop(stopping_);
-  const auto deadline = Clock::now() + kTeardownLimit;
+  const auto deadline = Clock::now() + kStopLimit;
   RunRef run;
   RunRef outgoing;
   {
@@ -75,9 +77,13 @@ void Registration::stop() {
 }
 
 void Registration::abandon() {
-  const std::lock_guard lock(mutex_);
-  wanted_ = starting_ = false;
-  if (run_) run_->end();
+  RunRef run;
+  {
+    const std::lock_guard lock(mutex_);
+    wanted_ = starting_ = false;
+    run = run_;
+  }
+  if (run) run->end();
 }
 
 void Registration::waitAbandoned(Clock::time_point deadline) {
@@ -105,31 +111,37 @@ pid_t Registration::ioThread() const {
 }
 
 void Registration::supervise(Clock::time_point now) {
+  if (const RunRef retired = superviseRun(now)) retired->end();
+}
+
+/// Returns the run that it has retired, if any.
+Registration::RunRef Registration::superviseRun(Clock::time_point now) {
   const std::lock_guard lock(mutex_);
-  if (!wanted_ || starting_) return;
-  if (run_) superviseRun(now);
-  if (run_ || now < retryAt_ || !device_->listedAt() || outgoingBlocks(now)) return;
+  if (!wanted_ || starting_) return nullptr;
+  if (run_) return checkRun(now) ? nullptr : retireRun(now);
+  if (now < retryAt_ || !device_->listedAt() || outgoingBlocks(now)) return nullptr;
   run_ = newRun();
   begunAt_ = now;
   run_->begin();
+  return nullptr;
 }
 
-void Registration::superviseRun(Clock::time_point now) {
+/// False if the run must be replaced.
+bool Registration::checkRun(Clock::time_point now) {
   switch (run_->state()) {
     case Run::State::running:
-      superviseSession(now);
-      break;
+      return checkSession(now);
     case Run::State::starting:
-      if (now - begunAt_ < kStartLimit) break;
+      if (now - begunAt_ < kStartLimit) return true;
       [[fallthrough]];
     default:
-      replaceRun(now);
       retryAt_ = now + kRetryInterval;
+      return false;
   }
 }
 
-/// A session may resume by itself when its device is back. Replaces the session if it does not.
-void Registration::superviseSession(Clock::time_point now) {
+/// A session may resume by itself when its device is back. False if it does not.
+bool Registration::checkSession(Clock::time_point now) {
   if (run_->alive()) {
     lostAt_.reset();
   } else if (!lostAt_) {
@@ -139,9 +151,10 @@ void Registration::superviseSession(Clock::time_point now) {
     backAt_.reset();
   } else if (!backAt_) {
     backAt_ = now;
-  } else if (now - *backAt_ >= kResumeLimit) {
-    replaceRun(now);
+  } else {
+    return now - *backAt_ < kResumeLimit;
   }
+  return true;
 }
 
 /// True if the driver named the device in an answer that it began after the loss.
@@ -155,11 +168,13 @@ bool Registration::outgoingBlocks(Clock::time_point now) const {
   return outgoing_->inCallback() || now - outgoingSince_ < kOutgoingLimit;
 }
 
-void Registration::replaceRun(Clock::time_point now) {
-  run_->end();
-  outgoing_ = std::move(run_);
-  run_ = nullptr;
+/// The run's callback does not begin again. The caller ends the run once it has released the mutex: if there
+/// is no thread left for that, a hung driver holds the caller.
+Registration::RunRef Registration::retireRun(Clock::time_point now) {
+  run_->shutGate();
+  outgoing_ = std::exchange(run_, nullptr);
   outgoingSince_ = now;
+  return outgoing_;
 }
 
 }  // namespace tolvane::hal

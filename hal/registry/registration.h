@@ -43,11 +43,12 @@ class Registration {
 
   RunRef newRun();
   OSStatus startedStatus(const RunRef& run);
-  void superviseRun(Clock::time_point now);
-  void superviseSession(Clock::time_point now);
+  RunRef superviseRun(Clock::time_point now);
+  [[nodiscard]] bool checkRun(Clock::time_point now);
+  [[nodiscard]] bool checkSession(Clock::time_point now);
   [[nodiscard]] bool listedAgain() const;
   [[nodiscard]] bool outgoingBlocks(Clock::time_point now) const;
-  void replaceRun(Clock::time_point now);
+  RunRef retireRun(Clock::time_point now);
 
   const std::shared_ptr<Device> device_;
   const AudioDeviceIOProc proc_;
@@ -55,7 +56,7 @@ class Registration {
 
   std::mutex stopping_;  // one stop at a time: each returns once the callback has stopped
 
-  mutable std::mutex mutex_;  // never held while waiting for a driver or the callback
+  mutable std::mutex mutex_;  // never held while a run ends or the callback is awaited
   bool wanted_ = false;
   bool starting_ = false;  // a start() call is waiting for the run
   DeviceInfo promised_;    // has the streams that the callback was started with

@@ -4,22 +4,12 @@
 #include <cstdlib>
 #include <utility>
 
+#include "hal/driver/time_limits.h"
 #include "hal/driver_table.h"
 #include "hal/support/exhaustion.h"
 #include "hal/support/thread.h"
 
 namespace tolvane::hal {
-
-namespace {
-
-using namespace std::chrono_literals;
-
-// How long the end of the process waits for sessions to end.
-constexpr auto kExitLimit = 600ms;
-// How long a driver may take to change a device's buffer size.
-constexpr auto kSetLimit = 500ms;
-
-}  // namespace
 
 Registry& Registry::shared() {
   // Never destroyed: the threads of devices and listeners may run until the process ends.
@@ -78,7 +68,7 @@ OSStatus Registry::setBufferFrames(const std::shared_ptr<Device>& device, std::u
   });
   if (!isAsked) return kTolvaneExhaustedError;
   std::unique_lock lock(outcome->mutex);
-  if (!outcome->done.wait_for(lock, kSetLimit, [&] { return outcome->status.has_value(); })) {
+  if (!outcome->done.wait_for(lock, kSettingLimit, [&] { return outcome->status.has_value(); })) {
     return kAudioHardwareNotReadyError;
   }
   if (*outcome->status == noErr) catalog_.ask(poller);

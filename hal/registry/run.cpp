@@ -1,7 +1,6 @@
 #include "hal/registry/run.h"
 
 #include <cstring>
-#include <thread>
 #include <utility>
 
 #include <unistd.h>
@@ -15,9 +14,6 @@ namespace tolvane::hal {
 namespace {
 
 thread_local bool inCallbackHere = false;
-
-// The stopping thread polls: waking it would cost the IO thread a system call in every cycle.
-constexpr std::chrono::microseconds kPollInterval{100};
 
 void clear(AudioBufferList& output) noexcept {
   for (UInt32 b = 0; b < output.mNumberBuffers; ++b) {
@@ -34,7 +30,9 @@ bool onIoThread() noexcept {
 
 Run::Run(std::shared_ptr<Device> device, const Callback& callback, const DeviceInfo& promised,
          const DeviceInfo& actual)
-    : device_(std::move(device)), callback_(callback), actual_(actual), view_(promised, actual) {}
+    : device_(std::move(device)), callback_(callback), actual_(actual), view_(promised, actual) {
+  gate_.open();
+}
 
 void Run::begin() {
   setState(State::starting);
@@ -69,7 +67,7 @@ bool Run::waitBegun(Clock::time_point deadline) {
 }
 
 void Run::end() {
-  shut_.store(true);
+  shutGate();
   std::unique_lock lock(mutex_);
   const State before = std::exchange(state_, State::ending);
   if (before == State::ending || before == State::over) {
@@ -97,18 +95,6 @@ void Run::endSession(std::unique_ptr<Session> session) {
   setState(State::over);
 }
 
-void Run::waitSilent() const {
-  waitSilent(Clock::time_point::max());
-}
-
-bool Run::waitSilent(Clock::time_point deadline) const {
-  while (inCallback_.load()) {
-    if (Clock::now() >= deadline) return false;
-    std::this_thread::sleep_for(kPollInterval);
-  }
-  return true;
-}
-
 bool Run::waitOver(Clock::time_point deadline) {
   std::unique_lock lock(mutex_);
   return changed_.wait_until(lock, deadline, [this] { return state_ == State::over; });
@@ -133,28 +119,24 @@ void Run::setState(State state) {
 }
 
 void Run::cycle(const IoCycle& cycle) noexcept {
-  // The cycle sets inCallback_ before it reads shut_. Ending sets shut_ before anybody reads inCallback_. All
-  // four accesses are sequentially consistent, so either this cycle sees the gate shut or the stopping thread
-  // sees the callback running.
-  inCallback_.store(true);
-  if (shut_.load()) {
+  const CallGate::Pass pass(gate_);
+  if (!pass) {
     clear(*cycle.output);
-  } else {
-    const IoCycle& seen = view_.show(cycle);
-    // The only system call in the cycles of a session. The driver may not know the thread, since a library
-    // may own it.
-    if (ioThread_.load(std::memory_order_relaxed) == 0) ioThread_.store(gettid());
-    const IoCallbackScope scope;
-    inCallbackHere = true;
-    callback_.proc(callback_.device, seen.now, seen.input, seen.inputTime, seen.output, seen.outputTime,
-                   callback_.clientData);
-    inCallbackHere = false;
+    return;
   }
-  inCallback_.store(false);
+  const IoCycle& seen = view_.show(cycle);
+  // The only system call in the cycles of a session. The driver may not know the thread, since a library may
+  // own it.
+  if (ioThread_.load(std::memory_order_relaxed) == 0) ioThread_.store(gettid());
+  const IoCallbackScope scope;
+  inCallbackHere = true;
+  callback_.proc(callback_.device, seen.now, seen.input, seen.inputTime, seen.output, seen.outputTime,
+                 callback_.clientData);
+  inCallbackHere = false;
 }
 
 void Run::overload() noexcept {
-  if (!shut_.load()) device_->countOverload();
+  if (const CallGate::Pass pass(gate_); pass) device_->countOverload();
 }
 
 void Run::aliveChanged(bool alive) noexcept {
@@ -162,7 +144,7 @@ void Run::aliveChanged(bool alive) noexcept {
 }
 
 void Run::formatChanged(double sampleRateHz, std::uint32_t bufferFrames) noexcept {
-  if (!shut_.load()) device_->sessionFormat(sampleRateHz, bufferFrames);
+  if (const CallGate::Pass pass(gate_); pass) device_->sessionFormat(sampleRateHz, bufferFrames);
 }
 
 }  // namespace tolvane::hal

@@ -8,6 +8,7 @@
 
 #include <sys/types.h>
 
+#include "hal/driver/call_gate.h"
 #include "hal/registry/buffer_view.h"
 #include "hal/registry/device.h"
 
@@ -23,7 +24,7 @@ struct Callback {
 /// True if the calling thread is running a callback. [any-thread]
 bool onIoThread() noexcept;
 
-/// One session from start to end, and the gate between the driver's thread and the callback. Once the gate is
+/// One session from start to end, with a gate between the driver's thread and the callback. Once the gate is
 /// shut, the callback never runs again, whatever the driver does. The driver's start and the end of the
 /// session run on threads of their own, which keep the run alive, so a driver that hangs there blocks nobody
 /// else.
@@ -40,20 +41,21 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   /// Waits until the start has succeeded or failed, or the run was ended. False at the deadline. [not-io]
   bool waitBegun(Clock::time_point deadline);
 
+  /// Shuts the gate: the callback does not begin again. Does not wait for one that is running. [any-thread]
+  void shutGate() noexcept { gate_.beginShut(); }
   /// Shuts the gate, then ends the session on a thread of its own and returns at once. If no thread can be
   /// created, ends the session before returning. Ending again does nothing. [not-io]
   void end();
-  /// Waits until the callback is not running. It does not run again after end(). With a deadline: false when
-  /// that is reached. [not-io]
-  void waitSilent() const;
-  bool waitSilent(Clock::time_point deadline) const;
+  /// Waits until the callback is not running. It does not run again after shutGate(). With a deadline: false
+  /// when that is reached. [not-io]
+  bool waitSilent(Clock::time_point deadline = Clock::time_point::max()) { return gate_.waitEmpty(deadline); }
   /// Waits until the session is gone. False at the deadline. [not-io]
   bool waitOver(Clock::time_point deadline);
 
   [[nodiscard]] State state() const;
   /// The status of the driver's start. [not-io]
   [[nodiscard]] OSStatus status() const;
-  [[nodiscard]] bool inCallback() const noexcept { return inCallback_.load(); }
+  [[nodiscard]] bool inCallback() const noexcept { return !gate_.isEmpty(); }
   /// Kernel id of the thread that runs the cycles; 0 before the first cycle. [any-thread]
   [[nodiscard]] pid_t ioThread() const noexcept { return ioThread_.load(); }
   /// False while the session reports its device as gone. [any-thread]
@@ -75,8 +77,7 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   const DeviceInfo actual_;
   BufferView view_;
 
-  std::atomic<bool> shut_{false};
-  std::atomic<bool> inCallback_{false};
+  CallGate gate_;
   std::atomic<bool> alive_{true};
   std::atomic<pid_t> ioThread_{0};
 

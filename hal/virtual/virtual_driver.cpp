@@ -17,10 +17,7 @@ class VirtualDriver final : public Driver {
     return {noErr, std::make_unique<VirtualSession>(VirtualModel::shared(), client)};
   }
 
-  bool setObserver(DeviceObserver& observer) override {
-    VirtualModel::shared().observe(*this, observer);
-    return true;
-  }
+  void setObserver(DeviceObserver& observer) override { VirtualModel::shared().observe(*this, observer); }
 
   OSStatus setBufferFrames(const DeviceInfo& /*device*/, std::uint32_t frames) override {
     VirtualModel::shared().setBufferFrames(frames);

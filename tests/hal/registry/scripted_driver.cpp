@@ -83,10 +83,9 @@ class ScriptedDriver final : public hal::Driver {
     return {noErr, std::make_unique<ScriptedSession>(script_)};
   }
 
-  bool setObserver(hal::DeviceObserver& observer) override {
+  void setObserver(hal::DeviceObserver& observer) override {
     const std::lock_guard lock(script_.mutex_);
     if (script_.notifies_) script_.observer_ = &observer;
-    return script_.notifies_;
   }
 
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {

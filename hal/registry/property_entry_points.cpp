@@ -1,4 +1,4 @@
-// The property half of the C surface: checks the arguments, then uses the object's table.
+// The functions of the C surface for properties: they check the arguments, then use the object's table.
 #include "base/thread_check.h"
 #include "hal/registry/properties.h"
 #include "hal/registry/registry.h"

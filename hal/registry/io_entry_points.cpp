@@ -1,4 +1,4 @@
-// The IO half of the C surface.
+// The functions of the C surface that run IO on devices.
 #include <utility>
 
 #include "base/thread_check.h"
