@@ -5,6 +5,7 @@
 #include <memory>
 #include <vector>
 
+#include "hal/driver/buffer_list.h"
 #include "hal/driver/device_info.h"
 
 namespace tolvane::hal {
@@ -29,7 +30,7 @@ class VirtualBuffers {
     void operator()(void* memory) const noexcept { std::free(memory); }
   };
 
-  std::unique_ptr<std::byte[]> listBytes_;
+  BufferList buffers_;
   std::unique_ptr<float, Free> samples_;
 };
 
