@@ -5,17 +5,11 @@
 #include <cstring>
 #include <utility>
 
+#include "hal/driver/time_stamp.h"
+
 namespace tolvane::hal::pipewire {
 
 namespace {
-
-AudioTimeStamp timeStamp(double sampleTime, std::uint64_t hostTimeNs) noexcept {
-  AudioTimeStamp stamp{};
-  stamp.mSampleTime = sampleTime;
-  stamp.mHostTime = hostTimeNs;
-  stamp.mFlags = kAudioTimeStampSampleTimeValid | kAudioTimeStampHostTimeValid;
-  return stamp;
-}
 
 /// Reads the clock's last eight bytes. Only the headers of 1.0 and later name them; earlier servers leave
 /// them zero.
