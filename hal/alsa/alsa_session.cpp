@@ -11,8 +11,8 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include "hal/alsa/realtime_thread.h"
 #include "hal/driver/time_stamp.h"
+#include "hal/support/realtime_kit.h"
 #include "hal/support/thread.h"
 
 namespace tolvane::hal::alsa {
