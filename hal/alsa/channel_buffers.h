@@ -1,14 +1,14 @@
 #pragma once
 
 #include <cstddef>
-#include <vector>
 
 #include "hal/driver/buffer_list.h"
+#include "hal/support/sample_memory.h"
 
 namespace tolvane::hal::alsa {
 
-/// One direction's samples of one cycle, as one single-channel stream per channel. The constructor allocates
-/// all memory.
+/// One direction's samples of one cycle, as one single-channel stream per channel. Each channel begins on a
+/// cache line. The constructor allocates all memory.
 class ChannelBuffers {
  public:
   /// Throws std::bad_alloc. [not-io]
@@ -23,7 +23,7 @@ class ChannelBuffers {
  private:
   std::size_t channels_;
   std::size_t strideFloats_;  // from one channel to the next
-  std::vector<float> samples_;
+  SampleMemory samples_;
   BufferList buffers_;
 };
 

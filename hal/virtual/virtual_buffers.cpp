@@ -1,17 +1,13 @@
 #include "hal/virtual/virtual_buffers.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 
 namespace tolvane::hal {
 
 namespace {
 
-/// Rounded up to whole cache lines.
 std::size_t streamBytes(std::size_t channels, std::size_t frames) noexcept {
-  const std::size_t bytes = channels * frames * sizeof(float);
-  return (bytes + VirtualBuffers::kAlignment - 1) / VirtualBuffers::kAlignment * VirtualBuffers::kAlignment;
+  return wholeCacheLines(channels * frames * sizeof(float));
 }
 
 }  // namespace
@@ -21,9 +17,7 @@ VirtualBuffers::VirtualBuffers(const StreamLayout& streams, const std::vector<st
     : buffers_(streams.size()) {
   std::size_t total = 0;
   for (const std::uint32_t channels : streams) total += streamBytes(channels, maxFrames);
-  samples_.reset(static_cast<float*>(std::aligned_alloc(kAlignment, std::max(total, kAlignment))));
-  if (!samples_) throw std::bad_alloc();
-  std::memset(samples_.get(), 0, total);  // touch the pages now, not in the first cycle
+  samples_ = allocateSamples(total);
   for (std::size_t s = 0; s < streams.size(); ++s) {
     const bool off =
         streams[s] == 0 || std::find(withoutData.begin(), withoutData.end(), s) != withoutData.end();
