@@ -36,8 +36,7 @@ std::optional<std::int64_t> framesOfStream(const SF_INFO& info) {
   const std::int64_t bytes = frameBytes(info);
   if (bytes == 0 || info.frames <= 0 || info.frames > kMostFrames) return std::nullopt;
   if (standsForAnySize(static_cast<std::uint64_t>(info.frames * bytes))) return std::nullopt;
-  // The library counts the byte that pads a chunk to an even size.
-  return bytes == 1 ? info.frames - info.frames % 2 : info.frames;
+  return info.frames;
 }
 
 /// True if the 32-bit sizes in a plain WAV header can hold the sound.

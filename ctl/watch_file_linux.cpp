@@ -5,8 +5,8 @@
 #include <vector>
 
 #include <sys/inotify.h>
-#include <unistd.h>
 
+#include "base/inotify.h"
 #include "ctl/file_watcher.h"
 
 namespace tolvane::ctl {
@@ -20,17 +20,11 @@ class InotifyWatcher : public FileWatcher {
   explicit InotifyWatcher(std::string path)
       : path_(std::move(path)),
         // Network folders, and folders that were themselves replaced, send no events: poll as well.
-        looking_(path_, milliseconds(1000)),
-        descriptor_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+        looking_(path_, milliseconds(1000)) {
     watchFolders();
   }
-  InotifyWatcher(const InotifyWatcher&) = delete;
-  InotifyWatcher& operator=(const InotifyWatcher&) = delete;
-  ~InotifyWatcher() override {
-    if (descriptor_ >= 0) ::close(descriptor_);
-  }
 
-  [[nodiscard]] int descriptor() const noexcept override { return descriptor_; }
+  [[nodiscard]] int descriptor() const noexcept override { return inotify_.descriptor(); }
   [[nodiscard]] milliseconds askEvery() const noexcept override { return looking_.askEvery(); }
 
   [[nodiscard]] bool changed() override {
@@ -56,32 +50,23 @@ class InotifyWatcher : public FileWatcher {
   void watchFolderOf(const std::filesystem::path& file) const {
     const std::filesystem::path folder = file.parent_path().empty() ? "." : file.parent_path();
     constexpr std::uint32_t kChanges = IN_MODIFY | IN_CLOSE_WRITE | IN_CREATE | IN_MOVED_TO | IN_ONLYDIR;
-    if (descriptor_ >= 0) ::inotify_add_watch(descriptor_, folder.c_str(), kChanges);
+    inotify_.add(folder.c_str(), kChanges);
   }
 
-  /// Reads all events. True if any is about the file, or says that events were lost.
+  /// Takes all events. True if any is about the file, or says that events were lost.
   [[nodiscard]] bool drain() const {
-    alignas(inotify_event) char events[4096];
     bool about = false;
-    ssize_t count = 0;
-    while (descriptor_ >= 0 && (count = ::read(descriptor_, events, sizeof events)) > 0) {
-      for (ssize_t at = 0; at < count;) {
-        const auto* event = reinterpret_cast<const inotify_event*>(events + at);
-        about = about || isAboutFile(*event);
-        at += static_cast<ssize_t>(sizeof *event + event->len);
-      }
-    }
+    inotify_.drain([&](const Inotify::Event& event) {
+      about =
+          about || event.name.empty() || std::find(names_.begin(), names_.end(), event.name) != names_.end();
+    });
     return about;
-  }
-
-  [[nodiscard]] bool isAboutFile(const inotify_event& event) const {
-    return event.len == 0 || std::find(names_.begin(), names_.end(), event.name) != names_.end();
   }
 
   std::string path_;
   std::vector<std::string> names_;  // the file's names in the two folders
   PollingWatcher looking_;
-  int descriptor_;
+  Inotify inotify_;
 };
 
 }  // namespace

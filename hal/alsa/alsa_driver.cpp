@@ -68,34 +68,45 @@ class AlsaDriver final : public Driver {
 
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {
     const std::lock_guard lock(mutex_);
+    const auto running = controlOf(device.uid);
+    if (!running) {
+      // A card that cannot be opened now would keep its old period.
+      std::unique_ptr<Duplex> duplex;
+      const int error = open(device.uid, duplex);
+      if (error < 0) return statusOf(error);
+    }
     shown_.setPeriodFrames(device.uid, frames);
-    if (const auto running = controlOf(device.uid)) running->setPeriodFrames(frames);
+    if (running) running->setPeriodFrames(frames);
     return noErr;
   }
 
  private:
   StartResult startSession(const DeviceInfo& device, SessionClient& client) {
-    const std::vector<Card> cards = listCards(alsa_);
-    const auto card = std::find_if(cards.begin(), cards.end(),
-                                   [&](const Card& c) { return ShownCards::uidOf(c) == device.uid; });
-    if (card == cards.end()) return {kAudioHardwareBadDeviceError, nullptr};
+    // Held until the session is known, so that nobody else here finds its card busy.
+    const std::lock_guard lock(mutex_);
     std::unique_ptr<Duplex> duplex;
-    const int error = openConfigured(*card, device, duplex);
+    const int error = openConfigured(device, duplex);
     if (error < 0) return {statusOf(error), nullptr};
     const DuplexFormat format = duplex->format();
     if (format.rateHz != device.sampleRateHz || format.periodFrames != device.bufferFrames) {
       client.formatChanged(format.rateHz, format.periodFrames);
     }
     auto session = std::make_unique<AlsaSession>(std::move(duplex), client, [this] { tell(); });
-    const std::lock_guard lock(mutex_);
     running_[device.uid] = session->control();
     return {noErr, std::move(session)};
   }
 
-  int openConfigured(const Card& card, const DeviceInfo& device, std::unique_ptr<Duplex>& duplex) {
-    int error = Duplex::open(alsa_, pcmNames(card), duplex);
+  /// Returns -ENODEV if there is no such card.
+  int open(const std::string& uid, std::unique_ptr<Duplex>& duplex) {
+    const std::vector<Card> cards = listCards(alsa_);
+    const auto card =
+        std::find_if(cards.begin(), cards.end(), [&](const Card& c) { return ShownCards::uidOf(c) == uid; });
+    return card == cards.end() ? -ENODEV : Duplex::open(alsa_, pcmNames(*card), duplex);
+  }
+
+  int openConfigured(const DeviceInfo& device, std::unique_ptr<Duplex>& duplex) {
+    int error = open(device.uid, duplex);
     if (error < 0) return error;
-    const std::lock_guard lock(mutex_);
     error = duplex->configure({static_cast<unsigned>(device.inputStreams.size()),
                                static_cast<unsigned>(device.outputStreams.size()),
                                shown_.periodFrames(device.uid)});
@@ -157,7 +168,11 @@ class AbsentAlsaDriver final : public Driver {
 std::unique_ptr<Driver> makeAlsaDriver() {
   const alsa::Library* alsa = alsa::library();
   if (alsa == nullptr) return std::make_unique<alsa::AbsentAlsaDriver>();
-  return std::make_unique<alsa::AlsaDriver>(*alsa);
+  return makeAlsaDriver(*alsa);
+}
+
+std::unique_ptr<Driver> makeAlsaDriver(const alsa::Library& alsa) {
+  return std::make_unique<alsa::AlsaDriver>(alsa);
 }
 
 }  // namespace tolvane::hal

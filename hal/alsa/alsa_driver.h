@@ -7,12 +7,19 @@
 
 namespace tolvane::hal {
 
+namespace alsa {
+struct Library;
+}
+
 /// The driver. On a machine without libasound, or without cards, it has no devices.
 ///
 /// A device is a card: the first PCM of each direction, used together, under the card's lasting identity. A
 /// card that a running sound server uses is not listed. A card that somebody else uses is listed, but cannot
-/// be started: kAudioDevicePermissionsError. The same holds if only one of its two directions is in use. A
-/// card runs one session at a time. [not-io]
+/// be started and its period cannot be set: kAudioDevicePermissionsError. The same holds if only one of its
+/// two directions is in use. A card runs one session at a time. [not-io]
 [[nodiscard]] std::unique_ptr<Driver> makeAlsaDriver();
+
+/// The driver with another libasound, for tests. `alsa` outlives it. [not-io]
+[[nodiscard]] std::unique_ptr<Driver> makeAlsaDriver(const alsa::Library& alsa);
 
 }  // namespace tolvane::hal

@@ -11,7 +11,8 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
-#include "hal/alsa/realtime_thread.h"
+#include "hal/driver/time_stamp.h"
+#include "hal/support/realtime_kit.h"
 #include "hal/support/thread.h"
 
 namespace tolvane::hal::alsa {
@@ -26,15 +27,6 @@ std::int64_t monotonicNs() noexcept {
   timespec now{};
   clock_gettime(CLOCK_MONOTONIC, &now);
   return std::int64_t{now.tv_sec} * 1'000'000'000 + now.tv_nsec;
-}
-
-AudioTimeStamp stamp(double frame, double ns) noexcept {
-  AudioTimeStamp stamp{};
-  stamp.mSampleTime = frame;
-  stamp.mHostTime = static_cast<UInt64>(ns);
-  stamp.mRateScalar = 1.0;
-  stamp.mFlags = kAudioTimeStampSampleTimeValid | kAudioTimeStampHostTimeValid;
-  return stamp;
 }
 
 }  // namespace
@@ -103,9 +95,10 @@ int AlsaSession::runPeriod() noexcept {
   const double period = format.periodFrames;
   // Without outputs, output time is now.
   const double ahead = std::max(period, static_cast<double>(duplex_->outputBufferFrames()));
-  const AudioTimeStamp input = stamp(frame, nowNs - period * frameNs);
-  const AudioTimeStamp now = stamp(frame + period, nowNs);
-  const AudioTimeStamp output = stamp(frame + ahead, nowNs + (ahead - period) * frameNs);
+  const AudioTimeStamp input = timeStamp(frame, static_cast<UInt64>(nowNs - period * frameNs));
+  const AudioTimeStamp now = timeStamp(frame + period, static_cast<UInt64>(nowNs));
+  const AudioTimeStamp output =
+      timeStamp(frame + ahead, static_cast<UInt64>(nowNs + (ahead - period) * frameNs));
   const int readError = duplex_->read();
   if (readError < 0) return readError;
   client_.cycle({&now, &duplex_->input(), &input, &duplex_->output(), &output});

@@ -16,14 +16,15 @@ int inspect(const Library& alsa, const PcmNames& names, unsigned periodFrames, D
 
 /// Adds one direction of a busy card: what it can do if nobody uses it, else the settings that the kernel
 /// reports.
-void addDirection(const Library& alsa, const Card& card, Direction direction, DuplexFormat& format) {
+void addDirection(const Library& alsa, const Card& card, Direction direction, unsigned periodFrames,
+                  DuplexFormat& format) {
   const bool isCapture = direction == Direction::capture;
   const int device = isCapture ? card.captureDevice : card.playbackDevice;
   if (device < 0) return;
   PcmNames names = pcmNames(card);
   (isCapture ? names.playback : names.capture).clear();
   DuplexFormat alone;
-  if (inspect(alsa, names, kPreferredPeriodFrames, alone) < 0) {
+  if (inspect(alsa, names, periodFrames, alone) < 0) {
     const std::string pcm = "pcm" + std::to_string(device) + (isCapture ? "c" : "p");
     const PcmInUse inUse = pcmInUse(card.index, pcm).value_or(PcmInUse{});
     (isCapture ? alone.inputChannels : alone.outputChannels) = inUse.channels;
@@ -36,10 +37,10 @@ void addDirection(const Library& alsa, const Card& card, Direction direction, Du
   if (format.periodFrames == 0) format.periodFrames = alone.periodFrames;
 }
 
-Probe probeBusy(const Library& alsa, const Card& card) {
+Probe probeBusy(const Library& alsa, const Card& card, unsigned periodFrames) {
   Probe probe{Probe::Outcome::notNow, {}};
-  addDirection(alsa, card, Direction::capture, probe.format);
-  addDirection(alsa, card, Direction::playback, probe.format);
+  addDirection(alsa, card, Direction::capture, periodFrames, probe.format);
+  addDirection(alsa, card, Direction::playback, periodFrames, probe.format);
   return probe;
 }
 
@@ -48,7 +49,7 @@ Probe probeBusy(const Library& alsa, const Card& card) {
 Probe probeCard(const Library& alsa, const Card& card, unsigned periodFrames) {
   Probe probe;
   const int error = inspect(alsa, pcmNames(card), periodFrames, probe.format);
-  if (error == -EBUSY) return probeBusy(alsa, card);
+  if (error == -EBUSY) return probeBusy(alsa, card, periodFrames);
   if (error == 0) {
     probe.outcome = Probe::Outcome::known;
   } else if (error != -EINVAL) {

@@ -1,16 +1,14 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdint>
-#include <memory>
-#include <vector>
 
-#include "hal/surface/core_audio_types.h"
+#include "hal/driver/buffer_list.h"
+#include "hal/support/sample_memory.h"
 
 namespace tolvane::hal::alsa {
 
-/// One direction's samples of one cycle, as one single-channel stream per channel. The constructor allocates
-/// all memory.
+/// One direction's samples of one cycle, as one single-channel stream per channel. Each channel begins on a
+/// cache line. The constructor allocates all memory.
 class ChannelBuffers {
  public:
   /// Throws std::bad_alloc. [not-io]
@@ -20,13 +18,13 @@ class ChannelBuffers {
   /// The samples of a channel. [io-thread]
   [[nodiscard]] float* channel(std::size_t index) noexcept { return &samples_[index * strideFloats_]; }
   /// Valid for the lifetime of this object. [io-thread]
-  [[nodiscard]] AudioBufferList& list() noexcept;
+  [[nodiscard]] AudioBufferList& list() noexcept { return buffers_.list(); }
 
  private:
   std::size_t channels_;
   std::size_t strideFloats_;  // from one channel to the next
-  std::vector<float> samples_;
-  std::unique_ptr<std::uint64_t[]> listWords_;
+  SampleMemory samples_;
+  BufferList buffers_;
 };
 
 }  // namespace tolvane::hal::alsa

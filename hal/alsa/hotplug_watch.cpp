@@ -1,8 +1,6 @@
 #include "hal/alsa/hotplug_watch.h"
 
 #include <cerrno>
-#include <cstring>
-#include <string_view>
 #include <utility>
 
 #include <poll.h>
@@ -28,7 +26,6 @@ constexpr std::uint32_t kEvents = IN_CREATE | IN_DELETE | IN_ATTRIB;
 HotplugWatch::HotplugWatch(std::function<void()> onChange, std::function<bool()> isWaiting)
     : onChange_(std::move(onChange)),
       isWaiting_(std::move(isWaiting)),
-      notifyFd_(inotify_init1(IN_CLOEXEC | IN_NONBLOCK)),
       stopFd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   watchFolders();
   const SignalsBlocked blocked;
@@ -39,18 +36,17 @@ HotplugWatch::~HotplugWatch() {
   eventfd_write(stopFd_, 1);
   thread_.join();
   close(stopFd_);
-  if (notifyFd_ >= 0) close(notifyFd_);
 }
 
 /// Watches /dev too, because /dev/snd comes with the first card and goes with the last.
 void HotplugWatch::watchFolders() const {
-  inotify_add_watch(notifyFd_, "/dev", IN_CREATE | IN_DELETE);
-  inotify_add_watch(notifyFd_, "/dev/snd", kEvents);
+  inotify_.add("/dev", IN_CREATE | IN_DELETE);
+  inotify_.add("/dev/snd", kEvents);
 }
 
 void HotplugWatch::run() {
   pthread_setname_np(pthread_self(), "tolvane-cards");
-  pollfd fds[] = {{stopFd_, POLLIN, 0}, {notifyFd_, POLLIN, 0}};
+  pollfd fds[] = {{stopFd_, POLLIN, 0}, {inotify_.descriptor(), POLLIN, 0}};
   for (;;) {
     const int ready = poll(fds, 2, kTickMs);
     if (ready < 0 && errno != EINTR) return;
@@ -65,19 +61,13 @@ void HotplugWatch::run() {
   }
 }
 
-/// Reads all pending events. Returns true if one of them is about sound devices.
+/// Takes all pending events. Returns true if one of them is about sound devices.
 bool HotplugWatch::takeEvents() const {
-  alignas(inotify_event) char buffer[4096];
   bool ours = false;
-  for (ssize_t size = 0; (size = read(notifyFd_, buffer, sizeof buffer)) > 0;) {
-    for (ssize_t at = 0; at < size;) {
-      inotify_event event{};
-      std::memcpy(&event, buffer + at, sizeof event);
-      const std::string_view name = event.len == 0 ? "" : buffer + at + sizeof event;
-      ours = ours || name == "snd" || name.substr(0, 8) == "controlC" || name.substr(0, 4) == "pcmC";
-      at += static_cast<ssize_t>(sizeof event + event.len);
-    }
-  }
+  inotify_.drain([&ours](const Inotify::Event& event) {
+    ours =
+        ours || event.name == "snd" || event.name.starts_with("controlC") || event.name.starts_with("pcmC");
+  });
   return ours;
 }
 

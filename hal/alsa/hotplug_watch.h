@@ -3,6 +3,8 @@
 #include <functional>
 #include <thread>
 
+#include "base/inotify.h"
+
 namespace tolvane::hal::alsa {
 
 /// Tells when sound cards come, go or become accessible to this user, by watching their device files.
@@ -23,7 +25,7 @@ class HotplugWatch {
 
   const std::function<void()> onChange_;
   const std::function<bool()> isWaiting_;
-  int notifyFd_;
+  Inotify inotify_;
   int stopFd_;
   std::thread thread_;
 };

@@ -1,14 +1,12 @@
 #include "hal/jack/cycle_clock.h"
 
+#include "hal/driver/time_stamp.h"
+
 namespace tolvane::hal {
 namespace {
 
-AudioTimeStamp stampOf(std::int64_t sampleTime, double hostTimeUs) noexcept {
-  AudioTimeStamp stamp{};
-  stamp.mSampleTime = static_cast<Float64>(sampleTime);
-  stamp.mHostTime = static_cast<UInt64>(hostTimeUs * 1000.0);
-  stamp.mFlags = kAudioTimeStampSampleTimeValid | kAudioTimeStampHostTimeValid;
-  return stamp;
+UInt64 nsOf(double us) noexcept {
+  return static_cast<UInt64>(us * 1000.0);
 }
 
 }  // namespace
@@ -29,10 +27,11 @@ CycleTimes CycleClock::stamp(const JackLibrary& library, const jack_client_t* cl
   serverFrame_ = serverFrame;
   expectedFrame_ = serverFrame + frames;
 
+  const auto frame = static_cast<Float64>(sampleTime_);
   const auto hostUs = static_cast<double>(startUs);
   const auto period = static_cast<double>(periodUs);
-  return {stampOf(sampleTime_, hostUs), stampOf(sampleTime_ - frames, hostUs - period),
-          stampOf(sampleTime_ + frames, hostUs + period)};
+  return {timeStamp(frame, nsOf(hostUs)), timeStamp(frame - frames, nsOf(hostUs - period)),
+          timeStamp(frame + frames, nsOf(hostUs + period))};
 }
 
 }  // namespace tolvane::hal

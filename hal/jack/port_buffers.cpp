@@ -1,33 +1,20 @@
 #include "hal/jack/port_buffers.h"
 
-#include <algorithm>
 #include <cstring>
-#include <new>
 #include <utility>
 
 namespace tolvane::hal {
-namespace {
-
-std::size_t listWords(std::size_t buffers) noexcept {
-  const std::size_t bytes = offsetof(AudioBufferList, mBuffers) + buffers * sizeof(AudioBuffer);
-  return std::max(bytes, sizeof(AudioBufferList)) / sizeof(std::uint64_t);
-}
-
-}  // namespace
 
 void PortBuffers::setPorts(std::vector<jack_port_t*> ports) {
   ports_ = std::move(ports);
-  storage_.assign(listWords(ports_.size()), 0);
-  list_ = new (storage_.data()) AudioBufferList{};
-  list_->mNumberBuffers = static_cast<UInt32>(ports_.size());
+  buffers_ = BufferList(ports_.size());
 }
 
 AudioBufferList* PortBuffers::gather(jack_nframes_t frames) noexcept {
-  AudioBuffer* buffer = list_->mBuffers;
-  for (jack_port_t* port : ports_) {
-    *buffer++ = {1, frames * static_cast<UInt32>(sizeof(float)), library_.portGetBuffer(port, frames)};
+  for (std::size_t p = 0; p < ports_.size(); ++p) {
+    buffers_.set(p, 1, frames, library_.portGetBuffer(ports_[p], frames));
   }
-  return list_;
+  return &buffers_.list();
 }
 
 void PortBuffers::silence(jack_nframes_t frames) noexcept {

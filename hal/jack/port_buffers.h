@@ -1,10 +1,9 @@
 #pragma once
 
-#include <cstdint>
 #include <vector>
 
+#include "hal/driver/buffer_list.h"
 #include "hal/jack/jack_library.h"
-#include "hal/surface/core_audio_types.h"
 
 namespace tolvane::hal {
 
@@ -28,8 +27,7 @@ class PortBuffers {
  private:
   const JackLibrary& library_;
   std::vector<jack_port_t*> ports_;
-  std::vector<std::uint64_t> storage_;  // an AudioBufferList with as many buffers as ports
-  AudioBufferList* list_ = nullptr;     // in storage_
+  BufferList buffers_{0};
 };
 
 }  // namespace tolvane::hal

@@ -1,10 +1,8 @@
 #include "hal/pipewire/config_watch.h"
 
-#include <array>
 #include <utility>
 
 #include <sys/inotify.h>
-#include <unistd.h>
 
 namespace tolvane::hal::pipewire {
 
@@ -21,13 +19,10 @@ std::string parentOf(const std::string& path) {
 }  // namespace
 
 ConfigWatch::ConfigWatch(LoopThread& thread, std::string path, Task changed)
-    : loop_(thread.loop()),
-      path_(std::move(path)),
-      changed_(std::move(changed)),
-      descriptor_(path_.empty() ? -1 : ::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
-  if (descriptor_ < 0) return;
+    : loop_(thread.loop()), path_(std::move(path)), changed_(std::move(changed)) {
+  if (path_.empty() || inotify_.emplace().descriptor() < 0) return;
   source_ = addReader(
-      loop_, descriptor_,
+      loop_, inotify_->descriptor(),
       [](void* data, int /*descriptor*/, std::uint32_t /*mask*/) {
         static_cast<ConfigWatch*>(data)->onReadable();
       },
@@ -37,7 +32,6 @@ ConfigWatch::ConfigWatch(LoopThread& thread, std::string path, Task changed)
 
 ConfigWatch::~ConfigWatch() {
   if (source_ != nullptr) destroySource(loop_, source_);
-  if (descriptor_ >= 0) ::close(descriptor_);
 }
 
 /// Watches the file's folder, or the nearest existing folder above it.
@@ -45,12 +39,12 @@ void ConfigWatch::arm() {
   std::string armed;
   const auto armNearest = [&] {
     std::string folder = parentOf(path_);
-    int watch = ::inotify_add_watch(descriptor_, folder.c_str(), kEvents);
+    int watch = inotify_->add(folder.c_str(), kEvents);
     while (watch < 0 && folder != "/") {
       folder = parentOf(folder);
-      watch = ::inotify_add_watch(descriptor_, folder.c_str(), kEvents);
+      watch = inotify_->add(folder.c_str(), kEvents);
     }
-    if (watch_ >= 0 && watch_ != watch) ::inotify_rm_watch(descriptor_, watch_);
+    if (watch_ >= 0 && watch_ != watch) inotify_->remove(watch_);
     watch_ = watch;
     return folder;
   };
@@ -59,9 +53,7 @@ void ConfigWatch::arm() {
 }
 
 void ConfigWatch::onReadable() {
-  std::array<char, 4096> events{};
-  while (::read(descriptor_, events.data(), events.size()) > 0) {
-  }
+  inotify_->drain([](const Inotify::Event& /*event*/) {});
   arm();
   changed_();
 }

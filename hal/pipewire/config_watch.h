@@ -1,7 +1,9 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
+#include "base/inotify.h"
 #include "hal/pipewire/loop_thread.h"
 
 namespace tolvane::hal::pipewire {
@@ -23,7 +25,7 @@ class ConfigWatch {
   pw_loop* loop_;
   std::string path_;
   Task changed_;
-  int descriptor_;
+  std::optional<Inotify> inotify_;  // none if there is no file to watch
   int watch_ = -1;
   spa_source* source_ = nullptr;
 };

@@ -5,17 +5,11 @@
 #include <cstring>
 #include <utility>
 
+#include "hal/driver/time_stamp.h"
+
 namespace tolvane::hal::pipewire {
 
 namespace {
-
-AudioTimeStamp timeStamp(double sampleTime, std::uint64_t hostTimeNs) noexcept {
-  AudioTimeStamp stamp{};
-  stamp.mSampleTime = sampleTime;
-  stamp.mHostTime = hostTimeNs;
-  stamp.mFlags = kAudioTimeStampSampleTimeValid | kAudioTimeStampHostTimeValid;
-  return stamp;
-}
 
 /// Reads the clock's last eight bytes. Only the headers of 1.0 and later name them; earlier servers leave
 /// them zero.
@@ -78,8 +72,8 @@ void* CycleRunner::takeInput(FilterPort& port, std::uint32_t frames) noexcept {
 void* CycleRunner::takeOutput(FilterPort& port, std::uint32_t frames) noexcept {
   // Skip the port while the graph has not taken its last buffer. The library would deliver that buffer in the
   // next cycle instead of the new one, and the port would stay one cycle late.
-  const spa_io_buffers* const handover = port.handover.load(std::memory_order_acquire);
-  if (handover == nullptr || handover->status == SPA_STATUS_HAVE_DATA) return nullptr;
+  const spa_io_buffers* const io = port.io.load(std::memory_order_acquire);
+  if (io == nullptr || io->status == SPA_STATUS_HAVE_DATA) return nullptr;
   pw_buffer* const taken = library_.pw_filter_dequeue_buffer(&port);
   if (taken == nullptr) return nullptr;
   const spa_data& block = taken->buffer->datas[0];

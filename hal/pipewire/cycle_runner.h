@@ -14,8 +14,9 @@ namespace tolvane::hal::pipewire {
 
 /// Our data of one port of our node. The library owns the memory for the port's lifetime.
 struct FilterPort {
-  /// The area through which the library and the graph exchange this port's buffers; null while there is none.
-  std::atomic<spa_io_buffers*> handover = nullptr;
+  /// The io area through which the library and the graph exchange this port's buffers; null while there is
+  /// none.
+  std::atomic<spa_io_buffers*> io = nullptr;
 };
 
 class CycleRunner {

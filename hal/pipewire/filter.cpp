@@ -44,8 +44,8 @@ Filter::Filter(const Library& library, pw_core* core, CycleRunner& runner, std::
     events.io_changed = [](void* /*data*/, void* port, std::uint32_t id, void* area, std::uint32_t bytes) {
       if (port == nullptr || id != SPA_IO_Buffers) return;
       const bool isWhole = bytes >= sizeof(spa_io_buffers);
-      static_cast<FilterPort*>(port)->handover.store(isWhole ? static_cast<spa_io_buffers*>(area) : nullptr,
-                                                     std::memory_order_release);
+      static_cast<FilterPort*>(port)->io.store(isWhole ? static_cast<spa_io_buffers*>(area) : nullptr,
+                                               std::memory_order_release);
     };
     events.process = [](void* data, spa_io_position* position) {
       static_cast<Filter*>(data)->runner_.process(position);

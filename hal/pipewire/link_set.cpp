@@ -13,8 +13,8 @@ namespace {
 using std::chrono::milliseconds;
 
 // Pauses between attempts, in case the server refuses every one.
-constexpr milliseconds kFirstPause{50};
-constexpr milliseconds kLongestPause{800};
+constexpr milliseconds kFirstLinkPause{50};
+constexpr milliseconds kLongestLinkPause{800};
 
 }  // namespace
 
@@ -117,9 +117,9 @@ LinkSet::~LinkSet() = default;
 void LinkSet::want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to) {
   auto& [link, pause] = places_[place];
   const bool isSame = link && link->isBetween(from, to);
-  if (!isSame || link->isReady()) pause = kFirstPause;
+  if (!isSame || link->isReady()) pause = kFirstLinkPause;
   if (isSame && !link->mayBeRetried(pause)) return;
-  if (isSame) pause = std::min(2 * pause, kLongestPause);
+  if (isSame) pause = std::min(2 * pause, kLongestLinkPause);
   link.reset();
   link = std::make_unique<Link>(*this, core, from, to);
 }

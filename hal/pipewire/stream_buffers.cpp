@@ -18,18 +18,12 @@ std::unique_ptr<float[]> samplesFor(std::size_t channels) {
   return samples;
 }
 
-std::size_t wordsFor(std::size_t streams) {
-  const std::size_t bytes = offsetof(AudioBufferList, mBuffers) + streams * sizeof(AudioBuffer);
-  return std::max(bytes, sizeof(AudioBufferList)) / sizeof(std::uint64_t);
-}
-
 }  // namespace
 
 StreamBuffers::StreamBuffers(const StreamLayout& streams)
     : streams_(streams),
       channels_(std::accumulate(streams.begin(), streams.end(), std::size_t{0}), nullptr),
-      words_(std::make_unique<std::uint64_t[]>(wordsFor(streams.size()))) {
-  list().mNumberBuffers = static_cast<UInt32>(streams.size());
+      buffers_(streams.size()) {
   std::size_t first = 0;
   for (std::uint32_t s = 0; s < streams.size(); ++s) {
     const std::span<float*> channels(&channels_[first], streams[s]);
@@ -48,8 +42,7 @@ void StreamBuffers::begin(std::uint32_t frames) noexcept {
   std::size_t first = 0;
   for (std::size_t s = 0; s < streams_.size(); ++s) {
     const std::uint32_t channels = streams_[s];
-    const auto bytes = static_cast<UInt32>(sizeof(float) * frames * channels);
-    list().mBuffers[s] = {channels, bytes, channels == 1 ? channels_[first] : nullptr};
+    buffers_.set(s, channels, frames, channels == 1 ? channels_[first] : nullptr);
     first += channels;
   }
   for (const Interleaved& stream : interleaved_) {

@@ -6,6 +6,7 @@
 #include <span>
 #include <vector>
 
+#include "hal/driver/buffer_list.h"
 #include "hal/driver/device_info.h"
 
 namespace tolvane::hal::pipewire {
@@ -35,7 +36,7 @@ class StreamBuffers {
   /// For inputs: copies the channels' samples into the list.
   void gather() noexcept;
 
-  [[nodiscard]] AudioBufferList& list() noexcept { return *reinterpret_cast<AudioBufferList*>(words_.get()); }
+  [[nodiscard]] AudioBufferList& list() noexcept { return buffers_.list(); }
 
   /// For outputs: copies the list's samples to the channels.
   void scatter() noexcept;
@@ -56,7 +57,7 @@ class StreamBuffers {
   StreamLayout streams_;
   std::vector<float*> channels_;
   std::vector<Interleaved> interleaved_;
-  std::unique_ptr<std::uint64_t[]> words_;
+  BufferList buffers_;
   std::uint32_t frames_ = 0;
 };
 

@@ -1,7 +1,5 @@
 #include "hal/registry/buffer_view.h"
 
-#include <algorithm>
-#include <new>
 #include <utility>
 
 namespace tolvane::hal {
@@ -20,26 +18,17 @@ UInt32 framesOf(const AudioBufferList& list) noexcept {
 
 }  // namespace
 
-BufferList::BufferList(std::size_t buffers)
-    : bytes_(std::make_unique<std::byte[]>(std::max(
-          sizeof(AudioBufferList), offsetof(AudioBufferList, mBuffers) + buffers * sizeof(AudioBuffer)))) {
-  list().mNumberBuffers = static_cast<UInt32>(buffers);
-}
-
-AudioBufferList& BufferList::list() noexcept {
-  return *reinterpret_cast<AudioBufferList*>(bytes_.get());
-}
-
 BufferView::Direction::Direction(StreamLayout streams)
     : promised(std::move(streams)), buffers(promised.size()) {}
 
 void BufferView::Direction::show(const AudioBufferList& from, UInt32 frames) noexcept {
-  AudioBufferList& to = buffers.list();
-  for (UInt32 b = 0; b < to.mNumberBuffers; ++b) {
-    const UInt32 channels = promised[b];
-    const bool there = b < from.mNumberBuffers && from.mBuffers[b].mNumberChannels == channels;
-    to.mBuffers[b] = there ? from.mBuffers[b]
-                           : AudioBuffer{channels, frames * channels * UInt32{sizeof(Float32)}, nullptr};
+  for (std::size_t b = 0; b < promised.size(); ++b) {
+    const bool there = b < from.mNumberBuffers && from.mBuffers[b].mNumberChannels == promised[b];
+    if (there) {
+      buffers.list().mBuffers[b] = from.mBuffers[b];
+    } else {
+      buffers.set(b, promised[b], frames, nullptr);
+    }
   }
 }
 

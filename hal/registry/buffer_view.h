@@ -1,21 +1,9 @@
 #pragma once
 
-#include <cstddef>
-#include <memory>
-
+#include "hal/driver/buffer_list.h"
 #include "hal/driver/driver.h"
 
 namespace tolvane::hal {
-
-/// An AudioBufferList of `buffers` empty buffers, in one block of memory.
-class BufferList {
- public:
-  explicit BufferList(std::size_t buffers);
-  [[nodiscard]] AudioBufferList& list() noexcept;
-
- private:
-  std::unique_ptr<std::byte[]> bytes_;
-};
 
 /// Presents the buffers of a device that came back as the streams that the callback was started with, so that
 /// every channel keeps its number. A stream whose channel count has changed has no data. If the layout is the

@@ -1,3 +1,4 @@
+#include "hal/driver/buffer_list.h"
 #include "hal/registry/properties.h"
 #include "hal/registry/value_room.h"
 #include "hal/support/realtime.h"
@@ -77,24 +78,19 @@ OSStatus readIoThreadScheduling(DeviceObject& object, const ValueRoom& room) {
 template <StreamLayout DeviceInfo::*kStreams>
 UInt32 streamsSize(DeviceObject& object) {
   const std::size_t streams = (object.device->info().*kStreams).size();
-  return static_cast<UInt32>(offsetof(AudioBufferList, mBuffers) + streams * sizeof(AudioBuffer));
+  return static_cast<UInt32>(BufferList::bytes(streams));
 }
 
 template <StreamLayout DeviceInfo::*kStreams>
 OSStatus readStreams(DeviceObject& object, const ValueRoom& room) {
   const DeviceInfo info = object.device->info();
   const StreamLayout& streams = info.*kStreams;
-  const std::size_t size = offsetof(AudioBufferList, mBuffers) + streams.size() * sizeof(AudioBuffer);
+  const std::size_t size = BufferList::bytes(streams.size());
   if (*room.dataSize < size) return kAudioHardwareBadPropertySizeError;
+  BufferList buffers(streams.size());
+  for (std::size_t s = 0; s < streams.size(); ++s) buffers.set(s, streams[s], 0, nullptr);
   // Copied bytewise: the client's buffer may lie at any address.
-  std::vector<std::byte> list(size);
-  const auto count = static_cast<UInt32>(streams.size());
-  std::memcpy(list.data(), &count, sizeof count);
-  for (std::size_t s = 0; s < streams.size(); ++s) {
-    const AudioBuffer buffer{streams[s], 0, nullptr};
-    std::memcpy(&list[offsetof(AudioBufferList, mBuffers) + s * sizeof buffer], &buffer, sizeof buffer);
-  }
-  std::memcpy(room.data, list.data(), size);
+  std::memcpy(room.data, &buffers.list(), size);
   *room.dataSize = static_cast<UInt32>(size);
   return noErr;
 }

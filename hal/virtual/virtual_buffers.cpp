@@ -1,51 +1,40 @@
 #include "hal/virtual/virtual_buffers.h"
 
 #include <algorithm>
-#include <cstring>
-#include <new>
 
 namespace tolvane::hal {
 
 namespace {
 
-/// Rounded up to whole cache lines.
 std::size_t streamBytes(std::size_t channels, std::size_t frames) noexcept {
-  const std::size_t bytes = channels * frames * sizeof(float);
-  return (bytes + VirtualBuffers::kAlignment - 1) / VirtualBuffers::kAlignment * VirtualBuffers::kAlignment;
+  return wholeCacheLines(channels * frames * sizeof(float));
 }
 
 }  // namespace
 
 VirtualBuffers::VirtualBuffers(const StreamLayout& streams, const std::vector<std::size_t>& withoutData,
                                std::uint32_t maxFrames)
-    : listBytes_(std::make_unique<std::byte[]>(
-          std::max(sizeof(AudioBufferList),
-                   offsetof(AudioBufferList, mBuffers) + streams.size() * sizeof(AudioBuffer)))) {
+    : buffers_(streams.size()) {
   std::size_t total = 0;
   for (const std::uint32_t channels : streams) total += streamBytes(channels, maxFrames);
-  samples_.reset(static_cast<float*>(std::aligned_alloc(kAlignment, std::max(total, kAlignment))));
-  if (!samples_) throw std::bad_alloc();
-  std::memset(samples_.get(), 0, total);  // touch the pages now, not in the first cycle
-  auto& list = *reinterpret_cast<AudioBufferList*>(listBytes_.get());
-  list.mNumberBuffers = static_cast<UInt32>(streams.size());
+  samples_ = allocateSamples(total);
   for (std::size_t s = 0; s < streams.size(); ++s) {
     const bool off =
         streams[s] == 0 || std::find(withoutData.begin(), withoutData.end(), s) != withoutData.end();
-    list.mBuffers[s] = {streams[s], 0, off ? nullptr : samples_.get()};
+    buffers_.set(s, streams[s], 0, off ? nullptr : samples_.get());
   }
 }
 
 AudioBufferList& VirtualBuffers::list(std::uint32_t frames) noexcept {
-  auto& list = *reinterpret_cast<AudioBufferList*>(listBytes_.get());
+  const AudioBufferList& list = buffers_.list();
   auto* next = reinterpret_cast<std::byte*>(samples_.get());
   for (UInt32 b = 0; b < list.mNumberBuffers; ++b) {
-    AudioBuffer& buffer = list.mBuffers[b];
-    buffer.mDataByteSize = static_cast<UInt32>(std::size_t{buffer.mNumberChannels} * frames * sizeof(float));
-    if (buffer.mData == nullptr) continue;
-    buffer.mData = next;
-    next += streamBytes(buffer.mNumberChannels, frames);
+    const UInt32 channels = list.mBuffers[b].mNumberChannels;
+    const bool hasData = list.mBuffers[b].mData != nullptr;
+    buffers_.set(b, channels, frames, hasData ? next : nullptr);
+    if (hasData) next += streamBytes(channels, frames);
   }
-  return list;
+  return buffers_.list();
 }
 
 }  // namespace tolvane::hal

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdlib>
-#include <memory>
 #include <vector>
 
+#include "hal/driver/buffer_list.h"
 #include "hal/driver/device_info.h"
+#include "hal/support/sample_memory.h"
 
 namespace tolvane::hal {
 
@@ -13,8 +13,6 @@ namespace tolvane::hal {
 /// every cycle the streams lie close together, so that few of them fall into the same cache sets.
 class VirtualBuffers {
  public:
-  static constexpr std::size_t kAlignment = 64;
-
   /// For up to `maxFrames` frames per cycle. The streams at the indices in `withoutData` have no data. Throws
   /// std::bad_alloc. [not-io]
   VirtualBuffers(const StreamLayout& streams, const std::vector<std::size_t>& withoutData,
@@ -25,12 +23,8 @@ class VirtualBuffers {
   AudioBufferList& list(std::uint32_t frames) noexcept;
 
  private:
-  struct Free {
-    void operator()(void* memory) const noexcept { std::free(memory); }
-  };
-
-  std::unique_ptr<std::byte[]> listBytes_;
-  std::unique_ptr<float, Free> samples_;
+  BufferList buffers_;
+  SampleMemory samples_;
 };
 
 }  // namespace tolvane::hal

@@ -4,21 +4,13 @@
 
 #include <pthread.h>
 
+#include "hal/driver/time_stamp.h"
 #include "hal/support/realtime.h"
 #include "hal/support/thread.h"
 
 namespace tolvane::hal {
 
 namespace {
-
-AudioTimeStamp stamp(std::uint64_t frame, std::int64_t ns) noexcept {
-  AudioTimeStamp stamp{};
-  stamp.mSampleTime = static_cast<Float64>(frame);
-  stamp.mHostTime = static_cast<UInt64>(ns);
-  stamp.mRateScalar = 1.0;
-  stamp.mFlags = kAudioTimeStampSampleTimeValid | kAudioTimeStampHostTimeValid;
-  return stamp;
-}
 
 std::uint32_t maxFrames(const VirtualDeviceConfig& config) noexcept {
   return std::max(config.bufferFrames, VirtualModel::kMaxBufferFrames);
@@ -70,8 +62,9 @@ void VirtualSession::cycle(std::int64_t dueNs) noexcept {
   signal.fill(firstFrame_, frames_, input);
   // The cycle begins when its last input frame has arrived, and its output plays at once.
   const auto lengthNs = static_cast<std::int64_t>(frames_ * 1e9 / config.sampleRateHz);
-  const AudioTimeStamp inputTime = stamp(firstFrame_, dueNs - lengthNs);
-  const AudioTimeStamp now = stamp(firstFrame_ + frames_, dueNs);
+  const auto first = static_cast<Float64>(firstFrame_);
+  const AudioTimeStamp inputTime = timeStamp(first, static_cast<UInt64>(dueNs - lengthNs));
+  const AudioTimeStamp now = timeStamp(first + frames_, static_cast<UInt64>(dueNs));
   client_.cycle({&now, &input, &inputTime, &output, &now});
   if (config.outputTap != nullptr) config.outputTap->observe(firstFrame_, frames_, output);
   firstFrame_ += frames_;

@@ -43,6 +43,7 @@ TEST_P(AlsaBusyCard, IsListedAsBeforeAndNotStartedNorOpenedByHalf) {
   RoutingClient client(*idle, {});
   {
     const Holder holder(GetParam());
+    EXPECT_EQ(driver->setBufferFrames(*idle, 1024), OSStatus{kAudioDevicePermissionsError});
     EXPECT_EQ(find(*driver, "alsa:Dummy"), idle);
     const auto refused = driver->start(*idle, client);
     EXPECT_EQ(refused.status, OSStatus{kAudioDevicePermissionsError});

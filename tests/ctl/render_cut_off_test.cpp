@@ -204,17 +204,34 @@ TEST_F(RenderCutOffPipe, PromisesNothingWithASizeThatStandsForAnyLength) {
   }
 }
 
-// The pad byte after an odd number of bytes may be missing; the library counts it as a frame of one byte.
-TEST_F(RenderCutOffPipe, IsNotOneOfAnOddNumberOfBytes) {
-  writePatch(folder_ / "patch.json", {{0, 0, 1.0F, true}});
-  writeSound(folder_ / "in", {1, 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_U8, {0.5F, 0.25F, -0.5F}});
-  std::string bytes = readBytes(folder_ / "in");
-  const std::size_t data = bytes.find("data");
-  writeText(folder_ / "in", bytes.substr(0, data + 8 + 3));
+/// A recording of three frames of one byte. A byte pads its sound to an even size, and may be missing.
+class RenderCutOffOddPipe : public RenderCutOffPipe {
+ protected:
+  RenderCutOffOddPipe() { writePatch(folder_ / "patch.json", {{0, 0, 1.0F, true}}); }
+
+  /// Writes the recording up to the first `soundBytes` bytes of its sound as the file "in".
+  void writeUpTo(std::size_t soundBytes) const {
+    writeSound(folder_ / "in", {1, 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_U8, {0.5F, 0.25F, -0.5F}});
+    const std::string bytes = readBytes(folder_ / "in");
+    writeText(folder_ / "in", bytes.substr(0, bytes.find("data") + 8 + soundBytes));
+  }
+};
+
+TEST_F(RenderCutOffOddPipe, IsNotOneThatLacksOnlyThePadByte) {
+  writeUpTo(3);
   for (const Finished& run : {render(), renderPiped()}) {
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
   }
+}
+
+TEST_F(RenderCutOffOddPipe, LacksItsLastFrame) {
+  writeUpTo(2);
+  const Finished run = renderPiped();
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err,
+            "tolvanectl: -: is cut off: only 2 of 3 frames are there; --partial renders what is there\n");
+  expectNoFile();
 }
 
 TEST_F(RenderCutOff, ACutFlacIsRenderedAsFarAsItGoesWhenThatIsAskedFor) {

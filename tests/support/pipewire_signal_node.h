@@ -32,7 +32,7 @@ class SignalNode {
       events.io_changed = [](void* /*data*/, void* port, std::uint32_t id, void* area,
                              std::uint32_t /*bytes*/) {
         if (port != nullptr && id == SPA_IO_Buffers)
-          *static_cast<Handover*>(port) = static_cast<spa_io_buffers*>(area);
+          *static_cast<IoArea*>(port) = static_cast<spa_io_buffers*>(area);
       };
       events.process = [](void* data, spa_io_position* position) {
         static_cast<SignalNode*>(data)->onProcess(position);
@@ -62,18 +62,17 @@ class SignalNode {
   SignalNode& operator=(const SignalNode&) = delete;
 
  private:
-  /// The area in which the library and the graph exchange a port's buffers.
-  using Handover = std::atomic<spa_io_buffers*>;
+  /// The io area in which the library and the graph exchange a port's buffers.
+  using IoArea = std::atomic<spa_io_buffers*>;
 
   void addPort(pw_direction direction, std::size_t index) {
     const std::string name = "port_" + std::to_string(index);
     const std::array<spa_dict_item, 2> items = {
         {{PW_KEY_FORMAT_DSP, "32 bit float mono audio"}, {PW_KEY_PORT_NAME, name.c_str()}}};
     const spa_dict properties{0, static_cast<std::uint32_t>(items.size()), items.data()};
-    void* const memory =
-        pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS, sizeof(Handover),
-                           pw_properties_new_dict(&properties), nullptr, 0);
-    ports_.push_back(new (memory) Handover);
+    void* const memory = pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS,
+                                            sizeof(IoArea), pw_properties_new_dict(&properties), nullptr, 0);
+    ports_.push_back(new (memory) IoArea);
   }
 
   void onProcess(const spa_io_position* position) {
@@ -81,8 +80,8 @@ class SignalNode {
     const auto frames = static_cast<std::uint32_t>(position->clock.duration);
     for (std::size_t i = 0; i < ports_.size(); ++i) {
       // A buffer that is sent while nobody takes the last one would delay the port by a cycle for ever.
-      const spa_io_buffers* const handover = *ports_[i];
-      const bool isWaiting = isOutput_ && (handover == nullptr || handover->status == SPA_STATUS_HAVE_DATA);
+      const spa_io_buffers* const io = *ports_[i];
+      const bool isWaiting = isOutput_ && (io == nullptr || io->status == SPA_STATUS_HAVE_DATA);
       buffers_[i] = isWaiting ? nullptr : static_cast<float*>(pw_filter_get_dsp_buffer(ports_[i], frames));
     }
     process_(owner_, position->clock, buffers_);
@@ -94,7 +93,7 @@ class SignalNode {
   pw_filter* filter_ = nullptr;
   spa_hook hook_{};
   bool isOutput_;
-  std::vector<Handover*> ports_;
+  std::vector<IoArea*> ports_;
   std::vector<float*> buffers_;
 };
 

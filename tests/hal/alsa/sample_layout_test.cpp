@@ -101,6 +101,15 @@ TEST(ChannelBuffersTest, ListsAStreamOfOneChannelEach) {
   EXPECT_GE(buffers.channel(2) - buffers.channel(1), 100);
 }
 
+TEST(ChannelBuffersTest, EachChannelBeginsOnACacheLine) {
+  for (const std::size_t frames : {1U, 16U, 17U, 100U}) {
+    ChannelBuffers buffers(3, frames);
+    for (std::size_t c = 0; c < 3; ++c) {
+      EXPECT_EQ(reinterpret_cast<std::uintptr_t>(buffers.channel(c)) % 64, 0U) << frames;
+    }
+  }
+}
+
 TEST(ChannelBuffersTest, OfNoChannels) {
   ChannelBuffers buffers(0, 256);
   EXPECT_EQ(buffers.list().mNumberBuffers, 0U);

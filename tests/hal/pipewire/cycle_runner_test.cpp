@@ -126,7 +126,7 @@ class PipeWireOutputPort : public testing::Test {
   }
 
   struct Port : hal::pipewire::FilterPort {
-    spa_io_buffers io{};
+    spa_io_buffers area{};
     float samples[256]{};
     spa_chunk chunk{};
     spa_data data{};
@@ -146,7 +146,7 @@ class PipeWireOutputPort : public testing::Test {
 };
 
 TEST_F(PipeWireOutputPort, ThatTheGraphEmptiesIsFilledInEveryCycle) {
-  port_.handover = &port_.io;
+  port_.io = &port_.area;
   for (int cycle = 0; cycle < 5; ++cycle) runCycle();
   EXPECT_EQ(port_.queued, 5);
   EXPECT_EQ(client_.cycles, 5);
@@ -155,12 +155,12 @@ TEST_F(PipeWireOutputPort, ThatTheGraphEmptiesIsFilledInEveryCycle) {
 // Otherwise the library would deliver the old buffer in place of each new one, and the port would stay a
 // cycle late.
 TEST_F(PipeWireOutputPort, WhoseLastBufferNobodyHasTakenGetsNoOther) {
-  port_.handover = &port_.io;
-  port_.io.status = SPA_STATUS_HAVE_DATA;
+  port_.io = &port_.area;
+  port_.area.status = SPA_STATUS_HAVE_DATA;
   runCycle();
   EXPECT_EQ(port_.queued, 0);
   EXPECT_EQ(client_.cycles, 1);
-  port_.io.status = SPA_STATUS_NEED_DATA;
+  port_.area.status = SPA_STATUS_NEED_DATA;
   runCycle();
   EXPECT_EQ(port_.queued, 1);
 }
@@ -168,7 +168,7 @@ TEST_F(PipeWireOutputPort, WhoseLastBufferNobodyHasTakenGetsNoOther) {
 TEST_F(PipeWireOutputPort, ThatHasBuffersBeforeItHasSomewhereToPutThemIsNotFilled) {
   runCycle();
   EXPECT_EQ(port_.queued, 0);
-  port_.handover = &port_.io;
+  port_.io = &port_.area;
   runCycle();
   EXPECT_EQ(port_.queued, 1);
 }

@@ -4,7 +4,7 @@
 #include <system_error>
 #include <utility>
 
-#include "hal/registry/buffer_view.h"
+#include "hal/driver/buffer_list.h"
 
 namespace tolvane::test {
 
@@ -194,8 +194,7 @@ float Script::firstOutputAfterCycleOf(std::size_t index, std::uint32_t frames) {
   const auto fill = [&](hal::BufferList& list, const hal::StreamLayout& streams, bool input) {
     for (std::size_t s = 0; s < streams.size(); ++s) {
       samples.emplace_back(std::size_t{streams[s]} * frames, input ? static_cast<float>(s + 1) : -1.0F);
-      list.list().mBuffers[s] = {streams[s], static_cast<UInt32>(samples.back().size() * sizeof(float)),
-                                 samples.back().data()};
+      list.set(s, streams[s], frames, samples.back().data());
     }
   };
   hal::BufferList input(device.inputStreams.size());

@@ -12,37 +12,37 @@ namespace tolvane::test {
 
 namespace {
 
-struct Ending {
+struct Outcome {
   int status = -1;  // of the process; -1 when it had to be killed
   std::string out;
 };
 
 /// Runs the program with this limit of threads at first.
-Ending endingWith(int threads) {
+Outcome outcomeWith(int threads) {
   const std::string command =
       std::string("timeout -s KILL 60 ") + TOLVANE_WITHOUT_THREADS + " " + std::to_string(threads);
   FILE* const pipe = popen(command.c_str(), "r");
-  Ending ending;
+  Outcome outcome;
   std::array<char, 256> line{};
-  while (std::fgets(line.data(), line.size(), pipe) != nullptr) ending.out += line.data();
+  while (std::fgets(line.data(), line.size(), pipe) != nullptr) outcome.out += line.data();
   const int status = pclose(pipe);
-  if (WIFEXITED(status) && WEXITSTATUS(status) < 124) ending.status = WEXITSTATUS(status);
-  return ending;
+  if (WIFEXITED(status) && WEXITSTATUS(status) < 124) outcome.status = WEXITSTATUS(status);
+  return outcome;
 }
 
 TEST(WithoutThreads, EveryCallThatNeedsOneFailsAndTheNextOneWithThemSucceeds) {
-  const Ending ending = endingWith(1);
-  EXPECT_EQ(ending.status, 0);
+  const Outcome outcome = outcomeWith(1);
+  EXPECT_EQ(outcome.status, 0);
   const std::string none = std::to_string(kTolvaneExhaustedError);
-  EXPECT_EQ(ending.out, "list " + none + "\nlisten " + none + "\nlist 0\nstart " + none + "\nset " + none +
-                            "\nstart 0\nstop 0\nlist 0\nend\n");
+  EXPECT_EQ(outcome.out, "list " + none + "\nlisten " + none + "\nlist 0\nstart " + none + "\nset " + none +
+                             "\nstart 0\nstop 0\nlist 0\nend\n");
 }
 
 TEST(WithoutThreads, AnyNumberOfThemIsEnoughToEnd) {
   for (int threads = 2; threads <= 12; ++threads) {
-    const Ending ending = endingWith(threads);
-    EXPECT_EQ(ending.status, 0) << threads;
-    EXPECT_NE(ending.out.find("end\n"), std::string::npos) << threads << "\n" << ending.out;
+    const Outcome outcome = outcomeWith(threads);
+    EXPECT_EQ(outcome.status, 0) << threads;
+    EXPECT_NE(outcome.out.find("end\n"), std::string::npos) << threads << "\n" << outcome.out;
   }
 }
 

@@ -3,7 +3,7 @@
 
 #include <sys/types.h>
 
-namespace tolvane::hal::alsa {
+namespace tolvane::hal {
 
 /// Asks RealtimeKit, over the system bus, to make a thread of this process real-time, at `priority` or the
 /// highest that it allows. First lowers the CPU time that a real-time thread of the process may take without
@@ -12,4 +12,9 @@ namespace tolvane::hal::alsa {
 /// each answer. [not-io]
 bool askRealtimeKit(pid_t thread, unsigned priority);
 
-}  // namespace tolvane::hal::alsa
+/// Makes the calling thread real-time: at once if the user's limits allow it, else through RealtimeKit.
+/// Another thread asks RealtimeKit, because the answer may take long. If neither grants it, the calling
+/// thread continues without real-time priority. [not-io]
+void requestRealtime();
+
+}  // namespace tolvane::hal

@@ -1,4 +1,4 @@
-#include "hal/alsa/realtime_kit.h"
+#include "hal/support/realtime_kit.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,15 +9,19 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include "hal/support/realtime.h"
 #include "hal/support/shared_library.h"
+#include "hal/support/thread.h"
 
-namespace tolvane::hal::alsa {
+namespace tolvane::hal {
 
 namespace {
 
 constexpr char kName[] = "org.freedesktop.RealtimeKit1";
 constexpr char kPath[] = "/org/freedesktop/RealtimeKit1";
 constexpr int kAnswerTimeoutMs = 1000;
+// The highest priority that RealtimeKit grants by default.
+constexpr unsigned kDefaultMaxPriority = 20;
 
 #define TOLVANE_DBUS_FUNCTIONS(FUNCTION)              \
   FUNCTION(dbus_threads_init_default)                 \
@@ -155,4 +159,11 @@ bool askRealtimeKit(pid_t thread, unsigned priority) {
   return kit.makeRealtime(thread, static_cast<std::uint32_t>(std::min<std::int64_t>(priority, *maxPriority)));
 }
 
-}  // namespace tolvane::hal::alsa
+void requestRealtime() {
+  if (becomeRealtime()) return;
+  // If the system has no thread left to ask on, the calling thread keeps its priority, which is reported.
+  static_cast<void>(
+      runDetached("tolvane-rtkit", [thread = gettid()] { askRealtimeKit(thread, kDefaultMaxPriority); }));
+}
+
+}  // namespace tolvane::hal

@@ -1,4 +1,4 @@
-#include "hal/alsa/realtime_kit_service.h"
+#include "hal/support/realtime_kit_service.h"
 
 #include <chrono>
 #include <csignal>

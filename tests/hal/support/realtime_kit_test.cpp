@@ -1,13 +1,13 @@
 // Asks for real-time priority on the test's own bus with the test's own service.
-#include "hal/alsa/realtime_kit.h"
+#include "hal/support/realtime_kit.h"
 
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "hal/alsa/realtime_kit_service.h"
+#include "hal/support/realtime_kit_service.h"
 
-namespace tolvane::hal::alsa {
+namespace tolvane::hal {
 namespace {
 
 using test::PrivateBus;
@@ -47,4 +47,4 @@ TEST(RealtimeKit, WithoutTheServiceItIsFalse) {
 }
 
 }  // namespace
-}  // namespace tolvane::hal::alsa
+}  // namespace tolvane::hal
