@@ -10,13 +10,13 @@
 
 #include <CLI/CLI.hpp>
 
-#include "ctl/aggregate_command.h"
-#include "ctl/check_command.h"
-#include "ctl/devices_command.h"
-#include "ctl/messages.h"
-#include "ctl/printable.h"
-#include "ctl/render_command.h"
-#include "ctl/run_command.h"
+#include "ctl/aggregate/command.h"
+#include "ctl/check/command.h"
+#include "ctl/devices/command.h"
+#include "ctl/render/command.h"
+#include "ctl/run/command.h"
+#include "ctl/terminal/messages.h"
+#include "ctl/terminal/printable.h"
 
 namespace tolvane::ctl {
 
