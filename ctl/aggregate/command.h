@@ -1,19 +1,8 @@
 #pragma once
 
-#include <string>
-#include <vector>
-
-#include "ctl/devices/wait.h"
-#include "ctl/terminal/exit_status.h"
+#include "ctl/aggregate/options.h"
 
 namespace tolvane::ctl {
-
-struct AggregateOptions {
-  bool json = false;
-  std::string name;
-  std::vector<std::string> devices;
-  double waitSeconds = kDefaultWaitSeconds;
-};
 
 // Each command reports its failure on standard error. All fail on a system that has its own tool for
 // aggregates.

@@ -1,15 +1,8 @@
 #pragma once
 
-#include "ctl/devices/wait.h"
-#include "ctl/terminal/exit_status.h"
+#include "ctl/devices/options.h"
 
 namespace tolvane::ctl {
-
-struct DevicesOptions {
-  bool json = false;   // instead of a table
-  bool watch = false;  // run watchDevices() instead; waitSeconds is then unused
-  double waitSeconds = kDefaultWaitSeconds;
-};
 
 /// Prints the audio devices. Reports and returns failed if a sound server does not answer within
 /// `waitSeconds`. [main-thread]

@@ -8,7 +8,7 @@
 
 #include "base/result.h"
 #include "ctl/patch/source.h"
-#include "ctl/render/command.h"
+#include "ctl/render/options.h"
 
 namespace tolvane::ctl {
 
