@@ -16,8 +16,7 @@ namespace tolvane::ctl {
 
 namespace {
 
-/// A failure if an active route has a channel that no device can have. Checks all active routes, not only the
-/// first 64.
+/// A failure if an active route has a channel that no device can have, whether or not the route sounds.
 std::optional<Failure> impossibleChannel(const std::string& path, const Routes& routes) {
   // A device's channel count is a signed 32-bit number, so its highest possible channel is the maximum - 1.
   const auto isPossible = [](std::int64_t channel) {

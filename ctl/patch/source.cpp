@@ -1,5 +1,6 @@
 #include "ctl/patch/source.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <limits>
@@ -9,7 +10,7 @@
 #include <sys/stat.h>
 
 #include "core/patch/patch_file.h"
-#include "core/routing/routing_context.h"
+#include "core/routing/sounding_routes.h"
 #include "ctl/terminal/printable.h"
 
 namespace tolvane::ctl {
@@ -34,13 +35,11 @@ PatchFileError beyondDevices(std::size_t element, const char* member, std::int64
 
 /// The error for the first sounding route whose channels the engine could not publish.
 std::optional<PatchFileError> unroutable(std::span<const PatchConnection> routes) {
-  std::int32_t sounding = 0;
-  for (std::size_t i = 0; i < routes.size() && sounding < kMaxPatchEntries; ++i) {
-    const PatchConnection& route = routes[i];
-    if (!route.active) continue;
-    ++sounding;
-    if (!fitsDevice(route.inputChannel)) return beyondDevices(i, "inputChannel", route.inputChannel);
-    if (!fitsDevice(route.outputChannel)) return beyondDevices(i, "outputChannel", route.outputChannel);
+  for (const PatchConnection* route : soundingRoutes(routes)) {
+    const auto element = static_cast<std::size_t>(route - routes.data());
+    if (!fitsDevice(route->inputChannel)) return beyondDevices(element, "inputChannel", route->inputChannel);
+    if (!fitsDevice(route->outputChannel))
+      return beyondDevices(element, "outputChannel", route->outputChannel);
   }
   return std::nullopt;
 }
@@ -93,22 +92,14 @@ PatchResult loadPatch(const std::string& path) {
   return parsePatch(path, text.value());
 }
 
-Routes soundingRoutes(std::span<const PatchConnection> routes) {
-  Routes sounding;
-  for (const PatchConnection& route : routes) {
-    if (sounding.size() == static_cast<std::size_t>(kMaxPatchEntries)) break;
-    if (route.active) sounding.push_back(route);
-  }
-  return sounding;
-}
-
 std::optional<std::string> unheardRoutesNote(const std::string& path,
                                              std::span<const PatchConnection> routes) {
-  std::size_t active = 0;
-  for (const PatchConnection& route : routes) active += route.active ? 1 : 0;
-  if (active <= static_cast<std::size_t>(kMaxPatchEntries)) return std::nullopt;
+  const auto active = static_cast<std::size_t>(
+      std::count_if(routes.begin(), routes.end(), [](const PatchConnection& route) { return route.active; }));
+  const std::size_t heard = soundingRoutes(routes).size();
+  if (active == heard) return std::nullopt;
   return about(path, std::to_string(active) + " routes are active, but only the first " +
-                         std::to_string(kMaxPatchEntries) + " of them are heard");
+                         std::to_string(heard) + " of them are heard");
 }
 
 PatchResult PatchSource::load() {

@@ -32,9 +32,6 @@ enum class Readable { anything, regularFile };
 /// Reads and decodes a patch file. [not-io]
 [[nodiscard]] PatchResult loadPatch(const std::string& path);
 
-/// The routes that sound: the first 64 active ones, in order. [not-io]
-[[nodiscard]] Routes soundingRoutes(std::span<const PatchConnection> routes);
-
 /// A note for the user if more routes are active than can sound; none if all sound. [not-io]
 [[nodiscard]] std::optional<std::string> unheardRoutesNote(const std::string& path,
                                                            std::span<const PatchConnection> routes);

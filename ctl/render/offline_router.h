@@ -12,7 +12,7 @@ namespace tolvane::ctl {
 /// Routes interleaved blocks without a device, with the routine that the live engine uses.
 class OfflineRouter {
  public:
-  /// Both channel counts must be at least 1. Only the first 64 active routes sound. [not-io]
+  /// Both channel counts must be at least 1. [not-io]
   OfflineRouter(std::span<const PatchConnection> routes, std::int32_t inputChannels,
                 std::int32_t outputChannels);
 

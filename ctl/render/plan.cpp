@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include "core/routing/sounding_routes.h"
 #include "ctl/render/sound_file.h"
 #include "ctl/terminal/printable.h"
 
@@ -31,8 +32,8 @@ void noteIfAny(std::vector<std::string>& notes, std::int64_t routes, const char*
 Result<std::int32_t, Failure> outputChannelCount(const RenderOptions& options, const Routes& routes) {
   if (options.outputChannels) return *options.outputChannels;
   std::int64_t highest = -1;
-  for (const PatchConnection& route : soundingRoutes(routes)) {
-    if (route.inputChannel >= 0) highest = std::max(highest, route.outputChannel);
+  for (const PatchConnection* route : soundingRoutes(routes)) {
+    if (route->inputChannel >= 0) highest = std::max(highest, route->outputChannel);
   }
   if (highest < 0) {
     return Failure{
@@ -59,10 +60,10 @@ std::vector<std::string> silentRouteNotes(const Routes& routes, std::int32_t inp
                                           std::int32_t outputChannels) {
   std::int64_t noInput = 0;
   std::int64_t noOutput = 0;
-  for (const PatchConnection& route : soundingRoutes(routes)) {
-    if (route.inputChannel < 0 || route.inputChannel >= inputChannels) {
+  for (const PatchConnection* route : soundingRoutes(routes)) {
+    if (route->inputChannel < 0 || route->inputChannel >= inputChannels) {
       ++noInput;
-    } else if (route.outputChannel < 0 || route.outputChannel >= outputChannels) {
+    } else if (route->outputChannel < 0 || route->outputChannel >= outputChannels) {
       ++noOutput;
     }
   }

@@ -8,6 +8,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "core/routing/sounding_routes.h"
 #include "ctl/devices/wait.h"
 #include "ctl/patch/route_table.h"
 #include "ctl/run/meter_readings.h"

@@ -4,7 +4,6 @@
 #include <bit>
 
 #include "core/routing/io_proc.h"
-#include "ctl/patch/source.h"
 
 namespace tolvane::ctl {
 
@@ -21,7 +20,7 @@ std::uint32_t magnitudeBits(float sample) noexcept {
 MeterBank::MeterBank(std::size_t inputs, std::size_t outputs) : inputs_(inputs), outputs_(outputs) {}
 
 void MeterBank::meter(std::span<const PatchConnection> routes) noexcept {
-  const Routes sounding = soundingRoutes(routes);
+  const SoundingRoutes sounding = soundingRoutes(routes);
   inputs_.meterOnly(sounding, &PatchConnection::inputChannel);
   outputs_.meterOnly(sounding, &PatchConnection::outputChannel);
 }
@@ -40,11 +39,11 @@ float MeterBank::takeOutputPeak(std::size_t channel) noexcept {
   return outputs_.takePeak(channel);
 }
 
-void MeterBank::Side::meterOnly(std::span<const PatchConnection> routes,
+void MeterBank::Side::meterOnly(const SoundingRoutes& routes,
                                 std::int64_t PatchConnection::*channel) noexcept {
   for (std::size_t c = 0; c < count; ++c) {
-    const bool routed = std::any_of(routes.begin(), routes.end(), [&](const PatchConnection& route) {
-      return route.*channel == static_cast<std::int64_t>(c);
+    const bool routed = std::any_of(routes.begin(), routes.end(), [&](const PatchConnection* route) {
+      return route->*channel == static_cast<std::int64_t>(c);
     });
     channels[c].metered.store(routed ? 1 : 0, std::memory_order_relaxed);
     if (!routed) channels[c].peakBits.store(0, std::memory_order_relaxed);

@@ -7,7 +7,7 @@
 #include <memory>
 #include <span>
 
-#include "core/patch/patch_connection.h"
+#include "core/routing/sounding_routes.h"
 #include "hal/core_audio.h"
 
 namespace tolvane::ctl {
@@ -19,7 +19,7 @@ class MeterBank {
   /// Allocates room for so many channels. Further channels of the device are not metered. [not-io]
   MeterBank(std::size_t inputs, std::size_t outputs);
 
-  /// From now on, meters only the channels of the routes that sound: the first 64 active ones. [main-thread]
+  /// From now on, meters only the channels of the routes that sound. [main-thread]
   void meter(std::span<const PatchConnection> routes) noexcept;
 
   /// Counts one cycle and raises the peaks to those of its buffers. Either list may be null. [io-thread]
@@ -41,7 +41,7 @@ class MeterBank {
   struct Side {
     explicit Side(std::size_t channelCount)
         : count(channelCount), channels(std::make_unique<Channel[]>(channelCount)) {}
-    void meterOnly(std::span<const PatchConnection> routes, std::int64_t PatchConnection::*channel) noexcept;
+    void meterOnly(const SoundingRoutes& routes, std::int64_t PatchConnection::*channel) noexcept;
     void observe(const AudioBufferList* list) noexcept;
     [[nodiscard]] float takePeak(std::size_t channel) noexcept;
 

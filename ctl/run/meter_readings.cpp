@@ -2,18 +2,18 @@
 
 #include <set>
 
+#include "core/routing/sounding_routes.h"
 #include "ctl/patch/route_table.h"
-#include "ctl/patch/source.h"
 
 namespace tolvane::ctl {
 
 namespace {
 
-std::set<std::int64_t> channelsOf(std::span<const PatchConnection> routes,
-                                  std::int64_t PatchConnection::*channel, std::int64_t deviceChannels) {
+std::set<std::int64_t> channelsOf(const SoundingRoutes& routes, std::int64_t PatchConnection::*channel,
+                                  std::int64_t deviceChannels) {
   std::set<std::int64_t> channels;
-  for (const PatchConnection& route : routes) {
-    if (route.*channel >= 0 && route.*channel < deviceChannels) channels.insert(route.*channel);
+  for (const PatchConnection* route : routes) {
+    if (route->*channel >= 0 && route->*channel < deviceChannels) channels.insert(route->*channel);
   }
   return channels;
 }
@@ -22,7 +22,7 @@ std::set<std::int64_t> channelsOf(std::span<const PatchConnection> routes,
 
 void readMeters(MeterBank& bank, std::span<const PatchConnection> routes, std::int64_t deviceInputs,
                 std::int64_t deviceOutputs, MeterPicture& picture) {
-  const Routes sounding = soundingRoutes(routes);
+  const SoundingRoutes sounding = soundingRoutes(routes);
   picture.inputs.clear();
   picture.outputs.clear();
   for (const std::int64_t channel : channelsOf(sounding, &PatchConnection::inputChannel, deviceInputs)) {
