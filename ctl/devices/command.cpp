@@ -10,7 +10,7 @@
 namespace tolvane::ctl {
 
 ExitStatus devicesCommand(const DevicesOptions& options) {
-  if (options.watch) return watchDevices(options.json);
+  if (options.watch) return watchDevices(options.json, options.waitSeconds);
   if (const auto failure = tooFewResources()) return fail(*failure);
   const DeviceListingResult listing = awaitAllDevices(options.waitSeconds);
   if (!listing) return fail(listing.error());

@@ -11,7 +11,7 @@ namespace tolvane::ctl {
 
 struct DevicesOptions {
   bool json = false;   // instead of a table
-  bool watch = false;  // run watchDevices() instead; waitSeconds is then unused
+  bool watch = false;  // run watchDevices() instead
   double waitSeconds = kDefaultWaitSeconds;
 };
 

@@ -112,18 +112,23 @@ DeviceChanges changesBetween(const std::vector<DeviceDetails>& before,
   return {missing(before, now), missing(now, before)};
 }
 
-ExitStatus watchDevices(bool json) {
+ExitStatus watchDevices(bool json, double waitSeconds) {
   if (const auto failure = tooFewResources()) return fail(*failure);
   // Before the HAL starts threads: they inherit the blocked signals.
   const SignalPipe signals({SIGINT, SIGTERM});
   const DeviceListEvents events;
-  const DeviceListingResult listing = awaitAllDevices(0.0);
+  bool isEnded = false;
+  const DeviceListingResult listing = awaitDevices(waitSeconds, [&](const DeviceListing& present) {
+    isEnded = signals.next().has_value();
+    return isEnded || present.silentServers.empty();
+  });
   if (!listing) return fail(listing.error());
   if (events.status() != noErr) return fail({"the list cannot be watched: " + statusText(events.status())});
   WatchedList list(json, listing.value());
   list.printAll();
+  if (!isEnded && !listing.value().silentServers.empty()) say(silenceOf(listing.value()).text);
   while (flushed()) {
-    if (!awaitChange(signals, events)) return ExitStatus::done;
+    if (isEnded || !awaitChange(signals, events)) return ExitStatus::done;
     list.printChanges();
   }
   return ExitStatus::failed;  // main() reports it

@@ -44,9 +44,10 @@ struct DeviceChanges {
 [[nodiscard]] DeviceChanges changesBetween(const std::vector<DeviceDetails>& before,
                                            const std::vector<DeviceDetails>& now);
 
-/// Prints the devices, then one line for each that departs or arrives, until SIGINT or SIGTERM. With `json`,
-/// every line is an object, also for the devices present at first; its member "event" is "present", "arrived"
-/// or "departed". Returns failed if standard output cannot be written. [main-thread]
-[[nodiscard]] ExitStatus watchDevices(bool json);
+/// Prints the devices, then one line for each that departs or arrives, until SIGINT or SIGTERM. First waits
+/// up to `waitSeconds` for the sound servers, and reports those that are still silent; their devices arrive
+/// later. With `json`, every line is an object, also for the devices present at first; its member "event" is
+/// "present", "arrived" or "departed". Returns failed if standard output cannot be written. [main-thread]
+[[nodiscard]] ExitStatus watchDevices(bool json, double waitSeconds);
 
 }  // namespace tolvane::ctl

@@ -1,5 +1,6 @@
 // Commands that need the device list, on a sound server that answers late or never.
 #include <chrono>
+#include <csignal>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -15,6 +16,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::HasSubstr;
+using testing::Not;
 
 class LateServer : public testing::Test {
  protected:
@@ -119,6 +121,34 @@ TEST_F(LateServer, ListsSayThatItIsSilentAndPrintWhatIsThere) {
   EXPECT_EQ(aggregates.status, 1);
   EXPECT_EQ(aggregates.err, kSilence);
   EXPECT_EQ(aggregates.out, "aggregate  device  inputs  outputs  there\n");
+}
+
+TEST_F(LateServer, WatchesWaitForIt) {
+  server_.hang();
+  ChildProcess child({"devices", "--watch", "--wait", "60"});
+  std::this_thread::sleep_for(1600ms);
+  EXPECT_EQ(child.out(), "");
+  server_.unhang();
+  ASSERT_TRUE(child.waitForOut("Tolvane Virtual Device"));
+  child.send(SIGTERM);
+  const Finished run = child.finish();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_THAT(run.out, HasSubstr("  Card  "));
+  EXPECT_THAT(run.out, Not(HasSubstr("arrived: ")));
+}
+
+TEST_F(LateServer, WatchesSayThatItIsSilentAndThenThatItsDevicesArrive) {
+  server_.hang();
+  ChildProcess child({"devices", "--watch", "--wait", kEnoughForOthers});
+  EXPECT_TRUE(child.waitForErr(kSilence));
+  EXPECT_TRUE(child.waitForOut("Tolvane Virtual Device"));
+  server_.unhang();
+  EXPECT_TRUE(child.waitForOut("arrived: "));
+  child.send(SIGTERM);
+  const Finished run = child.finish();
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, kSilence);
 }
 
 TEST_F(LateServer, AnAggregateIsMadeOnceItAnswers) {

@@ -75,11 +75,25 @@ TEST(DeviceWatch, LeavesNothingBehindInTheHal) {
   };
   hal.devices.push_back({.id = 7, .name = "Box", .inputStreams = {2}});
   testing::internal::CaptureStdout();
-  EXPECT_EQ(watchDevices(true), ExitStatus::done);
+  EXPECT_EQ(watchDevices(true, 0.0), ExitStatus::done);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "{\"event\":\"present\",\"id\":7,\"name\":\"Box\",\"inputChannels\":2,\"outputChannels\":0,"
             "\"driver\":\"virtual\",\"sampleRate\":48000.0,\"bufferFrames\":512}\n");
   EXPECT_EQ(hal.notify(kAudioObjectSystemObject, kAudioHardwarePropertyDevices), 0U);
+}
+
+TEST(DeviceWatch, PrintsTheListWhenASignalEndsTheWait) {
+  test::ScriptedHal hal;
+  hal.silentServers = "pipewire";
+  hal.onCall = [](const std::string& call) {
+    if (call.starts_with("AudioObjectGetPropertyData(1, dev#")) ::kill(::getpid(), SIGINT);
+  };
+  hal.devices.push_back({.id = 7, .name = "Box", .inputStreams = {2}});
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(watchDevices(true, 1000.0), ExitStatus::done);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr("\"present\",\"id\":7,"));
 }
 
 }  // namespace
