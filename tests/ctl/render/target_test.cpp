@@ -1,4 +1,4 @@
-// The name of tolvanectl render's file, and the hidden files beside it until it is complete.
+// The name that tolvanectl render's file gets, and when.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -71,11 +71,20 @@ TEST_F(RenderTarget, HasTheModeOfAnyNewFile) {
   shell("test $(stat -c %a out.wav) = 640");
 }
 
-// In containers, several processes may have the same number, such as 1.
-TEST_F(RenderTarget, IsNotInTheWayOfAnotherProcessOfTheSameNumber) {
-  shell("sh -c ': > .tolvanectl-$$.part; exec " + std::string(TOLVANECTL_PATH) +
-        " render --patch patch.json in.wav out.wav'");
+TEST_F(RenderTarget, HasNoNameUntilItIsWholeAndIsNotInTheWayOfAnother) {
+  const std::string recording = readBytes(folder_ / "in.wav");
+  ChildProcess slow({"render", "--patch", folder_ / "patch.json", "-", folder_ / "out.wav"});
+  slow.write(recording.substr(0, recording.size() - 1));
+  ASSERT_TRUE(ChildProcess::waitUntil([&] { return slow.hasReadInput(); })) << slow.err();
+  EXPECT_THAT(folder_.names(), ElementsAre("in.wav", "patch.json"));
+
+  writePatch(folder_ / "patch.json", {{0, 0, 2.0F, true}});
+  ASSERT_EQ(render("out.wav").status, 0);
+  EXPECT_EQ(readSound(folder_ / "out.wav").samples, std::vector<float>{1.0F});
+  slow.write(recording.substr(recording.size() - 1));
+  ASSERT_EQ(slow.finish().status, 0);
   expectTheFile("out.wav");
+  EXPECT_THAT(folder_.names(), ElementsAre("in.wav", "out.wav", "patch.json"));
 }
 
 }  // namespace
