@@ -2,8 +2,8 @@
 
 namespace tolvane {
 
-/// Writes the line "tolvane: fatal: <message>" to standard error and aborts the process. For states that
-/// cannot occur in correct operation. [any-thread]
+/// Writes the line "tolvane: fatal: <message>" to standard error, cut to 255 bytes, and aborts the process.
+/// For states that cannot occur in correct operation. [any-thread]
 [[noreturn]] void fatal(const char* message) noexcept;
 
 }  // namespace tolvane

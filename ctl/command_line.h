@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ctl/exit_status.h"
+#include "ctl/terminal/exit_status.h"
 
 namespace tolvane::ctl {
 

@@ -3,9 +3,9 @@
 #include <new>
 
 #include "ctl/command_line.h"
-#include "ctl/early_end.h"
-#include "ctl/messages.h"
-#include "ctl/standard_descriptors.h"
+#include "ctl/process/early_end.h"
+#include "ctl/process/standard_descriptors.h"
+#include "ctl/terminal/messages.h"
 
 namespace {
 

@@ -54,7 +54,7 @@ int AccessibleCanvas::indexOfChild(const QAccessibleInterface* child) const {
 
 QAccessibleInterface* AccessibleCanvas::childAt(int x, int y) const {
   const QPoint point = canvas()->mapFromGlobal(QPoint(x, y));
-  return canvas()->rect().contains(point) ? cellInterface(canvas()->cellAt(point)) : nullptr;
+  return canvas()->rect().contains(point) ? cellInterface(tolvane::cellAt(point)) : nullptr;
 }
 
 QAccessibleInterface* AccessibleCanvas::focusChild() const {

@@ -1,8 +1,5 @@
 #include "matrix/accessible_cell.h"
 
-#include "matrix/patch_matrix_col_header.h"
-#include "matrix/patch_matrix_row_header.h"
-
 namespace tolvane {
 
 AccessibleCell::AccessibleCell(PatchMatrixCanvas* canvas, const MatrixCell& cell)
@@ -44,7 +41,7 @@ QRect AccessibleCell::rect() const {
   if (!isValid()) {
     return {};
   }
-  const QRect square = canvas_->cellRect(cell_);
+  const QRect square = cellRect(cell_);
   return {canvas_->mapToGlobal(square.topLeft()), square.size()};
 }
 
@@ -70,7 +67,7 @@ QAccessible::State AccessibleCell::state() const {
   state.focusable = true;
   state.focused = canvas->hasFocus() && canvas->focusCell() == cell_;
   state.invisible = !canvas->isVisible();
-  state.offscreen = !canvas->visibleRegion().intersects(canvas->cellRect(cell_));
+  state.offscreen = !canvas->visibleRegion().intersects(cellRect(cell_));
   return state;
 }
 
@@ -89,31 +86,17 @@ bool AccessibleCell::isSelected() const {
 }
 
 QList<QAccessibleInterface*> AccessibleCell::columnHeaderCells() const {
-  return container() == nullptr ? QList<QAccessibleInterface*>()
-                                : headerCell(container()->colHeader, cell_.column);
+  return canvas_ ? headerCell(canvas_->columnLabels, cell_.column) : QList<QAccessibleInterface*>();
 }
 
 QList<QAccessibleInterface*> AccessibleCell::rowHeaderCells() const {
-  return container() == nullptr ? QList<QAccessibleInterface*>()
-                                : headerCell(container()->rowHeader, cell_.row);
+  return canvas_ ? headerCell(canvas_->rowLabels, cell_.row) : QList<QAccessibleInterface*>();
 }
 
 QList<QAccessibleInterface*> AccessibleCell::headerCell(QWidget* strip, std::int64_t index) const {
   QAccessibleInterface* header = QAccessible::queryAccessibleInterface(strip);
   QAccessibleInterface* label = header == nullptr ? nullptr : header->child(static_cast<int>(index));
   return label == nullptr ? QList<QAccessibleInterface*>() : QList<QAccessibleInterface*>{label};
-}
-
-// The canvas lies inside the scroll view's viewport, three levels below the container.
-const PatchMatrixView* AccessibleCell::container() const {
-  const QObject* ancestor = canvas_.data();
-  while (ancestor != nullptr) {
-    if (const auto* view = qobject_cast<const PatchMatrixView*>(ancestor)) {
-      return view;
-    }
-    ancestor = ancestor->parent();
-  }
-  return nullptr;
 }
 
 int AccessibleCell::columnIndex() const {

@@ -48,7 +48,6 @@ class AccessibleCell : public QAccessibleInterface,
 
  private:
   [[nodiscard]] QList<QAccessibleInterface*> headerCell(QWidget* strip, std::int64_t index) const;
-  [[nodiscard]] const PatchMatrixView* container() const;
 
   QPointer<PatchMatrixCanvas> canvas_;
   MatrixCell cell_;

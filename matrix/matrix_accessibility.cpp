@@ -7,22 +7,17 @@
 #include "matrix/patch_matrix_canvas.h"
 #include "matrix/patch_matrix_col_header.h"
 #include "matrix/patch_matrix_row_header.h"
+#include "matrix/patch_matrix_view.h"
 
 namespace tolvane {
 namespace {
-
-QRect stripPlace(double start, int cell, QSize across) {
-  return across.width() > 0 ? QRect(0, qRound(start), across.width(), cell)
-                            : QRect(qRound(start), 0, cell, across.height());
-}
 
 QAccessibleInterface* columnStrip(PatchMatrixColHeader* strip) {
   StripContents contents;
   contents.count = [strip] { return strip->outputCount; };
   contents.name = outputName;
   contents.place = [strip](std::int64_t column) {
-    return stripPlace(strip->cs * static_cast<double>(column) - strip->scrollOffset,
-                      static_cast<int>(strip->cs), {0, strip->height()});
+    return columnLabelRect(column, strip->scrollOffset, strip->height());
   };
   contents.labelRole = QAccessible::ColumnHeader;
   return new AccessibleStrip(strip, QStringLiteral("Outputs"), std::move(contents));
@@ -33,8 +28,7 @@ QAccessibleInterface* rowStrip(PatchMatrixRowHeader* strip) {
   contents.count = [strip] { return strip->inputCount; };
   contents.name = inputName;
   contents.place = [strip](std::int64_t row) {
-    return stripPlace(strip->cs * static_cast<double>(row) - strip->scrollOffset, static_cast<int>(strip->cs),
-                      {strip->width(), 0});
+    return rowLabelRect(row, strip->scrollOffset, strip->width());
   };
   contents.labelRole = QAccessible::RowHeader;
   return new AccessibleStrip(strip, QStringLiteral("Inputs"), std::move(contents));

@@ -6,14 +6,14 @@
 #include <algorithm>
 
 #include "matrix/calibrated_color.h"
+#include "matrix/matrix_geometry.h"
 #include "matrix/overlay_scroller.h"
-#include "matrix/patch_matrix_view.h"
 
 namespace tolvane {
 namespace {
 
-constexpr double kWheelStep = 3.0 * PatchMatrixView::cellSize;  // points for one notch
-constexpr double kNotch = 120.0;                                // angle delta of one notch
+constexpr double kWheelStep = 3.0 * kCellSize;  // points for one notch
+constexpr double kNotch = 120.0;                // angle delta of one notch
 
 }  // namespace
 
@@ -98,7 +98,7 @@ void OverlayScrollView::updateRanges() {
     return;
   }
   const auto update = [](QScrollBar* bar, int document, int visible) {
-    bar->setSingleStep(static_cast<int>(PatchMatrixView::cellSize));
+    bar->setSingleStep(static_cast<int>(kCellSize));
     bar->setPageStep(visible);
     bar->setRange(0, std::max(0, document - visible));
   };

@@ -3,7 +3,6 @@
 #include <QMouseEvent>
 #include <QPaintEvent>
 #include <QPainter>
-#include <algorithm>
 
 #include "matrix/device_pixels.h"
 
@@ -23,19 +22,6 @@ bool PatchMatrixCanvas::contains(const MatrixCell& cell) const noexcept {
 
 bool PatchMatrixCanvas::isActive(const MatrixCell& cell) const {
   return connections.contains(routeKey(cell.row, cell.column));
-}
-
-QRect PatchMatrixCanvas::cellRect(const MatrixCell& cell) const {
-  const int size = static_cast<int>(cs);
-  // Indices may exceed the largest widget size.
-  const auto start = [size](std::int64_t index) {
-    return size * static_cast<int>(std::clamp<std::int64_t>(index, -1, QWIDGETSIZE_MAX / size));
-  };
-  return {start(cell.column), start(cell.row), size, size};
-}
-
-MatrixCell PatchMatrixCanvas::cellAt(const QPointF& point) const noexcept {
-  return {truncated(point.y() / cs), truncated(point.x() / cs)};
 }
 
 void PatchMatrixCanvas::toggle(const MatrixCell& cell) {

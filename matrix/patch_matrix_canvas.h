@@ -1,24 +1,17 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 #include <cstdint>
 #include <functional>
 
 #include "matrix/cell_tiles.h"
-#include "matrix/patch_matrix_view.h"
+#include "matrix/matrix_geometry.h"
 #include "matrix/route_key.h"
 
 class QHelpEvent;
 
 namespace tolvane {
-
-/// One cell of the grid, zero-based.
-struct MatrixCell {
-  std::int64_t row = 0;     // input
-  std::int64_t column = 0;  // output
-
-  bool operator==(const MatrixCell&) const = default;
-};
 
 /// The grid of route cells, the scrolling content of PatchMatrixView. The view writes the fields and then
 /// requests a redraw. Draws only the cells that meet the area to be painted. All of it [main-thread].
@@ -34,7 +27,11 @@ class PatchMatrixCanvas : public QWidget {
   std::int64_t inputCount = 64;   // rows
   std::int64_t outputCount = 64;  // columns
   RouteKeys connections;          // the cells shown as active
-  const double cs = PatchMatrixView::cellSize;
+  const double cs = kCellSize;
+
+  // The strips with the labels of the cells, for assistive technology; may be null.
+  QPointer<QWidget> columnLabels;
+  QPointer<QWidget> rowLabels;
 
   /// Called when the focus cell has moved. The callee makes it visible. May be empty.
   std::function<void()> onFocusMoved;
@@ -42,10 +39,6 @@ class PatchMatrixCanvas : public QWidget {
   [[nodiscard]] bool contains(const MatrixCell& cell) const noexcept;
   /// True when the cell's route is among the connections.
   [[nodiscard]] bool isActive(const MatrixCell& cell) const;
-  /// The cell's square on the canvas.
-  [[nodiscard]] QRect cellRect(const MatrixCell& cell) const;
-  /// The cell at a point of the canvas, truncated toward zero. It may lie outside the grid.
-  [[nodiscard]] MatrixCell cellAt(const QPointF& point) const noexcept;
 
   /// Calls onToggled if the cell is in the grid.
   void toggle(const MatrixCell& cell);

@@ -3,7 +3,7 @@
 #include <QWidget>
 #include <cstdint>
 
-#include "matrix/patch_matrix_view.h"
+#include "matrix/matrix_geometry.h"
 
 namespace tolvane {
 
@@ -20,8 +20,8 @@ class PatchMatrixColHeader : public QWidget {
 
   std::int64_t outputCount = 64;
   double scrollOffset = 0.0;  // content x at the left edge of the visible grid, points
-  const double cs = PatchMatrixView::cellSize;
-  const double lH = PatchMatrixView::labelH;
+  const double cs = kCellSize;
+  const double lH = kLabelHeight;
 
  protected:
   void paintEvent(QPaintEvent* event) override;

@@ -3,7 +3,7 @@
 #include <QWidget>
 #include <cstdint>
 
-#include "matrix/patch_matrix_view.h"
+#include "matrix/matrix_geometry.h"
 
 namespace tolvane {
 
@@ -20,8 +20,8 @@ class PatchMatrixRowHeader : public QWidget {
 
   std::int64_t inputCount = 64;
   double scrollOffset = 0.0;  // content y at the top edge of the visible grid, points
-  const double cs = PatchMatrixView::cellSize;
-  const double lW = PatchMatrixView::labelW;
+  const double cs = kCellSize;
+  const double lW = kLabelWidth;
 
  protected:
   void paintEvent(QPaintEvent* event) override;

@@ -16,20 +16,14 @@
 namespace tolvane {
 namespace {
 
-constexpr int kCell = static_cast<int>(PatchMatrixView::cellSize);
-constexpr int kLabelW = static_cast<int>(PatchMatrixView::labelW);
-constexpr int kLabelH = static_cast<int>(PatchMatrixView::labelH);
+constexpr int kLabelW = static_cast<int>(kLabelWidth);
+constexpr int kLabelH = static_cast<int>(kLabelHeight);
 
 void fillWith(QWidget& widget, const QColor& colour) {
   QPalette palette = widget.palette();
   palette.setColor(QPalette::Window, colour);
   widget.setPalette(palette);
   widget.setAutoFillBackground(true);
-}
-
-// Length of an axis in points, limited to the largest widget size.
-int axisLength(std::int64_t count) {
-  return kCell * static_cast<int>(std::min<std::int64_t>(count, QWIDGETSIZE_MAX / kCell));
 }
 
 }  // namespace
@@ -87,6 +81,8 @@ QWidget* PatchMatrixView::buildCaption(const QString& text, const QRect& frame) 
 
 void PatchMatrixView::buildCanvas() {
   canvas = new PatchMatrixCanvas(QRect(0, 0, axisLength(outputCount), axisLength(inputCount)));
+  canvas->columnLabels = colHeader;
+  canvas->rowLabels = rowHeader;
   const QPointer<const PatchMatrixView> container(this);
   canvas->onToggled = [container](std::int64_t row, std::int64_t column) {
     if (container) {
@@ -94,7 +90,7 @@ void PatchMatrixView::buildCanvas() {
     }
   };
   canvas->onFocusMoved = [this] {
-    scrollView->reveal(canvas->cellRect(canvas->focusCell()));
+    scrollView->reveal(cellRect(canvas->focusCell()));
     announceFocus(*this);
   };
   canvas->setAccessibleName(QStringLiteral("Patch matrix"));

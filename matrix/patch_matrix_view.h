@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/patch/patch_connection.h"
+#include "matrix/matrix_geometry.h"
 #include "matrix/route_key.h"
 
 namespace tolvane {
@@ -22,9 +23,9 @@ class PatchMatrixView : public QWidget {
   Q_OBJECT
 
  public:
-  static constexpr double cellSize = 16.0;  // edge of one cell, points
-  static constexpr double labelW = 38.0;    // width of the row strip and the corner, points
-  static constexpr double labelH = 38.0;    // height of the column strip and the corner, points
+  static constexpr double cellSize = kCellSize;
+  static constexpr double labelW = kLabelWidth;
+  static constexpr double labelH = kLabelHeight;
 
   /// A matrix with this geometry in its parent, in Qt's coordinates. Shows 64 × 64 cells without routes until
   /// configured.

@@ -43,10 +43,8 @@ void writeConnections(IOProcContext* context, std::span<const PatchConnection> c
   const bool liveIsA = loadAcquire(context->activeBuf) == 0;
   auto& entries = liveIsA ? context->patchesB : context->patchesA;
   std::int32_t count = 0;
-  for (const PatchConnection& route : connections) {
-    if (!route.active) continue;
-    if (count == kMaxPatchEntries) break;
-    storeEntry(entries[static_cast<std::size_t>(count++)], route);
+  for (const PatchConnection* route : soundingRoutes(connections)) {
+    storeEntry(entries[static_cast<std::size_t>(count++)], *route);
   }
   storeRelaxed(liveIsA ? context->countB : context->countA, count);
   addRelease(context->activeBuf, liveIsA ? 1 : -1);

@@ -18,11 +18,9 @@
 #include <type_traits>
 
 #include "core/patch/patch_connection.h"
+#include "core/routing/sounding_routes.h"
 
 namespace tolvane {
-
-/// The most routes that sound at once. Active routes beyond this number are not heard.
-inline constexpr std::int32_t kMaxPatchEntries = 64;
 
 /// One route as the IO thread sees it. Channels are zero-based, counted across all buffers of the device.
 struct PatchEntry {
@@ -56,7 +54,7 @@ static_assert(offsetof(IOProcContext, outputChannelCount) == 1552);
 /// harmless if it is ever read. A channel count beyond 32 bits ends the process. [any-thread]
 [[nodiscard]] IOProcContext initialContext(std::int64_t inputChannels, std::int64_t outputChannels) noexcept;
 
-/// Publishes the first 64 active routes of the list, in order. The IO thread uses them from its next cycle.
+/// Publishes soundingRoutes() of the list, in order. The IO thread uses them from its next cycle.
 /// Channel numbers are copied unchanged; one beyond 32 bits ends the process before the flip. `context` must
 /// not be null. One writer at a time. [main-thread]
 void writeConnections(IOProcContext* context, std::span<const PatchConnection> connections);

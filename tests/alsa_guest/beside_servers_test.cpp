@@ -7,7 +7,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include "ctl/child_process.h"
+#include "ctl/support/child_process.h"
 #include "support/eventually.h"
 #include "support/jack_server.h"
 #include "support/pipewire_server.h"

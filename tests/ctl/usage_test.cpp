@@ -2,8 +2,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "ctl/child_process.h"
-#include "ctl/files.h"
+#include "ctl/support/child_process.h"
+#include "ctl/support/files.h"
 
 namespace tolvane::test {
 namespace {

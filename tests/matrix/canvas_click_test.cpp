@@ -1,5 +1,4 @@
 #include <QTest>
-#include <limits>
 
 #include <gmock/gmock.h>
 
@@ -72,11 +71,6 @@ TEST_F(CanvasClick, EveryPressOfADoubleClickCounts) {
   clickThroughWindow(canvas_, {20, 5});
   QTest::mouseDClick(canvas_.windowHandle(), Qt::LeftButton, Qt::NoModifier, QPoint(20, 5));
   EXPECT_THAT(toggled_, ElementsAre(Pair(0, 1), Pair(0, 1), Pair(0, 1)));
-}
-
-TEST_F(CanvasClick, APositionThatIsNoNumberIsFatal) {
-  ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
-  EXPECT_DEATH(static_cast<void>(canvas_.cellAt({std::numeric_limits<double>::quiet_NaN(), 0.0})), "fatal");
 }
 
 }  // namespace

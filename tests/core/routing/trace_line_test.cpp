@@ -1,10 +1,9 @@
-// Lines on standard output, and the line on standard error that ends the process.
+// Lines on standard output.
 #include <string>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "base/fatal.h"
 #include "core/routing/trace.h"
 #include "support/captured_output.h"
 
@@ -30,15 +29,6 @@ TEST(TraceLine, Of255BytesIsWhole) {
 TEST(TraceLine, LongerThan255BytesIsCut) {
   const std::string text(1000, 'x');
   EXPECT_THAT(outputLinesOf([&] { traceLine("%s", text.c_str()); }), ElementsAre(std::string(255, 'x')));
-}
-
-TEST(FatalDeathTest, WritesOneLineAndAborts) {
-  EXPECT_EXIT(fatal("the message"), testing::KilledBySignal(SIGABRT), "^tolvane: fatal: the message\n$");
-}
-
-TEST(FatalDeathTest, CutsALongMessageButKeepsTheLine) {
-  const std::string text(1000, 'x');
-  EXPECT_DEATH(fatal(text.c_str()), "^tolvane: fatal: x+$");
 }
 
 }  // namespace

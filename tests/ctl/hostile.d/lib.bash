@@ -50,6 +50,24 @@ fail_in_one_line() {
     return $status
 }
 
+# a_command_under LIMIT VALUE [RENDER OPTION...]: runs a command, chosen by the attempt's number, under this limit of
+# ulimit. Its result is that of fail_in_one_line.
+a_command_under() {
+    local limit=$1 value=$2
+    shift 2
+    # In a subshell, so that the script's own shell is not limited.
+    limited() { (ulimit "$limit" "$value"; exec "$TOLVANECTL" "$@"); }
+    a_recording 1000 in.wav
+    case $((attempt % 6)) in
+        0) fail_in_one_line limited devices ;;
+        1) fail_in_one_line limited run --patch p.json --seconds 0.1 ;;
+        2) fail_in_one_line limited aggregate list ;;
+        3) fail_in_one_line limited aggregate create Stage One Two ;;
+        4) fail_in_one_line limited render --patch p.json "$@" in.wav out.wav ;;
+        5) fail_in_one_line limited check p.json ;;
+    esac
+}
+
 # a_recording FRAMES FILE: makes a sound file with one channel of 16 bits.
 a_recording() { sox -n -r 48000 -c 1 -e signed -b 16 "$2" synth "$1s" sine 440 2>/dev/null; }
 

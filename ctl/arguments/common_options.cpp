@@ -1,0 +1,21 @@
+#include "ctl/arguments/common_options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "ctl/arguments/numbers.h"
+#include "ctl/arguments/words.h"
+
+namespace tolvane::ctl {
+
+void declarePatch(CLI::App& command, std::string& path) {
+  command.add_option("--patch", path, "the patch file")->required()->transform(name())->type_name("FILE");
+}
+
+void declareWait(CLI::App& command, double& seconds) {
+  command.add_option("--wait", seconds, "how long to wait for sound servers and devices")
+      ->check(requireWait)
+      ->type_name("SECONDS")
+      ->capture_default_str();
+}
+
+}  // namespace tolvane::ctl

@@ -1,0 +1,40 @@
+#include "ctl/run/command.h"
+
+#include <csignal>
+
+#include <unistd.h>
+
+#include "ctl/devices/buffer_size.h"
+#include "ctl/devices/choice.h"
+#include "ctl/process/resource_check.h"
+#include "ctl/run/live_session.h"
+
+namespace tolvane::ctl {
+
+ExitStatus runCommand(const RunOptions& options) {
+  // Before the SignalPipe catches signals: while this blocks on a FIFO without a writer, a signal must simply
+  // end the process.
+  PatchSource patch(options.patchPath);
+  const PatchResult routes = patch.load();
+  if (!routes) return fail(routes.error());
+  if (const auto note = unheardRoutesNote(patch.path(), routes.value())) say(*note);
+
+  if (const auto failure = tooFewResources()) return fail(*failure);
+  // Before the HAL starts threads: they inherit the blocked signals.
+  const SignalPipe signals({SIGINT, SIGTERM, SIGQUIT, SIGHUP});
+  bool isEnded = false;
+  bool isHungUp = false;
+  const DeviceChoice device = awaitDevice(options.device, options.waitSeconds, [&] {
+    while (const auto signal = signals.next()) (*signal == SIGHUP ? isHungUp : isEnded) = true;
+    return isEnded;
+  });
+  if (isEnded) return ExitStatus::done;
+  if (!device) return fail(device.error());
+  if (isHungUp) ::kill(::getpid(), SIGHUP);  // the session will take it and reload the patch
+  if (options.bufferFrames) {
+    if (const auto failure = setBufferFrames(device.value(), *options.bufferFrames)) return fail(*failure);
+  }
+  return LiveSession(options, device.value(), patch, routes.value(), signals).run();
+}
+
+}  // namespace tolvane::ctl

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "ctl/run/options.h"
+
+namespace tolvane::ctl {
+
+/// Routes live until SIGINT, SIGTERM, SIGQUIT, the time limit, or the meters' quit key. Reloads the patch on
+/// SIGHUP and, with `watch`, whenever the file changes. At the end, prints the cycle and overload counts, the
+/// IO thread's scheduling if known, and the routes. [main-thread]
+[[nodiscard]] ExitStatus runCommand(const RunOptions& options);
+
+}  // namespace tolvane::ctl

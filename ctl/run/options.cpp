@@ -1,0 +1,30 @@
+#include "ctl/run/options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "ctl/arguments/common_options.h"
+#include "ctl/arguments/numbers.h"
+#include "ctl/arguments/words.h"
+#include "ctl/run/command.h"
+
+namespace tolvane::ctl {
+
+void declareRun(CLI::App& program, RunOptions& options, ExitStatus& status) {
+  CLI::App* command = program.add_subcommand("run", "Route live until SIGINT or SIGTERM; SIGHUP reloads");
+  declarePatch(*command, options.patchPath);
+  command->add_option("--device", options.device, "name, part of a name, or id [the first device]")
+      ->transform(name())
+      ->type_name("NAME|ID");
+  declareWait(*command, options.waitSeconds);
+  command->add_option("--buffer", options.bufferFrames, "frames a cycle, set on the device [as it is]")
+      ->transform(wholeNumber(1, 65536))
+      ->type_name("FRAMES");
+  command->add_flag("--watch", options.watch, "take over the patch whenever its file changes");
+  command->add_flag("--meters", options.meters, "show the levels of the routed channels");
+  command->add_option("--seconds", options.seconds, "stop by itself after this time")
+      ->check(requireSensibleSeconds)
+      ->type_name("N");
+  command->callback([&] { status = runCommand(options); });
+}
+
+}  // namespace tolvane::ctl

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "ctl/devices/wait.h"
+#include "ctl/terminal/exit_status.h"
+
+namespace CLI {
+class App;
+}
+
+namespace tolvane::ctl {
+
+struct RunOptions {
+  std::string patchPath;
+  std::string device;                         // as for chooseDevice(); empty: the first
+  double waitSeconds = kDefaultWaitSeconds;   // for the device
+  std::optional<std::uint32_t> bufferFrames;  // none: leave the device as it is
+  bool watch = false;
+  bool meters = false;
+  std::optional<double> seconds;  // none: until a signal
+};
+
+/// Declares the command `run`. Parsing fills `options`, then runs the command and sets `status`. Both must
+/// outlive the parsing. [main-thread]
+void declareRun(CLI::App& program, RunOptions& options, ExitStatus& status);
+
+}  // namespace tolvane::ctl
