@@ -79,8 +79,14 @@ class Card {
 
   [[nodiscard]] std::uint64_t cycles() const { return client_.cycles(); }
 
+  /// Waits until the last contender is no longer heard. Throws std::runtime_error if it still is after 30 s.
+  void awaitQuiet() {
+    if (!test::eventually([this] { return !isRight(); }))
+      throw std::runtime_error("the card plays without a contender");
+  }
+
   /// Throws std::runtime_error unless every output plays its sample for some cycles in a row, within 30 s.
-  void await(const char* who) {
+  void awaitRight(const char* who) {
     if (!test::eventually([this] { return isRight(); }))
       throw std::runtime_error(std::string("wrong output of ") + who);
   }
@@ -102,14 +108,15 @@ class Card {
 
 /// Runs the contender alone. Returns its processor time per cycle.
 double cpuSecondsACycle(const char* name, const std::vector<std::string>& command, Card& card) {
+  card.awaitQuiet();
   const Child child(command);
-  card.await(name);
+  card.awaitRight(name);
   const double beginSeconds = cpuSecondsOf(child.pid());
   const std::uint64_t beginCycles = card.cycles();
   std::this_thread::sleep_for(kTurn);
   const double seconds = cpuSecondsOf(child.pid()) - beginSeconds;
   const auto cycles = static_cast<double>(card.cycles() - beginCycles);
-  card.await(name);
+  card.awaitRight(name);
   return seconds / cycles;
 }
 

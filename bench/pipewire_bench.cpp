@@ -5,7 +5,6 @@
 // Usage: pipewire_bench TOLVANECTL [TURNS]. Prints a line for each matrix: case|ours|rival|ratio|limit.
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -116,12 +115,17 @@ class SignalCheck {
     }
   }
 
-  /// Throws std::runtime_error unless every output plays its sample for some cycles in a row, within 20 s.
-  void await(const char* who) {
-    rightCycles_ = 0;
-    const auto isRight = [this] { return rightCycles_ >= kRightCycles; };
-    if (!test::eventually(std::chrono::seconds(20), isRight))
-      throw std::runtime_error(std::string("wrong output of ") + who);
+  /// Waits until the last contender is no longer heard. Throws std::runtime_error if it still is after 30 s.
+  void awaitQuiet() const {
+    if (!test::eventually([this] { return rightCycles_ == 0; }))
+      throw std::runtime_error("the card plays without a contender");
+  }
+
+  /// Throws std::runtime_error unless every output plays its sample for some cycles in a row, within 30 s.
+  void awaitRight(const char* who) const {
+    const std::uint64_t begin = cycles_;
+    const auto isRight = [&] { return rightCycles_ >= kRightCycles && cycles_ - begin >= kRightCycles; };
+    if (!test::eventually(isRight)) throw std::runtime_error(std::string("wrong output of ") + who);
   }
 
  private:
@@ -141,10 +145,12 @@ class SignalCheck {
           isRight && buffer != nullptr && buffer[0] == expected && buffer[clock.duration - 1] == expected;
     }
     check.rightCycles_ = isRight ? check.rightCycles_ + 1 : 0;
+    ++check.cycles_;
   }
 
   std::vector<float> expected_;
-  std::atomic<std::uint64_t> rightCycles_ = 0;
+  std::atomic<std::uint64_t> rightCycles_ = 0;  // in a row, up to the last one
+  std::atomic<std::uint64_t> cycles_ = 0;
   test::SignalNode feeder_;
   test::SignalNode recorder_;
 };
@@ -158,16 +164,17 @@ struct Contender {
 };
 
 /// Runs the contender alone. Returns the median of its busy time per cycle.
-double busyNsOf(const Contender& contender, SignalCheck& signal) {
+double busyNsOf(const Contender& contender, const SignalCheck& signal) {
+  signal.awaitQuiet();
   const Child child(contender.command);
   test::PipeWireClient client;  // the links live as long as it
   contender.link(client);
-  signal.await(contender.name);
+  signal.awaitRight(contender.name);
   std::vector<std::uint32_t> ids;
   for (const std::string& node : contender.nodes) ids.push_back(client.nodeId(node));
   NodeProfile profile(client);
   const auto busy = median(profile.busyNs(ids, kCyclesATurn));
-  signal.await(contender.name);
+  signal.awaitRight(contender.name);
   return static_cast<double>(busy);
 }
 
@@ -184,7 +191,7 @@ void compareOn(const MatrixCase& matrix, const std::string& tolvanectl, int turn
 
   test::PipeWireClient client;
   client.setSetting("clock.force-quantum", kFrames);
-  SignalCheck signal(client, matrix);
+  const SignalCheck signal(client, matrix);
   const Contender ours = {"tolvanectl",
                           {tolvanectl, "run", "--patch", folder + "/patch.json", "--device", "card"},
                           {"tolvane"},
