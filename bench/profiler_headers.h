@@ -3,6 +3,8 @@
 #pragma once
 #pragma GCC system_header
 
+#include <cstdint>
+
 #include <pipewire/extensions/profiler.h>
 #include <pipewire/impl.h>
 #include <pipewire/pipewire.h>
