@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "bench/core_watch.h"
+#include "bench/median.h"
 
 namespace tolvane::bench {
 
@@ -26,12 +27,6 @@ int callsPerTurn(const std::function<void()>& work) {
   nanosecondsOf(work, 3);  // warms the caches
   const double once = nanosecondsOf(work, 10) / 10;
   return std::max(1, static_cast<int>(kTurnNanoseconds / std::max(once, 1.0)));
-}
-
-double median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
 }
 
 /// The times of some turns.

@@ -51,6 +51,7 @@ context.spa-libs = {
 context.modules = [
     { name = libpipewire-module-rt args = { nice.level = -11 rt.prio = 70 } flags = [ ifexists nofail ] }
     { name = libpipewire-module-protocol-native }
+    { name = libpipewire-module-profiler }
     { name = libpipewire-module-metadata }
     { name = libpipewire-module-spa-node-factory }
     { name = libpipewire-module-client-node }
