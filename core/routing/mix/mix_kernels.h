@@ -38,7 +38,7 @@ struct MixTarget {
 struct GatherGroup {
   const float* data;  // the first channel's sample in frame 0
   std::ptrdiff_t stride;
-  std::int32_t width;  // 1, 2 if the stride is 2, or 4
+  std::int32_t width;  // 1, or 2 or 3 if that is the stride, or 4
   float* rows;
 };
 
@@ -46,7 +46,7 @@ struct GatherGroup {
 struct ScatterGroup {
   float* data;  // the first channel's sample in frame 0
   std::ptrdiff_t stride;
-  std::int32_t width;  // 1, 2 if the stride is 2, or 4
+  std::int32_t width;  // 2 or 3 if that is the stride, or 4
   const float* rows[4];
 };
 

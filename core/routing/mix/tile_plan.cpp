@@ -11,11 +11,11 @@ namespace tolvane {
 namespace {
 
 /// Calls `visit(channel, width)` for groups of channels that together are the first `channels` of a buffer:
-/// the two of a stereo buffer, or four each, of which the last group may overlap the previous one. If there
-/// are fewer than four, each is a group.
+/// all channels of a buffer of two or three, else four each, of which the last group may overlap the previous
+/// one. If fewer than four channels of a wider buffer are visited, each is a group.
 template <class Visit>
 void forEachGroup(std::int64_t channels, std::int64_t stride, Visit visit) noexcept {
-  if (channels == 2 && stride == 2) return visit(0, 2);
+  if (channels < 4 && channels == stride) return visit(0, static_cast<std::int32_t>(channels));
   if (channels < 4) {
     for (std::int64_t c = 0; c < channels; ++c) visit(c, 1);
     return;

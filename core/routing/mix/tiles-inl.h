@@ -84,6 +84,15 @@ HWY_INLINE void gatherStereo(const float* from, float* rows) noexcept {
   hn::StoreU(right, d, rows + kTileFrames);
 }
 
+/// Splits kWidth frames of three channels into three rows.
+HWY_INLINE void gatherThree(const float* from, float* rows) noexcept {
+  const Floats d;
+  Vector r[3];
+  hn::LoadInterleaved3(d, from, r[0], r[1], r[2]);
+  TOLVANE_UNROLLED
+  for (std::ptrdiff_t i = 0; i < 3; ++i) hn::StoreU(r[i], d, rows + i * kTileFrames);
+}
+
 HWY_INLINE void gather(const GatherGroup& group, std::int64_t frame, std::int64_t count) noexcept {
   const std::ptrdiff_t stride = group.stride;
   const float* from = group.data + frame * stride;
@@ -93,6 +102,8 @@ HWY_INLINE void gather(const GatherGroup& group, std::int64_t frame, std::int64_
       gatherOne(from, stride, rows);
     } else if (group.width == 2) {
       gatherStereo(from, rows);
+    } else if (group.width == 3) {
+      gatherThree(from, rows);
     } else {
       gatherFour(from, stride, rows);
     }
@@ -112,18 +123,18 @@ HWY_INLINE void scatterFour(const float* const (&rows)[4], std::int64_t f, float
 }
 
 HWY_INLINE void scatter(const ScatterGroup& group, std::int64_t frame, std::int64_t count) noexcept {
+  const Floats d;
   const std::ptrdiff_t stride = group.stride;
+  const float* const(&rows)[4] = group.rows;
   float* to = group.data + frame * stride;
-  if (group.width == 1) {
-    for (std::int64_t f = 0; f < count; ++f) to[f * stride] = group.rows[0][f];
-    return;
-  }
   for (std::int64_t f = 0; f < count; f += kWidth, to += kWidth * stride) {
     if (group.width == 2) {
-      hn::StoreInterleaved2(hn::LoadU(Floats(), group.rows[0] + f), hn::LoadU(Floats(), group.rows[1] + f),
-                            Floats(), to);
+      hn::StoreInterleaved2(hn::LoadU(d, rows[0] + f), hn::LoadU(d, rows[1] + f), d, to);
+    } else if (group.width == 3) {
+      hn::StoreInterleaved3(hn::LoadU(d, rows[0] + f), hn::LoadU(d, rows[1] + f), hn::LoadU(d, rows[2] + f),
+                            d, to);
     } else {
-      scatterFour(group.rows, f, to, stride);
+      scatterFour(rows, f, to, stride);
     }
   }
 }
