@@ -55,8 +55,20 @@ CycleRunner::Moment CycleRunner::momentOf(const spa_io_clock& clock) noexcept {
   return {clock.id, clock.rate.denom, clock.position, frames, clock.nsec, xrunFramesOf(clock)};
 }
 
+/// The port's newest buffer; returns older ones to the graph. The library keeps one buffer of each cycle for
+/// us, also of cycles in which the port was not among ours yet. Without the loop the port would stay late by
+/// them.
+pw_buffer* CycleRunner::newestOf(FilterPort& port) noexcept {
+  pw_buffer* newest = nullptr;
+  while (pw_buffer* const next = library_.pw_filter_dequeue_buffer(&port)) {
+    if (newest != nullptr) library_.pw_filter_queue_buffer(&port, newest);
+    newest = next;
+  }
+  return newest;
+}
+
 void* CycleRunner::takeInput(FilterPort& port, std::uint32_t frames) noexcept {
-  pw_buffer* const taken = library_.pw_filter_dequeue_buffer(&port);
+  pw_buffer* const taken = newestOf(port);
   if (taken == nullptr) return nullptr;
   const spa_data& block = taken->buffer->datas[0];
   const std::uint64_t bytes = std::uint64_t{frames} * sizeof(float);

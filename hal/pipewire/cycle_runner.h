@@ -51,6 +51,7 @@ class CycleRunner {
   };
 
   static Moment momentOf(const spa_io_clock& clock) noexcept;
+  pw_buffer* newestOf(FilterPort& port) noexcept;
   void* takeInput(FilterPort& port, std::uint32_t frames) noexcept;
   void* takeOutput(FilterPort& port, std::uint32_t frames) noexcept;
   void fetchBuffers(std::uint32_t frames) noexcept;

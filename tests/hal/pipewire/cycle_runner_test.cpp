@@ -1,9 +1,13 @@
 // What a session reports of the server's clock.
 #include "hal/pipewire/cycle_runner.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <deque>
+#include <iterator>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -171,6 +175,93 @@ TEST_F(PipeWireOutputPort, ThatHasBuffersBeforeItHasSomewhereToPutThemIsNotFille
   port_.io = &port_.area;
   runCycle();
   EXPECT_EQ(port_.queued, 1);
+}
+
+/// A device of one input. The test fills its port's buffers, each with its own sample, and hands them over.
+class PipeWireInputPort : public testing::Test {
+ protected:
+  PipeWireInputPort() {
+    library_.pw_filter_dequeue_buffer = [](void* port) {
+      auto& waiting = of(port).waiting;
+      if (waiting.empty()) return static_cast<pw_buffer*>(nullptr);
+      pw_buffer* const next = waiting.front();
+      waiting.pop_front();
+      return next;
+    };
+    library_.pw_filter_queue_buffer = [](void* port, pw_buffer* buffer) {
+      of(port).returned.push_back(buffer);
+      return 0;
+    };
+    for (std::size_t i = 0; i < 2; ++i) {
+      Buffer& buffer = port_.buffers[i];
+      std::fill(std::begin(buffer.samples), std::end(buffer.samples), static_cast<float>(i + 1));
+      buffer.chunk = {0, sizeof buffer.samples, sizeof(float), 0};
+      buffer.data.data = buffer.samples;
+      buffer.data.maxsize = sizeof buffer.samples;
+      buffer.data.chunk = &buffer.chunk;
+      buffer.block.datas = &buffer.data;
+      buffer.buffer.buffer = &buffer.block;
+    }
+    runner_.setPorts({&port_}, {});
+    runner_.setRunning(true);
+    position_.clock.rate = {1, 48000};
+    position_.clock.duration = 256;
+  }
+
+  /// Runs a cycle and returns the sample that the callback saw.
+  float sampleOfCycle() {
+    runner_.process(&position_);
+    position_.clock.position += 256;
+    return client_.sample;
+  }
+
+  struct Buffer {
+    float samples[256]{};
+    spa_chunk chunk{};
+    spa_data data{};
+    spa_buffer block{};
+    pw_buffer buffer{};
+  };
+
+  struct Port : hal::pipewire::FilterPort {
+    Buffer buffers[2];
+    std::deque<pw_buffer*> waiting;
+    std::vector<pw_buffer*> returned;
+  };
+
+  class SampleClient final : public hal::SessionClient {
+   public:
+    void cycle(const hal::IoCycle& cycle) noexcept override {
+      const void* const data = cycle.input->mBuffers[0].mData;
+      sample = data != nullptr ? *static_cast<const float*>(data) : 0.0F;
+    }
+    void overload() noexcept override {}
+    void aliveChanged(bool /*alive*/) noexcept override {}
+    void formatChanged(double /*sampleRateHz*/, std::uint32_t /*frames*/) noexcept override {}
+
+    float sample = 0.0F;
+  };
+
+  static Port& of(void* port) { return *static_cast<Port*>(static_cast<hal::pipewire::FilterPort*>(port)); }
+
+  Library library_{};
+  SampleClient client_;
+  CycleRunner runner_{library_, client_, {1}, {}};
+  Port port_;
+  spa_io_position position_{};
+};
+
+TEST_F(PipeWireInputPort, ThatHasOneBufferGivesIt) {
+  port_.waiting = {&port_.buffers[0].buffer};
+  EXPECT_EQ(sampleOfCycle(), 1.0F);
+  EXPECT_EQ(port_.returned, std::vector{&port_.buffers[0].buffer});
+}
+
+// Otherwise the port would give the buffer of the last cycle in every cycle.
+TEST_F(PipeWireInputPort, ThatHasABufferOfAnEarlierCycleGivesTheNewest) {
+  port_.waiting = {&port_.buffers[0].buffer, &port_.buffers[1].buffer};
+  EXPECT_EQ(sampleOfCycle(), 2.0F);
+  EXPECT_EQ(port_.returned, (std::vector{&port_.buffers[0].buffer, &port_.buffers[1].buffer}));
 }
 
 }  // namespace
