@@ -130,8 +130,8 @@ std::size_t FilterSession::linkInputs(const Connection& connection,
     if (theirs[i] == nullptr || port == own.end()) {
       links_.drop(i);
     } else {
-      links_.want(connection.core(), i, {theirs[i]->nodeId, theirs[i]->portId},
-                  {filter_->nodeId(), port->second});
+      links_.want(connection.core(), i, linkEndOf(connection.graph(), theirs[i]->nodeId, theirs[i]->portId),
+                  linkEndOf(connection.graph(), filter_->nodeId(), port->second));
     }
   }
   return theirs.size() - static_cast<std::size_t>(std::count(theirs.begin(), theirs.end(), nullptr));
@@ -148,8 +148,8 @@ std::size_t FilterSession::linkOutputs(const Connection& connection,
     if (theirs[i] == nullptr || port == own.end()) {
       links_.drop(place);
     } else {
-      links_.want(connection.core(), place, {filter_->nodeId(), port->second},
-                  {theirs[i]->nodeId, theirs[i]->portId});
+      links_.want(connection.core(), place, linkEndOf(connection.graph(), filter_->nodeId(), port->second),
+                  linkEndOf(connection.graph(), theirs[i]->nodeId, theirs[i]->portId));
     }
   }
   return theirs.size() - static_cast<std::size_t>(std::count(theirs.begin(), theirs.end(), nullptr));

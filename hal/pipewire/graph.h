@@ -39,6 +39,7 @@ struct GraphPort {
   bool isInput = false;
   std::uint32_t index = 0;  // index among the node's ports of this direction
   bool isAudio = false;     // true for a channel, false for a control port
+  std::string name;
 };
 
 /// The server's clock settings.

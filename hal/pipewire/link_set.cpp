@@ -48,13 +48,11 @@ class LinkSet::Link {
  private:
   pw_proxy* request(pw_core* core) const {
     const std::string fromNode = std::to_string(from_.nodeId);
-    const std::string fromPort = std::to_string(from_.portId);
     const std::string toNode = std::to_string(to_.nodeId);
-    const std::string toPort = std::to_string(to_.portId);
     const std::array<spa_dict_item, 5> items = {{{PW_KEY_LINK_OUTPUT_NODE, fromNode.c_str()},
-                                                 {PW_KEY_LINK_OUTPUT_PORT, fromPort.c_str()},
+                                                 {PW_KEY_LINK_OUTPUT_PORT, from_.port.c_str()},
                                                  {PW_KEY_LINK_INPUT_NODE, toNode.c_str()},
-                                                 {PW_KEY_LINK_INPUT_PORT, toPort.c_str()},
+                                                 {PW_KEY_LINK_INPUT_PORT, to_.port.c_str()},
                                                  {PW_KEY_OBJECT_LINGER, "false"}}};
     const spa_dict properties{0, static_cast<std::uint32_t>(items.size()), items.data()};
     return createObject(core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, &properties);

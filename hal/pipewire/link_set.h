@@ -7,16 +7,10 @@
 #include <optional>
 #include <vector>
 
+#include "hal/pipewire/link_end.h"
 #include "hal/pipewire/loop_thread.h"
 
 namespace tolvane::hal::pipewire {
-
-/// One end of a link, by the server's identifiers.
-struct LinkEnd {
-  std::uint32_t nodeId = 0;
-  std::uint32_t portId = 0;
-  bool operator==(const LinkEnd&) const = default;
-};
 
 /// A fixed number of places, each with one link or none. Use only on the loop thread, or after that thread
 /// has ended.

@@ -10,6 +10,7 @@
 #include <pipewire/mem.h>
 #include <pipewire/pipewire.h>
 #include <spa/utils/json.h>
+#include <spa/utils/string.h>
 
 namespace tolvane::hal::pipewire {
 

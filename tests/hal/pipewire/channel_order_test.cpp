@@ -36,7 +36,7 @@ std::vector<std::string> listed(const std::vector<Output>& nodes) {
     node.channels = 1;
     node.inputPorts = 1;
     graph.nodes[++id] = node;
-    graph.ports[id + 100] = {.nodeId = id, .isInput = true, .index = 0, .isAudio = true};
+    graph.ports[id + 100] = {.nodeId = id, .isInput = true, .index = 0, .isAudio = true, .name = {}};
   }
   std::vector<std::string> names;
   const std::uint32_t firstNode = kCard + 1;
