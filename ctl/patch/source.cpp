@@ -59,9 +59,9 @@ Failure badPatch(const std::string& path, const PatchFileError& error) {
   return {about(path, error.message()), ExitStatus::badPatch};
 }
 
-}  // namespace
-
-Result<std::string, Failure> readWholeFile(const std::string& path, Readable readable) {
+/// The bytes of a file. Failure: the file cannot be read, is larger than any patch, or is not of the kind
+/// that `readable` allows.
+Result<std::string, Failure> readWholeFile(const std::string& path, Readable readable = Readable::anything) {
   const int descriptor = openFile(path, readable);
   const std::unique_ptr<std::FILE, FileCloser> file(descriptor < 0 ? nullptr : ::fdopen(descriptor, "rb"));
   if (!file) return systemFailure(path, errno);
@@ -79,12 +79,16 @@ Result<std::string, Failure> readWholeFile(const std::string& path, Readable rea
   return text;
 }
 
+/// `path` is for messages. Failure: the decoder refuses the text, or a sounding route has a channel number
+/// beyond 32 bits.
 PatchResult parsePatch(const std::string& path, const std::string& text) {
   PatchDecodeResult decoded = decodePatch(text);
   if (!decoded) return badPatch(path, decoded.error());
   if (const auto error = unroutable(decoded.value())) return badPatch(path, *error);
   return std::move(decoded).value();
 }
+
+}  // namespace
 
 PatchResult loadPatch(const std::string& path) {
   const auto text = readWholeFile(path);

@@ -20,16 +20,8 @@ using PatchResult = Result<Routes, Failure>;
 /// written. `regularFile` never blocks that way: anything else is a failure.
 enum class Readable { anything, regularFile };
 
-/// The bytes of a file. Failure: the file cannot be read, is larger than 256 MiB, more than any patch, or is
-/// not of the kind that `readable` allows. [not-io]
-[[nodiscard]] Result<std::string, Failure> readWholeFile(const std::string& path,
-                                                         Readable readable = Readable::anything);
-
-/// Decodes the text of the patch file `path`; `path` is for messages. Failure (badPatch): the decoder refuses
-/// the text, or a sounding route has a channel number beyond 32 bits. [not-io]
-[[nodiscard]] PatchResult parsePatch(const std::string& path, const std::string& text);
-
-/// Reads and decodes a patch file. [not-io]
+/// Reads and decodes a patch file of at most 256 MiB. Failure: it cannot be read; or it is no patch, or a
+/// sounding route has a channel number beyond 32 bits (badPatch). [not-io]
 [[nodiscard]] PatchResult loadPatch(const std::string& path);
 
 /// A note for the user if more routes are active than can sound; none if all sound. [not-io]
