@@ -8,6 +8,7 @@
 #include <cstring>
 #include <deque>
 #include <list>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -157,6 +158,8 @@ struct PipeWireProxy::State {
   std::atomic<std::uint32_t> refusedNode = SPA_ID_INVALID;
   std::atomic<bool> isNonsenseDue = false;
   std::atomic<int> dueError = 0;
+  std::mutex mutex;
+  std::vector<std::string> linkPorts;
   std::atomic<bool> isEnding = false;
   std::thread thread{[this] { run(); }};
 
@@ -185,7 +188,10 @@ struct PipeWireProxy::State {
     for (auto connection = open.begin(); connection != open.end(); at += 2) {
       bool isOpen = ends[at].revents == 0 || connection->toServer.receive();
       isOpen = isOpen && (ends[at + 1].revents == 0 || connection->toClient.receive());
-      while (connection->toServer.handOn([&](const auto& header, char* bytes) { refuse(header, bytes); })) {
+      while (connection->toServer.handOn([&](const auto& header, char* bytes) {
+        noteLink(header, bytes);
+        refuse(header, bytes);
+      })) {
       }
       while (
           connection->toClient.handOn([&](const auto& header, char* bytes) { misnumber(header, bytes); })) {
@@ -194,6 +200,20 @@ struct PipeWireProxy::State {
       if (const int result = dueError.exchange(0)) sendCoreError(connection->toClient.to, result);
       if (!isOpen) connection->close();
       connection = isOpen ? std::next(connection) : open.erase(connection);
+    }
+  }
+
+  /// Notes how a request for a link names its ports.
+  void noteLink(const MessageHeader& header, const char* bytes) {
+    if (header.object != PW_ID_CORE || header.opcode() != PW_CORE_METHOD_CREATE_OBJECT) return;
+    const std::string_view message(bytes, header.bytes());
+    const std::lock_guard lock(mutex);
+    for (const char* const key : {PW_KEY_LINK_OUTPUT_PORT, PW_KEY_LINK_INPUT_PORT}) {
+      const std::size_t at = message.find(std::string(key) + '\0');
+      if (at == std::string_view::npos) continue;
+      // Strings are padded to 8 bytes, and the value follows 8 bytes of header.
+      const std::size_t value = (at + std::strlen(key) + 1 + 7) / 8 * 8 + 8;
+      linkPorts.emplace_back(bytes + value);
     }
   }
 
@@ -268,6 +288,11 @@ void PipeWireProxy::sendNonsense() {
 
 void PipeWireProxy::sendCoreError(int result) {
   state_->dueError = result;
+}
+
+std::vector<std::string> PipeWireProxy::linkPorts() const {
+  const std::lock_guard lock(state_->mutex);
+  return state_->linkPorts;
 }
 
 bool PipeWireProxy::isDone() const {

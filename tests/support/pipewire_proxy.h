@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
+#include <vector>
 
 namespace tolvane::test {
 
@@ -32,6 +34,9 @@ class PipeWireProxy {
 
   /// True if the one-time faults that were asked for have been made.
   [[nodiscard]] bool isDone() const;
+
+  /// How the clients' requests for links have named the ports so far.
+  [[nodiscard]] std::vector<std::string> linkPorts() const;
 
   /// The number of connections so far.
   [[nodiscard]] unsigned connections() const;

@@ -70,6 +70,15 @@ TEST_F(PipeWireFailingConnection, ASessionWhoseNextLinksAreRefusedForItIsHeardAg
   EXPECT_TRUE(client_.isAlive());
 }
 
+// The server may give a port's identifier to another port before it reads the request.
+TEST_F(PipeWireFailingConnection, RequestsForLinksNameThePortsByTheirNames) {
+  start();
+  ASSERT_TRUE(rig_.settle());
+  const std::vector<std::string> ports = proxy_.linkPorts();
+  EXPECT_EQ(ports.size(), 16U);  // two ends of four inputs and four outputs
+  for (const std::string& port : ports) EXPECT_NE(port.find('_'), std::string::npos) << port;
+}
+
 // The answer to the removal of a link that the server has refused.
 TEST_F(PipeWireFailingConnection, AnErrorAboutAnObjectThatTheServerDoesNotKnowCostsNothing) {
   start();
