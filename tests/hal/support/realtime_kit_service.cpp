@@ -1,6 +1,5 @@
 #include "hal/support/realtime_kit_service.h"
 
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -18,7 +17,6 @@ namespace tolvane::test {
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::chrono_literals;
 
 std::string configuration(const std::string& address) {
   return "<busconfig><type>custom</type><listen>" + address +
@@ -26,10 +24,13 @@ std::string configuration(const std::string& address) {
          "<allow receive_sender=\"*\"/><allow own=\"*\"/></policy></busconfig>\n";
 }
 
-[[noreturn]] void becomeDaemon(const std::string& configFile) {
+/// Becomes a daemon that writes its address to `addressPipe` as soon as it accepts connections.
+[[noreturn]] void becomeDaemon(const std::string& configFile, int addressPipe) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
-  const std::string option = "--config-file=" + configFile;
-  execlp("dbus-daemon", "dbus-daemon", option.c_str(), "--nofork", static_cast<char*>(nullptr));
+  const std::string configOption = "--config-file=" + configFile;
+  const std::string addressOption = "--print-address=" + std::to_string(addressPipe);
+  execlp("dbus-daemon", "dbus-daemon", configOption.c_str(), addressOption.c_str(), "--nofork",
+         static_cast<char*>(nullptr));
   _exit(127);
 }
 
@@ -59,9 +60,16 @@ PrivateBus::PrivateBus() {
   std::ofstream(configFile) << configuration(address_);
   dbus_threads_init_default();
   setenv("DBUS_SYSTEM_BUS_ADDRESS", address_.c_str(), 1);
+  int addressPipe[2];
+  if (pipe(addressPipe) != 0) throw std::runtime_error("no pipe to the bus");
   daemon_ = fork();
-  if (daemon_ == 0) becomeDaemon(configFile);
-  for (int tries = 0; tries < 1000 && !fs::exists(socket); ++tries) std::this_thread::sleep_for(10ms);
+  if (daemon_ == 0) becomeDaemon(configFile, addressPipe[1]);
+  close(addressPipe[1]);
+  // The socket's file appears before the daemon listens, so only its word counts.
+  char firstByte = 0;
+  const ssize_t bytesRead = read(addressPipe[0], &firstByte, 1);
+  close(addressPipe[0]);
+  if (bytesRead != 1) throw std::runtime_error("the bus did not start");
 }
 
 PrivateBus::~PrivateBus() {
