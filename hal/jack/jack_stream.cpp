@@ -4,6 +4,8 @@
 #include <cerrno>
 #include <utility>
 
+#include "hal/jack/uncancelled.h"
+
 namespace tolvane::hal {
 namespace {
 
@@ -125,53 +127,44 @@ OSStatus JackStream::failure() const noexcept {
 }
 
 void JackStream::setCallbacks() noexcept {
-  library_.setProcessCallback(
-      jack_,
-      [](jack_nframes_t frames, void* self) {
-        streamOf(self).process(frames);
-        return 0;
-      },
-      this);
-  library_.setXrunCallback(
-      jack_,
-      [](void* self) {
-        streamOf(self).reportOverload();
-        return 0;
-      },
-      this);
-  library_.setPortRegistrationCallback(
-      jack_,
-      [](jack_port_id_t port, int registered, void* self) {
-        if (registered == 0) streamOf(self).portRemoved(port);
-      },
-      this);
-  // Some servers call only the first of these, others only the second.
-  library_.onShutdown(
-      jack_, [](void* self) { streamOf(self).loseServer(); }, this);
-  library_.onInfoShutdown(
-      jack_, [](jack_status_t, const char*, void* self) { streamOf(self).loseServer(); }, this);
+  constexpr auto kOnCycle = uncancelled([](jack_nframes_t frames, void* self) {
+    streamOf(self).process(frames);
+    return 0;
+  });
+  library_.setProcessCallback(jack_, kOnCycle, this);
+  constexpr auto kOnXrun = uncancelled([](void* self) {
+    streamOf(self).reportOverload();
+    return 0;
+  });
+  library_.setXrunCallback(jack_, kOnXrun, this);
+  constexpr auto kOnPort = uncancelled([](jack_port_id_t port, int registered, void* self) {
+    if (registered == 0) streamOf(self).portRemoved(port);
+  });
+  library_.setPortRegistrationCallback(jack_, kOnPort, this);
+  // Some servers call only the first of these two, others only the second.
+  constexpr auto kOnShutdown = uncancelled([](void* self) { streamOf(self).loseServer(); });
+  library_.onShutdown(jack_, kOnShutdown, this);
+  constexpr auto kOnInfoShutdown =
+      uncancelled([](jack_status_t, const char*, void* self) { streamOf(self).loseServer(); });
+  library_.onInfoShutdown(jack_, kOnInfoShutdown, this);
   setFormatCallbacks();
 }
 
 void JackStream::setFormatCallbacks() noexcept {
   sampleRateHz_ = library_.getSampleRate(jack_);
   bufferFrames_ = library_.getBufferSize(jack_);
-  library_.setBufferSizeCallback(
-      jack_,
-      [](jack_nframes_t frames, void* self) {
-        streamOf(self).bufferFrames_ = frames;
-        streamOf(self).reportFormat();
-        return 0;
-      },
-      this);
-  library_.setSampleRateCallback(
-      jack_,
-      [](jack_nframes_t rateHz, void* self) {
-        streamOf(self).sampleRateHz_ = rateHz;
-        streamOf(self).reportFormat();
-        return 0;
-      },
-      this);
+  constexpr auto kOnBufferSize = uncancelled([](jack_nframes_t frames, void* self) {
+    streamOf(self).bufferFrames_ = frames;
+    streamOf(self).reportFormat();
+    return 0;
+  });
+  library_.setBufferSizeCallback(jack_, kOnBufferSize, this);
+  constexpr auto kOnSampleRate = uncancelled([](jack_nframes_t rateHz, void* self) {
+    streamOf(self).sampleRateHz_ = rateHz;
+    streamOf(self).reportFormat();
+    return 0;
+  });
+  library_.setSampleRateCallback(jack_, kOnSampleRate, this);
 }
 
 void JackStream::process(jack_nframes_t frames) noexcept {
@@ -212,7 +205,7 @@ void JackStream::lose() noexcept {
 void JackStream::loseServer() noexcept {
   lose();
   loss_.note();
-  requestEnd();  // must be last: from here on this thread may be ended
+  requestEnd();
 }
 
 void JackStream::portRemoved(jack_port_id_t port) noexcept {

@@ -12,6 +12,7 @@
 #include "hal/jack/jack_client.h"
 #include "hal/jack/jack_devices.h"
 #include "hal/jack/jack_loss.h"
+#include "hal/jack/uncancelled.h"
 #include "hal/support/thread.h"
 
 namespace tolvane::hal {
@@ -117,41 +118,35 @@ class JackWatch::Watcher {
   }
 
   void setCallbacks(jack_client_t* client, Stay& stay) const {
-    library_.setPortRegistrationCallback(
-        client,
-        [](jack_port_id_t port, int registered, void* argument) {
-          // The type of a port that has gone is no longer known.
-          if (registered == 0 || stayOf(argument).watcher.isPhysical(stayOf(argument), port)) {
-            stayOf(argument).watcher.tell();
-          }
-        },
-        &stay);
+    constexpr auto kOnPort = uncancelled([](jack_port_id_t port, int registered, void* argument) {
+      // The type of a port that has gone is no longer known.
+      if (registered == 0 || stayOf(argument).watcher.isPhysical(stayOf(argument), port)) {
+        stayOf(argument).watcher.tell();
+      }
+    });
+    library_.setPortRegistrationCallback(client, kOnPort, &stay);
     // jackd tells of a leaving client's ports while they are still there, and of the client when they have
     // gone. PipeWire's libjack would also tell of the clients that ask for devices, and each report would
     // lead to another request, without end.
     if (!library_.isPipeWire) {
-      library_.setClientRegistrationCallback(
-          client,
-          [](const char* /*name*/, int registered, void* argument) {
-            if (registered == 0) stayOf(argument).watcher.tell();
-          },
-          &stay);
+      constexpr auto kOnClient = uncancelled([](const char* /*name*/, int registered, void* argument) {
+        if (registered == 0) stayOf(argument).watcher.tell();
+      });
+      library_.setClientRegistrationCallback(client, kOnClient, &stay);
     }
-    library_.setBufferSizeCallback(
-        client,
-        [](jack_nframes_t frames, void* argument) {
-          // At every activation the server repeats values that it has told before.
-          if (stayOf(argument).bufferFrames.exchange(frames) != frames) stayOf(argument).watcher.tell();
-          return 0;
-        },
-        &stay);
-    // Some servers call only the first of these, others only the second.
-    library_.onShutdown(
-        client, [](void* argument) { stayOf(argument).watcher.lose(stayOf(argument)); }, &stay);
-    library_.onInfoShutdown(
-        client,
-        [](jack_status_t, const char*, void* argument) { stayOf(argument).watcher.lose(stayOf(argument)); },
-        &stay);
+    constexpr auto kOnBufferSize = uncancelled([](jack_nframes_t frames, void* argument) {
+      // At every activation the server repeats values that it has told before.
+      if (stayOf(argument).bufferFrames.exchange(frames) != frames) stayOf(argument).watcher.tell();
+      return 0;
+    });
+    library_.setBufferSizeCallback(client, kOnBufferSize, &stay);
+    // Some servers call only the first of these two, others only the second.
+    constexpr auto kOnShutdown =
+        uncancelled([](void* argument) { stayOf(argument).watcher.lose(stayOf(argument)); });
+    library_.onShutdown(client, kOnShutdown, &stay);
+    constexpr auto kOnInfoShutdown = uncancelled(
+        [](jack_status_t, const char*, void* argument) { stayOf(argument).watcher.lose(stayOf(argument)); });
+    library_.onInfoShutdown(client, kOnInfoShutdown, &stay);
   }
 
   bool isPhysical(const Stay& stay, jack_port_id_t id) const {
@@ -167,7 +162,7 @@ class JackWatch::Watcher {
       leftAloneUntil_ = Clock::now() + kLookInterval;
     }
     tell();
-    const std::lock_guard lock(mutex_);  // must be last: from here on this thread may be ended
+    const std::lock_guard lock(mutex_);
     stay.lost = true;
     changedHere_.notify_all();
   }
