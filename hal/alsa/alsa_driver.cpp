@@ -37,8 +37,8 @@ OSStatus statusOf(int error) noexcept {
 class AlsaDriver final : public Driver {
  public:
   explicit AlsaDriver(const Library& alsa)
-      : alsa_(alsa), shown_([&alsa](const Card& card, unsigned periodFrames) {
-          return probeCard(alsa, card, periodFrames);
+      : alsa_(alsa), shown_([&alsa](const Card& card, const CardSettings& settings) {
+          return probeCard(alsa, card, settings);
         }) {}
   AlsaDriver(const AlsaDriver&) = delete;
   AlsaDriver& operator=(const AlsaDriver&) = delete;
@@ -69,18 +69,44 @@ class AlsaDriver final : public Driver {
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {
     const std::lock_guard lock(mutex_);
     const auto running = controlOf(device.uid);
-    if (!running) {
-      // A card that cannot be opened now would keep its old period.
-      std::unique_ptr<Duplex> duplex;
-      const int error = open(device.uid, duplex);
-      if (error < 0) return statusOf(error);
-    }
-    shown_.setPeriodFrames(device.uid, frames);
-    if (running) running->setPeriodFrames(frames);
-    return noErr;
+    const OSStatus status = change(device.uid, running != nullptr,
+                                   [=](CardSettings& settings) { settings.periodFrames = frames; });
+    if (status == noErr && running) running->setPeriodFrames(frames);
+    return status;
+  }
+
+  OSStatus setSampleRate(const DeviceInfo& device, double rateHz) override {
+    return changeStopped(device.uid,
+                         [=](CardSettings& settings) { settings.rateHz = static_cast<unsigned>(rateHz); });
+  }
+
+  OSStatus setPeriods(const DeviceInfo& device, std::uint32_t periods) override {
+    return changeStopped(device.uid, [=](CardSettings& settings) { settings.periods = periods; });
   }
 
  private:
+  /// A running session keeps these: its channels could be others with another rate.
+  template <typename Change>
+  OSStatus changeStopped(const std::string& uid, const Change& change) {
+    const std::lock_guard lock(mutex_);
+    if (controlOf(uid)) return kAudioHardwareUnsupportedOperationError;
+    return this->change(uid, false, change);
+  }
+
+  template <typename Change>
+  OSStatus change(const std::string& uid, bool isRunning, const Change& change) {
+    if (!isRunning) {
+      // A card that cannot be opened now would keep its old settings.
+      std::unique_ptr<Duplex> duplex;
+      const int error = open(uid, duplex);
+      if (error < 0) return statusOf(error);
+    }
+    CardSettings settings = shown_.settings(uid);
+    change(settings);
+    shown_.set(uid, settings);
+    return noErr;
+  }
+
   StartResult startSession(const DeviceInfo& device, SessionClient& client) {
     // Held until the session is known, so that nobody else here finds its card busy.
     const std::lock_guard lock(mutex_);
@@ -107,9 +133,9 @@ class AlsaDriver final : public Driver {
   int openConfigured(const DeviceInfo& device, std::unique_ptr<Duplex>& duplex) {
     int error = open(device.uid, duplex);
     if (error < 0) return error;
-    error = duplex->configure({static_cast<unsigned>(device.inputStreams.size()),
-                               static_cast<unsigned>(device.outputStreams.size()),
-                               shown_.periodFrames(device.uid)});
+    error =
+        duplex->configure({static_cast<unsigned>(device.inputStreams.size()),
+                           static_cast<unsigned>(device.outputStreams.size()), shown_.settings(device.uid)});
     // The card cannot do what its last probe found.
     if (error == -EINVAL) shown_.lookAgain(device.uid);
     return error;

@@ -132,7 +132,8 @@ int AlsaSession::adoptPeriodFrames() noexcept {
   duplex_->stop();
   const auto configure = [&](unsigned frames) noexcept {
     try {
-      return duplex_->configure({before.inputChannels, before.outputChannels, frames});
+      return duplex_->configure(
+          {before.inputChannels, before.outputChannels, {before.rateHz, frames, before.periods}});
     } catch (const std::exception&) {
       return -ENOMEM;
     }

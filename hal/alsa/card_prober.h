@@ -7,16 +7,16 @@ namespace tolvane::hal::alsa {
 /// The result of probing a card.
 struct Probe {
   enum class Outcome {
-    known,   // `format` is what it can do
-    notNow,  // in use, or not accessible yet: `format` has what is known
+    known,   // `offer` is what it can do
+    notNow,  // in use, or not accessible yet: `offer` has what is known
     useless  // it offers nothing that we can use
   };
   Outcome outcome = Outcome::useless;
-  DuplexFormat format;
+  DuplexOffer offer;
 };
 
-/// Opens the card briefly to find out what it can do with the most channels and a period close to
-/// `periodFrames`. [not-io]
-Probe probeCard(const Library& alsa, const Card& card, unsigned periodFrames);
+/// Opens the card briefly to find out what it can do with the most channels and with settings close to
+/// `settings`. [not-io]
+Probe probeCard(const Library& alsa, const Card& card, const CardSettings& settings);
 
 }  // namespace tolvane::hal::alsa

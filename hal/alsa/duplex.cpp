@@ -24,12 +24,12 @@ int Duplex::openStream(const std::string& name, Direction direction, std::unique
   return error;
 }
 
-int Duplex::inspect(const DuplexWish& wish, DuplexFormat& format) {
+int Duplex::inspect(const DuplexWish& wish, DuplexOffer& offer) {
   std::optional<HwParams> capture;
   std::optional<HwParams> playback;
   if (capture_) capture.emplace(alsa_, capture_->pcm());
   if (playback_) playback.emplace(alsa_, playback_->pcm());
-  return negotiate(capture ? &*capture : nullptr, playback ? &*playback : nullptr, wish, format);
+  return negotiate(capture ? &*capture : nullptr, playback ? &*playback : nullptr, wish, offer);
 }
 
 int Duplex::configure(const DuplexWish& wish) {
@@ -39,7 +39,9 @@ int Duplex::configure(const DuplexWish& wish) {
   std::optional<HwParams> playback;
   if (capture_) capture.emplace(alsa_, capture_->pcm());
   if (playback_) playback.emplace(alsa_, playback_->pcm());
-  int error = negotiate(capture ? &*capture : nullptr, playback ? &*playback : nullptr, wish, format_);
+  DuplexOffer offer;
+  int error = negotiate(capture ? &*capture : nullptr, playback ? &*playback : nullptr, wish, offer);
+  if (error == 0) format_ = offer.format;
   if (error == 0 && capture) error = install(*capture, *capture_);
   if (error == 0 && playback) error = install(*playback, *playback_);
   if (error < 0) return error;
@@ -52,7 +54,7 @@ int Duplex::configure(const DuplexWish& wish) {
 
 int Duplex::install(HwParams& space, PcmStream& stream) const {
   PcmSetup setup;
-  const int error = space.install(format_.periodFrames, kPeriods, setup);
+  const int error = space.install(format_.periodFrames, format_.periods, setup);
   return error < 0 ? error : stream.adopt(setup);
 }
 

@@ -22,15 +22,12 @@ struct PcmNames {
 /// a time. Functions return 0 or more, or a negative errno like those of PcmStream.
 class Duplex {
  public:
-  /// The number of periods that the hardware's buffer should hold.
-  static constexpr unsigned kPeriods = 3;
-
   /// Opens every direction that has a name, or none of them. Errors: EBUSY, EACCES, ENOENT, ENODEV. Throws
   /// std::bad_alloc. [not-io]
   static int open(const Library& alsa, const PcmNames& names, std::unique_ptr<Duplex>& duplex);
 
   /// Finds the format that configure() would set, without setting it. [not-io]
-  int inspect(const DuplexWish& wish, DuplexFormat& format);
+  int inspect(const DuplexWish& wish, DuplexOffer& offer);
   /// Sets up the hardware, allocates the buffers and calls prepare(). May be called again only while stopped.
   /// Throws std::bad_alloc. [not-io]
   int configure(const DuplexWish& wish);

@@ -6,6 +6,22 @@
 
 namespace tolvane::hal::alsa {
 
+namespace {
+
+struct KnownFormat {
+  snd_pcm_format_t theirs;
+  SampleFormat ours;
+};
+
+// The most precise formats come first. S24 in four bytes comes before packed S24, which some controllers
+// fake.
+constexpr KnownFormat kFormats[] = {
+    {SND_PCM_FORMAT_FLOAT_LE, SampleFormat::float32},  {SND_PCM_FORMAT_S32_LE, SampleFormat::s32},
+    {SND_PCM_FORMAT_S24_LE, SampleFormat::s24},        {SND_PCM_FORMAT_S24_3LE, SampleFormat::s24Packed},
+    {SND_PCM_FORMAT_S20_3LE, SampleFormat::s20Packed}, {SND_PCM_FORMAT_S16_LE, SampleFormat::s16}};
+
+}  // namespace
+
 HwParams::HwParams(const Library& alsa, snd_pcm_t* pcm) : alsa_(alsa), pcm_(pcm), params_(newParams()) {}
 
 HwParams::Params HwParams::newParams() const {
@@ -24,7 +40,7 @@ int HwParams::begin() {
   const int error = alsa_.snd_pcm_hw_params_any(pcm_, params_.get());
   if (error < 0) return error;
   const int accessError = setAccess();
-  return accessError < 0 ? accessError : setFormat();
+  return accessError < 0 ? accessError : keepKnownFormats();
 }
 
 int HwParams::setAccess() {
@@ -36,20 +52,19 @@ int HwParams::setAccess() {
   return error;
 }
 
-int HwParams::setFormat() {
-  struct Known {
-    snd_pcm_format_t theirs;
-    SampleFormat ours;
-  };
-  // The most precise formats come first. S24 in four bytes comes before packed S24, which some controllers
-  // fake.
-  static constexpr Known kFormats[] = {{SND_PCM_FORMAT_FLOAT_LE, SampleFormat::float32},
-                                       {SND_PCM_FORMAT_S32_LE, SampleFormat::s32},
-                                       {SND_PCM_FORMAT_S24_LE, SampleFormat::s24},
-                                       {SND_PCM_FORMAT_S24_3LE, SampleFormat::s24Packed},
-                                       {SND_PCM_FORMAT_S16_LE, SampleFormat::s16}};
+int HwParams::keepKnownFormats() {
+  snd_pcm_format_mask_t* allocated = nullptr;
+  if (alsa_.snd_pcm_format_mask_malloc(&allocated) < 0) return -ENOMEM;
+  const std::unique_ptr<snd_pcm_format_mask_t, Release<&Library::snd_pcm_format_mask_free>> mask(allocated,
+                                                                                                 {&alsa_});
+  alsa_.snd_pcm_format_mask_none(mask.get());
+  for (const KnownFormat& known : kFormats) alsa_.snd_pcm_format_mask_set(mask.get(), known.theirs);
+  return alsa_.snd_pcm_hw_params_set_format_mask(pcm_, params_.get(), mask.get());
+}
+
+int HwParams::chooseFormat() {
   int error = -EINVAL;
-  for (const Known& known : kFormats) {
+  for (const KnownFormat& known : kFormats) {
     error = alsa_.snd_pcm_hw_params_set_format(pcm_, params_.get(), known.theirs);
     setup_.format = known.ours;
     if (error == 0) break;
@@ -110,6 +125,18 @@ unsigned HwParams::nearestPeriod(unsigned frames) const {
   int side = 0;
   const int error = alsa_.snd_pcm_hw_params_set_period_size_near(pcm_, trial.get(), &nearest, &side);
   return error < 0 ? 0 : static_cast<unsigned>(nearest);
+}
+
+Range HwParams::periodCounts(unsigned periodFrames) const {
+  const Params trial = copy();
+  int side = 0;
+  Range range;
+  if (alsa_.snd_pcm_hw_params_set_period_size(pcm_, trial.get(), periodFrames, side) < 0) return range;
+  // Each bound of a space is exact or exclusive: the side says which.
+  if (alsa_.snd_pcm_hw_params_get_periods_min(trial.get(), &range.min, &side) < 0) return {};
+  if (side > 0) ++range.min;
+  if (alsa_.snd_pcm_hw_params_get_periods_max(trial.get(), &range.max, &side) < 0) return {};
+  return range;
 }
 
 int HwParams::install(unsigned periodFrames, unsigned periods, PcmSetup& setup) {

@@ -13,6 +13,12 @@ struct PcmSetup {
   snd_pcm_uframes_t bufferFrames = 0;
 };
 
+/// The lowest and the highest of a number of settings.
+struct Range {
+  unsigned min = 0;
+  unsigned max = 0;
+};
+
 /// The settings that one PCM can still take, narrowed step by step. Functions that narrow it return 0 or a
 /// negative errno. After a failure of begin() or install() it may be partly narrowed. The PCM must outlive
 /// it. [not-io]
@@ -24,8 +30,8 @@ class HwParams {
   /// Throws std::bad_alloc.
   HwParams(const Library& alsa, snd_pcm_t* pcm);
 
-  /// Begins with all that the hardware offers by memory-mapped access, interleaved if possible, in the first
-  /// format that it has of FLOAT, S32, S24, packed S24, S16. EINVAL if it has none of these.
+  /// Begins with all that the hardware offers by memory-mapped access, interleaved if possible, in the
+  /// formats that we convert. EINVAL if there is nothing.
   int begin();
 
   [[nodiscard]] bool takesRate(unsigned rateHz) const;
@@ -36,11 +42,18 @@ class HwParams {
   int setChannels(unsigned channels);
   [[nodiscard]] unsigned channels() const noexcept { return setup_.channels; }
 
+  /// Sets the first format that is left of FLOAT, S32, S24, packed S24, packed S20, S16. EINVAL if none is.
+  /// Called after the rate and the channels: a card may have its most precise format with fewer channels
+  /// only.
+  int chooseFormat();
+
   [[nodiscard]] unsigned minPeriodFrames() const;
   /// The longest period that fits into the longest buffer twice.
   [[nodiscard]] unsigned maxPeriodFrames() const;
   [[nodiscard]] bool takesPeriod(unsigned frames) const;
   [[nodiscard]] unsigned nearestPeriod(unsigned frames) const;
+  /// How many periods of this length the buffer can hold. Both 0 if there is no such period.
+  [[nodiscard]] Range periodCounts(unsigned periodFrames) const;
 
   /// Sets up the PCM. The buffer holds the possible number of periods that is nearest to `periods`. EINVAL if
   /// it is too short for two.
@@ -52,7 +65,7 @@ class HwParams {
   [[nodiscard]] Params newParams() const;
   [[nodiscard]] Params copy() const;
   int setAccess();
-  int setFormat();
+  int keepKnownFormats();
 
   const Library& alsa_;
   snd_pcm_t* pcm_;

@@ -46,6 +46,11 @@ namespace tolvane::hal::alsa {
   FUNCTION(snd_pcm_hw_params_any)                  \
   FUNCTION(snd_pcm_hw_params_set_access)           \
   FUNCTION(snd_pcm_hw_params_set_format)           \
+  FUNCTION(snd_pcm_hw_params_set_format_mask)      \
+  FUNCTION(snd_pcm_format_mask_malloc)             \
+  FUNCTION(snd_pcm_format_mask_free)               \
+  FUNCTION(snd_pcm_format_mask_none)               \
+  FUNCTION(snd_pcm_format_mask_set)                \
   FUNCTION(snd_pcm_hw_params_test_rate)            \
   FUNCTION(snd_pcm_hw_params_set_rate)             \
   FUNCTION(snd_pcm_hw_params_set_rate_near)        \
@@ -58,6 +63,8 @@ namespace tolvane::hal::alsa {
   FUNCTION(snd_pcm_hw_params_test_period_size)     \
   FUNCTION(snd_pcm_hw_params_set_period_size)      \
   FUNCTION(snd_pcm_hw_params_set_period_size_near) \
+  FUNCTION(snd_pcm_hw_params_get_periods_min)      \
+  FUNCTION(snd_pcm_hw_params_get_periods_max)      \
   FUNCTION(snd_pcm_hw_params_set_periods_near)     \
   FUNCTION(snd_pcm_hw_params_get_buffer_size)      \
   FUNCTION(snd_pcm_sw_params)                      \

@@ -61,6 +61,8 @@ auto withSample(SampleFormat format, Function function) noexcept {
       return function(IntegerSample<24, 4>{});
     case SampleFormat::s24Packed:
       return function(IntegerSample<24, 3>{});
+    case SampleFormat::s20Packed:
+      return function(IntegerSample<20, 3>{});
     case SampleFormat::s32:
       return function(IntegerSample<32, 4>{});
     case SampleFormat::float32:

@@ -17,6 +17,7 @@ enum class SampleFormat : std::uint8_t {
   s16,        // 2 bytes
   s24,        // 4 bytes, sample in the lower three; the fourth is ignored on input, sign extension on output
   s24Packed,  // 3 bytes
+  s20Packed,  // 3 bytes, sample in the lower 20 bits; the upper 4 as in the fourth byte of s24
   s32,        // 4 bytes
   float32,    // 4 bytes
 };

@@ -11,7 +11,8 @@ StreamLayout monoStreams(unsigned channels) {
   return StreamLayout(channels, 1);
 }
 
-DeviceInfo describe(const Card& card, const DuplexFormat& format) {
+DeviceInfo describe(const Card& card, const DuplexOffer& offer) {
+  const DuplexFormat& format = offer.format;
   DeviceInfo info;
   info.uid = ShownCards::uidOf(card);
   info.name = card.name;
@@ -22,6 +23,10 @@ DeviceInfo describe(const Card& card, const DuplexFormat& format) {
   info.bufferFrames = format.periodFrames;
   info.minBufferFrames = format.minPeriodFrames;
   info.maxBufferFrames = format.maxPeriodFrames;
+  info.sampleRatesHz.assign(offer.ratesHz.begin(), offer.ratesHz.end());
+  info.periods = format.periods;
+  info.minPeriods = format.minPeriods;
+  info.maxPeriods = format.maxPeriods;
   return info;
 }
 
@@ -43,8 +48,10 @@ std::vector<DeviceInfo> ShownCards::show(const std::vector<Card>& cards, const s
     const bool isRunning = running.count(uidOf(card)) != 0;
     if (!isRunning && held.count(card.index) != 0) continue;
     const Known* const known = look(card, isRunning);
-    if (known == nullptr || known->format.inputChannels + known->format.outputChannels == 0) continue;
-    devices.push_back(describe(card, known->format));
+    if (known == nullptr) continue;
+    const DuplexFormat& format = known->offer.format;
+    if (format.inputChannels + format.outputChannels == 0) continue;
+    devices.push_back(describe(card, known->offer));
     devices.back().name = distinctName(card, cards);
     // No card number while it runs: it stays listed even if a sound server that came later lists its card
     // too.
@@ -57,12 +64,12 @@ const ShownCards::Known* ShownCards::look(const Card& card, bool isRunning) {
   const std::string uid = uidOf(card);
   const auto known = known_.find(uid);
   if (known != known_.end() && (isRunning || !known->second.toLookAgain)) return &known->second;
-  const Probe probe = probe_(card, periodFrames(uid));
-  const bool isKnown = known != known_.end() && known->second.format.rateHz != 0;
+  const Probe probe = probe_(card, settings(uid));
+  const bool isKnown = known != known_.end() && known->second.offer.format.rateHz != 0;
   if (probe.outcome == Probe::Outcome::notNow && isKnown) return &known->second;
   // Remember useless cards too; probe cards in use again.
   Known& now = known_[uid];
-  now = {probe.format, probe.outcome == Probe::Outcome::notNow};
+  now = {probe.offer, probe.outcome == Probe::Outcome::notNow};
   return &now;
 }
 
@@ -79,14 +86,14 @@ void ShownCards::lookAgain(const std::string& uid) {
   if (known != known_.end()) known->second.toLookAgain = true;
 }
 
-void ShownCards::setPeriodFrames(const std::string& uid, unsigned frames) {
-  wantedPeriodFrames_[uid] = frames;
+void ShownCards::set(const std::string& uid, const CardSettings& settings) {
+  wanted_[uid] = settings;
   lookAgain(uid);
 }
 
-unsigned ShownCards::periodFrames(const std::string& uid) const {
-  const auto wanted = wantedPeriodFrames_.find(uid);
-  return wanted == wantedPeriodFrames_.end() ? kPreferredPeriodFrames : wanted->second;
+CardSettings ShownCards::settings(const std::string& uid) const {
+  const auto wanted = wanted_.find(uid);
+  return wanted == wanted_.end() ? CardSettings{} : wanted->second;
 }
 
 }  // namespace tolvane::hal::alsa

@@ -16,7 +16,7 @@ namespace tolvane::hal::alsa {
 /// [not-io]
 class ShownCards {
  public:
-  using Prober = std::function<Probe(const Card&, unsigned periodFrames)>;
+  using Prober = std::function<Probe(const Card&, const CardSettings&)>;
 
   explicit ShownCards(Prober probe) : probe_(std::move(probe)) {}
 
@@ -28,15 +28,15 @@ class ShownCards {
 
   /// Makes show() probe the device again, once no session of ours runs on it.
   void lookAgain(const std::string& uid);
-  /// Sets the period in frames to ask the device for from now on.
-  void setPeriodFrames(const std::string& uid, unsigned frames);
-  [[nodiscard]] unsigned periodFrames(const std::string& uid) const;
+  /// The settings to ask the device for; set() makes show() probe it again.
+  void set(const std::string& uid, const CardSettings& settings);
+  [[nodiscard]] CardSettings settings(const std::string& uid) const;
 
   [[nodiscard]] static std::string uidOf(const Card& card) { return "alsa:" + card.id; }
 
  private:
   struct Known {
-    DuplexFormat format;
+    DuplexOffer offer;
     bool toLookAgain = false;
   };
 
@@ -44,8 +44,8 @@ class ShownCards {
   void forgetAllBut(const std::vector<Card>& cards);
 
   const Prober probe_;
-  std::map<std::string, Known> known_;                  // by uid; of cards that are there
-  std::map<std::string, unsigned> wantedPeriodFrames_;  // by uid
+  std::map<std::string, Known> known_;          // by uid; of cards that are there
+  std::map<std::string, CardSettings> wanted_;  // by uid
 };
 
 }  // namespace tolvane::hal::alsa

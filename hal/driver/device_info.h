@@ -24,6 +24,12 @@ struct DeviceInfo {
   // Range of buffer sizes in frames; both 0 if the size is fixed.
   std::uint32_t minBufferFrames = 0;
   std::uint32_t maxBufferFrames = 0;
+  // The sample rates that the device can be set to, ascending; empty if its rate is fixed.
+  std::vector<double> sampleRatesHz = {};
+  // How many buffers the hardware holds, and the range that can be set. All 0 if the driver does not know.
+  std::uint32_t periods = 0;
+  std::uint32_t minPeriods = 0;
+  std::uint32_t maxPeriods = 0;
   // ALSA's numbers of the sound cards behind the device, if known. If earlier drivers list devices with all
   // of these cards, this device is another way to the same cards and is left out of the list.
   std::vector<int> alsaCards = {};

@@ -69,8 +69,8 @@ class DeviceObserver {
 };
 
 /// One sound system. A driver lives as long as the process. The HAL calls devices() on one thread that it
-/// keeps for this, one call at a time. Other threads may start and end sessions and call setBufferFrames() at
-/// the same time. Every operation but name() may throw std::bad_alloc or std::system_error if the system has
+/// keeps for this, one call at a time. Other threads may start and end sessions and change settings at the
+/// same time. Every operation but name() may throw std::bad_alloc or std::system_error if the system has
 /// no memory, thread or descriptor left; the call that needed it then fails.
 class Driver {
  public:
@@ -106,6 +106,16 @@ class Driver {
   /// change through formatChanged(). Errors: kAudioHardwareUnsupportedOperationError (not with this device,
   /// or not now); those of AudioDeviceStart. [not-io]
   virtual OSStatus setBufferFrames(const DeviceInfo& /*device*/, std::uint32_t /*frames*/) {
+    return kAudioHardwareUnsupportedOperationError;
+  }
+
+  /// Sets the device's sample rate to one of its list, or the number of buffers that the hardware holds,
+  /// within its range. At another rate the device may have other channels. Errors: as setBufferFrames().
+  /// [not-io]
+  virtual OSStatus setSampleRate(const DeviceInfo& /*device*/, double /*rateHz*/) {
+    return kAudioHardwareUnsupportedOperationError;
+  }
+  virtual OSStatus setPeriods(const DeviceInfo& /*device*/, std::uint32_t /*periods*/) {
     return kAudioHardwareUnsupportedOperationError;
   }
 };

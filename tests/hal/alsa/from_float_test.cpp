@@ -17,10 +17,11 @@ namespace {
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr SampleFormat kIntegers[] = {SampleFormat::s16, SampleFormat::s24, SampleFormat::s24Packed,
-                                      SampleFormat::s32};
+                                      SampleFormat::s20Packed, SampleFormat::s32};
 
 int bitsOf(SampleFormat format) {
   if (format == SampleFormat::s16) return 16;
+  if (format == SampleFormat::s20Packed) return 20;
   return format == SampleFormat::s32 ? 32 : 24;
 }
 
@@ -104,6 +105,21 @@ TEST(FromFloat, TwentyFourBitsInFourBytesExtendTheSign) {
   std::array<std::uint8_t, 4> bytes{};
   fromFloat(SampleFormat::s24, &value, reinterpret_cast<std::byte*>(bytes.data()), 0, 1);
   EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{0xFF, 0xFF, 0xFF, 0xFF}));
+}
+
+TEST(FromFloat, TwentyBitsInThreeBytesExtendTheSign) {
+  const float value = -1.0F / 524288.0F;
+  std::array<std::uint8_t, 4> bytes{0, 0, 0, 0xA5};
+  fromFloat(SampleFormat::s20Packed, &value, reinterpret_cast<std::byte*>(bytes.data()), 0, 1);
+  EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{0xFF, 0xFF, 0xFF, 0xA5}));
+}
+
+TEST(FromFloat, EverySampleOfTwentyBitsComesBack) {
+  for (std::int32_t sample = -524288; sample <= 524287; ++sample) {
+    float value = 0.0F;
+    toFloat(SampleFormat::s20Packed, reinterpret_cast<const std::byte*>(&sample), 0, &value, 1);
+    ASSERT_EQ(written(SampleFormat::s20Packed, value), sample);
+  }
 }
 
 TEST(FromFloat, FloatIsCopiedBitForBit) {

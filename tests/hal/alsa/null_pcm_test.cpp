@@ -24,8 +24,9 @@ std::unique_ptr<Duplex> opened(const PcmNames& names) {
 TEST(NullPcm, OffersTheRateThePeriodAndTheMostChannels) {
   const auto duplex = opened({"null", "null"});
   ASSERT_TRUE(duplex);
-  DuplexFormat format;
-  ASSERT_EQ(duplex->inspect({}, format), 0);
+  DuplexOffer offer;
+  ASSERT_EQ(duplex->inspect({}, offer), 0);
+  const DuplexFormat& format = offer.format;
   EXPECT_EQ(format.rateHz, 48000U);
   EXPECT_EQ(format.periodFrames, 256U);
   EXPECT_EQ(format.inputChannels, 1024U);
@@ -36,12 +37,12 @@ TEST(NullPcm, OffersTheRateThePeriodAndTheMostChannels) {
 TEST(NullPcm, TakesWhatIsWished) {
   const auto duplex = opened({"null", "null"});
   ASSERT_TRUE(duplex);
-  ASSERT_EQ(duplex->configure({18, 20, 1024}), 0);
+  ASSERT_EQ(duplex->configure({18, 20, {.periodFrames = 1024}}), 0);
   EXPECT_EQ(duplex->format().periodFrames, 1024U);
   EXPECT_EQ(duplex->outputBufferFrames(), 3072U);
   EXPECT_EQ(duplex->input().mNumberBuffers, 18U);
   EXPECT_EQ(duplex->output().mNumberBuffers, 20U);
-  ASSERT_EQ(duplex->configure({2, 2, 64}), 0);
+  ASSERT_EQ(duplex->configure({2, 2, {.periodFrames = 64}}), 0);
   EXPECT_EQ(duplex->format().periodFrames, 64U);
   EXPECT_EQ(duplex->input().mBuffers[0].mDataByteSize, 256U);
 }
@@ -49,12 +50,12 @@ TEST(NullPcm, TakesWhatIsWished) {
 TEST(NullPcm, OneDirectionAlone) {
   const auto capture = opened({"null", ""});
   ASSERT_TRUE(capture);
-  ASSERT_EQ(capture->configure({4, 0, 256}), 0);
+  ASSERT_EQ(capture->configure({4, 0, {.periodFrames = 256}}), 0);
   EXPECT_EQ(capture->input().mNumberBuffers, 4U);
   EXPECT_EQ(capture->output().mNumberBuffers, 0U);
   const auto playback = opened({"", "null"});
   ASSERT_TRUE(playback);
-  ASSERT_EQ(playback->configure({0, 4, 256}), 0);
+  ASSERT_EQ(playback->configure({0, 4, {.periodFrames = 256}}), 0);
   EXPECT_EQ(playback->input().mNumberBuffers, 0U);
   EXPECT_EQ(playback->output().mNumberBuffers, 4U);
 }
@@ -76,7 +77,7 @@ TEST(FilePcm, WritesSilenceAndThenThePeriodsInterleaved) {
   {
     const auto duplex = opened({"", "file:'" + file + "',raw"});
     ASSERT_TRUE(duplex);
-    ASSERT_EQ(duplex->configure({0, 2, 64}), 0);
+    ASSERT_EQ(duplex->configure({0, 2, {.periodFrames = 64}}), 0);
     ASSERT_EQ(duplex->start(), 0);
     for (int f = 0; f < 64; ++f) {
       for (int c = 0; c < 2; ++c) {

@@ -78,12 +78,13 @@ TEST_P(SampleLayout, SilenceIsZerosInItsOwnSamplesAlone) {
 
 INSTANTIATE_TEST_SUITE_P(Formats, SampleLayout,
                          testing::Values(SampleFormat::s16, SampleFormat::s24, SampleFormat::s24Packed,
-                                         SampleFormat::s32, SampleFormat::float32));
+                                         SampleFormat::s20Packed, SampleFormat::s32, SampleFormat::float32));
 
 TEST(SampleBytes, OfEachFormat) {
   EXPECT_EQ(sampleBytes(SampleFormat::s16), 2U);
   EXPECT_EQ(sampleBytes(SampleFormat::s24), 4U);
   EXPECT_EQ(sampleBytes(SampleFormat::s24Packed), 3U);
+  EXPECT_EQ(sampleBytes(SampleFormat::s20Packed), 3U);
   EXPECT_EQ(sampleBytes(SampleFormat::s32), 4U);
   EXPECT_EQ(sampleBytes(SampleFormat::float32), 4U);
 }

@@ -10,8 +10,8 @@ namespace {
 
 using Outcome = Probe::Outcome;
 
-DuplexFormat format(unsigned inputs, unsigned outputs) {
-  return {48000, inputs, outputs, 256, 32, 4096};
+DuplexOffer offer(unsigned inputs, unsigned outputs) {
+  return {{48000, inputs, outputs, 256, 32, 4096, 3, 2, 16}, {44100, 48000}};
 }
 
 class ShownCardsTest : public testing::Test {
@@ -24,16 +24,16 @@ class ShownCardsTest : public testing::Test {
 
   std::map<std::string, Probe> probes_;  // result of the next probe, by the card's id
   std::vector<std::string> looks_;
-  unsigned askedPeriodFrames_ = 0;
-  ShownCards shown_{[this](const Card& looked, unsigned periodFrames) {
+  CardSettings asked_;
+  ShownCards shown_{[this](const Card& looked, const CardSettings& settings) {
     looks_.push_back(looked.id);
-    askedPeriodFrames_ = periodFrames;
+    asked_ = settings;
     return probes_[looked.id];
   }};
 };
 
 TEST_F(ShownCardsTest, ACardIsADevice) {
-  probes_["PCH"] = {Outcome::known, format(2, 4)};
+  probes_["PCH"] = {Outcome::known, offer(2, 4)};
   const auto devices = show({card(0, "PCH", "HDA Intel PCH")});
   ASSERT_EQ(devices.size(), 1U);
   EXPECT_EQ(devices[0].uid, "alsa:PCH");
@@ -45,10 +45,14 @@ TEST_F(ShownCardsTest, ACardIsADevice) {
   EXPECT_EQ(devices[0].bufferFrames, 256U);
   EXPECT_EQ(devices[0].minBufferFrames, 32U);
   EXPECT_EQ(devices[0].maxBufferFrames, 4096U);
+  EXPECT_EQ(devices[0].sampleRatesHz, (std::vector<double>{44100.0, 48000.0}));
+  EXPECT_EQ(devices[0].periods, 3U);
+  EXPECT_EQ(devices[0].minPeriods, 2U);
+  EXPECT_EQ(devices[0].maxPeriods, 16U);
 }
 
 TEST_F(ShownCardsTest, ACardIsLookedAtOnce) {
-  probes_["PCH"] = {Outcome::known, format(2, 2)};
+  probes_["PCH"] = {Outcome::known, offer(2, 2)};
   const auto first = show({card(0, "PCH", "Card")});
   probes_["PCH"] = {Outcome::useless, {}};
   EXPECT_EQ(show({card(0, "PCH", "Card")}), first);
@@ -56,29 +60,30 @@ TEST_F(ShownCardsTest, ACardIsLookedAtOnce) {
 }
 
 TEST_F(ShownCardsTest, ACardThatWasAwayIsLookedAtAgain) {
-  probes_["USB"] = {Outcome::known, format(2, 2)};
+  probes_["USB"] = {Outcome::known, offer(2, 2)};
   show({card(1, "USB", "Card")});
   EXPECT_TRUE(show({}).empty());
-  probes_["USB"] = {Outcome::known, format(8, 8)};
+  probes_["USB"] = {Outcome::known, offer(8, 8)};
   EXPECT_EQ(show({card(3, "USB", "Card")}).at(0).inputStreams.size(), 8U);
 }
 
 TEST_F(ShownCardsTest, ABusyCardKeepsWhatWasKnown) {
-  probes_["USB"] = {Outcome::known, format(18, 20)};
+  probes_["USB"] = {Outcome::known, offer(18, 20)};
   const auto before = show({card(1, "USB", "Card")});
   shown_.lookAgain("alsa:USB");
-  probes_["USB"] = {Outcome::notNow, format(2, 0)};
+  probes_["USB"] = {Outcome::notNow, offer(2, 0)};
   EXPECT_EQ(show({card(1, "USB", "Card")}), before);
   EXPECT_EQ(looks_.size(), 2U);
 }
 
 TEST_F(ShownCardsTest, ACardBusyFromTheFirstOnIsShownAsItIsUsedUntilMoreIsKnown) {
-  probes_["USB"] = {Outcome::notNow, {44100, 0, 2, 441, 0, 0}};
+  probes_["USB"] = {Outcome::notNow, {{44100, 0, 2, 441, 0, 0, 0, 0, 0}, {}}};
   const auto busy = show({card(1, "USB", "Card")});
   ASSERT_EQ(busy.size(), 1U);
   EXPECT_EQ(busy[0].outputStreams.size(), 2U);
   EXPECT_EQ(busy[0].maxBufferFrames, 0U);
-  probes_["USB"] = {Outcome::known, format(18, 20)};
+  EXPECT_TRUE(busy[0].sampleRatesHz.empty());
+  probes_["USB"] = {Outcome::known, offer(18, 20)};
   EXPECT_EQ(show({card(1, "USB", "Card")}).at(0).outputStreams.size(), 20U);
 }
 
@@ -89,8 +94,8 @@ TEST_F(ShownCardsTest, ACardWithNothingForUsIsNotShown) {
 }
 
 TEST_F(ShownCardsTest, ACardOfASoundServerIsTheServers) {
-  probes_["PCH"] = {Outcome::known, format(2, 2)};
-  probes_["USB"] = {Outcome::known, format(2, 2)};
+  probes_["PCH"] = {Outcome::known, offer(2, 2)};
+  probes_["USB"] = {Outcome::known, offer(2, 2)};
   const std::vector<Card> cards{card(0, "PCH", "A"), card(1, "USB", "B")};
   const auto devices = show(cards, {0});
   ASSERT_EQ(devices.size(), 1U);
@@ -100,18 +105,18 @@ TEST_F(ShownCardsTest, ACardOfASoundServerIsTheServers) {
 }
 
 TEST_F(ShownCardsTest, ACardThatASessionOfOursRunsOnStaysAndIsLeftAlone) {
-  probes_["PCH"] = {Outcome::known, format(2, 2)};
+  probes_["PCH"] = {Outcome::known, offer(2, 2)};
   auto expected = show({card(0, "PCH", "A")});
   EXPECT_EQ(expected.at(0).alsaCards, std::vector<int>{0});
   shown_.lookAgain("alsa:PCH");
-  probes_["PCH"] = {Outcome::notNow, format(1, 1)};
+  probes_["PCH"] = {Outcome::notNow, offer(1, 1)};
   expected.at(0).alsaCards.clear();  // it stays listed even if somebody else lists the card
   EXPECT_EQ(show({card(0, "PCH", "A")}, {0}, {"alsa:PCH"}), expected);
   EXPECT_EQ(looks_.size(), 1U);
 }
 
 TEST_F(ShownCardsTest, NamesakesAreToldApartByTheirIdentities) {
-  for (const char* id : {"USB", "USB_1", "PCH"}) probes_[id] = {Outcome::known, format(2, 2)};
+  for (const char* id : {"USB", "USB_1", "PCH"}) probes_[id] = {Outcome::known, offer(2, 2)};
   const auto devices =
       show({card(0, "USB", "Scarlett"), card(1, "USB_1", "Scarlett"), card(2, "PCH", "PCH")});
   ASSERT_EQ(devices.size(), 3U);
@@ -120,15 +125,16 @@ TEST_F(ShownCardsTest, NamesakesAreToldApartByTheirIdentities) {
   EXPECT_EQ(devices[2].name, "PCH");
 }
 
-TEST_F(ShownCardsTest, ThePeriodAskedForIsTriedAndKept) {
-  probes_["PCH"] = {Outcome::known, format(2, 2)};
+TEST_F(ShownCardsTest, TheSettingsAskedForAreTriedAndKept) {
+  probes_["PCH"] = {Outcome::known, offer(2, 2)};
   show({card(0, "PCH", "A")});
-  EXPECT_EQ(askedPeriodFrames_, 256U);
-  shown_.setPeriodFrames("alsa:PCH", 64);
-  EXPECT_EQ(shown_.periodFrames("alsa:PCH"), 64U);
-  EXPECT_EQ(shown_.periodFrames("alsa:other"), 256U);
+  EXPECT_EQ(asked_, CardSettings{});
+  const CardSettings wanted{.rateHz = 96000, .periodFrames = 64, .periods = 2};
+  shown_.set("alsa:PCH", wanted);
+  EXPECT_EQ(shown_.settings("alsa:PCH"), wanted);
+  EXPECT_EQ(shown_.settings("alsa:other"), CardSettings{});
   show({card(0, "PCH", "A")});
-  EXPECT_EQ(askedPeriodFrames_, 64U);
+  EXPECT_EQ(asked_, wanted);
 }
 
 }  // namespace

@@ -74,7 +74,7 @@ TEST(SuspendedPcm, IsResumedBeforeItIsDropped) {
   const Library alsa = suspendingLibrary();
   std::unique_ptr<Duplex> duplex;
   ASSERT_EQ(Duplex::open(alsa, {"null", ""}, duplex), 0);
-  ASSERT_EQ(duplex->configure({2, 0, 256}), 0);
+  ASSERT_EQ(duplex->configure({2, 0, {}}), 0);
   CountingClient client;
   {
     const AlsaSession session(std::move(duplex), client, [] {});

@@ -37,6 +37,18 @@ TEST(ToFloat, TwentyFourBitsInThreeBytes) {
   EXPECT_EQ(read(SampleFormat::s24Packed, {0x00, 0x00, 0x80}), -1.0F);
 }
 
+TEST(ToFloat, TwentyBitsInThreeBytesWhateverTheUpperFourBitsAre) {
+  for (const unsigned upper : {0x00U, 0x70U, 0x80U, 0xF0U}) {
+    const auto third = [=](unsigned lower) { return static_cast<std::uint8_t>(upper | lower); };
+    EXPECT_EQ(read(SampleFormat::s20Packed, {0x00, 0x00, third(0x0)}), 0.0F);
+    EXPECT_EQ(read(SampleFormat::s20Packed, {0x01, 0x00, third(0x0)}), 1.0F / 524288.0F);
+    EXPECT_EQ(read(SampleFormat::s20Packed, {0xFF, 0xFF, third(0xF)}), -1.0F / 524288.0F);
+    EXPECT_EQ(read(SampleFormat::s20Packed, {0x45, 0x23, third(0x1)}), 0x12345 / 524288.0F);
+    EXPECT_EQ(read(SampleFormat::s20Packed, {0xFF, 0xFF, third(0x7)}), 524287.0F / 524288.0F);
+    EXPECT_EQ(read(SampleFormat::s20Packed, {0x00, 0x00, third(0x8)}), -1.0F);
+  }
+}
+
 TEST(ToFloat, TwentyFourBitsInFourBytesWhateverTheFourthIs) {
   for (const std::uint8_t fourth : std::vector<std::uint8_t>{0x00, 0x7F, 0x80, 0xFF}) {
     EXPECT_EQ(read(SampleFormat::s24, {0x01, 0x00, 0x00, fourth}), 1.0F / 8388608.0F);

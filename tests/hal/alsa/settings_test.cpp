@@ -1,4 +1,4 @@
-// Setting the buffer size of a card that nobody uses, that another program holds, or that has gone.
+// The settings of a card that nobody uses, that another program holds, that runs, or that has gone.
 #include <cerrno>
 
 #include <gtest/gtest.h>
@@ -37,9 +37,17 @@ Library oneCard() {
   return alsa;
 }
 
-class AlsaBufferFrames : public testing::Test {
+class DeafClient final : public SessionClient {
+ public:
+  void cycle(const IoCycle& /*cycle*/) noexcept override {}
+  void overload() noexcept override {}
+  void aliveChanged(bool /*isAlive*/) noexcept override {}
+  void formatChanged(double /*rateHz*/, std::uint32_t /*frames*/) noexcept override {}
+};
+
+class AlsaSettings : public testing::Test {
  protected:
-  AlsaBufferFrames() {
+  AlsaSettings() {
     isThere = true;
     isHeld = false;
   }
@@ -50,25 +58,45 @@ class AlsaBufferFrames : public testing::Test {
   const std::unique_ptr<Driver> driver_ = makeAlsaDriver(alsa_);
 };
 
-TEST_F(AlsaBufferFrames, AreSetOnACardThatNobodyUses) {
+TEST_F(AlsaSettings, AreSetOnACardThatNobodyUses) {
   ASSERT_EQ(card().bufferFrames, 256U);
+  ASSERT_EQ(card().sampleRateHz, 48000.0);
+  ASSERT_EQ(card().periods, 3U);
   EXPECT_EQ(driver_->setBufferFrames(card(), 1024), noErr);
+  EXPECT_EQ(driver_->setSampleRate(card(), 96000.0), noErr);
+  EXPECT_EQ(driver_->setPeriods(card(), 4), noErr);
   EXPECT_EQ(card().bufferFrames, 1024U);
+  EXPECT_EQ(card().sampleRateHz, 96000.0);
+  EXPECT_EQ(card().periods, 4U);
 }
 
-TEST_F(AlsaBufferFrames, CannotBeSetWhileAnotherProgramHoldsTheCard) {
+TEST_F(AlsaSettings, OfRateAndPeriodsStayWhileTheCardRuns) {
+  const DeviceInfo before = card();
+  DeafClient client;
+  const StartResult started = driver_->start(before, client);
+  ASSERT_EQ(started.status, noErr);
+  EXPECT_EQ(driver_->setSampleRate(before, 96000.0), OSStatus{kAudioHardwareUnsupportedOperationError});
+  EXPECT_EQ(driver_->setPeriods(before, 4), OSStatus{kAudioHardwareUnsupportedOperationError});
+  EXPECT_EQ(card().sampleRateHz, 48000.0);
+  EXPECT_EQ(card().periods, 3U);
+}
+
+TEST_F(AlsaSettings, CannotBeSetWhileAnotherProgramHoldsTheCard) {
   const DeviceInfo before = card();
   isHeld = true;
   EXPECT_EQ(driver_->setBufferFrames(before, 1024), OSStatus{kAudioDevicePermissionsError});
+  EXPECT_EQ(driver_->setSampleRate(before, 96000.0), OSStatus{kAudioDevicePermissionsError});
+  EXPECT_EQ(driver_->setPeriods(before, 4), OSStatus{kAudioDevicePermissionsError});
   EXPECT_EQ(card(), before);
   isHeld = false;
   EXPECT_EQ(card(), before);
 }
 
-TEST_F(AlsaBufferFrames, CannotBeSetOnceTheCardHasGone) {
+TEST_F(AlsaSettings, CannotBeSetOnceTheCardHasGone) {
   const DeviceInfo before = card();
   isThere = false;
   EXPECT_EQ(driver_->setBufferFrames(before, 1024), OSStatus{kAudioHardwareBadDeviceError});
+  EXPECT_EQ(driver_->setSampleRate(before, 96000.0), OSStatus{kAudioHardwareBadDeviceError});
 }
 
 }  // namespace
