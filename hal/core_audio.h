@@ -19,6 +19,7 @@
 #include "hal/surface/cf_string.h"         // IWYU pragma: export
 #include "hal/surface/core_audio_types.h"  // IWYU pragma: export
 #endif
+#include "hal/surface/hardware_periods.h"      // IWYU pragma: export
 #include "hal/surface/io_thread_scheduling.h"  // IWYU pragma: export
 
 // Extensions of this program's own HAL. The system's framework has no such property and returns no such

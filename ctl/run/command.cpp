@@ -4,7 +4,6 @@
 
 #include <unistd.h>
 
-#include "ctl/devices/buffer_size.h"
 #include "ctl/devices/choice.h"
 #include "ctl/process/resource_check.h"
 #include "ctl/run/live_session.h"
@@ -24,17 +23,16 @@ ExitStatus runCommand(const RunOptions& options) {
   const SignalPipe signals({SIGINT, SIGTERM, SIGQUIT, SIGHUP});
   bool isEnded = false;
   bool isHungUp = false;
-  const DeviceChoice device = awaitDevice(options.device, options.waitSeconds, [&] {
+  const DeviceChoice choice = awaitDevice(options.device, options.waitSeconds, [&] {
     while (const auto signal = signals.next()) (*signal == SIGHUP ? isHungUp : isEnded) = true;
     return isEnded;
   });
   if (isEnded) return ExitStatus::done;
-  if (!device) return fail(device.error());
+  if (!choice) return fail(choice.error());
   if (isHungUp) ::kill(::getpid(), SIGHUP);  // the session will take it and reload the patch
-  if (options.bufferFrames) {
-    if (const auto failure = setBufferFrames(device.value(), *options.bufferFrames)) return fail(*failure);
-  }
-  return LiveSession(options, device.value(), patch, routes.value(), signals).run();
+  AudioDeviceInfo device = choice.value();
+  if (const auto failure = applySettings(device, options.settings)) return fail(*failure);
+  return LiveSession(options, device, patch, routes.value(), signals).run();
 }
 
 }  // namespace tolvane::ctl

@@ -16,9 +16,17 @@ void declareRun(CLI::App& program, RunOptions& options, ExitStatus& status) {
       ->transform(name())
       ->type_name("NAME|ID");
   declareWait(*command, options.waitSeconds);
-  command->add_option("--buffer", options.bufferFrames, "frames a cycle, set on the device [as it is]")
+  command
+      ->add_option("--rate", options.settings.sampleRateHz, "samples a second, set on the device [as it is]")
+      ->transform(wholeNumber(1, 1'000'000))
+      ->type_name("HZ");
+  command
+      ->add_option("--buffer", options.settings.bufferFrames, "frames a cycle, set on the device [as it is]")
       ->transform(wholeNumber(1, 65536))
       ->type_name("FRAMES");
+  command->add_option("--periods", options.settings.periods, "buffers that the hardware holds [as it is]")
+      ->transform(wholeNumber(2, 1024))
+      ->type_name("N");
   command->add_flag("--watch", options.watch, "take over the patch whenever its file changes");
   command->add_flag("--meters", options.meters, "show the levels of the routed channels");
   command->add_option("--seconds", options.seconds, "stop by itself after this time")

@@ -1,9 +1,9 @@
 #pragma once
 
-#include <cstdint>
 #include <optional>
 #include <string>
 
+#include "ctl/devices/device_settings.h"
 #include "ctl/devices/wait.h"
 #include "ctl/terminal/exit_status.h"
 
@@ -15,9 +15,9 @@ namespace tolvane::ctl {
 
 struct RunOptions {
   std::string patchPath;
-  std::string device;                         // as for chooseDevice(); empty: the first
-  double waitSeconds = kDefaultWaitSeconds;   // for the device
-  std::optional<std::uint32_t> bufferFrames;  // none: leave the device as it is
+  std::string device;                        // as for chooseDevice(); empty: the first
+  double waitSeconds = kDefaultWaitSeconds;  // for the device
+  DeviceSettings settings;
   bool watch = false;
   bool meters = false;
   std::optional<double> seconds;  // none: until a signal

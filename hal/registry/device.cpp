@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include "hal/surface/hardware_periods.h"
+
 namespace tolvane::hal {
 
 Device::Device(AudioObjectID id, std::shared_ptr<DriverPoller> poller, DeviceInfo info,
@@ -90,6 +92,13 @@ void Device::takeListChanges(std::vector<AudioObjectPropertySelector>& changes) 
   if (info_.minBufferFrames != published.minBufferFrames ||
       info_.maxBufferFrames != published.maxBufferFrames) {
     changes.push_back(kAudioDevicePropertyBufferFrameSizeRange);
+  }
+  if (info_.sampleRatesHz != published.sampleRatesHz) {
+    changes.push_back(kAudioDevicePropertyAvailableNominalSampleRates);
+  }
+  if (info_.periods != published.periods) changes.push_back(kTolvaneDevicePropertyPeriods);
+  if (info_.minPeriods != published.minPeriods || info_.maxPeriods != published.maxPeriods) {
+    changes.push_back(kTolvaneDevicePropertyPeriodsRange);
   }
   const double sampleRateHz = published.sampleRateHz;
   const std::uint32_t bufferFrames = published.bufferFrames;

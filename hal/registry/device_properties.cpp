@@ -1,7 +1,10 @@
+#include <algorithm>
+
 #include "hal/driver/buffer_list.h"
 #include "hal/registry/properties.h"
 #include "hal/registry/value_room.h"
 #include "hal/support/realtime.h"
+#include "hal/surface/hardware_periods.h"
 #include "hal/surface/io_thread_scheduling.h"
 
 namespace tolvane::hal {
@@ -53,7 +56,69 @@ OSStatus writeBufferFrames(DeviceObject& object, UInt32 dataSize, const void* da
   if (object.device->info().maxBufferFrames == 0) return kAudioHardwareUnsupportedOperationError;
   const AudioValueRange range = bufferFramesRange(*object.device);
   if (frames < range.mMinimum || frames > range.mMaximum) return kAudioHardwareIllegalOperationError;
-  return object.registry.setBufferFrames(object.device, frames);
+  return object.registry.change(object.device, [=](Driver& driver, const DeviceInfo& device) {
+    return driver.setBufferFrames(device, frames);
+  });
+}
+
+/// The rates that can be set. A device whose rate is fixed has that one.
+std::vector<AudioValueRange> sampleRates(const Device& device) {
+  std::vector<double> rates = device.info().sampleRatesHz;
+  if (rates.empty()) rates = {device.sampleRateHz()};
+  std::vector<AudioValueRange> ranges;
+  ranges.reserve(rates.size());
+  for (const double rate : rates) ranges.push_back({rate, rate});
+  return ranges;
+}
+
+UInt32 sampleRatesSize(DeviceObject& object) {
+  return static_cast<UInt32>(sampleRates(*object.device).size() * sizeof(AudioValueRange));
+}
+
+OSStatus readSampleRates(DeviceObject& object, const ValueRoom& room) {
+  return writeArray(room, sampleRates(*object.device));
+}
+
+OSStatus writeSampleRate(DeviceObject& object, UInt32 dataSize, const void* data) {
+  Float64 rateHz = 0.0;
+  if (dataSize != sizeof rateHz) return kAudioHardwareBadPropertySizeError;
+  std::memcpy(&rateHz, data, sizeof rateHz);
+  if (!object.registry.alive(*object.device)) return kAudioHardwareBadDeviceError;
+  if (rateHz == object.device->sampleRateHz()) return noErr;
+  const std::vector<double> rates = object.device->info().sampleRatesHz;
+  if (rates.empty()) return kAudioHardwareUnsupportedOperationError;
+  if (std::find(rates.begin(), rates.end(), rateHz) == rates.end()) {
+    return kAudioHardwareIllegalOperationError;
+  }
+  return object.registry.change(object.device, [=](Driver& driver, const DeviceInfo& device) {
+    return driver.setSampleRate(device, rateHz);
+  });
+}
+
+OSStatus readPeriods(DeviceObject& object, const ValueRoom& room) {
+  const UInt32 periods = object.device->info().periods;
+  return periods == 0 ? OSStatus{kAudioHardwareUnsupportedOperationError} : writeValue(room, periods);
+}
+
+OSStatus readPeriodsRange(DeviceObject& object, const ValueRoom& room) {
+  const DeviceInfo info = object.device->info();
+  if (info.maxPeriods == 0) return kAudioHardwareUnsupportedOperationError;
+  return writeValue(
+      room, AudioValueRange{static_cast<Float64>(info.minPeriods), static_cast<Float64>(info.maxPeriods)});
+}
+
+OSStatus writePeriods(DeviceObject& object, UInt32 dataSize, const void* data) {
+  UInt32 periods = 0;
+  if (dataSize != sizeof periods) return kAudioHardwareBadPropertySizeError;
+  std::memcpy(&periods, data, sizeof periods);
+  if (!object.registry.alive(*object.device)) return kAudioHardwareBadDeviceError;
+  const DeviceInfo info = object.device->info();
+  if (info.maxPeriods == 0) return kAudioHardwareUnsupportedOperationError;
+  if (periods == info.periods) return noErr;
+  if (periods < info.minPeriods || periods > info.maxPeriods) return kAudioHardwareIllegalOperationError;
+  return object.registry.change(object.device, [=](Driver& driver, const DeviceInfo& device) {
+    return driver.setPeriods(device, periods);
+  });
 }
 
 OSStatus readAlive(DeviceObject& object, const ValueRoom& room) {
@@ -108,13 +173,16 @@ const std::vector<Property<DeviceObject>>& deviceProperties() {
        readStreams<kInputs>, nullptr},
       {kAudioDevicePropertyStreamConfiguration, kAudioObjectPropertyScopeOutput, streamsSize<kOutputs>,
        readStreams<kOutputs>, nullptr},
-      {kAudioDevicePropertyNominalSampleRate, kGlobal, sizeOf<Float64>, readSampleRate, nullptr},
+      {kAudioDevicePropertyNominalSampleRate, kGlobal, sizeOf<Float64>, readSampleRate, writeSampleRate},
+      {kAudioDevicePropertyAvailableNominalSampleRates, kGlobal, sampleRatesSize, readSampleRates, nullptr},
       {kAudioDevicePropertyBufferFrameSize, kGlobal, sizeOf<UInt32>, readBufferFrames, writeBufferFrames},
       {kAudioDevicePropertyBufferFrameSizeRange, kGlobal, sizeOf<AudioValueRange>, readBufferFramesRange,
        nullptr},
       {kAudioDevicePropertyDeviceIsAlive, kGlobal, sizeOf<UInt32>, readAlive, nullptr},
       {kAudioDevicePropertyTransportType, kGlobal, sizeOf<UInt32>, readTransport, nullptr},
       {kAudioDeviceProcessorOverload, kGlobal, sizeOf<UInt32>, readOverloads, nullptr},
+      {kTolvaneDevicePropertyPeriods, kGlobal, sizeOf<UInt32>, readPeriods, writePeriods},
+      {kTolvaneDevicePropertyPeriodsRange, kGlobal, sizeOf<AudioValueRange>, readPeriodsRange, nullptr},
       {kTolvaneDevicePropertyIOThreadScheduling, kGlobal, sizeOf<TolvaneThreadScheduling>,
        readIoThreadScheduling, nullptr},
   };

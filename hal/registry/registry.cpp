@@ -52,7 +52,7 @@ pid_t Registry::ioThread(const Device& device) const {
   return 0;
 }
 
-OSStatus Registry::setBufferFrames(const std::shared_ptr<Device>& device, std::uint32_t frames) {
+OSStatus Registry::change(const std::shared_ptr<Device>& device, Change change) {
   struct Outcome {
     std::mutex mutex;
     std::condition_variable done;
@@ -60,12 +60,13 @@ OSStatus Registry::setBufferFrames(const std::shared_ptr<Device>& device, std::u
   };
   const auto outcome = std::make_shared<Outcome>();
   const auto poller = device->poller();
-  const bool isAsked = runDetached("tolvane-set", [outcome, poller, info = device->info(), frames] {
-    const OSStatus status = orExhausted([&] { return poller->driver().setBufferFrames(info, frames); });
-    const std::lock_guard lock(outcome->mutex);
-    outcome->status = status;
-    outcome->done.notify_all();
-  });
+  const bool isAsked =
+      runDetached("tolvane-set", [outcome, poller, info = device->info(), change = std::move(change)] {
+        const OSStatus status = orExhausted([&] { return change(poller->driver(), info); });
+        const std::lock_guard lock(outcome->mutex);
+        outcome->status = status;
+        outcome->done.notify_all();
+      });
   if (!isAsked) return kTolvaneExhaustedError;
   std::unique_lock lock(outcome->mutex);
   if (!outcome->done.wait_for(lock, kSettingLimit, [&] { return outcome->status.has_value(); })) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -31,8 +32,10 @@ class Registry {
   [[nodiscard]] bool alive(const Device& device) const;
   /// Kernel id of the thread that runs a callback on the device; 0 if there is none. [not-io]
   [[nodiscard]] pid_t ioThread(const Device& device) const;
-  /// Sets 'fsiz'. `frames` is within the device's range. [not-io]
-  OSStatus setBufferFrames(const std::shared_ptr<Device>& device, std::uint32_t frames);
+  /// Makes the driver change a setting of the device, on a thread of its own: calls `change` with the driver
+  /// and the device's last report. [not-io]
+  using Change = std::function<OSStatus(Driver& driver, const DeviceInfo& device)>;
+  OSStatus change(const std::shared_ptr<Device>& device, Change change);
 
   [[nodiscard]] Notifier& notifier() noexcept { return notifier_; }
 

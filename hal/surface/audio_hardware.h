@@ -43,8 +43,10 @@ enum : AudioObjectPropertySelector {
   kAudioObjectPropertyName = 0x6C6E616D,                 // 'lnam' device: CFStringRef, the caller releases
   kAudioDevicePropertyStreamConfiguration = 0x736C6179,  // 'slay' device, input or output: AudioBufferList
   kAudioDevicePropertyDeviceUID = 0x75696420,            // 'uid ' device: CFStringRef, the caller releases
-  kAudioDevicePropertyNominalSampleRate = 0x6E737274,    // 'nsrt' device: Float64, Hz
-  kAudioDevicePropertyBufferFrameSize = 0x6673697A,      // 'fsiz' device: UInt32, frames per cycle, settable
+  kAudioDevicePropertyNominalSampleRate = 0x6E737274,    // 'nsrt' device: Float64, Hz, settable
+  kAudioDevicePropertyAvailableNominalSampleRates =
+      0x6E737223,                                    // 'nsr#' device: array of AudioValueRange, Hz
+  kAudioDevicePropertyBufferFrameSize = 0x6673697A,  // 'fsiz' device: UInt32, frames per cycle, settable
   kAudioDevicePropertyBufferFrameSizeRange =
       0x66737A23,                                  // 'fsz#' device: AudioValueRange, what 'fsiz' can be
   kAudioDevicePropertyDeviceIsAlive = 0x6C69766E,  // 'livn' device: UInt32, 1 or 0
@@ -111,10 +113,11 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPrope
                                     UInt32 qualifierDataSize, const void* qualifierData, UInt32* dataSize,
                                     void* data);
 
-/// Sets the value. Only 'fsiz' can be set, within its range, else kAudioHardwareIllegalOperationError. After
-/// the return, a device that is not running reports the new value; a running one changes its cycles soon
-/// after. Errors: kAudioHardwareUnsupportedOperationError (the property, or this device's, cannot be set),
-/// and those of AudioDeviceStart. [not-io]
+/// Sets the value. Only 'fsiz' and 'nsrt' can be set, and this HAL's 'tper', to a value that 'fsz#', 'nsr#'
+/// or 'tpr#' has, else kAudioHardwareIllegalOperationError. After the return, a device that is not running
+/// reports the new value, and the channels that it has with it. A running one changes the frames of its
+/// cycles soon after; its rate and its periods cannot be set. Errors: kAudioHardwareUnsupportedOperationError
+/// (the property, or this device's, cannot be set, or not now), and those of AudioDeviceStart. [not-io]
 OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32 qualifierDataSize, const void* qualifierData, UInt32 dataSize,
                                     const void* data);

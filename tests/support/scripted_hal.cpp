@@ -36,6 +36,13 @@ Bytes bytesOf(const T& value) {
   return bytes;
 }
 
+template <class T>
+Bytes arrayOf(const std::vector<T>& values) {
+  Bytes bytes(values.size() * sizeof(T));
+  if (!values.empty()) std::memcpy(bytes.data(), values.data(), bytes.size());
+  return bytes;
+}
+
 /// In the HAL's form: only the header if there are no streams, else the header and the buffers.
 Bytes streamConfiguration(const std::vector<UInt32>& streams) {
   Bytes bytes(offsetof(AudioBufferList, mBuffers) + streams.size() * sizeof(AudioBuffer));
@@ -76,6 +83,12 @@ std::optional<Bytes> globalValue(const ScriptedDevice& device, AudioObjectProper
       return bytesOf(device.bufferFrames);
     case kAudioDevicePropertyBufferFrameSizeRange:
       return bytesOf(device.bufferFramesRange);
+    case kAudioDevicePropertyAvailableNominalSampleRates:
+      return arrayOf(device.sampleRates);
+    case kTolvaneDevicePropertyPeriods:
+      return device.periods == 0 ? std::nullopt : std::optional(bytesOf(device.periods));
+    case kTolvaneDevicePropertyPeriodsRange:
+      return device.periods == 0 ? std::nullopt : std::optional(bytesOf(device.periodsRange));
     case kAudioDevicePropertyDeviceIsAlive:
       return bytesOf(UInt32{device.alive ? 1U : 0U});
     case kAudioDevicePropertyTransportType:
@@ -179,19 +192,31 @@ OSStatus ScriptedHal::propertyData(AudioObjectID object, const AudioObjectProper
 
 OSStatus ScriptedHal::setPropertyData(AudioObjectID object, const AudioObjectPropertyAddress& address,
                                       UInt32 size, const void* data) {
-  UInt32 value = 0;
-  if (size != sizeof value) return kAudioHardwareBadPropertySizeError;
-  std::memcpy(&value, data, sizeof value);
-  log("AudioObjectSetPropertyData(" + describe(object, address) + ", " + std::to_string(value) + ")");
+  const bool isRate = address.mSelector == kAudioDevicePropertyNominalSampleRate;
+  UInt32 count = 0;
+  Float64 rate = 0.0;
+  if (size != (isRate ? sizeof rate : sizeof count)) return kAudioHardwareBadPropertySizeError;
+  std::memcpy(isRate ? static_cast<void*>(&rate) : &count, data, size);
+  const std::string text = std::to_string(isRate ? static_cast<UInt32>(rate) : count);
+  log("AudioObjectSetPropertyData(" + describe(object, address) + ", " + text + ")");
   const OSStatus status = nextStatus(HalCall::setPropertyData);
   if (status != noErr) return status;
   const auto device = std::find_if(devices.begin(), devices.end(),
                                    [object](const ScriptedDevice& d) { return d.id == object; });
   if (device == devices.end()) return kAudioHardwareBadObjectError;
-  if (address.mSelector != kAudioDevicePropertyBufferFrameSize)
-    return kAudioHardwareUnsupportedOperationError;
-  device->bufferFrames = value;
-  return noErr;
+  switch (address.mSelector) {
+    case kAudioDevicePropertyNominalSampleRate:
+      device->sampleRate = rate;
+      return noErr;
+    case kAudioDevicePropertyBufferFrameSize:
+      device->bufferFrames = count;
+      return noErr;
+    case kTolvaneDevicePropertyPeriods:
+      device->periods = count;
+      return noErr;
+    default:
+      return kAudioHardwareUnsupportedOperationError;
+  }
 }
 
 OSStatus ScriptedHal::addListener(AudioObjectID object, const AudioObjectPropertyAddress& address,

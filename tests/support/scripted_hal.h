@@ -26,6 +26,9 @@ struct ScriptedDevice {
   Float64 sampleRate = 48000.0;
   UInt32 bufferFrames = 512;
   AudioValueRange bufferFramesRange = {512.0, 512.0};
+  std::vector<AudioValueRange> sampleRates = {{48000.0, 48000.0}};
+  UInt32 periods = 0;  // 0: no such properties
+  AudioValueRange periodsRange = {0.0, 0.0};
   bool alive = true;
   UInt32 transport = kAudioDeviceTransportTypeVirtual;
   std::optional<TolvaneThreadScheduling> scheduling = std::nullopt;  // none: no such property
@@ -79,8 +82,8 @@ class ScriptedHal {
   ///   AudioDeviceStart(7, proc 1)
   ///   AudioDeviceStop(7, proc 1)
   ///   AudioDeviceDestroyIOProcID(7, proc 1)
-  /// AudioObjectSetPropertyData can set only the device's buffer size in frames. The text of a property query
-  /// with a qualifier ends in ", qualifier" before the parenthesis.
+  /// AudioObjectSetPropertyData can set only the device's buffer size in frames, its sample rate and its
+  /// periods. The text of a property query with a qualifier ends in ", qualifier" before the parenthesis.
   [[nodiscard]] const std::vector<std::string>& calls() const { return calls_; }
   /// Returns the calls so far and clears them.
   std::vector<std::string> takeCalls();

@@ -188,7 +188,7 @@ TEST_F(RunDevice, SaysThatTheDeviceWentAndCameBack) {
 
 TEST_F(RunDevice, SetsTheBufferBeforeTheStart) {
   hal_.devices[0].bufferFramesRange = {32.0, 2048.0};
-  options_.bufferFrames = 128;
+  options_.settings.bufferFrames = 128;
   std::size_t setAt = 0;
   std::size_t startedAt = 0;
   hal_.onCall = [&](const std::string& call) {
@@ -204,6 +204,31 @@ TEST_F(RunDevice, SetsTheBufferBeforeTheStart) {
   EXPECT_GT(startedAt, setAt);
 }
 
+TEST_F(RunDevice, SetsTheRateThenTheBufferThenThePeriods) {
+  hal_.devices[0].sampleRates = {{44100.0, 44100.0}, {96000.0, 96000.0}};
+  hal_.devices[0].bufferFramesRange = {32.0, 2048.0};
+  hal_.devices[0].periods = 3;
+  hal_.devices[0].periodsRange = {2.0, 16.0};
+  options_.settings = {.sampleRateHz = 96000, .bufferFrames = 128, .periods = 2};
+  std::vector<std::string> order;
+  hal_.onCall = [&](const std::string& call) {
+    if (call.starts_with("AudioObjectSetPropertyData")) order.push_back(call);
+    if (call.starts_with("AudioDeviceStart")) end();
+  };
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_THAT(order, testing::ElementsAre("AudioObjectSetPropertyData(7, nsrt glob 0, 96000)",
+                                          "AudioObjectSetPropertyData(7, fsiz glob 0, 128)",
+                                          "AudioObjectSetPropertyData(7, tper glob 0, 2)"));
+  EXPECT_EQ(err_, "tolvanectl: routing on Box\n");
+}
+
+TEST_F(RunDevice, ARateThatTheDeviceHasNeedNotBeSet) {
+  options_.settings.sampleRateHz = 48000;
+  atStart([] { end(); });
+  EXPECT_EQ(run(), ExitStatus::done);
+  for (const std::string& call : hal_.calls()) EXPECT_FALSE(call.starts_with("AudioObjectSetPropertyData"));
+}
+
 TEST_F(RunDevice, LeavesTheBufferAloneUnasked) {
   atStart([] { end(); });
   EXPECT_EQ(run(), ExitStatus::done);
@@ -214,7 +239,7 @@ class RefusedBuffer : public RunDevice {
  protected:
   /// Runs, expects a failure before the device starts, and returns the messages.
   std::string message(std::uint32_t frames) {
-    options_.bufferFrames = frames;
+    options_.settings.bufferFrames = frames;
     EXPECT_EQ(run(), ExitStatus::failed);
     for (const std::string& call : hal_.calls()) EXPECT_FALSE(call.starts_with("AudioDeviceStart"));
     return err_;
@@ -250,6 +275,65 @@ TEST_F(RefusedBuffer, ThatTheDeviceMakesAnother) {
     if (call.starts_with("AudioObjectGetPropertyData(7, fsiz")) hal_.devices[0].bufferFrames = 240;
   };
   EXPECT_EQ(message(256), "tolvanectl: Box: takes a buffer of 240 frames instead of 256\n");
+}
+
+class RefusedRate : public RunDevice {
+ protected:
+  std::string message(std::uint32_t rateHz) {
+    options_.settings.sampleRateHz = rateHz;
+    EXPECT_EQ(run(), ExitStatus::failed);
+    for (const std::string& call : hal_.calls()) EXPECT_FALSE(call.starts_with("AudioDeviceStart"));
+    return err_;
+  }
+};
+
+TEST_F(RefusedRate, OfADeviceWhoseRateIsFixed) {
+  EXPECT_EQ(message(44100), "tolvanectl: Box: its sample rate cannot be set, and is 48000 Hz\n");
+}
+
+TEST_F(RefusedRate, OfADeviceThatDoesNotSayWhatItTakes) {
+  hal_.failProperty(test::HalCall::getPropertyDataSize, 7, kAudioDevicePropertyAvailableNominalSampleRates,
+                    kAudioObjectPropertyScopeGlobal, kAudioHardwareUnknownPropertyError);
+  EXPECT_EQ(message(44100), "tolvanectl: Box: its sample rate cannot be set, and is 48000 Hz\n");
+}
+
+TEST_F(RefusedRate, ThatIsNoneOfTheDevices) {
+  hal_.devices[0].sampleRates = {{44100.0, 44100.0}, {48000.0, 96000.0}};
+  EXPECT_EQ(message(192000),
+            "tolvanectl: Box: a sample rate of 192000 Hz is none of its own, 44100, 48000 to 96000 Hz\n");
+}
+
+TEST_F(RefusedRate, ByTheDevice) {
+  hal_.devices[0].sampleRates = {{44100.0, 44100.0}, {48000.0, 48000.0}};
+  hal_.answerNext(test::HalCall::setPropertyData, -50);
+  EXPECT_EQ(message(44100), "tolvanectl: Box: a sample rate of 44100 Hz is refused (-50)\n");
+}
+
+TEST_F(RefusedRate, ThatTheDeviceMakesAnother) {
+  hal_.devices[0].sampleRates = {{44100.0, 44100.0}, {48000.0, 48000.0}};
+  hal_.onCall = [this](const std::string& call) {
+    if (call.starts_with("AudioObjectGetPropertyData(7, nsrt")) hal_.devices[0].sampleRate = 48000.0;
+  };
+  EXPECT_EQ(message(44100), "tolvanectl: Box: takes a sample rate of 48000 Hz instead of 44100\n");
+}
+
+class RefusedPeriods : public RunDevice {
+ protected:
+  std::string message(std::uint32_t periods) {
+    options_.settings.periods = periods;
+    EXPECT_EQ(run(), ExitStatus::failed);
+    return err_;
+  }
+};
+
+TEST_F(RefusedPeriods, OfADeviceThatDoesNotKnowItsHardware) {
+  EXPECT_EQ(message(4), "tolvanectl: Box: its number of periods cannot be set\n");
+}
+
+TEST_F(RefusedPeriods, OutOfTheRange) {
+  hal_.devices[0].periods = 3;
+  hal_.devices[0].periodsRange = {2.0, 16.0};
+  EXPECT_EQ(message(32), "tolvanectl: Box: a ring of 32 periods is out of its range, 2 to 16 periods\n");
 }
 
 TEST_F(RunDevice, LeavesNothingBehindInTheHal) {

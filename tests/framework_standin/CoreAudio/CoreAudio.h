@@ -76,6 +76,7 @@ enum : AudioObjectPropertySelector {
   kAudioDevicePropertyStreamConfiguration = 0x736C6179,
   kAudioDevicePropertyDeviceUID = 0x75696420,
   kAudioDevicePropertyNominalSampleRate = 0x6E737274,
+  kAudioDevicePropertyAvailableNominalSampleRates = 0x6E737223,
   kAudioDevicePropertyBufferFrameSize = 0x6673697A,
   kAudioDevicePropertyBufferFrameSizeRange = 0x66737A23,
   kAudioDevicePropertyDeviceIsAlive = 0x6C69766E,

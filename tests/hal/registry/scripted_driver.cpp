@@ -89,16 +89,29 @@ class ScriptedDriver final : public hal::Driver {
   }
 
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {
+    return change(device, [=](DeviceInfo& info) { info.bufferFrames = frames; });
+  }
+
+  OSStatus setSampleRate(const DeviceInfo& device, double rateHz) override {
+    return change(device, [=](DeviceInfo& info) { info.sampleRateHz = rateHz; });
+  }
+
+  OSStatus setPeriods(const DeviceInfo& device, std::uint32_t periods) override {
+    return change(device, [=](DeviceInfo& info) { info.periods = periods; });
+  }
+
+ private:
+  template <typename Change>
+  OSStatus change(const DeviceInfo& device, const Change& change) {
     script_.setting.pass();
     const std::lock_guard lock(script_.mutex_);
-    if (script_.bufferFramesStatus_ != noErr) return script_.bufferFramesStatus_;
+    if (script_.settingStatus_ != noErr) return script_.settingStatus_;
     for (DeviceInfo& info : script_.devices_) {
-      if (info.uid == device.uid) info.bufferFrames = frames;
+      if (info.uid == device.uid) change(info);
     }
     return noErr;
   }
 
- private:
   Script& script_;
   bool wasSilent_ = false;  // at the last devices()
 };
@@ -145,9 +158,9 @@ void Script::setStartStatus(OSStatus status) {
   startStatus_ = status;
 }
 
-void Script::setBufferFramesStatus(OSStatus status) {
+void Script::setSettingStatus(OSStatus status) {
   const std::lock_guard lock(mutex_);
-  bufferFramesStatus_ = status;
+  settingStatus_ = status;
 }
 
 int Script::listings() const {

@@ -47,12 +47,12 @@ class Script {
   /// If true, devices() throws, as in a system without free descriptors.
   void setExhausted(bool exhausted);
   void setStartStatus(OSStatus status);
-  void setBufferFramesStatus(OSStatus status);
+  void setSettingStatus(OSStatus status);
 
   Latch listing;   // passed by devices()
   Latch starting;  // passed by start()
   Latch ending;    // passed by the session's destructor
-  Latch setting;   // passed by setBufferFrames()
+  Latch setting;   // passed by each change of a setting
 
   [[nodiscard]] int listings() const;
   [[nodiscard]] int starts() const;
@@ -84,7 +84,7 @@ class Script {
   bool silent_ = false;
   bool exhausted_ = false;
   OSStatus startStatus_ = noErr;
-  OSStatus bufferFramesStatus_ = noErr;
+  OSStatus settingStatus_ = noErr;
   int listings_ = 0;
   int liveSessions_ = 0;
   std::vector<hal::DeviceInfo> startedWith_;

@@ -84,48 +84,6 @@ TEST_F(Sessions, formatsAreReadAndHeardUntilTheSessionEnds) {
   EXPECT_TRUE(frames.hears(3));
 }
 
-TEST_F(Sessions, bufferFramesAreSetThroughTheDriver) {
-  const AudioObjectID device = listOne();
-  const auto where = address(kAudioDevicePropertyBufferFrameSize);
-  const auto range = valueOf<AudioValueRange>(device, kAudioDevicePropertyBufferFrameSizeRange);
-  EXPECT_EQ(range.mMinimum, 32.0);
-  EXPECT_EQ(range.mMaximum, 4096.0);
-  Listening frames(device, kAudioDevicePropertyBufferFrameSize);
-  UInt32 wanted = 128;
-  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), noErr);
-  EXPECT_EQ(valueOf<UInt32>(device, kAudioDevicePropertyBufferFrameSize), 128U);
-  EXPECT_TRUE(frames.hears(1));
-  wanted = 31;
-  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted),
-            kAudioHardwareIllegalOperationError);
-  wanted = 512;
-  first_.setBufferFramesStatus(kAudioDevicePermissionsError);
-  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), kAudioDevicePermissionsError);
-  first_.setBufferFramesStatus(noErr);
-  first_.setting.close();
-  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), kAudioHardwareNotReadyError);
-  EXPECT_EQ(valueOf<UInt32>(device, kAudioDevicePropertyBufferFrameSize), 128U);
-  first_.setDevices({});
-  deviceList();
-  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), kAudioHardwareBadDeviceError);
-}
-
-TEST_F(Sessions, bufferFramesOfADeviceWithoutARangeCannotBeSet) {
-  auto fixed = scriptedDevice("fixed", 1, 1);
-  fixed.minBufferFrames = fixed.maxBufferFrames = 0;
-  first_.setDevices({fixed});
-  const AudioObjectID device = deviceList().at(0);
-  const auto where = address(kAudioDevicePropertyBufferFrameSize);
-  const auto range = valueOf<AudioValueRange>(device, kAudioDevicePropertyBufferFrameSizeRange);
-  EXPECT_EQ(range.mMinimum, 256.0);
-  EXPECT_EQ(range.mMaximum, 256.0);
-  UInt32 wanted = 128;
-  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted),
-            kAudioHardwareUnsupportedOperationError);
-  wanted = 256;
-  EXPECT_EQ(AudioObjectSetPropertyData(device, &where, 0, nullptr, 4, &wanted), noErr);
-}
-
 }  // namespace
 
 }  // namespace tolvane::test

@@ -1,4 +1,5 @@
-// tolvanectl run --buffer, on devices that accept the buffer size and on devices that do not.
+// tolvanectl run --buffer, --rate and --periods, on devices that accept the setting and on devices that do
+// not.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -12,9 +13,9 @@ namespace {
 
 using testing::HasSubstr;
 
-class RunBuffer : public testing::Test {
+class RunSettings : public testing::Test {
  protected:
-  RunBuffer() { writePatch(patch_, {{0, 0, 1.0F, true}}); }
+  RunSettings() { writePatch(patch_, {{0, 0, 1.0F, true}}); }
 
   [[nodiscard]] Finished run(const std::string& device, const std::string& frames) const {
     return runProgram({"run", "--patch", patch_, "--device", device, "--buffer", frames, "--seconds", "1"});
@@ -31,14 +32,14 @@ long firstCycleFrames(const std::string& out) {
   return at == std::string::npos ? -1 : std::stol(out.substr(at + label.size()));
 }
 
-TEST_F(RunBuffer, IsWhatTheVirtualDeviceRunsWith) {
+TEST_F(RunSettings, ABufferIsWhatTheVirtualDeviceRunsWith) {
   const Finished run = this->run("Tolvane Virtual Device", "1024");
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, runNotes(run, "Tolvane Virtual Device"));
   EXPECT_EQ(firstCycleFrames(run.out), 1024);
 }
 
-TEST_F(RunBuffer, IsWhatACardOfTheServerRunsWith) {
+TEST_F(RunSettings, ABufferIsWhatACardOfTheServerRunsWith) {
   const PipeWireServer server({{.name = "Card", .inputs = 2, .outputs = 2, .cardId = 76}});
   const Finished run = this->run("Card", "128");
   EXPECT_EQ(run.status, 0);
@@ -46,7 +47,7 @@ TEST_F(RunBuffer, IsWhatACardOfTheServerRunsWith) {
   EXPECT_EQ(firstCycleFrames(run.out), 128);
 }
 
-TEST_F(RunBuffer, OutOfTheCardsRangeIsSaidWithTheRange) {
+TEST_F(RunSettings, ABufferOutOfTheCardsRangeIsSaidWithTheRange) {
   const PipeWireServer server({{.name = "Card", .inputs = 2, .outputs = 2, .cardId = 76}});
   const Finished run = this->run("Card", "16");
   EXPECT_EQ(run.status, 1);
@@ -54,13 +55,36 @@ TEST_F(RunBuffer, OutOfTheCardsRangeIsSaidWithTheRange) {
   EXPECT_EQ(run.out, "");
 }
 
-TEST_F(RunBuffer, CannotBeSetWhereTheServerForcesOne) {
+TEST_F(RunSettings, ABufferCannotBeSetWhereTheServerForcesOne) {
   const PipeWireServer server({{.name = "Card", .inputs = 2, .outputs = 2, .cardId = 76}});
   PipeWireClient client;
   client.setSetting("clock.force-quantum", "512");
   const Finished run = this->run("Card", "128");
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.err, "tolvanectl: Card: its buffer size cannot be set, and is 512 frames\n");
+}
+
+TEST_F(RunSettings, ARateThatTheDeviceCannotHaveIsAFailure) {
+  const Finished run = runProgram(
+      {"run", "--patch", patch_, "--device", "Tolvane Virtual Device", "--rate", "44100", "--seconds", "1"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "tolvanectl: Tolvane Virtual Device: its sample rate cannot be set, and is 48000 Hz\n");
+  EXPECT_EQ(run.out, "");
+}
+
+TEST_F(RunSettings, PeriodsOfADeviceWithoutHardwareAreAFailure) {
+  const PipeWireServer server({{.name = "Card", .inputs = 2, .outputs = 2, .cardId = 76}});
+  const Finished run =
+      runProgram({"run", "--patch", patch_, "--device", "Card", "--periods", "2", "--seconds", "1"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "tolvanectl: Card: its number of periods cannot be set\n");
+}
+
+TEST_F(RunSettings, NumbersThatNoDeviceCanHaveAreWrongUsage) {
+  for (const auto& [option, value] : {std::pair("--rate", "0"), std::pair("--rate", "44.1k"),
+                                      std::pair("--periods", "1"), std::pair("--periods", "0x10")}) {
+    EXPECT_EQ(runProgram({"run", "--patch", patch_, option, value}).status, 2) << option << ' ' << value;
+  }
 }
 
 }  // namespace
