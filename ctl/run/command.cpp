@@ -1,5 +1,6 @@
 #include "ctl/run/command.h"
 
+#include <chrono>
 #include <csignal>
 
 #include <unistd.h>
@@ -7,7 +8,9 @@
 #include "ctl/devices/buffer_size.h"
 #include "ctl/devices/choice.h"
 #include "ctl/process/resource_check.h"
+#include "ctl/process/service_manager.h"
 #include "ctl/run/live_session.h"
+#include "ctl/run/run_reports.h"
 
 namespace tolvane::ctl {
 
@@ -22,10 +25,14 @@ ExitStatus runCommand(const RunOptions& options) {
   if (const auto failure = tooFewResources()) return fail(*failure);
   // Before the HAL starts threads: they inherit the blocked signals.
   const SignalPipe signals({SIGINT, SIGTERM, SIGQUIT, SIGHUP});
+  const ServiceManager manager;
+  manager.tellStatus(options.device.empty() ? "waiting for a device" : "waiting for " + options.device);
+  WaitReports waitReports(manager);
   bool isEnded = false;
   bool isHungUp = false;
   const DeviceChoice device = awaitDevice(options.device, options.waitSeconds, [&] {
     while (const auto signal = signals.next()) (*signal == SIGHUP ? isHungUp : isEnded) = true;
+    waitReports.tell(std::chrono::steady_clock::now());
     return isEnded;
   });
   if (isEnded) return ExitStatus::done;
@@ -34,7 +41,7 @@ ExitStatus runCommand(const RunOptions& options) {
   if (options.bufferFrames) {
     if (const auto failure = setBufferFrames(device.value(), *options.bufferFrames)) return fail(*failure);
   }
-  return LiveSession(options, device.value(), patch, routes.value(), signals).run();
+  return LiveSession(options, device.value(), patch, routes.value(), signals, manager).run();
 }
 
 }  // namespace tolvane::ctl
