@@ -1,5 +1,5 @@
 # Each target only runs its script.
-.PHONY: run test build bench check clean
+.PHONY: run test build bench check package clean
 run:
 	@scripts/run
 test:
@@ -10,5 +10,7 @@ bench:
 	@scripts/bench
 check:
 	@scripts/check
+package:
+	@scripts/package
 clean:
 	rm -rf build

@@ -17,7 +17,7 @@ int runApplication() {
   QApplication app(argc, argv);
   // Qt has set the user's locale. Numbers stay in the C locale.
   std::setlocale(LC_NUMERIC, "C");
-  QGuiApplication::setDesktopFileName(QStringLiteral("tolvane"));
+  QGuiApplication::setDesktopFileName(QStringLiteral("org.tolvane.Tolvane"));
   applyLook();
 
   AppDelegate delegate;

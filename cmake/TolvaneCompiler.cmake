@@ -33,6 +33,11 @@ if(TOLVANE_DEBUG_CHECKS)
   add_compile_definitions(_GLIBCXX_ASSERTIONS)
 endif()
 
+if(CMAKE_BUILD_TYPE STREQUAL "Release")
+  # No path of the machine that builds gets into the programs, so that the same sources give the same programs.
+  add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
+endif()
+
 if(TOLVANE_HARDENING)
   include(CheckPIESupported)
   check_pie_supported()

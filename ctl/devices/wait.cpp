@@ -13,7 +13,10 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
+/// Each list costs the sound servers an answer, so a long wait asks less often.
 constexpr std::chrono::milliseconds kListInterval{50};
+constexpr std::chrono::milliseconds kLateListInterval{250};
+constexpr std::chrono::seconds kLate{5};
 
 /// Asks the HAL for its list again after the engine found no device: the error, or noErr.
 OSStatus listStatus() {
@@ -48,7 +51,7 @@ DeviceListingResult awaitDevices(double seconds, const std::function<bool(const 
   for (;;) {
     DeviceListingResult listing = listOrFailure();
     if (!listing || isEnough(listing.value()) || Clock::now() - begin >= limit) return listing;
-    std::this_thread::sleep_for(kListInterval);
+    std::this_thread::sleep_for(Clock::now() - begin < kLate ? kListInterval : kLateListInterval);
   }
 }
 

@@ -35,7 +35,7 @@ std::string liveReport(const std::string& path, const Routes& routes) {
 }  // namespace
 
 LiveSession::LiveSession(const RunOptions& options, AudioDeviceInfo device, PatchSource& patch, Routes routes,
-                         const SignalPipe& signals)
+                         const SignalPipe& signals, const ServiceManager& manager)
     : options_(options),
       device_(std::move(device)),
       patch_(patch),
@@ -43,7 +43,8 @@ LiveSession::LiveSession(const RunOptions& options, AudioDeviceInfo device, Patc
       signals_(signals),
       bank_(channels(device_.inputChannels), channels(device_.outputChannels)),
       engine_(&meteredIoProc),
-      events_(device_.id) {
+      events_(device_.id),
+      reports_(manager, device_.name) {
   setMeterBank(&bank_);
   if (!options_.watch) return;
   watcher_ = watchFile(patch_.path());
@@ -73,10 +74,12 @@ ExitStatus LiveSession::run() {
     handleSignals();
     handleFile();
     handleDevice();
+    reports_.tell(Clock::now(), bank_.cycles(), wasAlive_);
     handleScheduling();
     showMeters();
     if (options_.seconds && Clock::now() >= endTime()) ended_ = true;
   }
+  reports_.tellStopping();
   tellScheduling();  // while the IO thread still exists
   meters_.reset();   // restores the terminal before stop(), which may never return if a sound server hangs
   messages_.release();
@@ -100,7 +103,7 @@ LiveSession::Clock::time_point LiveSession::wakeTime() const {
   Clock::time_point wake = now + std::chrono::minutes(1);
   if (options_.meters) wake = std::min(wake, nextMeters_);
   if (options_.seconds) wake = std::min(wake, endTime());
-  wake = std::min(wake, schedulingDue_.value_or(wake));
+  wake = std::min({wake, schedulingDue_.value_or(wake), reports_.due().value_or(wake)});
   if (watcher_) wake = std::min(wake, now + watcher_->askEvery());
   return std::min(wake, fileDebouncer_.due().value_or(wake));
 }

@@ -12,6 +12,7 @@
 #include "ctl/run/io_thread.h"
 #include "ctl/run/meter_bank.h"
 #include "ctl/run/options.h"
+#include "ctl/run/run_reports.h"
 #include "ctl/terminal/messages.h"
 #include "ctl/terminal/meter_view.h"
 #include "engine/core_audio_engine.h"
@@ -21,9 +22,10 @@ namespace tolvane::ctl {
 /// Live routing on one device, from the start to the summary. [main-thread]
 class LiveSession {
  public:
-  /// `patch` and `signals` belong to the caller and must outlive the session. `routes` came from `patch`.
+  /// `patch`, `signals` and `manager` belong to the caller and must outlive the session. `routes` came from
+  /// `patch`.
   LiveSession(const RunOptions& options, AudioDeviceInfo device, PatchSource& patch, Routes routes,
-              const SignalPipe& signals);
+              const SignalPipe& signals, const ServiceManager& manager);
   LiveSession(const LiveSession&) = delete;
   LiveSession& operator=(const LiveSession&) = delete;
   ~LiveSession();
@@ -58,6 +60,7 @@ class LiveSession {
   MeterBank bank_;
   CoreAudioEngine engine_;
   DeviceEvents events_;
+  RunReports reports_;
   std::unique_ptr<FileWatcher> watcher_;  // null: the file is not watched
   Debouncer fileDebouncer_;
   std::unique_ptr<MeterView> meters_;  // null: no meters, or not open yet

@@ -1,0 +1,42 @@
+# Completion for tolvanectl in bash.
+
+_tolvanectl() {
+    local cur=${COMP_WORDS[COMP_CWORD]} prev=${COMP_WORDS[COMP_CWORD - 1]}
+    local command=${COMP_WORDS[1]} options='' files=no
+    COMPREPLY=()
+
+    case $prev in
+    --patch)
+        compopt -o filenames
+        mapfile -t COMPREPLY < <(compgen -f -- "$cur")
+        return
+        ;;
+    --device | --wait | --buffer | --outputs | --seconds) return ;;
+    esac
+
+    if [ "$COMP_CWORD" -eq 1 ]; then
+        options='devices check render run aggregate --help --version'
+    else
+        case $command in
+        devices) options='--json --watch --wait --help' ;;
+        check) options='--help' files=yes ;;
+        render) options='--patch --outputs --buffer --partial --help' files=yes ;;
+        run) options='--patch --device --wait --buffer --watch --meters --seconds --help' ;;
+        aggregate)
+            case ${COMP_WORDS[2]} in
+            list) options='--json --wait --help' ;;
+            create) options='--wait --help' ;;
+            delete) options='--help' ;;
+            *) options='list create delete --help' ;;
+            esac
+            ;;
+        esac
+    fi
+
+    mapfile -t COMPREPLY < <(compgen -W "$options" -- "$cur")
+    if [ $files = yes ] && [[ $cur != -* ]]; then
+        compopt -o filenames
+        mapfile -t COMPREPLY < <(compgen -f -- "$cur")
+    fi
+}
+complete -F _tolvanectl tolvanectl

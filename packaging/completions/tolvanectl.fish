@@ -1,0 +1,37 @@
+# Completion for tolvanectl in fish.
+
+function __tolvanectl_aggregate
+    __fish_seen_subcommand_from aggregate; and __fish_seen_subcommand_from $argv
+end
+
+set -l commands devices check render run aggregate
+complete -c tolvanectl -f
+complete -c tolvanectl -l help -d 'Print help'
+complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'
+complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a devices -d 'List the devices'
+complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a check -d 'Read patch files'
+complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a render -d 'Route a sound file'
+complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a run -d 'Route live'
+complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a aggregate -d 'Use several devices as one'
+
+complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l json -d 'Print JSON'
+complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l watch -d 'Report arrivals and departures'
+complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l wait -x -d 'Seconds to wait for servers'
+
+complete -c tolvanectl -n '__fish_seen_subcommand_from check render' -F
+
+complete -c tolvanectl -n '__fish_seen_subcommand_from render run' -l patch -r -F -d 'The patch file'
+complete -c tolvanectl -n '__fish_seen_subcommand_from render run' -l buffer -x -d 'Frames of a cycle'
+complete -c tolvanectl -n '__fish_seen_subcommand_from render' -l outputs -x -d 'Channels of the result'
+complete -c tolvanectl -n '__fish_seen_subcommand_from render' -l partial -d 'Render a recording that is cut off'
+
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l device -x -d 'The device'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l wait -x -d 'Seconds to wait for servers and the device'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l watch -d 'Take over changes of the patch file'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l meters -d 'Show levels'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l seconds -x -d 'Stop after this time'
+
+complete -c tolvanectl -n '__fish_seen_subcommand_from aggregate; and not __fish_seen_subcommand_from list create delete' \
+    -a 'list create delete'
+complete -c tolvanectl -n '__tolvanectl_aggregate list' -l json -d 'Print JSON'
+complete -c tolvanectl -n '__tolvanectl_aggregate list create' -l wait -x -d 'Seconds to wait for servers and devices'
