@@ -43,6 +43,10 @@ LiveSession::LiveSession(const RunOptions& options, AudioDeviceInfo device, Patc
       signals_(signals),
       bank_(channels(device_.inputChannels), channels(device_.outputChannels)),
       engine_(&meteredIoProc),
+      publication_(bank_.cycleMarks(),
+                   [this](std::span<const PatchConnection> newest) {
+                     engine_.writeConnections(engine_.contextPtr(), newest);
+                   }),
       events_(device_.id),
       reports_(manager, device_.name) {
   setMeterBank(&bank_);
@@ -73,6 +77,7 @@ ExitStatus LiveSession::run() {
     sleep();
     handleSignals();
     handleFile();
+    publication_.poll(Clock::now());
     handleDevice();
     reports_.tell(Clock::now(), bank_.cycles(), wasAlive_);
     handleScheduling();
@@ -104,6 +109,7 @@ LiveSession::Clock::time_point LiveSession::wakeTime() const {
   if (options_.meters) wake = std::min(wake, nextMeters_);
   if (options_.seconds) wake = std::min(wake, endTime());
   wake = std::min({wake, schedulingDue_.value_or(wake), reports_.due().value_or(wake)});
+  wake = std::min(wake, publication_.due(now).value_or(wake));
   if (watcher_) wake = std::min(wake, now + watcher_->askEvery());
   return std::min(wake, fileDebouncer_.due().value_or(wake));
 }
@@ -137,7 +143,7 @@ void LiveSession::takeOver(const PatchResult& result) {
     return;
   }
   routes_ = result.value();
-  engine_.writeConnections(engine_.contextPtr(), routes_);
+  publication_.edit(routes_, Clock::now());
   if (options_.meters) bank_.meter(routes_);
   messages_.say(liveReport(patch_.path(), routes_));
   if (const auto note = unheardRoutesNote(patch_.path(), routes_)) messages_.say(*note);

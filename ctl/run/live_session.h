@@ -9,6 +9,7 @@
 #include "ctl/files/file_watcher.h"
 #include "ctl/patch/source.h"
 #include "ctl/process/signal_pipe.h"
+#include "ctl/publication/publication.h"
 #include "ctl/run/io_thread.h"
 #include "ctl/run/meter_bank.h"
 #include "ctl/run/options.h"
@@ -59,6 +60,7 @@ class LiveSession {
   MessageLog messages_;
   MeterBank bank_;
   CoreAudioEngine engine_;
+  Publication publication_;
   DeviceEvents events_;
   RunReports reports_;
   std::unique_ptr<FileWatcher> watcher_;  // null: the file is not watched

@@ -89,8 +89,12 @@ void setMeterBank(MeterBank* bank) noexcept {
 OSStatus meteredIoProc(AudioObjectID device, const AudioTimeStamp* now, const AudioBufferList* inputData,
                        const AudioTimeStamp* inputTime, AudioBufferList* outputData,
                        const AudioTimeStamp* outputTime, void* clientData) noexcept {
+  MeterBank* const bank = currentBank.load(std::memory_order_acquire);
+  if (bank == nullptr)
+    return halIOProc(device, now, inputData, inputTime, outputData, outputTime, clientData);
+  const CycleScope scope(bank->cycleMarks());
   const OSStatus status = halIOProc(device, now, inputData, inputTime, outputData, outputTime, clientData);
-  if (MeterBank* bank = currentBank.load(std::memory_order_acquire)) bank->observe(inputData, outputData);
+  bank->observe(inputData, outputData);
   return status;
 }
 

@@ -8,6 +8,7 @@
 #include <span>
 
 #include "core/routing/sounding_routes.h"
+#include "ctl/publication/cycle_marks.h"
 #include "hal/core_audio.h"
 
 namespace tolvane::ctl {
@@ -29,6 +30,9 @@ class MeterBank {
   /// NaN counts as higher than any number. [main-thread]
   [[nodiscard]] float takeInputPeak(std::size_t channel) noexcept;
   [[nodiscard]] float takeOutputPeak(std::size_t channel) noexcept;
+
+  /// Where meteredIoProc marks its cycles. [any-thread]
+  [[nodiscard]] CycleMarks& cycleMarks() noexcept { return cycleMarks_; }
 
   /// [any-thread]
   [[nodiscard]] std::uint64_t cycles() const noexcept { return cycles_.load(std::memory_order_relaxed); }
@@ -58,6 +62,7 @@ class MeterBank {
   Side inputs_;
   Side outputs_;
   std::atomic<std::uint64_t> cycles_{0};
+  CycleMarks cycleMarks_;
 };
 
 /// Sets the bank that meteredIoProc fills; null, the initial value, is none. The bank must outlive the run.
@@ -66,7 +71,8 @@ void setMeterBank(MeterBank* bank) noexcept;
 
 extern "C" {
 
-/// Calls halIOProc, then meters its buffers with the current bank. [io-thread]
+/// Calls halIOProc, then meters its buffers with the current bank, which also gets the cycle's marks.
+/// [io-thread]
 OSStatus meteredIoProc(AudioObjectID device, const AudioTimeStamp* now, const AudioBufferList* inputData,
                        const AudioTimeStamp* inputTime, AudioBufferList* outputData,
                        const AudioTimeStamp* outputTime, void* clientData) noexcept;
