@@ -39,9 +39,13 @@ class LinkSet::Link {
   }
   [[nodiscard]] bool isReady() const noexcept { return isReady_; }
 
-  /// True if the link has failed or gone, and the last attempt was at least `pause` ago.
+  enum class Removal { none, noticed, asked, confirmed };
+  [[nodiscard]] Removal removal() const noexcept { return removal_; }
+  void setRemoval(Removal removal) noexcept { removal_ = removal; }
+
+  /// True if the link has failed, and the last attempt was at least `pause` ago.
   [[nodiscard]] bool mayBeRetried(milliseconds pause) const noexcept {
-    const bool isDead = isDead_ || proxy_ == nullptr;
+    const bool isDead = removal_ == Removal::none && (isDead_ || proxy_ == nullptr);
     return isDead && std::chrono::steady_clock::now() - asked_ >= pause;
   }
 
@@ -65,6 +69,11 @@ class LinkSet::Link {
     changed_();
   }
 
+  void onRemoved() {
+    if (!isDead_) removal_ = Removal::noticed;
+    become(false, true);
+  }
+
   void onDestroy() {
     spa_hook_remove(&proxyHook_);
     spa_hook_remove(&hook_);
@@ -83,6 +92,7 @@ class LinkSet::Link {
   spa_hook hook_{};
   bool isReady_ = false;
   bool isDead_ = false;
+  Removal removal_ = Removal::none;
   std::chrono::steady_clock::time_point asked_ = std::chrono::steady_clock::now();
 };
 
@@ -90,7 +100,7 @@ const pw_proxy_events LinkSet::Link::kProxyEvents = [] {
   pw_proxy_events events{};
   events.version = PW_VERSION_PROXY_EVENTS;
   events.destroy = [](void* data) { static_cast<Link*>(data)->onDestroy(); };
-  events.removed = [](void* data) { static_cast<Link*>(data)->become(false, true); };
+  events.removed = [](void* data) { static_cast<Link*>(data)->onRemoved(); };
   events.error = [](void* data, int /*sequence*/, int /*result*/, const char* /*message*/) {
     static_cast<Link*>(data)->become(false, true);
   };
@@ -130,11 +140,41 @@ void LinkSet::dropAll() {
   for (Place& place : places_) place.link.reset();
 }
 
+bool LinkSet::askAboutRemoved() {
+  bool isAny = false;
+  for (Place& place : places_) {
+    if (!place.link || place.link->removal() != Link::Removal::noticed) continue;
+    place.link->setRemoval(Link::Removal::asked);
+    isAny = true;
+  }
+  return isAny;
+}
+
+void LinkSet::confirmRemoved() {
+  for (Place& place : places_) {
+    if (place.link && place.link->removal() == Link::Removal::asked) {
+      place.link->setRemoval(Link::Removal::confirmed);
+    }
+  }
+}
+
+bool LinkSet::isRemoved(std::size_t place) const noexcept {
+  const auto& link = places_[place].link;
+  return link && link->removal() == Link::Removal::confirmed;
+}
+
 std::size_t LinkSet::ready(std::size_t first, std::size_t count) const noexcept {
   const auto begin = places_.begin() + static_cast<std::ptrdiff_t>(first);
   return static_cast<std::size_t>(
       std::count_if(begin, begin + static_cast<std::ptrdiff_t>(count),
                     [](const Place& place) { return place.link && place.link->isReady(); }));
+}
+
+std::size_t LinkSet::removed(std::size_t first, std::size_t count) const noexcept {
+  const auto begin = places_.begin() + static_cast<std::ptrdiff_t>(first);
+  return static_cast<std::size_t>(std::count_if(
+      begin, begin + static_cast<std::ptrdiff_t>(count),
+      [](const Place& place) { return place.link && place.link->removal() != Link::Removal::none; }));
 }
 
 }  // namespace tolvane::hal::pipewire
