@@ -57,8 +57,8 @@ class FilterSession {
   /// True if the device was alive and is not now: the session waits for it.
   [[nodiscard]] bool isLost() const { return wasAlive_ && !isAlive(); }
 
-  /// True if the device is not alive or a link is missing; reconcile() should then be called again.
-  [[nodiscard]] bool isUnfinished() const { return !isWhole_ || !isAlive(); }
+  /// True if the device is not alive or a link is missing or paused; reconcile() should then be called again.
+  [[nodiscard]] bool isUnfinished() const { return !isWhole_ || links_.isAnyPaused() || !isAlive(); }
 
   /// Waits until the device is alive; returns false if it is not within `timeout`. [not-io]
   bool waitUntilAlive(std::chrono::milliseconds timeout);

@@ -137,23 +137,20 @@ void hidePipeWireServers(const std::string& runtimeFolder, const std::string& co
   ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);
 }
 
-std::string pipeWireObjects(const std::vector<PipeWireCard>& cards, PipeWirePace pace) {
-  lastServersRate = rateOf(pace);
+std::string pipeWireObjects(const std::vector<PipeWireProperties>& nodes, PipeWirePace pace) {
   std::string driver = kDriver;
   const bool isPatient = pace == PipeWirePace::patient;
   replace(driver, "$DRIVER", isPatient ? "tolvane.patient.driver" : "support.node.driver");
   replace(driver, "$LIBRARY", isPatient ? "tolvane_patient_driver" : "support/libspa-support");
   std::ostringstream objects;
   objects << driver;
-  for (const PipeWireCard& card : cards) {
-    for (const PipeWireProperties& node : nodesOf(card)) {
-      objects << "    { factory = adapter args = {";
-      for (const auto& [key, value] : node) {
-        const bool isStructured = value.front() == '[' || value.front() == '{';
-        objects << ' ' << key << " = " << (isStructured ? value : '"' + value + '"');
-      }
-      objects << " } }\n";
+  for (const PipeWireProperties& node : nodes) {
+    objects << "    { factory = adapter args = {";
+    for (const auto& [key, value] : node) {
+      const bool isStructured = value.front() == '[' || value.front() == '{';
+      objects << ' ' << key << " = " << (isStructured ? value : '"' + value + '"');
     }
+    objects << " } }\n";
   }
   return objects.str();
 }
@@ -165,7 +162,12 @@ std::string configOf(const std::vector<PipeWireCard>& cards, PipeWirePace pace) 
   replace(head, "$RATE", rateOf(pace));
   const bool isSlow = pace == PipeWirePace::slow;
   replace(head, "$RATES", isSlow ? rateOf(pace) : "44100 48000 96000");
-  return head + pipeWireObjects(cards, pace) + "]\n";
+  lastServersRate = rateOf(pace);
+  std::vector<PipeWireProperties> nodes;
+  for (const PipeWireCard& card : cards) {
+    for (PipeWireProperties& node : nodesOf(card)) nodes.push_back(std::move(node));
+  }
+  return head + pipeWireObjects(nodes, pace) + "]\n";
 }
 
 }  // namespace

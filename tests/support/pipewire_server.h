@@ -44,8 +44,8 @@ enum class PipeWirePace {
 /// Makes every client of this process find only the server whose sockets are in `runtimeFolder`.
 void hidePipeWireServers(const std::string& runtimeFolder, const std::string& configFolder);
 
-/// The entries of a server's context.objects that make the cards and what drives them.
-[[nodiscard]] std::string pipeWireObjects(const std::vector<PipeWireCard>& cards, PipeWirePace pace);
+/// The entries of a server's context.objects that make these nodes, and a driver for the group "cards".
+[[nodiscard]] std::string pipeWireObjects(const std::vector<PipeWireProperties>& nodes, PipeWirePace pace);
 
 /// SPA_PLUGIN_DIR for a server with such objects.
 [[nodiscard]] const char* pipeWirePlugins();
