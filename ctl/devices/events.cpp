@@ -1,29 +1,40 @@
 #include "ctl/devices/events.h"
 
+#include <algorithm>
+#include <iterator>
+
 #include "ctl/devices/property.h"
 
 namespace tolvane::ctl {
 
 namespace {
 
-constexpr AudioObjectPropertySelector kListenedTo[] = {kAudioDeviceProcessorOverload,
-                                                       kAudioDevicePropertyDeviceIsAlive};
+constexpr AudioObjectPropertyAddress kListenedTo[] = {globalAddress(kAudioDeviceProcessorOverload),
+                                                      globalAddress(kAudioDevicePropertyDeviceIsAlive)};
+
+// Only this program's own HAL has these.
+constexpr AudioObjectPropertyAddress kListenedToIfKnown[] = {
+    {kTolvaneDevicePropertyRemovedLinks, kAudioObjectPropertyScopeInput, kAudioObjectPropertyElementMain},
+    {kTolvaneDevicePropertyRemovedLinks, kAudioObjectPropertyScopeOutput, kAudioObjectPropertyElementMain}};
 
 }  // namespace
 
 DeviceEvents::DeviceEvents(AudioDeviceID device) : device_(device) {
-  for (const auto selector : kListenedTo) {
-    const AudioObjectPropertyAddress address = globalAddress(selector);
+  for (const AudioObjectPropertyAddress& address : kListenedTo) {
     const OSStatus status = AudioObjectAddPropertyListener(device_, &address, &DeviceEvents::told, this);
     if (status_ == noErr) status_ = status;
+  }
+  for (const AudioObjectPropertyAddress& address : kListenedToIfKnown) {
+    AudioObjectAddPropertyListener(device_, &address, &DeviceEvents::told, this);
   }
 }
 
 DeviceEvents::~DeviceEvents() {
-  for (const auto selector : kListenedTo) {
-    const AudioObjectPropertyAddress address = globalAddress(selector);
+  const auto remove = [this](const AudioObjectPropertyAddress& address) {
     AudioObjectRemovePropertyListener(device_, &address, &DeviceEvents::told, this);
-  }
+  };
+  std::for_each(std::begin(kListenedTo), std::end(kListenedTo), remove);
+  std::for_each(std::begin(kListenedToIfKnown), std::end(kListenedToIfKnown), remove);
 }
 
 bool DeviceEvents::isAlive() const {

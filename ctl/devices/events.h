@@ -8,8 +8,8 @@
 
 namespace tolvane::ctl {
 
-/// Listens to one device's notifications: overloads, and that the device went or came back. The listener runs
-/// on the HAL's notification thread, everything else is [main-thread].
+/// Listens to one device's notifications: overloads, that the device went or came back, and that somebody
+/// removed links. The listener runs on the HAL's notification thread, everything else is [main-thread].
 class DeviceEvents {
  public:
   explicit DeviceEvents(AudioDeviceID device);
@@ -21,7 +21,7 @@ class DeviceEvents {
   /// noErr, or why the device cannot be listened to.
   [[nodiscard]] OSStatus status() const noexcept { return status_; }
 
-  /// For poll(): readable when the device may have gone or come back.
+  /// For poll(): readable when the device may have gone or come back, or links may have been removed.
   [[nodiscard]] int descriptor() const noexcept { return wake_.descriptor(); }
 
   /// Overloads since construction. [any-thread]

@@ -152,6 +152,9 @@ void LiveSession::takeOver(const PatchResult& result) {
 void LiveSession::handleDevice() {
   if (!deviceTold_) return;
   const bool alive = events_.isAlive();
+  const RemovedChannels removed = removedChannelsOf(device_.id);
+  if (const auto note = removedLinksNote(removed_, removed)) messages_.say(about(device_.name, *note));
+  removed_ = removed;
   if (alive == wasAlive_) return;
   wasAlive_ = alive;
   messages_.say(about(device_.name, alive ? "is back" : "is gone; waiting for it to come back"));

@@ -13,6 +13,7 @@
 #include "ctl/run/io_thread.h"
 #include "ctl/run/meter_bank.h"
 #include "ctl/run/options.h"
+#include "ctl/run/removed_links.h"
 #include "ctl/run/run_reports.h"
 #include "ctl/terminal/messages.h"
 #include "ctl/terminal/meter_view.h"
@@ -75,6 +76,7 @@ class LiveSession {
   bool ended_ = false;
   bool deviceTold_ = false;
   bool wasAlive_ = true;
+  RemovedChannels removed_;
 };
 
 }  // namespace tolvane::ctl

@@ -18,7 +18,16 @@ struct IoCycle {
   const AudioTimeStamp* outputTime;
 };
 
-/// The HAL's side of a running session. It outlives the session. Every operation is wait-free.
+/// Channels of a session, counted from 0 over all streams of a direction. Both lists are ascending.
+struct RemovedLinks {
+  std::vector<UInt32> inputs = {};
+  std::vector<UInt32> outputs = {};
+
+  bool operator==(const RemovedLinks&) const = default;
+};
+
+/// The HAL's side of a running session. It outlives the session. Every operation but linksRemoved() is
+/// wait-free.
 class SessionClient {
  public:
   virtual ~SessionClient() = default;
@@ -39,6 +48,11 @@ class SessionClient {
 
   /// The device now has this sample rate and this buffer size. [any-thread]
   virtual void formatChanged(double sampleRateHz, std::uint32_t bufferFrames) noexcept = 0;
+
+  /// Somebody else has removed links between our channels and the device, which is still there. `removed` is
+  /// all that are removed now. The driver does not make them again in this session until the device has been
+  /// away; it then reports them as no longer removed. [not-io]
+  virtual void linksRemoved(const RemovedLinks& /*removed*/) {}
 };
 
 /// A running session: the device calls its client until the session is destroyed.

@@ -35,6 +35,7 @@ void resolvePorts(SharedLibrary& from, JackLibrary& to) noexcept {
   from.resolve("jack_port_register", to.portRegister);
   from.resolve("jack_port_get_buffer", to.portGetBuffer);
   from.resolve("jack_connect", to.connect);
+  from.resolve("jack_port_connected_to", to.portConnectedTo);
 }
 
 void resolveCallbacks(SharedLibrary& from, JackLibrary& to) noexcept {
@@ -43,6 +44,7 @@ void resolveCallbacks(SharedLibrary& from, JackLibrary& to) noexcept {
   from.resolve("jack_set_sample_rate_callback", to.setSampleRateCallback);
   from.resolve("jack_set_xrun_callback", to.setXrunCallback);
   from.resolve("jack_set_port_registration_callback", to.setPortRegistrationCallback);
+  from.resolve("jack_set_port_connect_callback", to.setPortConnectCallback);
   from.resolve("jack_set_client_registration_callback", to.setClientRegistrationCallback);
   from.resolve("jack_on_shutdown", to.onShutdown);
   from.resolve("jack_on_info_shutdown", to.onInfoShutdown);

@@ -29,12 +29,14 @@ struct JackLibrary {
   decltype(&jack_port_register) portRegister = nullptr;
   decltype(&jack_port_get_buffer) portGetBuffer = nullptr;
   decltype(&jack_connect) connect = nullptr;
+  decltype(&jack_port_connected_to) portConnectedTo = nullptr;
 
   decltype(&jack_set_process_callback) setProcessCallback = nullptr;
   decltype(&jack_set_buffer_size_callback) setBufferSizeCallback = nullptr;
   decltype(&jack_set_sample_rate_callback) setSampleRateCallback = nullptr;
   decltype(&jack_set_xrun_callback) setXrunCallback = nullptr;
   decltype(&jack_set_port_registration_callback) setPortRegistrationCallback = nullptr;
+  decltype(&jack_set_port_connect_callback) setPortConnectCallback = nullptr;
   decltype(&jack_set_client_registration_callback) setClientRegistrationCallback = nullptr;
   decltype(&jack_on_shutdown) onShutdown = nullptr;
   decltype(&jack_on_info_shutdown) onInfoShutdown = nullptr;

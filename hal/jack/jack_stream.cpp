@@ -47,7 +47,56 @@ void JackStream::open() {
 void JackStream::requestEnd() noexcept {
   if (ending_.exchange(true)) return;
   JackFarewells::begin();
-  ending_.notify_all();
+  wake();
+}
+
+/// libjack's callbacks must not talk to the server: they wake the thread that is in awaitEnd().
+void JackStream::wake() noexcept {
+  wakes_.fetch_add(1);
+  wakes_.notify_all();
+}
+
+void JackStream::awaitEnd() {
+  for (;;) {
+    const std::uint32_t seen = wakes_.load();
+    if (ending_.load()) return;
+    if (isDisconnected_.exchange(false)) reportRemovedLinks();
+    wakes_.wait(seen);
+  }
+}
+
+void JackStream::noteDisconnection() noexcept {
+  isDisconnected_ = true;
+  wake();
+}
+
+/// True if the server answers. It has then finished what it had begun to do.
+bool JackStream::isAnswered() const noexcept {
+  char* const uuid = library_.getUuidForClientName(jack_, library_.getClientName(jack_));
+  if (uuid != nullptr) library_.free(uuid);
+  return uuid != nullptr;
+}
+
+/// The server reports a disconnection also when one of the ports goes, and before the port has gone.
+void JackStream::reportRemovedLinks() {
+  if (!isAnswered() || lost_.load()) return;
+  RemovedLinks removed;
+  const auto collect = [&](const std::vector<std::string>& theirs, const PortBuffers& ours,
+                           std::vector<UInt32>& channels) {
+    for (std::size_t channel = 0; channel < theirs.size(); ++channel) {
+      if (isRemoved(theirs[channel], ours.ports()[channel])) channels.push_back(static_cast<UInt32>(channel));
+    }
+  };
+  collect(device_.capturePorts, inputs_, removed.inputs);
+  collect(device_.playbackPorts, outputs_, removed.outputs);
+  if (removed == reportedRemoved_) return;
+  reportedRemoved_ = removed;
+  if (const CallGate::Pass pass(gate_); pass) client_.linksRemoved(removed);
+}
+
+bool JackStream::isRemoved(const std::string& devicePort, const jack_port_t* ours) const {
+  return library_.portByName(jack_, devicePort.c_str()) != nullptr &&
+         library_.portConnectedTo(ours, devicePort.c_str()) == 0;
 }
 
 void JackStream::leave() noexcept {
@@ -141,6 +190,10 @@ void JackStream::setCallbacks() noexcept {
     if (registered == 0) streamOf(self).portRemoved(port);
   });
   library_.setPortRegistrationCallback(jack_, kOnPort, this);
+  constexpr auto kOnConnection = uncancelled([](jack_port_id_t, jack_port_id_t, int connected, void* self) {
+    if (connected == 0) streamOf(self).noteDisconnection();
+  });
+  library_.setPortConnectCallback(jack_, kOnConnection, this);
   // Some servers call only the first of these two, others only the second.
   constexpr auto kOnShutdown = uncancelled([](void* self) { streamOf(self).loseServer(); });
   library_.onShutdown(jack_, kOnShutdown, this);

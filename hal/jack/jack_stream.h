@@ -16,7 +16,8 @@
 namespace tolvane::hal {
 
 /// Our client in the server's graph while a device runs. It has a connected port for each channel of the
-/// device, and libjack's callbacks. Calls the SessionClient only between open() and shut().
+/// device, and libjack's callbacks. A connection that somebody else removes stays removed, and is reported.
+/// Calls the SessionClient only between open() and shut().
 class JackStream {
  public:
   /// `client` must live until shut() has returned.
@@ -37,7 +38,8 @@ class JackStream {
 
   /// Makes awaitEnd() return. [any-thread]
   void requestEnd() noexcept;
-  void awaitEnd() const noexcept { ending_.wait(false); }
+  /// Meanwhile reports connections that somebody else removes. Blocks while the server hangs. [not-io]
+  void awaitEnd();
 
   /// Calls shut() and leaves the graph. Blocks while the server hangs. Must be called once, at the end, also
   /// if enter() failed. [not-io]
@@ -57,9 +59,14 @@ class JackStream {
   void process(jack_nframes_t frames) noexcept;
   void reportFormat() noexcept;
   void reportOverload() noexcept;
+  void reportRemovedLinks();
+  [[nodiscard]] bool isRemoved(const std::string& devicePort, const jack_port_t* ours) const;
+  [[nodiscard]] bool isAnswered() const noexcept;
+  void wake() noexcept;
   void lose() noexcept;
   void loseServer() noexcept;
   void portRemoved(jack_port_id_t port) noexcept;
+  void noteDisconnection() noexcept;
 
   const JackLibrary& library_;
   const DeviceInfo info_;
@@ -74,6 +81,9 @@ class JackStream {
 
   std::atomic<bool> lost_{false};  // the server or the device, for good
   std::atomic<bool> ending_{false};
+  std::atomic<std::uint32_t> wakes_{0};      // calls of wake()
+  std::atomic<bool> isDisconnected_{false};  // some ports of the graph, perhaps ours
+  RemovedLinks reportedRemoved_;             // used by awaitEnd() only
   JackLoss loss_;
   std::atomic<jack_nframes_t> sampleRateHz_{0};
   std::atomic<jack_nframes_t> bufferFrames_{0};

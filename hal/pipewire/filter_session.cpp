@@ -100,7 +100,7 @@ bool FilterSession::isAnyThere(const std::vector<ListedDevice>& devices) const {
          std::any_of(outputs_.begin(), outputs_.end(), isThere);
 }
 
-void FilterSession::reconcile(const Connection& connection, const std::vector<ListedDevice>& devices) {
+void FilterSession::reconcile(Connection& connection, const std::vector<ListedDevice>& devices) {
   if (ended_) return;
   const bool isThere = isAnyThere(devices);
   if (!isThere || (filter_ && filter_->isDead())) takeDown();
@@ -117,7 +117,21 @@ void FilterSession::reconcile(const Connection& connection, const std::vector<Li
   if (filter_->nodeId() == SPA_ID_INVALID) return;
   const std::size_t inputs = linkInputs(connection, devices);
   const std::size_t outputs = linkOutputs(connection, devices);
+  askAboutRemovedLinks(connection);
   publish(inputs + outputs);
+}
+
+/// By now, links whose ports have gone are dropped.
+void FilterSession::askAboutRemovedLinks(Connection& connection) {
+  if (std::exchange(isAnswered_, false)) links_.confirmRemoved();
+  if (isAsking_ || !links_.askAboutRemoved()) return;
+  isAsking_ = true;
+  connection.settle([this, lives = std::weak_ptr<int>(lives_)](bool answered) {
+    if (lives.expired()) return;
+    isAsking_ = false;
+    isAnswered_ = answered;
+    changed_();
+  });
 }
 
 /// Returns the number of inputs that are present.
@@ -174,6 +188,8 @@ void FilterSession::takeDown() {
   runner_.setRunning(false);
   links_.dropAll();
   filter_.reset();
+  isAnswered_ = false;
+  reportRemovedLinks();
   setAlive(false);
 }
 
@@ -182,7 +198,7 @@ void FilterSession::end() {
   takeDown();
 }
 
-/// `inputs` and `outputs`: the number of links that are up.
+/// `inputs` and `outputs`: the number of links that are up or removed.
 bool FilterSession::mayBegin(std::size_t inputs, std::size_t outputs) const {
   // Wait for both directions: a card that comes back brings one after the other.
   const bool hasBoth = (inputs_.empty() || inputs != 0) && (outputs_.empty() || outputs != 0);
@@ -190,10 +206,33 @@ bool FilterSession::mayBegin(std::size_t inputs, std::size_t outputs) const {
   return isAll || std::chrono::steady_clock::now() >= patientUntil_;
 }
 
+RemovedLinks FilterSession::removedLinks() const {
+  RemovedLinks removed;
+  for (std::size_t place = 0; place < inputs_.size() + outputs_.size(); ++place) {
+    if (!links_.isRemoved(place)) continue;
+    const bool isInput = place < inputs_.size();
+    const std::size_t channel = isInput ? place : place - inputs_.size();
+    (isInput ? removed.inputs : removed.outputs).push_back(static_cast<UInt32>(channel));
+  }
+  return removed;
+}
+
+void FilterSession::reportRemovedLinks() {
+  RemovedLinks removed = removedLinks();
+  if (removed == reportedRemoved_) return;
+  reportedRemoved_ = std::move(removed);
+  if (const CallGate::Pass pass(eventGate_); pass) client_.linksRemoved(reportedRemoved_);
+}
+
 /// `wanted`: the number of links that should be up.
 void FilterSession::publish(std::size_t wanted) {
-  const std::size_t inputs = links_.ready(0, inputs_.size());
-  const std::size_t outputs = links_.ready(inputs_.size(), outputs_.size());
+  reportRemovedLinks();
+  // A removed link counts as up: removing it does not make the device go away.
+  const auto settled = [&](std::size_t first, std::size_t count) {
+    return links_.ready(first, count) + links_.removed(first, count);
+  };
+  const std::size_t inputs = settled(0, inputs_.size());
+  const std::size_t outputs = settled(inputs_.size(), outputs_.size());
   isWhole_ = inputs + outputs == wanted;
   const bool isAny = inputs + outputs != 0;
   const bool alive = isAny && (isAlive() || mayBegin(inputs, outputs));

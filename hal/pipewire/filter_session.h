@@ -24,6 +24,8 @@ namespace tolvane::hal::pipewire {
 /// only two cases: when other nodes have replaced all nodes of a direction, as with another profile of the
 /// card, and when an aggregate's member that was absent at the start first appears.
 ///
+/// A link that somebody else removes stays removed, and is reported, until its channel has been away.
+///
 /// The device comes alive when all of its present channels are linked, and stays alive while any of them is.
 /// If some cannot be linked, the device comes alive without them after a while.
 class FilterSession {
@@ -34,7 +36,7 @@ class FilterSession {
 
   /// Updates filter and links to match the graph. `devices` are the devices present now, without aggregates.
   /// Does nothing after end().
-  void reconcile(const Connection& connection, const std::vector<ListedDevice>& devices);
+  void reconcile(Connection& connection, const std::vector<ListedDevice>& devices);
 
   /// Asks for another cycle length, in frames at the graph's current sample rate.
   void setQuantum(std::uint32_t frames);
@@ -55,8 +57,8 @@ class FilterSession {
   /// True if the device was alive and is not now: the session waits for it.
   [[nodiscard]] bool isLost() const { return wasAlive_ && !isAlive(); }
 
-  /// True if the device is not alive or a link is missing; reconcile() should then be called again.
-  [[nodiscard]] bool isUnfinished() const { return !isWhole_ || !isAlive(); }
+  /// True if the device is not alive or a link is missing or paused; reconcile() should then be called again.
+  [[nodiscard]] bool isUnfinished() const { return !isWhole_ || links_.isAnyPaused() || !isAlive(); }
 
   /// Waits until the device is alive; returns false if it is not within `timeout`. [not-io]
   bool waitUntilAlive(std::chrono::milliseconds timeout);
@@ -70,6 +72,9 @@ class FilterSession {
   std::size_t linkOutputs(const Connection& connection, const std::vector<ListedDevice>& devices);
   void followRate();
   [[nodiscard]] bool mayBegin(std::size_t inputs, std::size_t outputs) const;
+  void askAboutRemovedLinks(Connection& connection);
+  [[nodiscard]] RemovedLinks removedLinks() const;
+  void reportRemovedLinks();
   void publish(std::size_t wanted);
   void setAlive(bool alive);
 
@@ -85,12 +90,16 @@ class FilterSession {
   CycleRunner runner_;
   std::unique_ptr<Filter> filter_;
   LinkSet links_;  // the inputs' places first, then the outputs'
+  RemovedLinks reportedRemoved_;
+  bool isAsking_ = false;    // the server is asked whether a removed link is all that has gone
+  bool isAnswered_ = false;  // it has answered; the graph is up to date
   CallGate eventGate_;
   bool ended_ = false;
   bool wasAlive_ = false;
   bool isWhole_ = false;  // every link between present ports is up
   std::chrono::steady_clock::time_point nextAttempt_;
   std::chrono::steady_clock::time_point patientUntil_;
+  std::shared_ptr<int> lives_ = std::make_shared<int>();
 
   mutable std::mutex mutex_;  // guards alive_
   std::condition_variable aliveChanged_;

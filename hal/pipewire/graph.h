@@ -35,6 +35,7 @@ struct GraphNode {
 };
 
 struct GraphPort {
+  std::uint64_t serial = 0;
   std::uint32_t nodeId = 0;
   bool isInput = false;
   std::uint32_t index = 0;  // index among the node's ports of this direction

@@ -225,8 +225,9 @@ void GraphWatch::addPort(std::uint32_t id, const spa_dict& properties) {
   const auto index = numberOf<std::uint32_t>(properties, PW_KEY_PORT_ID);
   if (!nodeId || !index) return;
   const bool isAudio = textOf(properties, PW_KEY_FORMAT_DSP).find("audio") != std::string_view::npos;
-  graph_.ports[id] = {*nodeId, textOf(properties, PW_KEY_PORT_DIRECTION) == "in", *index, isAudio,
-                      std::string(textOf(properties, PW_KEY_PORT_NAME))};
+  const auto serial = numberOf<std::uint64_t>(properties, PW_KEY_OBJECT_SERIAL).value_or(id);
+  graph_.ports[id] = {serial, *nodeId, textOf(properties, PW_KEY_PORT_DIRECTION) == "in",
+                      *index, isAudio, std::string(textOf(properties, PW_KEY_PORT_NAME))};
   noteChange();
 }
 

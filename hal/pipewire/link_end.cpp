@@ -27,7 +27,8 @@ LinkEnd linkEndOf(const Graph& graph, std::uint32_t nodeId, std::uint32_t portId
   const auto found = graph.ports.find(portId);
   const bool isNamed = found != graph.ports.end() && !found->second.name.empty() &&
                        !isNumber(found->second.name) && isOnlyOne(graph, found->second);
-  return {nodeId, portId, isNamed ? found->second.name : std::to_string(portId)};
+  return {nodeId, portId, isNamed ? found->second.name : std::to_string(portId),
+          found != graph.ports.end() ? found->second.serial : 0};
 }
 
 }  // namespace tolvane::hal::pipewire

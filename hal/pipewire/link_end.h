@@ -11,10 +11,11 @@ namespace tolvane::hal::pipewire {
 struct LinkEnd {
   std::uint32_t nodeId = 0;
   std::uint32_t portId = 0;
-  std::string port;  // how a request names the port
+  std::string port;              // how a request names the port
+  std::uint64_t portSerial = 0;  // tells the port from a later one with its identifier
 
   bool operator==(const LinkEnd& other) const noexcept {
-    return nodeId == other.nodeId && portId == other.portId;
+    return nodeId == other.nodeId && portId == other.portId && portSerial == other.portSerial;
   }
 };
 

@@ -24,22 +24,40 @@ class LinkSet {
 
   /// Asks the server for a link between these two ends, unless the place already has it. Any other link of
   /// the place is removed first. If the link has failed, a later call asks again; the pause between attempts
-  /// grows.
+  /// grows. The same goes for a link that no longer carries audio: when a node of a running graph was
+  /// suspended, servers before 1.0 may leave its links so for ever. A link that the server has removed
+  /// without an error is not asked for again: either one of its ports has gone too, or somebody has removed
+  /// the link and wants it so.
   void want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to);
 
   /// Removes the place's link, if any.
   void drop(std::size_t place);
   void dropAll();
 
+  /// Somebody else has removed a link if both of its ports are still there. The server may tell of the link
+  /// before it tells of a port. So first ask the server whether that is all; true if there is a link to ask
+  /// about. After the answer, drop or replace the links whose ports have gone, then confirm the rest.
+  [[nodiscard]] bool askAboutRemoved();
+  void confirmRemoved();
+
+  /// True if somebody else has removed the place's link. Confirmed removals only.
+  [[nodiscard]] bool isRemoved(std::size_t place) const noexcept;
+
+  /// True if a link has carried audio and does not now, although its ports are there: call want() again.
+  [[nodiscard]] bool isAnyPaused() const noexcept;
+
   /// Of the `count` places from `first` on, the number whose link carries audio, or will as soon as the graph
   /// runs.
   [[nodiscard]] std::size_t ready(std::size_t first, std::size_t count) const noexcept;
+  /// Likewise, the number whose link the server has removed, confirmed or not.
+  [[nodiscard]] std::size_t removed(std::size_t first, std::size_t count) const noexcept;
 
  private:
   class Link;
   struct Place {
     std::unique_ptr<Link> link;
     std::chrono::milliseconds pause{0};  // before the next attempt if the link fails
+    bool wasActive = false;              // a link between these ends has carried audio
   };
 
   const Library& library_;

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "hal/surface/hardware_periods.h"
+#include "hal/surface/removed_links.h"
 
 namespace tolvane::hal {
 
@@ -43,6 +44,21 @@ void Device::sessionFormat(double sampleRateHz, std::uint32_t bufferFrames) noex
   sessionBufferFrames_.store(bufferFrames, std::memory_order_relaxed);
 }
 
+void Device::sessionLinks(RemovedLinks removed) {
+  const std::lock_guard lock(mutex_);
+  removedLinks_ = std::move(removed);
+}
+
+void Device::forgetSession() {
+  sessionFormat(0.0, 0);
+  sessionLinks({});
+}
+
+RemovedLinks Device::removedLinks() const {
+  const std::lock_guard lock(mutex_);
+  return removedLinks_;
+}
+
 double Device::sampleRateHz() const {
   const std::lock_guard lock(mutex_);
   return sampleRateLocked();
@@ -77,6 +93,7 @@ std::vector<AudioObjectPropertySelector> Device::takeChanges(bool alive) {
   take(kAudioDevicePropertyNominalSampleRate, published_.info.sampleRateHz, sampleRateLocked());
   take(kAudioDevicePropertyBufferFrameSize, published_.info.bufferFrames, bufferFramesLocked());
   take(kAudioDevicePropertyDeviceIsAlive, published_.alive, alive);
+  take(kTolvaneDevicePropertyRemovedLinks, published_.removedLinks, removedLinks_);
   const std::uint32_t count = overloads();
   changes.insert(changes.end(), count - std::exchange(published_.overloads, count),
                  kAudioDeviceProcessorOverload);

@@ -31,16 +31,20 @@ class Device {
   // Updates from sessions. [any-thread]
   void countOverload() noexcept { overloads_.fetch_add(1, std::memory_order_relaxed); }
   void sessionFormat(double sampleRateHz, std::uint32_t bufferFrames) noexcept;
-  /// The session is over: the driver's report applies again.
-  void forgetSessionFormat() noexcept { sessionFormat(0.0, 0); }
+  void sessionLinks(RemovedLinks removed);  // [not-io]
+  /// The session is over: the driver's report applies again. [not-io]
+  void forgetSession();
 
   /// What a running session reports, else the driver's last report. [not-io]
   [[nodiscard]] double sampleRateHz() const;
   [[nodiscard]] std::uint32_t bufferFrames() const;
   [[nodiscard]] std::uint32_t overloads() const noexcept;
+  /// What the running session has reported; empty without one. [not-io]
+  [[nodiscard]] RemovedLinks removedLinks() const;
 
   /// The selectors of the properties that have changed since the last call, with one 'over' for each
-  /// overload. `alive` is the current value of 'livn'. [not-io]
+  /// overload. 'slay' and 'rmln' stand for both of their scopes. `alive` is the current value of 'livn'.
+  /// [not-io]
   std::vector<AudioObjectPropertySelector> takeChanges(bool alive);
 
  private:
@@ -48,6 +52,7 @@ class Device {
     DeviceInfo info;
     bool alive = true;
     std::uint32_t overloads = 0;
+    RemovedLinks removedLinks = {};
   };
 
   [[nodiscard]] double sampleRateLocked() const;
@@ -63,6 +68,7 @@ class Device {
   std::shared_ptr<DriverPoller> poller_;
   DeviceInfo info_;
   std::optional<Clock::time_point> listedAt_;
+  RemovedLinks removedLinks_;
   Published published_;
   bool relisted_ = false;  // info_ has changed since published_.info was taken
 };

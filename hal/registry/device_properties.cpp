@@ -6,6 +6,7 @@
 #include "hal/support/realtime.h"
 #include "hal/surface/hardware_periods.h"
 #include "hal/surface/io_thread_scheduling.h"
+#include "hal/surface/removed_links.h"
 
 namespace tolvane::hal {
 
@@ -160,6 +161,16 @@ OSStatus readStreams(DeviceObject& object, const ValueRoom& room) {
   return noErr;
 }
 
+template <std::vector<UInt32> RemovedLinks::*kChannels>
+UInt32 removedLinksSize(DeviceObject& object) {
+  return static_cast<UInt32>((object.device->removedLinks().*kChannels).size() * sizeof(UInt32));
+}
+
+template <std::vector<UInt32> RemovedLinks::*kChannels>
+OSStatus readRemovedLinks(DeviceObject& object, const ValueRoom& room) {
+  return writeArray(room, object.device->removedLinks().*kChannels);
+}
+
 constexpr auto kInputs = &DeviceInfo::inputStreams;
 constexpr auto kOutputs = &DeviceInfo::outputStreams;
 
@@ -185,6 +196,10 @@ const std::vector<Property<DeviceObject>>& deviceProperties() {
       {kTolvaneDevicePropertyPeriodsRange, kGlobal, sizeOf<AudioValueRange>, readPeriodsRange, nullptr},
       {kTolvaneDevicePropertyIOThreadScheduling, kGlobal, sizeOf<TolvaneThreadScheduling>,
        readIoThreadScheduling, nullptr},
+      {kTolvaneDevicePropertyRemovedLinks, kAudioObjectPropertyScopeInput,
+       removedLinksSize<&RemovedLinks::inputs>, readRemovedLinks<&RemovedLinks::inputs>, nullptr},
+      {kTolvaneDevicePropertyRemovedLinks, kAudioObjectPropertyScopeOutput,
+       removedLinksSize<&RemovedLinks::outputs>, readRemovedLinks<&RemovedLinks::outputs>, nullptr},
   };
   return *table;
 }

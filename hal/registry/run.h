@@ -65,6 +65,7 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   void overload() noexcept override;
   void aliveChanged(bool alive) noexcept override;
   void formatChanged(double sampleRateHz, std::uint32_t bufferFrames) noexcept override;
+  void linksRemoved(const RemovedLinks& removed) override;
 
  private:
   void startSession();

@@ -5,6 +5,7 @@
 
 #include "hal/registry/registry.h"
 #include "hal/support/thread.h"
+#include "hal/surface/removed_links.h"
 
 namespace tolvane::hal {
 
@@ -90,7 +91,8 @@ void Registry::publishChanges() {
   }
   for (const auto& device : catalog_.devices()) {
     for (const AudioObjectPropertySelector selector : device->takeChanges(alive(*device))) {
-      if (selector != kAudioDevicePropertyStreamConfiguration) {
+      if (selector != kAudioDevicePropertyStreamConfiguration &&
+          selector != kTolvaneDevicePropertyRemovedLinks) {
         notifier_.post(device->id(), addressOf(selector));
         continue;
       }

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 #include <span>
 #include <vector>
 
@@ -25,11 +26,22 @@ class JackSessionClient final : public hal::SessionClient {
     bufferFrames = frames;
   }
 
+  void linksRemoved(const hal::RemovedLinks& links) override {
+    const std::lock_guard lock(mutex_);
+    removed_ = links;
+    ++removals;
+  }
+  [[nodiscard]] hal::RemovedLinks removed() const {
+    const std::lock_guard lock(mutex_);
+    return removed_;
+  }
+
   /// Publishes another patch, effective from the next cycle on. [main-thread]
   void publish(std::span<const PatchConnection> routes) { writeConnections(&context_, routes); }
 
   std::atomic<std::uint64_t> cycles{0};
   std::atomic<std::uint64_t> overloads{0};
+  std::atomic<int> removals{0};  // reports so far
   std::atomic<bool> alive{true};
   std::atomic<double> sampleRateHz{0.0};
   std::atomic<std::uint32_t> bufferFrames{0};
@@ -43,6 +55,8 @@ class JackSessionClient final : public hal::SessionClient {
 
  private:
   IOProcContext context_;
+  mutable std::mutex mutex_;  // guards removed_
+  hal::RemovedLinks removed_;
 };
 
 }  // namespace tolvane::test

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <optional>
 #include <stdexcept>
+#include <string_view>
 
 #include "hal/pipewire/library.h"
 
@@ -61,8 +62,14 @@ struct PipeWireClient::State {
   std::map<std::uint32_t, std::string> nodes;
   std::set<std::string> nodesSoFar;  // names
   std::map<std::uint32_t, Port> ports;
-  std::map<std::uint32_t, bool> links;
+  struct Link {
+    std::uint32_t fromPort;
+    std::uint32_t toPort;
+  };
+  std::map<std::uint32_t, Link> links;
   std::map<std::string, pw_proxy*> metadata;
+  spa_hook metadataHook{};  // of "default"
+  std::string defaultSink;
   std::vector<pw_proxy*> made;  // of objects that the server created for us; a proxy may outlive its object
   int answered = -1;
 
@@ -72,14 +79,16 @@ struct PipeWireClient::State {
       nodes[id] = textOf(properties, PW_KEY_NODE_NAME);
       nodesSoFar.insert(nodes[id]);
     }
-    if (kind == PW_TYPE_INTERFACE_Link) links[id] = true;
+    if (kind == PW_TYPE_INTERFACE_Link) {
+      links[id] = {numberOf(properties, PW_KEY_LINK_OUTPUT_PORT),
+                   numberOf(properties, PW_KEY_LINK_INPUT_PORT)};
+    }
     if (kind == PW_TYPE_INTERFACE_Port) {
       ports[id] = {numberOf(properties, PW_KEY_NODE_ID), textOf(properties, PW_KEY_PORT_DIRECTION) == "in",
                    numberOf(properties, PW_KEY_PORT_ID)};
     }
     if (kind == PW_TYPE_INTERFACE_Metadata) {
-      metadata[textOf(properties, PW_KEY_METADATA_NAME)] =
-          pipewire::bind(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA);
+      bindMetadata(id, textOf(properties, PW_KEY_METADATA_NAME));
     }
     pw_thread_loop_signal(loop, false);
   }
@@ -112,6 +121,50 @@ struct PipeWireClient::State {
       if (nodeName == name) return id;
     }
     return std::nullopt;
+  }
+
+  void awaitPorts(const PipeWireProperties& node) const {
+    const std::string& name = node.at("node.name");
+    const auto channels = std::stoul(node.at("audio.channels"));
+    const auto isThere = [&] {
+      const auto id = nodeId(name);
+      const auto count = std::count_if(ports.begin(), ports.end(),
+                                       [&](const auto& entry) { return entry.second.nodeId == id; });
+      return id && count == static_cast<std::ptrdiff_t>(2 * channels);
+    };
+    waitUntil(isThere, "made " + name);
+  }
+
+  void bindMetadata(std::uint32_t id, const std::string& name) {
+    static const pw_metadata_events kEvents = [] {
+      pw_metadata_events events{};
+      events.version = PW_VERSION_METADATA_EVENTS;
+      events.property = [](void* data, std::uint32_t /*subject*/, const char* key, const char* /*type*/,
+                           const char* value) {
+        static_cast<State*>(data)->onDefault(key, value);
+        return 0;
+      };
+      return events;
+    }();
+    pw_proxy* const proxy = pipewire::bind(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA);
+    if (const auto old = metadata.find(name); old != metadata.end()) {
+      if (name == "default") spa_hook_remove(&metadataHook);
+      made.push_back(old->second);
+    }
+    metadata[name] = proxy;
+    if (name == "default") {
+      pipewire::addListener(reinterpret_cast<pw_metadata*>(proxy), &metadataHook, &kEvents, this);
+    }
+  }
+
+  void onDefault(const char* key, const char* value) {
+    if (key != nullptr && std::string_view(key) != "default.audio.sink") return;
+    // {"name":"..."}: the name stands between the last two quotation marks.
+    const std::string text = key != nullptr && value != nullptr ? value : "";
+    const std::size_t end = text.rfind('"');
+    const std::size_t begin = end == std::string::npos ? end : text.rfind('"', end - 1);
+    defaultSink = begin == std::string::npos ? "" : text.substr(begin + 1, end - begin - 1);
+    pw_thread_loop_signal(loop, false);
   }
 
   [[nodiscard]] std::optional<std::uint32_t> portId(const PipeWirePort& wanted) const {
@@ -165,6 +218,7 @@ PipeWireClient::PipeWireClient() : state_(std::make_unique<State>()) {
 
 PipeWireClient::~PipeWireClient() {
   pw_thread_loop_stop(state_->loop);
+  if (state_->metadata.contains("default")) spa_hook_remove(&state_->metadataHook);
   for (const auto& [name, proxy] : state_->metadata) state_->made.push_back(proxy);
   state_->made.push_back(reinterpret_cast<pw_proxy*>(state_->registry));
   for (pw_proxy* const proxy : state_->made) {
@@ -179,15 +233,23 @@ void PipeWireClient::addNode(const PipeWireProperties& properties) {
   const LoopLock lock(state_->loop);
   state_->made.push_back(
       create(state_->core, "adapter", PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, properties));
-  const std::string& name = properties.at("node.name");
-  const auto channels = std::stoul(properties.at("audio.channels"));
-  const auto isThere = [&] {
-    const auto id = state_->nodeId(name);
-    const auto ports = std::count_if(state_->ports.begin(), state_->ports.end(),
-                                     [&](const auto& entry) { return entry.second.nodeId == id; });
-    return id && ports == static_cast<std::ptrdiff_t>(2 * channels);
-  };
-  state_->waitUntil(isThere, "made " + name);
+  state_->awaitPorts(properties);
+}
+
+void PipeWireClient::awaitPorts(const PipeWireProperties& node) {
+  const LoopLock lock(state_->loop);
+  state_->awaitPorts(node);
+}
+
+void PipeWireClient::awaitDefaultSink() {
+  const LoopLock lock(state_->loop);
+  state_->waitUntil([&] { return !state_->defaultSink.empty(); }, "chosen a default sink");
+}
+
+std::string PipeWireClient::defaultSink() {
+  const LoopLock lock(state_->loop);
+  state_->roundTripLocked();
+  return state_->defaultSink;
 }
 
 void PipeWireClient::addCard(const PipeWireCard& card) {
@@ -263,7 +325,17 @@ unsigned PipeWireClient::linkCount() {
 void PipeWireClient::removeLinks() {
   const LoopLock lock(state_->loop);
   state_->roundTripLocked();
-  for (const auto& [id, isThere] : state_->links) pipewire::destroyGlobal(state_->registry, id);
+  for (const auto& [id, link] : state_->links) pipewire::destroyGlobal(state_->registry, id);
+}
+
+void PipeWireClient::removeLinksOf(const PipeWirePort& port) {
+  const LoopLock lock(state_->loop);
+  state_->roundTripLocked();
+  const auto wanted = state_->portId(port);
+  for (const auto& [id, link] : state_->links) {
+    if (link.fromPort == wanted || link.toPort == wanted) pipewire::destroyGlobal(state_->registry, id);
+  }
+  state_->roundTripLocked();
 }
 
 void PipeWireClient::roundTrip() {

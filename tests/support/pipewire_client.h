@@ -36,6 +36,14 @@ class PipeWireClient {
   void addNode(const PipeWireProperties& properties);
   void addCard(const PipeWireCard& card);
 
+  /// Waits until the node with these properties has all its ports.
+  void awaitPorts(const PipeWireProperties& node);
+
+  /// Waits until the session manager has chosen a default sink.
+  void awaitDefaultSink();
+  /// The name of the default sink's node; empty without one.
+  [[nodiscard]] std::string defaultSink();
+
   /// Has the server destroy the node and waits until the node is gone.
   void removeNode(const std::string& name);
   void removeCard(const PipeWireCard& card);
@@ -58,6 +66,8 @@ class PipeWireClient {
 
   /// Has the server destroy every link, of all clients.
   void removeLinks();
+  /// Has the server destroy the links of this port.
+  void removeLinksOf(const PipeWirePort& port);
 
   /// Waits until the server has handled all requests so far.
   void roundTrip();

@@ -1,21 +1,13 @@
 #include "support/pipewire_server.h"
 
-#include <array>
-#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
-#include <stdexcept>
 #include <string_view>
-#include <thread>
+#include <utility>
 
-#include <fcntl.h>
-#include <spawn.h>
-#include <sys/prctl.h>
-#include <sys/socket.h>
-#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -24,8 +16,6 @@
 namespace tolvane::test {
 
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr const char* kHead = R"(
 context.properties = {
@@ -89,31 +79,6 @@ const char* rateOf(PipeWirePace pace) {
 
 std::string lastServersRate = rateOf(PipeWirePace::realTime);
 
-std::string configOf(const std::vector<PipeWireCard>& cards, PipeWirePace pace) {
-  std::string head = kHead;
-  replace(head, "$RATE", rateOf(pace));
-  const bool isSlow = pace == PipeWirePace::slow;
-  replace(head, "$RATES", isSlow ? rateOf(pace) : "44100 48000 96000");
-  std::string driver = kDriver;
-  const bool isPatient = pace == PipeWirePace::patient;
-  replace(driver, "$DRIVER", isPatient ? "tolvane.patient.driver" : "support.node.driver");
-  replace(driver, "$LIBRARY", isPatient ? "tolvane_patient_driver" : "support/libspa-support");
-  std::ostringstream config;
-  config << head << driver;
-  for (const PipeWireCard& card : cards) {
-    for (const PipeWireProperties& node : nodesOf(card)) {
-      config << "    { factory = adapter args = {";
-      for (const auto& [key, value] : node) {
-        const bool isStructured = value.front() == '[' || value.front() == '{';
-        config << ' ' << key << " = " << (isStructured ? value : '"' + value + '"');
-      }
-      config << " } }\n";
-    }
-  }
-  config << "]\n";
-  return config.str();
-}
-
 PipeWireProperties nodeOf(const PipeWireCard& card, const char* part, const char* mediaClass,
                           unsigned channels) {
   std::string positions = "[";
@@ -147,33 +112,6 @@ PipeWireProperties nodeOf(const PipeWireCard& card, const char* part, const char
   return node;
 }
 
-/// True if the socket accepts connections. Its file exists shortly before it does.
-bool isListenedTo(const std::string& socketFile) {
-  sockaddr_un address{};
-  address.sun_family = AF_UNIX;
-  socketFile.copy(address.sun_path, sizeof address.sun_path - 1);
-  const int client = ::socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  const bool isTaken = ::connect(client, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-  ::close(client);
-  return isTaken;
-}
-
-/// Starts a process that removes the folder when its standard input closes, at the latest when this process
-/// ends.
-pid_t startGuard(const std::string& folder, int pipeEnd) {
-  const char* script = "read -r line; rm -rf \"$0\"";
-  std::array<char*, 5> arguments = {const_cast<char*>("sh"), const_cast<char*>("-c"),
-                                    const_cast<char*>(script), const_cast<char*>(folder.c_str()), nullptr};
-  posix_spawn_file_actions_t actions;
-  posix_spawn_file_actions_init(&actions);
-  posix_spawn_file_actions_adddup2(&actions, pipeEnd, STDIN_FILENO);
-  pid_t guard = -1;
-  const int error = posix_spawn(&guard, "/bin/sh", &actions, nullptr, arguments.data(), environ);
-  posix_spawn_file_actions_destroy(&actions);
-  if (error != 0) throw std::runtime_error("cannot start the guard of the server's folder");
-  return guard;
-}
-
 }  // namespace
 
 bool isSilentAtAQuantumChange() {
@@ -188,65 +126,76 @@ std::vector<PipeWireProperties> nodesOf(const PipeWireCard& card) {
   return nodes;
 }
 
-PipeWireServer::PipeWireServer(const std::vector<PipeWireCard>& cards, PipeWirePace pace) {
-  std::string pattern = (std::filesystem::temp_directory_path() / "tolvane-pw-XXXXXX").string();
-  if (::mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("cannot make a folder for the server");
-  folder_ = pattern;
-  configFile_ = folder_ + "/server.conf";
-  lastServersRate = rateOf(pace);
-  std::ofstream(configFile_) << configOf(cards, pace);
-
-  std::array<int, 2> ends{};
-  if (::pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("cannot make a pipe");
-  guardPipe_ = ends[1];
-  guard_ = startGuard(folder_, ends[0]);
-  ::close(ends[0]);
-
-  ::setenv("XDG_RUNTIME_DIR", folder_.c_str(), 1);
+void hidePipeWireServers(const std::string& runtimeFolder, const std::string& configFolder) {
+  ::setenv("XDG_RUNTIME_DIR", runtimeFolder.c_str(), 1);
   // The user's own configuration must have no effect.
-  ::setenv("XDG_CONFIG_HOME", configFolder().c_str(), 1);
+  ::setenv("XDG_CONFIG_HOME", configFolder.c_str(), 1);
   ::unsetenv("PIPEWIRE_RUNTIME_DIR");
   ::unsetenv("PIPEWIRE_REMOTE");
   // Real-time scheduling must come from the system itself, not from a service on D-Bus.
   ::setenv("DBUS_SESSION_BUS_ADDRESS", "unix:path=/nonexistent", 1);
   ::setenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent", 1);
+}
+
+std::string pipeWireObjects(const std::vector<PipeWireProperties>& nodes, PipeWirePace pace) {
+  std::string driver = kDriver;
+  const bool isPatient = pace == PipeWirePace::patient;
+  replace(driver, "$DRIVER", isPatient ? "tolvane.patient.driver" : "support.node.driver");
+  replace(driver, "$LIBRARY", isPatient ? "tolvane_patient_driver" : "support/libspa-support");
+  std::ostringstream objects;
+  objects << driver;
+  for (const PipeWireProperties& node : nodes) {
+    objects << "    { factory = adapter args = {";
+    for (const auto& [key, value] : node) {
+      const bool isStructured = value.front() == '[' || value.front() == '{';
+      objects << ' ' << key << " = " << (isStructured ? value : '"' + value + '"');
+    }
+    objects << " } }\n";
+  }
+  return objects.str();
+}
+
+namespace {
+
+std::string configOf(const std::vector<PipeWireCard>& cards, PipeWirePace pace) {
+  std::string head = kHead;
+  replace(head, "$RATE", rateOf(pace));
+  const bool isSlow = pace == PipeWirePace::slow;
+  replace(head, "$RATES", isSlow ? rateOf(pace) : "44100 48000 96000");
+  lastServersRate = rateOf(pace);
+  std::vector<PipeWireProperties> nodes;
+  for (const PipeWireCard& card : cards) {
+    for (PipeWireProperties& node : nodesOf(card)) nodes.push_back(std::move(node));
+  }
+  return head + pipeWireObjects(nodes, pace) + "]\n";
+}
+
+}  // namespace
+
+const char* pipeWirePlugins() {
+  return TOLVANE_SPA_PLUGINS;
+}
+
+PipeWireServer::PipeWireServer(const std::vector<PipeWireCard>& cards, PipeWirePace pace) {
+  std::ofstream(configFile_) << configOf(cards, pace);
+  hidePipeWireServers(folder_.path(), configFolder());
   start();
 }
 
 PipeWireServer::~PipeWireServer() {
   if (pid_ > 0) kill();
-  ::close(guardPipe_);
-  ::waitpid(guard_, nullptr, 0);
 }
 
 void PipeWireServer::start() {
-  pid_ = ::fork();
-  if (pid_ < 0) throw std::runtime_error("cannot fork");
-  if (pid_ == 0) {
-    ::prctl(PR_SET_PDEATHSIG, SIGKILL);
-    ::setenv("SPA_PLUGIN_DIR", TOLVANE_SPA_PLUGINS, 1);
-    ::execlp("pipewire", "pipewire", "-c", configFile_.c_str(), nullptr);
-    ::_exit(127);
-  }
-  const std::string socket = folder_ + "/pipewire-0";
-  for (int attempt = 0; attempt < 2000; ++attempt) {
-    // The server listens before it has created the cards, but answers no client until then.
-    if (isListenedTo(socket)) return;
-    if (::waitpid(pid_, nullptr, WNOHANG) == pid_) {
-      pid_ = -1;
-      throw std::runtime_error("the pipewire program cannot be run");
-    }
-    std::this_thread::sleep_for(5ms);
-  }
-  throw std::runtime_error("the server has not come up");
+  pid_ = startServer({"pipewire", "-c", configFile_}, {{"SPA_PLUGIN_DIR", pipeWirePlugins()}});
+  // The server listens before it has created the cards, but answers no client until then.
+  awaitSocket(folder_.path() + "/pipewire-0", pid_);
 }
 
 void PipeWireServer::kill() {
-  ::kill(pid_, SIGKILL);
-  ::waitpid(pid_, nullptr, 0);
-  pid_ = -1;
-  std::filesystem::remove(folder_ + "/pipewire-0");
-  std::filesystem::remove(folder_ + "/pipewire-0.lock");
+  killServer(std::exchange(pid_, -1));
+  std::filesystem::remove(folder_.path() + "/pipewire-0");
+  std::filesystem::remove(folder_.path() + "/pipewire-0.lock");
 }
 
 void PipeWireServer::hang() {

@@ -8,6 +8,8 @@
 
 #include <sys/types.h>
 
+#include "support/private_folder.h"
+
 namespace tolvane::test {
 
 /// Properties of an object of the server.
@@ -39,6 +41,15 @@ enum class PipeWirePace {
 /// reallocate all buffers then.
 [[nodiscard]] bool isSilentAtAQuantumChange();
 
+/// Makes every client of this process find only the server whose sockets are in `runtimeFolder`.
+void hidePipeWireServers(const std::string& runtimeFolder, const std::string& configFolder);
+
+/// The entries of a server's context.objects that make these nodes, and a driver for the group "cards".
+[[nodiscard]] std::string pipeWireObjects(const std::vector<PipeWireProperties>& nodes, PipeWirePace pace);
+
+/// SPA_PLUGIN_DIR for a server with such objects.
+[[nodiscard]] const char* pipeWirePlugins();
+
 /// Runs from construction to destruction, or until the test program ends. Sets XDG_RUNTIME_DIR, so that every
 /// client of this process finds only this server, and XDG_CONFIG_HOME. Every failure throws
 /// std::runtime_error.
@@ -57,14 +68,12 @@ class PipeWireServer {
   [[nodiscard]] pid_t pid() const noexcept { return pid_; }
 
   /// Does not exist until somebody creates it.
-  [[nodiscard]] std::string configFolder() const { return folder_ + "/config"; }
+  [[nodiscard]] std::string configFolder() const { return folder_.path() + "/config"; }
 
  private:
-  std::string folder_;
-  std::string configFile_;
+  PrivateFolder folder_{"tolvane-pw"};
+  std::string configFile_ = folder_.path() + "/server.conf";
   pid_t pid_ = -1;
-  int guardPipe_ = -1;  // when this closes, at the latest at the end of the process, the folder is removed
-  pid_t guard_ = -1;
 };
 
 }  // namespace tolvane::test

@@ -57,6 +57,24 @@ Bytes streamConfiguration(const std::vector<UInt32>& streams) {
   return bytes;
 }
 
+Bytes bytesOfAll(const std::vector<UInt32>& values) {
+  Bytes bytes(values.size() * sizeof(UInt32));
+  if (!values.empty()) std::memcpy(bytes.data(), values.data(), bytes.size());
+  return bytes;
+}
+
+std::optional<Bytes> valueOfOneDirection(const ScriptedDevice& device, AudioObjectPropertySelector selector,
+                                         bool isInput) {
+  switch (selector) {
+    case kAudioDevicePropertyStreamConfiguration:
+      return streamConfiguration(isInput ? device.inputStreams : device.outputStreams);
+    case kTolvaneDevicePropertyRemovedLinks:
+      return bytesOfAll(isInput ? device.removedInputs : device.removedOutputs);
+    default:
+      return std::nullopt;
+  }
+}
+
 Bytes newString(const std::optional<std::string>& text) {
   const char* const utf8 = text ? text->c_str() : nullptr;
   return bytesOf(CFStringCreateWithCString(nullptr, utf8, kCFStringEncodingUTF8));
@@ -298,10 +316,12 @@ std::optional<Bytes> ScriptedHal::valueOf(const PropertyKey& key) const {
   const auto device =
       std::find_if(devices.begin(), devices.end(), [id](const ScriptedDevice& d) { return d.id == id; });
   if (device == devices.end()) return std::nullopt;
-  if (selector != kAudioDevicePropertyStreamConfiguration) return globalValue(*device, selector);
-  if (scope == kAudioObjectPropertyScopeInput) return streamConfiguration(device->inputStreams);
-  if (scope == kAudioObjectPropertyScopeOutput) return streamConfiguration(device->outputStreams);
-  return std::nullopt;
+  const bool isDirected =
+      selector == kAudioDevicePropertyStreamConfiguration || selector == kTolvaneDevicePropertyRemovedLinks;
+  if (!isDirected) return globalValue(*device, selector);
+  const bool isInput = scope == kAudioObjectPropertyScopeInput;
+  if (!isInput && scope != kAudioObjectPropertyScopeOutput) return std::nullopt;
+  return valueOfOneDirection(*device, selector, isInput);
 }
 
 ScriptedRegistration* ScriptedHal::find(AudioDeviceID device, AudioDeviceIOProcID procID) {

@@ -32,6 +32,8 @@ struct ScriptedDevice {
   bool alive = true;
   UInt32 transport = kAudioDeviceTransportTypeVirtual;
   std::optional<TolvaneThreadScheduling> scheduling = std::nullopt;  // none: no such property
+  std::vector<UInt32> removedInputs = {};                            // channels whose links are removed
+  std::vector<UInt32> removedOutputs = {};
 };
 
 enum class HalCall {

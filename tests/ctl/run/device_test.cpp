@@ -186,6 +186,33 @@ TEST_F(RunDevice, SaysThatTheDeviceWentAndCameBack) {
             "tolvanectl: Box: is gone; waiting for it to come back\ntolvanectl: Box: is back\n");
 }
 
+TEST_F(RunDevice, SaysOnceWhichLinksSomebodyHasRemoved) {
+  int looks = 0;
+  const auto remove = [&](std::vector<UInt32> inputs, std::vector<UInt32> outputs) {
+    hal_.devices[0].removedInputs = std::move(inputs);
+    hal_.devices[0].removedOutputs = std::move(outputs);
+    hal_.notify(7, kTolvaneDevicePropertyRemovedLinks, kAudioObjectPropertyScopeOutput);
+  };
+  hal_.onCall = [&](const std::string& call) {
+    if (call.starts_with("AudioDeviceStart")) remove({}, {2});
+    if (!call.starts_with("AudioObjectGetPropertyData(7, livn")) return;
+    ++looks;
+    if (looks <= 2) hal_.notify(7, kAudioDevicePropertyDeviceIsAlive);  // nothing new
+    if (looks == 3) remove({0, 1, 2, 6}, {2, 4});
+    if (looks == 4) remove({}, {});  // the device has been away
+    if (looks == 5) remove({}, {2});
+    if (looks == 6) end();
+  };
+  EXPECT_EQ(run(), ExitStatus::done);
+  const std::string tail = " removed until the next start, or until the device has been away\n";
+  EXPECT_EQ(err_,
+            "tolvanectl: routing on Box\n"
+            "tolvanectl: Box: somebody has removed the link of output 3; it stays" +
+                tail +
+                "tolvanectl: Box: somebody has removed the links of inputs 1-3, 7 and output 5; they stay" +
+                tail + "tolvanectl: Box: somebody has removed the link of output 3; it stays" + tail);
+}
+
 TEST_F(RunDevice, SetsTheBufferBeforeTheStart) {
   hal_.devices[0].bufferFramesRange = {32.0, 2048.0};
   options_.settings.bufferFrames = 128;

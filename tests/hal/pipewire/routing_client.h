@@ -30,15 +30,30 @@ class RoutingClient final : public hal::SessionClient {
     cycles_.fetch_add(1);
   }
   void overload() noexcept override { overloads_.fetch_add(1); }
-  void aliveChanged(bool alive) noexcept override { alive_ = alive; }
+  void aliveChanged(bool alive) noexcept override {
+    alive_ = alive;
+    if (!alive) ++losses_;
+  }
   void formatChanged(double sampleRateHz, std::uint32_t bufferFrames) noexcept override {
     sampleRateHz_ = sampleRateHz;
     bufferFrames_ = bufferFrames;
   }
 
+  void linksRemoved(const hal::RemovedLinks& removed) override {
+    const std::lock_guard lock(mutex_);
+    removed_ = removed;
+    ++removals_;
+  }
+
+  [[nodiscard]] hal::RemovedLinks removed() const {
+    const std::lock_guard lock(mutex_);
+    return removed_;
+  }
+  [[nodiscard]] int removals() const { return removals_; }  // reports so far
   [[nodiscard]] std::uint64_t cycles() const { return cycles_; }
   [[nodiscard]] std::uint32_t overloads() const { return overloads_; }
   [[nodiscard]] bool isAlive() const { return alive_; }
+  [[nodiscard]] int losses() const { return losses_; }  // so far
   [[nodiscard]] double sampleRateHz() const { return sampleRateHz_; }
   [[nodiscard]] std::uint32_t bufferFrames() const { return bufferFrames_; }
 
@@ -49,6 +64,10 @@ class RoutingClient final : public hal::SessionClient {
   std::atomic<bool> alive_ = true;
   std::atomic<double> sampleRateHz_ = 0.0;
   std::atomic<std::uint32_t> bufferFrames_ = 0;
+  std::atomic<int> losses_ = 0;
+  std::atomic<int> removals_ = 0;
+  mutable std::mutex mutex_;  // guards removed_
+  hal::RemovedLinks removed_;
 };
 
 /// A one-to-one patch: input n to output n at unit gain, for `count` channels.

@@ -241,6 +241,13 @@ bool Script::setFormat(double sampleRateHz, std::uint32_t bufferFrames) {
   return true;
 }
 
+bool Script::removeLinks(const hal::RemovedLinks& removed) {
+  const std::lock_guard lock(mutex_);
+  if (liveSessions_ == 0) return false;
+  clients_.back()->linksRemoved(removed);
+  return true;
+}
+
 DeviceInfo scriptedDevice(const std::string& uid, std::size_t inputs, std::size_t outputs) {
   DeviceInfo info;
   info.uid = uid;

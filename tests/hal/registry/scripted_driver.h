@@ -65,6 +65,7 @@ class Script {
   bool overload();
   bool setAlive(bool alive);
   bool setFormat(double sampleRateHz, std::uint32_t bufferFrames);
+  bool removeLinks(const hal::RemovedLinks& removed);
   /// Runs a cycle for the client of the `index`th start, even if its session should be gone, as a hung driver
   /// may.
   void cycleOf(std::size_t index, std::uint32_t frames) { firstOutputAfterCycleOf(index, frames); }

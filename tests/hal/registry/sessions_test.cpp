@@ -54,6 +54,36 @@ TEST_F(Sessions, overloadsAreCountedAndHeardOneByOne) {
   EXPECT_EQ(afterwards.count(), 0);
 }
 
+/// The channels whose links are reported as removed, in one direction.
+std::vector<UInt32> removedLinks(AudioObjectID device, AudioObjectPropertyScope scope) {
+  const auto where = address(kTolvaneDevicePropertyRemovedLinks, scope);
+  UInt32 size = 0;
+  EXPECT_EQ(AudioObjectGetPropertyDataSize(device, &where, 0, nullptr, &size), noErr);
+  std::vector<UInt32> channels(size / sizeof(UInt32) + 1);
+  EXPECT_EQ(AudioObjectGetPropertyData(device, &where, 0, nullptr, &size, channels.data()), noErr);
+  channels.resize(size / sizeof(UInt32));
+  return channels;
+}
+
+TEST_F(Sessions, removedLinksAreHeardAndForgottenAtTheStop) {
+  constexpr auto kInput = kAudioObjectPropertyScopeInput;
+  constexpr auto kOutput = kAudioObjectPropertyScopeOutput;
+  const AudioObjectID device = listOne(8, 8);
+  RegisteredProc proc(device, [](auto&, auto&) {});
+  Heard heard;
+  const auto where = address(kTolvaneDevicePropertyRemovedLinks, kOutput);
+  ASSERT_EQ(AudioObjectAddPropertyListener(device, &where, hear, &heard), noErr);
+  ASSERT_EQ(proc.start(), noErr);
+  EXPECT_EQ(removedLinks(device, kInput), std::vector<UInt32>{});
+  ASSERT_TRUE(first_.removeLinks({{1}, {0, 7}}));
+  EXPECT_TRUE(eventually([&] { return heard.count.load() == 1; }));
+  EXPECT_EQ(removedLinks(device, kInput), std::vector<UInt32>{1});
+  EXPECT_EQ(removedLinks(device, kOutput), (std::vector<UInt32>{0, 7}));
+  ASSERT_EQ(proc.stop(), noErr);
+  EXPECT_EQ(removedLinks(device, kOutput), std::vector<UInt32>{});
+  EXPECT_EQ(AudioObjectRemovePropertyListener(device, &where, hear, &heard), noErr);
+}
+
 TEST_F(Sessions, overloadsJustBeforeAStopAreHeard) {
   const AudioObjectID device = listOne();
   RegisteredProc proc(device, [](auto&, auto&) {});

@@ -1,0 +1,67 @@
+// Somebody disconnects our ports from the device's while both stay, as with a patch bay.
+#include "hal/jack/jack_fixture.h"
+
+namespace tolvane::test {
+namespace {
+
+using hal::RemovedLinks;
+
+class JackRemovedLink : public JackFixture {
+ protected:
+  JackRemovedLink() {
+    startServer();
+    card_.reset(new JackTestClient(JackTestClient::card("card", 2, 2)));
+    card_->activate();
+    session_ = start("card", client_);
+  }
+
+  [[nodiscard]] bool isReported(const RemovedLinks& removed) const {
+    return eventually([&] { return client_.removed() == removed; });
+  }
+
+  JackSessionClient client_{2, 2, straightRoutes(2)};
+  std::unique_ptr<JackTestClient> card_;
+  std::unique_ptr<hal::Session> session_;
+};
+
+TEST_F(JackRemovedLink, StaysRemovedAndIsReportedOnce) {
+  card_->disconnect("card:capture_2", "Tolvane:in_2");
+  EXPECT_TRUE(isReported({{1}, {}}));
+  card_->disconnect("Tolvane:out_1", "card:playback_1");
+  EXPECT_TRUE(isReported({{1}, {0}}));
+  const std::uint64_t before = client_.cycles;
+  EXPECT_TRUE(eventually([&] { return client_.cycles > before + 50; }));
+  EXPECT_EQ(client_.removals, 2);
+  EXPECT_TRUE(client_.alive);
+  EXPECT_TRUE(card_->connectionsOf("card:capture_2").empty());
+  EXPECT_TRUE(card_->connectionsOf("card:playback_1").empty());
+  EXPECT_EQ(card_->connectionsOf("card:capture_1"), std::vector<std::string>{"Tolvane:in_1"});
+}
+
+TEST_F(JackRemovedLink, ComesBackWithTheNextStart) {
+  card_->disconnect("card:capture_2", "Tolvane:in_2");
+  ASSERT_TRUE(isReported({{1}, {}}));
+  session_.reset();
+  session_ = start("card", client_);
+  EXPECT_EQ(card_->connectionsOf("card:capture_2"), std::vector<std::string>{"Tolvane:in_2"});
+  EXPECT_EQ(client_.removals, 1);
+}
+
+TEST_F(JackRemovedLink, IsNotReportedWhereThePortHasGone) {
+  card_.reset();
+  EXPECT_TRUE(eventually([this] { return !client_.alive; }));
+  EXPECT_EQ(client_.removals, 0);
+}
+
+TEST_F(JackRemovedLink, OfOtherClientsIsNotReported) {
+  JackTestClient ear = JackTestClient::ear("ear", 1);
+  ear.activate();
+  ear.listen(0, "card:capture_1");
+  ear.disconnect("card:capture_1", "ear:playback_1");
+  card_->disconnect("card:capture_2", "Tolvane:in_2");
+  EXPECT_TRUE(isReported({{1}, {}}));
+  EXPECT_EQ(client_.removals, 1);
+}
+
+}  // namespace
+}  // namespace tolvane::test
