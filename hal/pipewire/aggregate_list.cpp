@@ -46,6 +46,7 @@ ListedDevice listed(const Aggregate& aggregate, const std::vector<ListedDevice>&
     appendStream(member.uid, member.outputChannels, isThere ? &found->outputs : nullptr,
                  result.info.outputStreams, result.outputs);
   }
+  describeChannels(result);
   return result;
 }
 

@@ -114,7 +114,12 @@ bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& n
     if (port.nodeId != nodeId || port.isInput != ofInputPorts) continue;
     ++ports;
     if (!port.isAudio) continue;
-    channels.push_back({.nodeName = node.name, .index = port.index, .nodeId = nodeId, .portId = portId});
+    channels.push_back({.nodeName = node.name,
+                        .index = port.index,
+                        .nodeId = nodeId,
+                        .portId = portId,
+                        .portName = port.name,
+                        .name = port.channelName});
   }
   std::sort(channels.begin() + static_cast<std::ptrdiff_t>(before), channels.end(),
             [](const Channel& a, const Channel& b) { return a.index < b.index; });
@@ -148,6 +153,16 @@ void makeNamesDistinct(std::vector<ListedDevice>& devices, std::set<std::string>
 }
 
 }  // namespace
+
+void describeChannels(ListedDevice& device) {
+  const auto describe = [](const std::vector<Channel>& channels, std::vector<ChannelInfo>& infos) {
+    infos.clear();
+    for (const Channel& channel : channels)
+      infos.push_back({channel.name, channel.nodeName, channel.portName});
+  };
+  describe(device.inputs, device.info.inputs);
+  describe(device.outputs, device.info.outputs);
+}
 
 std::vector<DeviceList::Group> DeviceList::groupsOf(const Graph& graph) const {
   std::map<std::string, Group> groups;
@@ -243,6 +258,7 @@ std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::st
     device.info.outputStreams.assign(device.outputs.size(), 1);
     device.isCard = group.isCard();
     placeChannels(device);
+    describeChannels(device);
     describeCycle(graph.clock, device.info);
     devices.push_back(std::move(device));
   }

@@ -22,6 +22,8 @@ struct Channel {
 
   std::uint32_t nodeId = 0;
   std::uint32_t portId = 0;
+  std::string portName = {};
+  std::string name = {};  // as its owner calls it
 
   [[nodiscard]] bool isSameAs(const Channel& other) const {
     return index == other.index && nodeName == other.nodeName;
@@ -37,6 +39,9 @@ struct ListedDevice {
   bool isCard = false;
   bool isComplete = false;  // has all its ports; an aggregate: has a member. Only then shown.
 };
+
+/// Puts the names of the device's channels into its description.
+void describeChannels(ListedDevice& device);
 
 /// Makes one device per card and one per node without a card. Remembers the uid of each, so that no uid
 /// passes to another device while its first owner is present. Not thread-safe.

@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "hal/registry/driver_poller.h"
@@ -24,6 +25,9 @@ class Device {
   void unlist();
   /// The driver's last report, even if the device is gone.
   [[nodiscard]] DeviceInfo info() const;
+  /// A text of the channel, counted from 0; empty if there is none. [not-io]
+  [[nodiscard]] std::string channelText(std::vector<ChannelInfo> DeviceInfo::*direction, std::size_t channel,
+                                        std::string ChannelInfo::*text) const;
   [[nodiscard]] std::shared_ptr<DriverPoller> poller() const;
   /// The time at which the driver was asked for its last answer; none if that answer did not name the device.
   [[nodiscard]] std::optional<Clock::time_point> listedAt() const;
@@ -42,6 +46,8 @@ class Device {
   /// The selectors of the properties that have changed since the last call, with one 'over' for each
   /// overload. `alive` is the current value of 'livn'. [not-io]
   std::vector<AudioObjectPropertySelector> takeChanges(bool alive);
+  /// The channels' names that had changed by the last takeChanges() and were not taken yet. [not-io]
+  std::vector<AudioObjectPropertyAddress> takeRenames();
 
  private:
   struct Published {
@@ -64,6 +70,7 @@ class Device {
   DeviceInfo info_;
   std::optional<Clock::time_point> listedAt_;
   Published published_;
+  std::vector<AudioObjectPropertyAddress> renames_;
   bool relisted_ = false;  // info_ has changed since published_.info was taken
 };
 

@@ -73,6 +73,7 @@ enum : AudioObjectPropertyElement { kAudioObjectPropertyElementMain = 0 };
 enum : AudioObjectPropertySelector {
   kAudioHardwarePropertyDevices = 0x64657623,
   kAudioObjectPropertyName = 0x6C6E616D,
+  kAudioObjectPropertyElementName = 0x6C63686E,
   kAudioDevicePropertyStreamConfiguration = 0x736C6179,
   kAudioDevicePropertyDeviceUID = 0x75696420,
   kAudioDevicePropertyNominalSampleRate = 0x6E737274,
