@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <string_view>
 #include <utility>
 
 #include "hal/driver/call_gate.h"
@@ -134,6 +135,17 @@ class JackWatch::Watcher {
           client,
           [](const char* /*name*/, int registered, void* argument) {
             if (registered == 0) stayOf(argument).watcher.tell();
+          },
+          &stay);
+    }
+    if (library_.setPropertyChangeCallback != nullptr) {
+      library_.setPropertyChangeCallback(
+          client,
+          [](jack_uuid_t /*subject*/, const char* key, jack_property_change_t /*change*/, void* argument) {
+            // No key: all of a subject's properties, or everybody's, have gone.
+            if (key == nullptr || std::string_view(key).ends_with("/pretty-name")) {
+              stayOf(argument).watcher.tell();
+            }
           },
           &stay);
     }
