@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "hal/alsa/card_holders.h"
+#include "hal/alsa/channel_map.h"
 
 namespace tolvane::hal::alsa {
 
@@ -44,9 +45,7 @@ Probe probeBusy(const Library& alsa, const Card& card, unsigned periodFrames) {
   return probe;
 }
 
-}  // namespace
-
-Probe probeCard(const Library& alsa, const Card& card, unsigned periodFrames) {
+Probe probe(const Library& alsa, const Card& card, unsigned periodFrames) {
   Probe probe;
   const int error = inspect(alsa, pcmNames(card), periodFrames, probe.format);
   if (error == -EBUSY) return probeBusy(alsa, card, periodFrames);
@@ -56,6 +55,17 @@ Probe probeCard(const Library& alsa, const Card& card, unsigned periodFrames) {
     probe.outcome = Probe::Outcome::notNow;
   }
   return probe;
+}
+
+}  // namespace
+
+Probe probeCard(const Library& alsa, const Card& card, unsigned periodFrames) {
+  Probe found = probe(alsa, card, periodFrames);
+  found.inputNames =
+      channelNames(alsa, card.index, card.captureDevice, Direction::capture, found.format.inputChannels);
+  found.outputNames =
+      channelNames(alsa, card.index, card.playbackDevice, Direction::playback, found.format.outputChannels);
+  return found;
 }
 
 }  // namespace tolvane::hal::alsa

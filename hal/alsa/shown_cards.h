@@ -38,6 +38,8 @@ class ShownCards {
   struct Known {
     DuplexFormat format;
     bool toLookAgain = false;
+    std::vector<std::string> inputNames = {};
+    std::vector<std::string> outputNames = {};
   };
 
   const Known* look(const Card& card, bool isRunning);
