@@ -32,7 +32,9 @@ class ShownCards {
   void setPeriodFrames(const std::string& uid, unsigned frames);
   [[nodiscard]] unsigned periodFrames(const std::string& uid) const;
 
-  [[nodiscard]] static std::string uidOf(const Card& card) { return "alsa:" + card.id; }
+  [[nodiscard]] static std::string uidOf(const Card& card) {
+    return "alsa:" + (card.identity.empty() ? card.id : card.identity);
+  }
 
  private:
   struct Known {

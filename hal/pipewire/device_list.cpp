@@ -53,6 +53,13 @@ bool naturallyLess(std::string_view a, std::string_view b) {
   return a.size() != b.size() ? a.size() < b.size() : isLessAsText;
 }
 
+/// The name without the number that a session manager appends for another card of the same name: ".2".
+std::string withoutOrder(const std::string& name) {
+  const std::size_t end = name.find_last_not_of("0123456789");
+  const bool hasNumber = end != std::string::npos && end + 1 < name.size() && name[end] == '.';
+  return hasNumber ? name.substr(0, end) : name;
+}
+
 constexpr std::uint32_t kSuggestedQuantumFrames = 256;
 
 }  // namespace
@@ -87,6 +94,16 @@ struct DeviceList::Group {
                                    [](const Member& member) { return givesOutputs(*member.node); });
     const GraphNode& spokesman = sink != members.end() ? *sink->node : *members.front().node;
     return spokesman.description.empty() ? spokesman.name : spokesman.description;
+  }
+
+  /// Where a USB card is plugged in that its name does not tell from others of its kind; else empty.
+  [[nodiscard]] std::string placeOfNamesake(const UsbLookup& find) const {
+    for (const Member& member : members) {
+      if (!member.node->alsaCard || !isCard()) continue;
+      const std::optional<UsbCard> usb = find(*member.node->alsaCard);
+      if (usb && usb->serial.empty()) return usb->busPath;
+    }
+    return {};
   }
 
   [[nodiscard]] bool isCard() const { return members.front().node->cardId.has_value(); }
@@ -200,9 +217,14 @@ std::vector<DeviceList::Group> DeviceList::groupsOf(const Graph& graph) const {
 std::string DeviceList::uidOf(const Group& group) {
   const auto known = uids_.find(group.key);
   if (known != uids_.end()) return known->second;
+  // A card without a serial number of its own is known by the place where it is plugged in: the server calls
+  // cards of one kind by the order in which it finds them.
+  std::string uid = "pipewire:" + group.lastingName();
+  if (const std::string place = group.placeOfNamesake(usb_); !place.empty()) {
+    uid = "pipewire:" + withoutOrder(group.lastingName()) + "@" + place;
+  }
   // The later of two devices with the same name gets its serial number in its uid. The server never reuses
   // that number, so no other device can come back under this uid.
-  std::string uid = "pipewire:" + group.lastingName();
   const auto isTaken = [&](const auto& entry) { return entry.second == uid; };
   if (std::any_of(uids_.begin(), uids_.end(), isTaken)) uid += "#" + std::to_string(group.serial());
   uids_.emplace(group.key, uid);
@@ -252,6 +274,9 @@ std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::st
       }
     }
     device.info.uid = uidOf(group);
+    const std::string name = group.lastingName();
+    const bool isByPlace = device.info.uid.starts_with("pipewire:" + withoutOrder(name) + "@");
+    if (isByPlace) device.formerUid = "pipewire:" + name;
     device.info.name = group.description();
     device.info.transportType = kAudioDeviceTransportTypePipeWire;
     device.info.inputStreams.assign(device.inputs.size(), 1);

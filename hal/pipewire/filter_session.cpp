@@ -25,7 +25,7 @@ OwnPorts ownPorts(const Graph& graph, std::uint32_t nodeId, bool areInputs) {
 
 const ListedDevice* deviceOf(const Channel& channel, const std::vector<ListedDevice>& devices) {
   const auto found = std::find_if(devices.begin(), devices.end(), [&](const ListedDevice& device) {
-    return device.info.uid == channel.deviceUid;
+    return device.isCalled(channel.deviceUid);
   });
   return found == devices.end() ? nullptr : &*found;
 }
