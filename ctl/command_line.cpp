@@ -22,7 +22,7 @@ namespace {
 /// The parsed arguments of all commands.
 struct Arguments {
   DevicesOptions devices;
-  std::vector<std::string> checkedPaths;
+  CheckOptions check;
   RenderOptions render;
   RunOptions run;
   AggregateOptions aggregate;
@@ -68,7 +68,7 @@ ExitStatus runCommandLine(int argc, char** argv) {
   Arguments arguments;
   ExitStatus status = ExitStatus::done;
   declareDevices(program, arguments.devices, status);
-  declareCheck(program, arguments.checkedPaths, status);
+  declareCheck(program, arguments.check, status);
   declareRender(program, arguments.render, status);
   declareRun(program, arguments.run, status);
   declareAggregate(program, arguments.aggregate, status);

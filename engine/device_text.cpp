@@ -1,6 +1,7 @@
 #include "engine/device_text.h"
 
 #include <cstddef>
+#include <limits>
 #include <memory>
 #include <type_traits>
 
@@ -25,18 +26,28 @@ std::string utf8(CFStringRef string) {
   return text;
 }
 
-}  // namespace
-
-std::optional<std::string> deviceText(AudioDeviceID device, AudioObjectPropertySelector selector) {
+std::optional<std::string> textAt(AudioDeviceID device, const AudioObjectPropertyAddress& address) {
   checkNotIo();
-  const AudioObjectPropertyAddress address{selector, kAudioObjectPropertyScopeGlobal,
-                                           kAudioObjectPropertyElementMain};
   CFStringRef reference = nullptr;
   UInt32 size = sizeof(void*);
   const OSStatus status = AudioObjectGetPropertyData(device, &address, 0, nullptr, &size, &reference);
   const OwnedString owned(reference);  // released even if the status is an error
   if (status != noErr || reference == nullptr) return std::nullopt;
   return utf8(reference);
+}
+
+}  // namespace
+
+std::optional<std::string> deviceText(AudioDeviceID device, AudioObjectPropertySelector selector) {
+  return textAt(device, {selector, kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyElementMain});
+}
+
+std::optional<std::string> channelText(AudioDeviceID device, bool isInput, std::int64_t channel,
+                                       AudioObjectPropertySelector selector) {
+  if (channel < 0 || channel >= std::numeric_limits<UInt32>::max()) return std::nullopt;
+  const auto scope = isInput ? kAudioObjectPropertyScopeInput : kAudioObjectPropertyScopeOutput;
+  auto text = textAt(device, {selector, scope, static_cast<UInt32>(channel + 1)});
+  return text && text->empty() ? std::nullopt : text;
 }
 
 }  // namespace tolvane

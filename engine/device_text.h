@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -11,5 +12,16 @@ namespace tolvane {
 /// [not-io]
 [[nodiscard]] std::optional<std::string> deviceText(AudioDeviceID device,
                                                     AudioObjectPropertySelector selector);
+
+/// A text property of one of the device's channels, counted from 0, in UTF-8. None if it is empty, or as for
+/// deviceText(). [not-io]
+[[nodiscard]] std::optional<std::string> channelText(AudioDeviceID device, bool isInput, std::int64_t channel,
+                                                     AudioObjectPropertySelector selector);
+
+/// The name that the channel's owner gave it. [not-io]
+[[nodiscard]] inline std::optional<std::string> channelName(AudioDeviceID device, bool isInput,
+                                                            std::int64_t channel) {
+  return channelText(device, isInput, channel, kAudioObjectPropertyElementName);
+}
 
 }  // namespace tolvane

@@ -31,5 +31,10 @@
 /// last. Empty if no server is missing.
 inline constexpr AudioObjectPropertySelector kTolvanePropertySilentServers = 0x736C6E74;  // 'slnt'
 
+/// Device, input or output, element: the channel from 1; CFStringRef, the caller releases. The sound server's
+/// names of the node and of its port behind the channel, as a patch bay shows them. Unknown if there is none.
+inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyChannelNode = 0x636E6F64;  // 'cnod'
+inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyChannelPort = 0x63707274;  // 'cprt'
+
 /// The call failed because the system has no thread, memory or descriptor left for it.
 inline constexpr OSStatus kTolvaneExhaustedError = 0x78687374;  // 'xhst'

@@ -7,8 +7,11 @@
 #include <optional>
 
 #include "core/patch/patch_file.h"
+#include "ctl/devices/channels.h"
+#include "ctl/devices/choice.h"
 #include "ctl/patch/route_table.h"
 #include "ctl/patch/source.h"
+#include "ctl/process/resource_check.h"
 #include "ctl/terminal/messages.h"
 #include "ctl/terminal/printable.h"
 
@@ -35,20 +38,27 @@ std::optional<Failure> impossibleChannel(const std::string& path, const Routes& 
   return std::nullopt;
 }
 
-ExitStatus checkFile(const std::string& path) {
+ExitStatus checkFile(const std::string& path, const RouteNames& names) {
   const PatchResult routes = loadPatch(path);
   if (!routes) return fail(routes.error());
   if (const auto failure = impossibleChannel(path, routes.value())) return fail(*failure);
-  std::printf("%s:\n%s", printable(path).c_str(), routeTable(routes.value()).c_str());
+  std::printf("%s:\n%s", printable(path).c_str(), routeTable(routes.value(), names).c_str());
   if (const auto note = unheardRoutesNote(path, routes.value())) say(*note);
   return ExitStatus::done;
 }
 
 }  // namespace
 
-ExitStatus checkCommand(const std::vector<std::string>& paths) {
+ExitStatus checkCommand(const CheckOptions& options) {
+  ChannelNames names;
+  if (!options.device.empty()) {
+    if (const auto failure = tooFewResources()) return fail(*failure);
+    const DeviceChoice device = awaitDevice(options.device, options.waitSeconds, [] { return false; });
+    if (!device) return fail(device.error());
+    names.read(device.value());
+  }
   ExitStatus worst = ExitStatus::done;  // the numbers rank: badPatch is above failed
-  for (const std::string& path : paths) worst = std::max(worst, checkFile(path));
+  for (const std::string& path : options.paths) worst = std::max(worst, checkFile(path, names.forRoutes()));
   return worst;
 }
 

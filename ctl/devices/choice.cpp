@@ -8,6 +8,7 @@
 
 #include "ctl/devices/property.h"
 #include "ctl/terminal/printable.h"
+#include "engine/device_text.h"
 
 namespace tolvane::ctl {
 
@@ -39,8 +40,14 @@ std::vector<AudioDeviceInfo> matching(const std::vector<AudioDeviceInfo>& device
   return found;
 }
 
+bool hasUid(const AudioDeviceInfo& device, const std::string& uid) {
+  return deviceText(device.id, kAudioDevicePropertyDeviceUID) == uid;
+}
+
 std::vector<AudioDeviceInfo> candidates(const std::vector<AudioDeviceInfo>& devices,
                                         const std::string& wanted) {
+  auto same = matching(devices, [&](const AudioDeviceInfo& d) { return hasUid(d, wanted); });
+  if (!same.empty()) return same;
   auto exact = matching(devices, [&](const AudioDeviceInfo& d) { return d.name == wanted; });
   if (!exact.empty()) return exact;
   // A number never falls through to parts of names: a departed identifier must not choose another device.
@@ -66,7 +73,8 @@ bool isDecided(const DeviceListing& listing, const std::string& wanted) {
   const bool isComplete = listing.silentServers.empty();
   if (wanted.empty()) return isComplete;
   const auto found = candidates(listing.devices, wanted);
-  return isComplete ? !found.empty() : found.size() == 1 && found.front().name == wanted;
+  if (isComplete) return !found.empty();
+  return found.size() == 1 && (found.front().name == wanted || hasUid(found.front(), wanted));
 }
 
 }  // namespace

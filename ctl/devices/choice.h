@@ -13,10 +13,10 @@ namespace tolvane::ctl {
 
 using DeviceChoice = Result<AudioDeviceInfo, Failure>;
 
-/// Finds the device that `wanted` names: the one with exactly this name; else, for a number, the one with
-/// this identifier; else the only one whose name contains `wanted`, ignoring ASCII case. An empty `wanted`
-/// means the first device. Failure (noSuchDevice): no device, or several; the text lists the devices.
-/// [not-io]
+/// Finds the device that `wanted` names: the one with this lasting identity (uid); else the one with exactly
+/// this name; else, for a number, the one with this identifier; else the only one whose name contains
+/// `wanted`, ignoring ASCII case. An empty `wanted` means the first device. Failure (noSuchDevice): no
+/// device, or several; the text lists the devices. [not-io]
 [[nodiscard]] DeviceChoice chooseDevice(const std::vector<AudioDeviceInfo>& devices,
                                         const std::string& wanted);
 

@@ -4,11 +4,13 @@
 
 #include <nlohmann/json.hpp>
 
+#include "ctl/devices/device_json.h"
 #include "ctl/devices/property.h"
 #include "ctl/terminal/decimal.h"
 #include "ctl/terminal/json_text.h"
 #include "ctl/terminal/printable.h"
 #include "ctl/terminal/text_table.h"
+#include "engine/device_text.h"
 
 namespace tolvane::ctl {
 
@@ -40,13 +42,16 @@ std::string orDash(const std::optional<std::string>& text) {
   return text.value_or("-");
 }
 
-template <class T>
-nlohmann::ordered_json orNull(const std::optional<T>& value) {
-  return value ? nlohmann::ordered_json(*value) : nlohmann::ordered_json(nullptr);
+std::string counted(std::int64_t count, const std::string& unit) {
+  return std::to_string(count) + ' ' + unit + (count == 1 ? "" : "s");
 }
 
+}  // namespace
+
 nlohmann::ordered_json jsonOf(const DeviceDetails& device) {
+  const auto uid = device.uid.empty() ? std::nullopt : std::optional(device.uid);
   return {{"id", device.info.id},
+          {"uid", orNull(uid)},
           {"name", device.info.name},
           {"inputChannels", device.info.inputChannels},
           {"outputChannels", device.info.outputChannels},
@@ -54,12 +59,6 @@ nlohmann::ordered_json jsonOf(const DeviceDetails& device) {
           {"sampleRate", orNull(device.sampleRateHz)},
           {"bufferFrames", orNull(device.bufferFrames)}};
 }
-
-std::string counted(std::int64_t count, const std::string& unit) {
-  return std::to_string(count) + ' ' + unit + (count == 1 ? "" : "s");
-}
-
-}  // namespace
 
 std::string transportName(std::uint32_t transportType) {
   const auto* const known = std::find_if(std::begin(kTransports), std::end(kTransports),
@@ -80,27 +79,28 @@ std::vector<DeviceDetails> detailsOf(const std::vector<AudioDeviceInfo>& devices
     const auto transport = deviceProperty<UInt32>(info.id, kAudioDevicePropertyTransportType);
     details.push_back({info, transportName(transport.value_or(0)),
                        deviceProperty<Float64>(info.id, kAudioDevicePropertyNominalSampleRate),
-                       deviceProperty<UInt32>(info.id, kAudioDevicePropertyBufferFrameSize)});
+                       deviceProperty<UInt32>(info.id, kAudioDevicePropertyBufferFrameSize),
+                       deviceText(info.id, kAudioDevicePropertyDeviceUID).value_or("")});
   }
   return details;
 }
 
-std::string deviceTable(const std::vector<DeviceDetails>& devices) {
+std::string deviceTable(const std::vector<DeviceDetails>& devices, TableForm form) {
   using enum TextTable::Align;
-  TextTable table({{"id", right},
-                   {"name", left},
-                   {"inputs", right},
-                   {"outputs", right},
-                   {"driver", left},
-                   {"sample rate", right},
-                   {"buffer frames", right}});
+  std::vector<TextTable::Column> columns{{"id", right},           {"name", left},   {"inputs", right},
+                                         {"outputs", right},      {"driver", left}, {"sample rate", right},
+                                         {"buffer frames", right}};
+  // Last, so that the other columns stay where they are.
+  if (form == TableForm::longer) columns.push_back({"uid", left});
+  TextTable table(std::move(columns));
   for (const DeviceDetails& device : devices) {
     std::optional<std::string> rate;
     std::optional<std::string> frames;
     if (device.sampleRateHz) rate = plainDecimal(*device.sampleRateHz);
     if (device.bufferFrames) frames = std::to_string(*device.bufferFrames);
     table.addRow({std::to_string(device.info.id), device.info.name, std::to_string(device.info.inputChannels),
-                  std::to_string(device.info.outputChannels), device.driver, orDash(rate), orDash(frames)});
+                  std::to_string(device.info.outputChannels), device.driver, orDash(rate), orDash(frames),
+                  device.uid.empty() ? "-" : device.uid});
   }
   return table.text();
 }
@@ -111,11 +111,12 @@ std::string deviceJson(const std::vector<DeviceDetails>& devices) {
   return jsonText(array, 2);
 }
 
-std::string deviceEventLine(const std::string& event, const DeviceDetails& device) {
+std::string deviceEventLine(const std::string& event, const DeviceDetails& device, TableForm form) {
   const AudioDeviceInfo& info = device.info;
+  const std::string uid = form == TableForm::longer ? "  " + printable(device.uid) : "";
   return event + ": " + std::to_string(info.id) + "  " + printable(info.name) + "  (" +
          counted(info.inputChannels, "input") + ", " + counted(info.outputChannels, "output") + ", " +
-         device.driver + ")\n";
+         device.driver + ")" + uid + "\n";
 }
 
 std::string deviceEventJson(const std::string& event, const DeviceDetails& device) {

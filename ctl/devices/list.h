@@ -15,6 +15,7 @@ struct DeviceDetails {
   std::string driver;  // its transport's name: "jack", "virtual", "usb"
   std::optional<double> sampleRateHz;
   std::optional<std::uint32_t> bufferFrames;
+  std::string uid = {};  // lasting identity; empty if the device does not report one
 };
 
 /// The name of a transport code. A code without a name gives its four characters, or "unknown" if they are
@@ -24,8 +25,10 @@ struct DeviceDetails {
 /// Reads the devices' properties from the HAL. [not-io]
 [[nodiscard]] std::vector<DeviceDetails> detailsOf(const std::vector<AudioDeviceInfo>& devices);
 
-/// A table with a title line. [not-io]
-[[nodiscard]] std::string deviceTable(const std::vector<DeviceDetails>& devices);
+/// A table with a title line. The long form also has the devices' lasting identities. [not-io]
+enum class TableForm { usual, longer };
+[[nodiscard]] std::string deviceTable(const std::vector<DeviceDetails>& devices,
+                                      TableForm form = TableForm::usual);
 
 /// A JSON array of objects, followed by a line feed. A property that the device does not have is null.
 /// [not-io]
@@ -33,7 +36,8 @@ struct DeviceDetails {
 
 /// What has happened to one device, as a line for people, and as a one-line JSON object: the member "event",
 /// then the members that deviceJson() gives a device. [not-io]
-[[nodiscard]] std::string deviceEventLine(const std::string& event, const DeviceDetails& device);
+[[nodiscard]] std::string deviceEventLine(const std::string& event, const DeviceDetails& device,
+                                          TableForm form = TableForm::usual);
 [[nodiscard]] std::string deviceEventJson(const std::string& event, const DeviceDetails& device);
 
 }  // namespace tolvane::ctl

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "ctl/devices/wait.h"
 #include "ctl/terminal/exit_status.h"
 
@@ -10,8 +12,11 @@ class App;
 namespace tolvane::ctl {
 
 struct DevicesOptions {
-  bool json = false;   // instead of a table
-  bool watch = false;  // run watchDevices() instead
+  bool json = false;        // instead of a table
+  bool longForm = false;    // with the lasting identities
+  bool channels = false;    // the channels instead of the devices
+  std::string device = {};  // whose channels, as for chooseDevice(); empty: all devices'
+  bool watch = false;       // run watchDevices() instead
   double waitSeconds = kDefaultWaitSeconds;
 };
 

@@ -38,11 +38,14 @@ std::vector<DeviceDetails> missing(const std::vector<DeviceDetails>& all,
 /// The last printed state of the list.
 class WatchedList {
  public:
-  WatchedList(bool json, const DeviceListing& listing) : json_(json), devices_(detailsOf(listing.devices)) {}
+  WatchedList(const DevicesOptions& options, const DeviceListing& listing)
+      : json_(options.json),
+        form_(options.longForm ? TableForm::longer : TableForm::usual),
+        devices_(detailsOf(listing.devices)) {}
 
   void printAll() const {
     if (!json_) {
-      print(deviceTable(devices_));
+      print(deviceTable(devices_, form_));
     } else {
       for (const DeviceDetails& device : devices_) print(deviceEventJson("present", device));
     }
@@ -62,10 +65,11 @@ class WatchedList {
   static void print(const std::string& text) { std::fputs(text.c_str(), stdout); }
 
   void printEvent(const char* event, const DeviceDetails& device) const {
-    print(json_ ? deviceEventJson(event, device) : deviceEventLine(event, device));
+    print(json_ ? deviceEventJson(event, device) : deviceEventLine(event, device, form_));
   }
 
   const bool json_;
+  const TableForm form_;
   std::vector<DeviceDetails> devices_;
 };
 
@@ -112,19 +116,19 @@ DeviceChanges changesBetween(const std::vector<DeviceDetails>& before,
   return {missing(before, now), missing(now, before)};
 }
 
-ExitStatus watchDevices(bool json, double waitSeconds) {
+ExitStatus watchDevices(const DevicesOptions& options) {
   if (const auto failure = tooFewResources()) return fail(*failure);
   // Before the HAL starts threads: they inherit the blocked signals.
   const SignalPipe signals({SIGINT, SIGTERM});
   const DeviceListEvents events;
   bool isEnded = false;
-  const DeviceListingResult listing = awaitDevices(waitSeconds, [&](const DeviceListing& present) {
+  const DeviceListingResult listing = awaitDevices(options.waitSeconds, [&](const DeviceListing& present) {
     isEnded = signals.next().has_value();
     return isEnded || present.silentServers.empty();
   });
   if (!listing) return fail(listing.error());
   if (events.status() != noErr) return fail({"the list cannot be watched: " + statusText(events.status())});
-  WatchedList list(json, listing.value());
+  WatchedList list(options, listing.value());
   list.printAll();
   if (!isEnded && !listing.value().silentServers.empty()) say(silenceOf(listing.value()).text);
   while (flushed()) {

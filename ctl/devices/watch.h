@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "ctl/devices/list.h"
+#include "ctl/devices/options.h"
 #include "ctl/process/wake_pipe.h"
 #include "ctl/terminal/exit_status.h"
 #include "hal/core_audio.h"
@@ -47,7 +48,8 @@ struct DeviceChanges {
 /// Prints the devices, then one line for each that departs or arrives, until SIGINT or SIGTERM. First waits
 /// up to `waitSeconds` for the sound servers, and reports those that are still silent; their devices arrive
 /// later. With `json`, every line is an object, also for the devices present at first; its member "event" is
-/// "present", "arrived" or "departed". Returns failed if standard output cannot be written. [main-thread]
-[[nodiscard]] ExitStatus watchDevices(bool json, double waitSeconds);
+/// "present", "arrived" or "departed". The long form has the devices' lasting identities. Returns failed if
+/// standard output cannot be written. [main-thread]
+[[nodiscard]] ExitStatus watchDevices(const DevicesOptions& options);
 
 }  // namespace tolvane::ctl

@@ -69,6 +69,7 @@ ExitStatus LiveSession::run() {
     return fail({about(device_.name, isExhausted ? statusText(error->status) : error->errorDescription())});
   }
   say("routing on " + printable(device_.name));
+  names_.read(device_);
   started_ = Clock::now();
   nextMeters_ = started_;
   schedulingDue_ = started_ + kGrantWait;
@@ -145,6 +146,7 @@ void LiveSession::takeOver(const PatchResult& result) {
   routes_ = result.value();
   publication_.edit(routes_, Clock::now());
   if (options_.meters) bank_.meter(routes_);
+  names_.read(device_);
   messages_.say(liveReport(patch_.path(), routes_));
   if (const auto note = unheardRoutesNote(patch_.path(), routes_)) messages_.say(*note);
 }
@@ -157,6 +159,7 @@ void LiveSession::handleDevice() {
   removed_ = removed;
   if (alive == wasAlive_) return;
   wasAlive_ = alive;
+  if (alive) names_.read(device_);
   messages_.say(about(device_.name, alive ? "is back" : "is gone; waiting for it to come back"));
 }
 
@@ -180,7 +183,7 @@ void LiveSession::showMeters() {
     openMeters(now);
     return;
   }
-  readMeters(bank_, routes_, device_.inputChannels, device_.outputChannels, picture_);
+  readMeters(bank_, routes_, device_, names_, picture_);
   picture_.cycles = bank_.cycles();
   picture_.overloads = events_.overloads();
   picture_.message = messages_.latest();
@@ -211,7 +214,7 @@ void LiveSession::printSummary() const {
   std::printf("cycles: %llu\noverloads: %llu\n", static_cast<unsigned long long>(bank_.cycles()),
               static_cast<unsigned long long>(events_.overloads()));
   if (scheduling_) std::printf("scheduling: %s\n", schedulingText(*scheduling_).c_str());
-  std::fputs(routeTable(routes_).c_str(), stdout);
+  std::fputs(routeTable(routes_, names_.forRoutes()).c_str(), stdout);
   std::fflush(stdout);  // now, while the SignalPipe exists: a signal then ends a flush into a full pipe
 }
 

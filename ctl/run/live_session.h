@@ -4,6 +4,7 @@
 #include <memory>
 #include <optional>
 
+#include "ctl/devices/channels.h"
 #include "ctl/devices/events.h"
 #include "ctl/files/debouncer.h"
 #include "ctl/files/file_watcher.h"
@@ -59,6 +60,7 @@ class LiveSession {
   Routes routes_;
   const SignalPipe& signals_;
   MessageLog messages_;
+  ChannelNames names_;
   MeterBank bank_;
   CoreAudioEngine engine_;
   Publication publication_;

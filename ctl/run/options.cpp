@@ -12,9 +12,7 @@ namespace tolvane::ctl {
 void declareRun(CLI::App& program, RunOptions& options, ExitStatus& status) {
   CLI::App* command = program.add_subcommand("run", "Route live until SIGINT or SIGTERM; SIGHUP reloads");
   declarePatch(*command, options.patchPath);
-  command->add_option("--device", options.device, "name, part of a name, or id [the first device]")
-      ->transform(name())
-      ->type_name("NAME|ID");
+  declareDevice(*command, options.device, "the device [the first one]");
   declareWait(*command, options.waitSeconds);
   command
       ->add_option("--rate", options.settings.sampleRateHz, "samples a second, set on the device [as it is]")

@@ -4,6 +4,7 @@
 #include <clocale>
 #include <cmath>
 #include <cstdio>
+#include <cwchar>
 #include <map>
 #include <utility>
 
@@ -22,6 +23,9 @@ constexpr double kBottomDb = -60.0;  // an empty bar
 constexpr double kFallDbPerShow = 1.0;
 constexpr std::chrono::milliseconds kShowEvery{50};
 
+constexpr int kNarrowestLabel = 9;
+constexpr int kTextWidth = 13;  // " -18.0 dBFS  "
+
 enum ColourPair : short { kQuiet = 1, kLoud = 2, kOver = 3 };
 
 /// A meter's shown level in dB: rises at once, falls kFallDbPerShow at a time.
@@ -38,6 +42,24 @@ class Ballistics {
  private:
   std::map<std::string, double> levels_;
 };
+
+/// The number of columns that the text takes on the terminal, up to the end or to `limit` columns. Sets `end`
+/// to the byte where that is.
+int columnsOf(const std::string& text, int limit, std::size_t& end) {
+  std::mbstate_t state{};
+  int columns = 0;
+  for (end = 0; end < text.size();) {
+    wchar_t character = 0;
+    const std::size_t bytes = std::mbrtowc(&character, &text[end], text.size() - end, &state);
+    const bool isValid = bytes != 0 && bytes <= text.size();
+    const int width = isValid ? std::max(::wcwidth(character), 0) : 1;
+    if (columns + width > limit) break;
+    columns += width;
+    end += isValid ? bytes : 1;
+    if (!isValid) state = {};
+  }
+  return columns;
+}
 
 std::string levelText(double db) {
   if (std::isinf(db)) return db > 0 ? "inf" : "-inf";
@@ -123,12 +145,13 @@ class MeterScreen : public MeterView {
     std::vector<MeterReading> readings = picture.inputs;
     readings.insert(readings.end(), picture.outputs.begin(), picture.outputs.end());
     const Grid grid = Grid::of(readings.size(), LINES, COLS);
+    const int labelWidth = labelWidthOf(readings, grid.columnWidth);
     for (std::size_t i = 0; i < readings.size(); ++i) {
       const double level = ballistics_.follow(readings[i].label, readings[i].peak);
       if (i >= grid.capacity()) continue;
       const int at = static_cast<int>(i);
       showMeter(grid.firstRow + at % grid.rows, at / grid.rows * grid.columnWidth, grid.columnWidth,
-                readings[i].label, level);
+                labelWidth, readings[i].label, level);
     }
     if (readings.size() > grid.capacity()) {
       const std::size_t hidden = readings.size() - grid.capacity();
@@ -136,18 +159,29 @@ class MeterScreen : public MeterView {
     }
   }
 
-  static void showMeter(int row, int column, int width, const std::string& label, double level) {
-    constexpr int kLabelWidth = 9;
-    constexpr int kTextWidth = 13;  // " -18.0 dBFS  "
-    mvprintw(row, column, "%-*s", kLabelWidth - 1, label.c_str());
-    const int cells = std::max(0, width - kLabelWidth - kTextWidth);
+  /// Wide enough for every label and a blank, if that leaves room for the bars.
+  static int labelWidthOf(const std::vector<MeterReading>& readings, int columnWidth) {
+    constexpr int kNarrowestBar = 10;
+    int widest = kNarrowestLabel - 1;
+    std::size_t end = 0;
+    for (const MeterReading& reading : readings)
+      widest = std::max(widest, columnsOf(reading.label, COLS, end));
+    return std::clamp(columnWidth - kTextWidth - kNarrowestBar, kNarrowestLabel, widest + 1);
+  }
+
+  static void showMeter(int row, int column, int width, int labelWidth, const std::string& label,
+                        double level) {
+    std::size_t end = 0;
+    columnsOf(label, labelWidth - 1, end);
+    mvaddnstr(row, column, label.c_str(), static_cast<int>(end));
+    const int cells = std::max(0, width - labelWidth - kTextWidth);
     const double part = std::clamp((level - kBottomDb) / -kBottomDb, 0.0, 1.0);
-    move(row, column + kLabelWidth);
+    move(row, column + labelWidth);
     attr_set(WA_REVERSE, level >= 0.0 ? kOver : level >= -6.0 ? kLoud : kQuiet, nullptr);
     const auto filled = std::lround(part * cells);
     for (long i = 0; i < filled; ++i) addch(' ');
     attr_set(WA_NORMAL, 0, nullptr);
-    mvprintw(row, column + kLabelWidth + cells, " %5s dBFS", levelText(level).c_str());
+    mvprintw(row, column + labelWidth + cells, " %5s dBFS", levelText(level).c_str());
   }
 
   SCREEN* screen_;

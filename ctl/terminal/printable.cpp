@@ -79,6 +79,17 @@ std::string printableLines(std::string_view text) {
   return result + printable(text);
 }
 
+std::string shortened(std::string_view text, std::size_t characters) {
+  std::size_t end = 0;  // of the characters that stay if the text is cut
+  std::size_t count = 0;
+  for (std::size_t at = 0; at < text.size(); ++count) {
+    if (count + 1 == characters) end = at;
+    at += std::max<std::size_t>(firstCharacter(text.substr(at)), 1);
+  }
+  if (count <= characters) return std::string(text);
+  return std::string(text.substr(0, end)) + "…";
+}
+
 std::string about(std::string_view name, std::string_view text) {
   return printable(name).append(": ").append(text);
 }

@@ -1,6 +1,7 @@
 // Makes names safe to print on a terminal: they come from devices, other users' files and the command line.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 
@@ -12,6 +13,10 @@ namespace tolvane::ctl {
 
 /// The same, but keeps line feeds. [not-io]
 [[nodiscard]] std::string printableLines(std::string_view text);
+
+/// The text, which is cut if it is longer than `characters`: an ellipsis then ends it. Never cuts within a
+/// character of valid UTF-8. [not-io]
+[[nodiscard]] std::string shortened(std::string_view text, std::size_t characters = 100);
 
 /// "NAME: text". Escapes only the name. [not-io]
 [[nodiscard]] std::string about(std::string_view name, std::string_view text);

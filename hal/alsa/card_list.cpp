@@ -3,6 +3,8 @@
 #include <memory>
 #include <optional>
 
+#include "hal/support/usb_card.h"
+
 namespace tolvane::hal::alsa {
 
 namespace {
@@ -22,6 +24,11 @@ int firstDevice(const Library& alsa, snd_ctl_t* control, Direction direction) {
   return -1;
 }
 
+std::string identityOf(int index) {
+  const std::optional<UsbCard> card = usbCard(index);
+  return card ? card->identity() : std::string();
+}
+
 std::optional<Card> describe(const Library& alsa, int index) {
   snd_ctl_t* opened = nullptr;
   const std::string name = "hw:" + std::to_string(index);
@@ -31,9 +38,12 @@ std::optional<Card> describe(const Library& alsa, int index) {
   if (alsa.snd_ctl_card_info_malloc(&allocated) < 0) return std::nullopt;
   const CardInfo info(allocated, {&alsa});
   if (alsa.snd_ctl_card_info(control.get(), info.get()) < 0) return std::nullopt;
-  return Card{index, alsa.snd_ctl_card_info_get_id(info.get()), alsa.snd_ctl_card_info_get_name(info.get()),
+  return Card{index,
+              alsa.snd_ctl_card_info_get_id(info.get()),
+              alsa.snd_ctl_card_info_get_name(info.get()),
               firstDevice(alsa, control.get(), Direction::capture),
-              firstDevice(alsa, control.get(), Direction::playback)};
+              firstDevice(alsa, control.get(), Direction::playback),
+              identityOf(index)};
 }
 
 std::string pcmName(const Card& card, int device) {

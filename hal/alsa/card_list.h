@@ -11,11 +11,12 @@ namespace tolvane::hal::alsa {
 /// A sound card of the machine. A plain value.
 struct Card {
   int index = 0;     // the kernel's number; another card may get it when this one has gone
-  std::string id;    // lasting: "PCH"
+  std::string id;    // the kernel's name for it: "PCH"; of cards of one kind, "USB" and "USB_1" by plug order
   std::string name;  // for people
   // The first PCM device of each direction; -1 where it has none.
   int captureDevice = -1;
   int playbackDevice = -1;
+  std::string identity = {};  // lasting, if the kernel tells the card from others of its kind; else empty
 
   bool operator==(const Card&) const = default;
 };
@@ -25,7 +26,7 @@ struct Card {
 /// a professional one they are parts of the first. [not-io]
 std::vector<Card> listCards(const Library& alsa);
 
-/// libasound's names of the card's PCMs, built from the card's lasting identity. [not-io]
+/// libasound's names of the card's PCMs. They do not contain the card's number. [not-io]
 PcmNames pcmNames(const Card& card);
 
 }  // namespace tolvane::hal::alsa

@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "hal/alsa/card_holders.h"
+#include "hal/alsa/channel_map.h"
 
 namespace tolvane::hal::alsa {
 
@@ -45,9 +46,7 @@ Probe probeBusy(const Library& alsa, const Card& card, const CardSettings& setti
   return probe;
 }
 
-}  // namespace
-
-Probe probeCard(const Library& alsa, const Card& card, const CardSettings& settings) {
+Probe probe(const Library& alsa, const Card& card, const CardSettings& settings) {
   Probe probe;
   const int error = inspect(alsa, pcmNames(card), settings, probe.offer);
   if (error == -EBUSY) return probeBusy(alsa, card, settings);
@@ -57,6 +56,18 @@ Probe probeCard(const Library& alsa, const Card& card, const CardSettings& setti
     probe.outcome = Probe::Outcome::notNow;
   }
   return probe;
+}
+
+}  // namespace
+
+Probe probeCard(const Library& alsa, const Card& card, const CardSettings& settings) {
+  Probe found = probe(alsa, card, settings);
+  const DuplexFormat& format = found.offer.format;
+  found.inputNames =
+      channelNames(alsa, card.index, card.captureDevice, Direction::capture, format.inputChannels);
+  found.outputNames =
+      channelNames(alsa, card.index, card.playbackDevice, Direction::playback, format.outputChannels);
+  return found;
 }
 
 }  // namespace tolvane::hal::alsa

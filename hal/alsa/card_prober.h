@@ -13,6 +13,9 @@ struct Probe {
   };
   Outcome outcome = Outcome::useless;
   DuplexOffer offer;
+  // By channel, as the card's driver calls them; empty if it does not.
+  std::vector<std::string> inputNames = {};
+  std::vector<std::string> outputNames = {};
 };
 
 /// Opens the card briefly to find out what it can do with the most channels and with settings close to

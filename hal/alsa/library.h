@@ -67,6 +67,9 @@ namespace tolvane::hal::alsa {
   FUNCTION(snd_pcm_hw_params_get_periods_max)      \
   FUNCTION(snd_pcm_hw_params_set_periods_near)     \
   FUNCTION(snd_pcm_hw_params_get_buffer_size)      \
+  FUNCTION(snd_pcm_query_chmaps_from_hw)           \
+  FUNCTION(snd_pcm_free_chmaps)                    \
+  FUNCTION(snd_pcm_chmap_name)                     \
   FUNCTION(snd_pcm_sw_params)                      \
   FUNCTION(snd_pcm_sw_params_malloc)               \
   FUNCTION(snd_pcm_sw_params_free)                 \

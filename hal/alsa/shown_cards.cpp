@@ -11,6 +11,12 @@ StreamLayout monoStreams(unsigned channels) {
   return StreamLayout(channels, 1);
 }
 
+std::vector<ChannelInfo> channelsCalled(const std::vector<std::string>& names) {
+  std::vector<ChannelInfo> channels;
+  for (const std::string& name : names) channels.push_back({.name = name});
+  return channels;
+}
+
 DeviceInfo describe(const Card& card, const DuplexOffer& offer) {
   const DuplexFormat& format = offer.format;
   DeviceInfo info;
@@ -53,6 +59,8 @@ std::vector<DeviceInfo> ShownCards::show(const std::vector<Card>& cards, const s
     if (format.inputChannels + format.outputChannels == 0) continue;
     devices.push_back(describe(card, known->offer));
     devices.back().name = distinctName(card, cards);
+    devices.back().inputs = channelsCalled(known->inputNames);
+    devices.back().outputs = channelsCalled(known->outputNames);
     // No card number while it runs: it stays listed even if a sound server that came later lists its card
     // too.
     if (!isRunning) devices.back().alsaCards = {card.index};
@@ -69,7 +77,7 @@ const ShownCards::Known* ShownCards::look(const Card& card, bool isRunning) {
   if (probe.outcome == Probe::Outcome::notNow && isKnown) return &known->second;
   // Remember useless cards too; probe cards in use again.
   Known& now = known_[uid];
-  now = {probe.offer, probe.outcome == Probe::Outcome::notNow};
+  now = {probe.offer, probe.outcome == Probe::Outcome::notNow, probe.inputNames, probe.outputNames};
   return &now;
 }
 

@@ -32,12 +32,16 @@ class ShownCards {
   void set(const std::string& uid, const CardSettings& settings);
   [[nodiscard]] CardSettings settings(const std::string& uid) const;
 
-  [[nodiscard]] static std::string uidOf(const Card& card) { return "alsa:" + card.id; }
+  [[nodiscard]] static std::string uidOf(const Card& card) {
+    return "alsa:" + (card.identity.empty() ? card.id : card.identity);
+  }
 
  private:
   struct Known {
     DuplexOffer offer;
     bool toLookAgain = false;
+    std::vector<std::string> inputNames = {};
+    std::vector<std::string> outputNames = {};
   };
 
   const Known* look(const Card& card, bool isRunning);

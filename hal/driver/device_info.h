@@ -12,6 +12,15 @@ namespace tolvane::hal {
 /// lists.
 using StreamLayout = std::vector<std::uint32_t>;
 
+/// The names of one channel. Each is empty if there is none; none is ever made up.
+struct ChannelInfo {
+  std::string name = {};  // as its owner calls it: "capture_AUX2", or "Kick"
+  std::string node = {};  // the sound server's names of the node and of its port, as a patch bay shows them
+  std::string port = {};
+
+  bool operator==(const ChannelInfo&) const = default;
+};
+
 /// A driver's description of one device. A plain value.
 struct DeviceInfo {
   std::string uid;   // persistent identity, unique among all drivers: "jack:system"
@@ -33,6 +42,9 @@ struct DeviceInfo {
   // ALSA's numbers of the sound cards behind the device, if known. If earlier drivers list devices with all
   // of these cards, this device is another way to the same cards and is left out of the list.
   std::vector<int> alsaCards = {};
+  // The channels over all streams, in order. May end early: nothing is known of the rest.
+  std::vector<ChannelInfo> inputs = {};
+  std::vector<ChannelInfo> outputs = {};
 
   bool operator==(const DeviceInfo&) const = default;
 };

@@ -5,6 +5,8 @@
 #include <memory>
 #include <optional>
 
+#include "hal/jack/jack_channels.h"
+
 namespace tolvane::hal {
 namespace {
 
@@ -107,6 +109,8 @@ std::vector<DeviceInfo> listJackDevices(const JackLibrary& library, jack_client_
   std::vector<DeviceInfo> devices;
   for (const JackDevice& device : groupJackPorts(physicalJackPorts(library, client))) {
     devices.push_back(describeJackDevice(device, clock));
+    devices.back().inputs = jackChannels(library, client, device.capturePorts);
+    devices.back().outputs = jackChannels(library, client, device.playbackPorts);
   }
   return devices;
 }

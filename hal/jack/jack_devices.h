@@ -49,7 +49,7 @@ struct JackClock {
 /// that asked for it, so it counts as fixed. [not-io]
 [[nodiscard]] JackClock jackClock(const JackLibrary& library, jack_client_t* client);
 
-/// The HAL's description of the device on a server with this clock.
+/// The HAL's description of the device on a server with this clock, without the names of its channels.
 [[nodiscard]] DeviceInfo describeJackDevice(const JackDevice& device, const JackClock& clock);
 
 /// All devices of the client's server. [not-io]

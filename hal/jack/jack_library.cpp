@@ -34,6 +34,9 @@ void resolvePorts(SharedLibrary& from, JackLibrary& to) noexcept {
   from.resolve("jack_port_name", to.portName);
   from.resolve("jack_port_register", to.portRegister);
   from.resolve("jack_port_get_buffer", to.portGetBuffer);
+  from.resolve("jack_port_name_size", to.portNameSize);
+  from.resolve("jack_port_get_aliases", to.portGetAliases);
+  from.resolve("jack_port_set_alias", to.portSetAlias);
   from.resolve("jack_connect", to.connect);
   from.resolve("jack_port_connected_to", to.portConnectedTo);
 }
@@ -50,6 +53,13 @@ void resolveCallbacks(SharedLibrary& from, JackLibrary& to) noexcept {
   from.resolve("jack_on_info_shutdown", to.onInfoShutdown);
 }
 
+void findMetadata(SharedLibrary& from, JackLibrary& to) noexcept {
+  to.portUuid = from.find<decltype(to.portUuid)>("jack_port_uuid");
+  to.getProperty = from.find<decltype(to.getProperty)>("jack_get_property");
+  to.setPropertyChangeCallback =
+      from.find<decltype(to.setPropertyChangeCallback)>("jack_set_property_change_callback");
+}
+
 /// Empty for old libraries.
 std::string_view versionTextOf(SharedLibrary& file) noexcept {
   const auto versionText = file.find<decltype(&jack_get_version_string)>("jack_get_version_string");
@@ -62,6 +72,7 @@ std::optional<JackLibrary> load() noexcept {
   resolveClient(file, library);
   resolvePorts(file, library);
   resolveCallbacks(file, library);
+  findMetadata(file, library);
   if (!file.isComplete()) return std::nullopt;
   // Otherwise it writes to standard error, even for each check for a server.
   library.setErrorFunction(&discardMessage);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <jack/jack.h>
+#include <jack/metadata.h>
 #include <jack/session.h>
 
 namespace tolvane::hal {
@@ -28,6 +29,9 @@ struct JackLibrary {
   decltype(&jack_port_name) portName = nullptr;
   decltype(&jack_port_register) portRegister = nullptr;
   decltype(&jack_port_get_buffer) portGetBuffer = nullptr;
+  decltype(&jack_port_name_size) portNameSize = nullptr;
+  decltype(&jack_port_get_aliases) portGetAliases = nullptr;
+  decltype(&jack_port_set_alias) portSetAlias = nullptr;
   decltype(&jack_connect) connect = nullptr;
   decltype(&jack_port_connected_to) portConnectedTo = nullptr;
 
@@ -40,6 +44,11 @@ struct JackLibrary {
   decltype(&jack_set_client_registration_callback) setClientRegistrationCallback = nullptr;
   decltype(&jack_on_shutdown) onShutdown = nullptr;
   decltype(&jack_on_info_shutdown) onInfoShutdown = nullptr;
+
+  // Null in libraries without metadata.
+  decltype(&jack_port_uuid) portUuid = nullptr;
+  decltype(&jack_get_property) getProperty = nullptr;
+  decltype(&jack_set_property_change_callback) setPropertyChangeCallback = nullptr;
 
   decltype(&jack_set_error_function) setErrorFunction = nullptr;
   decltype(&jack_set_info_function) setInfoFunction = nullptr;

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <utility>
 
+#include "hal/jack/jack_channels.h"
 #include "hal/jack/uncancelled.h"
 
 namespace tolvane::hal {
@@ -132,17 +133,20 @@ OSStatus JackStream::findDevice() {
 }
 
 bool JackStream::registerPorts() {
-  return registerPorts(inputs_, "in_", device_.capturePorts.size(), JackPortIsInput) &&
-         registerPorts(outputs_, "out_", device_.playbackPorts.size(), JackPortIsOutput);
+  return registerPorts(inputs_, "in_", device_.capturePorts, JackPortIsInput) &&
+         registerPorts(outputs_, "out_", device_.playbackPorts, JackPortIsOutput);
 }
 
-bool JackStream::registerPorts(PortBuffers& buffers, const char* prefix, std::size_t count,
-                               unsigned long flags) {
+/// `served`: the device's ports, each of which gets one of ours.
+bool JackStream::registerPorts(PortBuffers& buffers, const char* prefix,
+                               const std::vector<std::string>& served, unsigned long flags) {
+  const std::vector<ChannelInfo> channels = jackChannels(library_, jack_, served);
   std::vector<jack_port_t*> ports;
-  for (std::size_t channel = 1; channel <= count; ++channel) {
-    const std::string name = prefix + std::to_string(channel);
+  for (const ChannelInfo& channel : channels) {
+    const std::string name = prefix + std::to_string(ports.size() + 1);
     ports.push_back(library_.portRegister(jack_, name.c_str(), JACK_DEFAULT_AUDIO_TYPE, flags, 0));
     if (ports.back() == nullptr) return false;
+    setChannelAlias(library_, ports.back(), channel);
   }
   buffers.setPorts(std::move(ports));
   return true;

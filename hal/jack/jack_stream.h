@@ -50,8 +50,8 @@ class JackStream {
   void setCallbacks() noexcept;
   void setFormatCallbacks() noexcept;
   [[nodiscard]] bool registerPorts();
-  [[nodiscard]] bool registerPorts(PortBuffers& buffers, const char* prefix, std::size_t count,
-                                   unsigned long flags);
+  [[nodiscard]] bool registerPorts(PortBuffers& buffers, const char* prefix,
+                                   const std::vector<std::string>& served, unsigned long flags);
   [[nodiscard]] OSStatus connectPorts();
   [[nodiscard]] OSStatus connectPorts(const std::string& devicePort, const char* source, const char* target);
   [[nodiscard]] OSStatus failure() const noexcept;

@@ -5,6 +5,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <string_view>
 #include <utility>
 
 #include "hal/driver/call_gate.h"
@@ -133,6 +134,16 @@ class JackWatch::Watcher {
         if (registered == 0) stayOf(argument).watcher.tell();
       });
       library_.setClientRegistrationCallback(client, kOnClient, &stay);
+    }
+    if (library_.setPropertyChangeCallback != nullptr) {
+      constexpr auto kOnProperty = uncancelled(
+          [](jack_uuid_t /*subject*/, const char* key, jack_property_change_t /*change*/, void* argument) {
+            // No key: all of a subject's properties, or everybody's, have gone.
+            if (key == nullptr || std::string_view(key).ends_with("/pretty-name")) {
+              stayOf(argument).watcher.tell();
+            }
+          });
+      library_.setPropertyChangeCallback(client, kOnProperty, &stay);
     }
     constexpr auto kOnBufferSize = uncancelled([](jack_nframes_t frames, void* argument) {
       // At every activation the server repeats values that it has told before.

@@ -37,7 +37,7 @@ ListedDevice listed(const Aggregate& aggregate, const std::vector<ListedDevice>&
   result.members = aggregate.members;
   for (const AggregateMember& member : aggregate.members) {
     const auto found = std::find_if(devices.begin(), devices.end(), [&](const ListedDevice& device) {
-      return device.isComplete && device.info.uid == member.uid;
+      return device.isComplete && device.isCalled(member.uid);
     });
     const bool isThere = found != devices.end();
     result.isComplete = result.isComplete || isThere;
@@ -46,6 +46,7 @@ ListedDevice listed(const Aggregate& aggregate, const std::vector<ListedDevice>&
     appendStream(member.uid, member.outputChannels, isThere ? &found->outputs : nullptr,
                  result.info.outputStreams, result.outputs);
   }
+  describeChannels(result);
   return result;
 }
 

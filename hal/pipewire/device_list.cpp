@@ -53,6 +53,13 @@ bool naturallyLess(std::string_view a, std::string_view b) {
   return a.size() != b.size() ? a.size() < b.size() : isLessAsText;
 }
 
+/// The name without the number that a session manager appends for another card of the same name: ".2".
+std::string withoutOrder(const std::string& name) {
+  const std::size_t end = name.find_last_not_of("0123456789");
+  const bool hasNumber = end != std::string::npos && end + 1 < name.size() && name[end] == '.';
+  return hasNumber ? name.substr(0, end) : name;
+}
+
 constexpr std::uint32_t kSuggestedQuantumFrames = 256;
 
 }  // namespace
@@ -89,6 +96,16 @@ struct DeviceList::Group {
     return spokesman.description.empty() ? spokesman.name : spokesman.description;
   }
 
+  /// Where a USB card is plugged in that its name does not tell from others of its kind; else empty.
+  [[nodiscard]] std::string placeOfNamesake(const UsbLookup& find) const {
+    for (const Member& member : members) {
+      if (!member.node->alsaCard || !isCard()) continue;
+      const std::optional<UsbCard> usb = find(*member.node->alsaCard);
+      if (usb && usb->serial.empty()) return usb->busPath;
+    }
+    return {};
+  }
+
   [[nodiscard]] bool isCard() const { return members.front().node->cardId.has_value(); }
 
   /// All its nodes have described themselves.
@@ -114,7 +131,12 @@ bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& n
     if (port.nodeId != nodeId || port.isInput != ofInputPorts) continue;
     ++ports;
     if (!port.isAudio) continue;
-    channels.push_back({.nodeName = node.name, .index = port.index, .nodeId = nodeId, .portId = portId});
+    channels.push_back({.nodeName = node.name,
+                        .index = port.index,
+                        .nodeId = nodeId,
+                        .portId = portId,
+                        .portName = port.name,
+                        .name = port.channelName});
   }
   std::sort(channels.begin() + static_cast<std::ptrdiff_t>(before), channels.end(),
             [](const Channel& a, const Channel& b) { return a.index < b.index; });
@@ -148,6 +170,16 @@ void makeNamesDistinct(std::vector<ListedDevice>& devices, std::set<std::string>
 }
 
 }  // namespace
+
+void describeChannels(ListedDevice& device) {
+  const auto describe = [](const std::vector<Channel>& channels, std::vector<ChannelInfo>& infos) {
+    infos.clear();
+    for (const Channel& channel : channels)
+      infos.push_back({channel.name, channel.nodeName, channel.portName});
+  };
+  describe(device.inputs, device.info.inputs);
+  describe(device.outputs, device.info.outputs);
+}
 
 std::vector<DeviceList::Group> DeviceList::groupsOf(const Graph& graph) const {
   std::map<std::string, Group> groups;
@@ -185,9 +217,14 @@ std::vector<DeviceList::Group> DeviceList::groupsOf(const Graph& graph) const {
 std::string DeviceList::uidOf(const Group& group) {
   const auto known = uids_.find(group.key);
   if (known != uids_.end()) return known->second;
+  // A card without a serial number of its own is known by the place where it is plugged in: the server calls
+  // cards of one kind by the order in which it finds them.
+  std::string uid = "pipewire:" + group.lastingName();
+  if (const std::string place = group.placeOfNamesake(usb_); !place.empty()) {
+    uid = "pipewire:" + withoutOrder(group.lastingName()) + "@" + place;
+  }
   // The later of two devices with the same name gets its serial number in its uid. The server never reuses
   // that number, so no other device can come back under this uid.
-  std::string uid = "pipewire:" + group.lastingName();
   const auto isTaken = [&](const auto& entry) { return entry.second == uid; };
   if (std::any_of(uids_.begin(), uids_.end(), isTaken)) uid += "#" + std::to_string(group.serial());
   uids_.emplace(group.key, uid);
@@ -237,12 +274,16 @@ std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::st
       }
     }
     device.info.uid = uidOf(group);
+    const std::string name = group.lastingName();
+    const bool isByPlace = device.info.uid.starts_with("pipewire:" + withoutOrder(name) + "@");
+    if (isByPlace) device.formerUid = "pipewire:" + name;
     device.info.name = group.description();
     device.info.transportType = kAudioDeviceTransportTypePipeWire;
     device.info.inputStreams.assign(device.inputs.size(), 1);
     device.info.outputStreams.assign(device.outputs.size(), 1);
     device.isCard = group.isCard();
     placeChannels(device);
+    describeChannels(device);
     describeCycle(graph.clock, device.info);
     devices.push_back(std::move(device));
   }

@@ -2,14 +2,18 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "hal/aggregates/aggregate.h"
 #include "hal/driver/device_info.h"
 #include "hal/pipewire/graph.h"
+#include "hal/support/usb_card.h"
 
 namespace tolvane::hal::pipewire {
 
@@ -22,6 +26,8 @@ struct Channel {
 
   std::uint32_t nodeId = 0;
   std::uint32_t portId = 0;
+  std::string portName = {};
+  std::string name = {};  // as its owner calls it
 
   [[nodiscard]] bool isSameAs(const Channel& other) const {
     return index == other.index && nodeName == other.nodeName;
@@ -35,13 +41,28 @@ struct ListedDevice {
   std::vector<Channel> outputs;
   std::vector<AggregateMember> members = {};  // only of an aggregate; its channels are theirs, in this order
   bool isCard = false;
-  bool isComplete = false;  // has all its ports; an aggregate: has a member. Only then shown.
+  bool isComplete = false;     // has all its ports; an aggregate: has a member. Only then shown.
+  std::string formerUid = {};  // under which earlier versions of this program listed it; empty if the same
+
+  /// True for the uid that an aggregate's file may have for this device.
+  [[nodiscard]] bool isCalled(const std::string& uid) const {
+    return info.uid == uid || (!formerUid.empty() && formerUid == uid);
+  }
 };
+
+/// Puts the names of the device's channels into its description.
+void describeChannels(ListedDevice& device);
 
 /// Makes one device per card and one per node without a card. Remembers the uid of each, so that no uid
 /// passes to another device while its first owner is present. Not thread-safe.
 class DeviceList {
  public:
+  /// Finds the USB card with ALSA's number; none if that card is not on USB.
+  using UsbLookup = std::function<std::optional<UsbCard>(int alsaCard)>;
+
+  explicit DeviceList(UsbLookup usb = [](int alsaCard) { return usbCard(alsaCard); })
+      : usb_(std::move(usb)) {}
+
   /// All devices except aggregates, complete or not, in menu order: the device of the default sink first,
   /// then the server's order. A new device is left out until all its nodes have described themselves. No
   /// device gets one of the `reservedNames`.
@@ -63,6 +84,7 @@ class DeviceList {
   std::string uidOf(const Group& group);
   void forgetAllBut(const std::vector<Group>& groups);
 
+  const UsbLookup usb_;
   std::map<std::string, std::string> uids_;      // by the group's key
   std::map<std::string, std::uint32_t> quanta_;  // by uid
 };

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "hal/support/utf8.h"
+
 namespace tolvane::hal::pipewire {
 
 namespace {
@@ -28,10 +30,21 @@ pw_properties* nodeProperties(const Library& library, const std::string& latency
                                                              {PW_KEY_NODE_LATENCY, latency.c_str()}}});
 }
 
+/// Without a channel's name the server makes an alias by itself.
+pw_properties* portProperties(const Library& library, const std::string& name, const std::string& channel) {
+  constexpr std::size_t kMostBytes = 256;
+  const std::string alias = cutUtf8(validUtf8(channel), kMostBytes);
+  const std::array<spa_dict_item, 3> items{{{PW_KEY_FORMAT_DSP, "32 bit float mono audio"},
+                                            {PW_KEY_PORT_NAME, name.c_str()},
+                                            {PW_KEY_PORT_ALIAS, alias.c_str()}}};
+  const spa_dict properties{0, alias.empty() ? 2U : 3U, items.data()};
+  return library.pw_properties_new_dict(&properties);
+}
+
 }  // namespace
 
-Filter::Filter(const Library& library, pw_core* core, CycleRunner& runner, std::size_t inputs,
-               std::size_t outputs, const std::string& latency, Task changed)
+Filter::Filter(const Library& library, pw_core* core, CycleRunner& runner, const ServedChannels& served,
+               const std::string& latency, Task changed)
     : library_(library),
       runner_(runner),
       changed_(std::move(changed)),
@@ -55,7 +68,8 @@ Filter::Filter(const Library& library, pw_core* core, CycleRunner& runner, std::
   isDead_ = filter_ == nullptr;
   if (isDead_) return;
   library_.pw_filter_add_listener(filter_, &hook_, &kEvents, this);
-  runner_.setPorts(addPorts(PW_DIRECTION_INPUT, inputs), addPorts(PW_DIRECTION_OUTPUT, outputs));
+  runner_.setPorts(addPorts(PW_DIRECTION_INPUT, served.inputs),
+                   addPorts(PW_DIRECTION_OUTPUT, served.outputs));
   isDead_ = isDead_ || library_.pw_filter_connect(filter_, PW_FILTER_FLAG_RT_PROCESS, nullptr, 0) < 0;
 }
 
@@ -72,16 +86,14 @@ void Filter::suggestLatency(const std::string& latency) {
   library_.pw_filter_update_properties(filter_, nullptr, &properties);
 }
 
-std::vector<FilterPort*> Filter::addPorts(pw_direction direction, std::size_t count) {
+std::vector<FilterPort*> Filter::addPorts(pw_direction direction, const std::vector<std::string>& served) {
   const std::string prefix = direction == PW_DIRECTION_INPUT ? "input_" : "output_";
   std::vector<FilterPort*> ports;
-  for (std::size_t number = 1; number <= count; ++number) {
-    const std::string name = prefix + std::to_string(number);
-    pw_properties* properties =
-        propertiesOf(library_, std::array<spa_dict_item, 2>{{{PW_KEY_FORMAT_DSP, "32 bit float mono audio"},
-                                                             {PW_KEY_PORT_NAME, name.c_str()}}});
-    void* const memory = library_.pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS,
-                                                     sizeof(FilterPort), properties, nullptr, 0);
+  for (const std::string& channel : served) {
+    const std::string name = prefix + std::to_string(ports.size() + 1);
+    void* const memory =
+        library_.pw_filter_add_port(filter_, direction, PW_FILTER_PORT_FLAG_MAP_BUFFERS, sizeof(FilterPort),
+                                    portProperties(library_, name, channel), nullptr, 0);
     if (memory == nullptr) {
       isDead_ = true;
       return {};

@@ -14,8 +14,15 @@ namespace tolvane::hal::pipewire {
 /// Use only on the loop thread, or after that thread has ended.
 class Filter {
  public:
+  /// The names of the channels that the ports serve, one for each port; empty if there is none. A patch bay
+  /// shows them as the ports' aliases.
+  struct ServedChannels {
+    std::vector<std::string> inputs;
+    std::vector<std::string> outputs;
+  };
+
   /// Calls `changed` when the node has come up or gone.
-  Filter(const Library& library, pw_core* core, CycleRunner& runner, std::size_t inputs, std::size_t outputs,
+  Filter(const Library& library, pw_core* core, CycleRunner& runner, const ServedChannels& served,
          const std::string& latency, Task changed);
 
   /// After it returns, the runner is not called again.
@@ -33,7 +40,7 @@ class Filter {
   [[nodiscard]] bool isDead() const noexcept { return isDead_; }
 
  private:
-  std::vector<FilterPort*> addPorts(pw_direction direction, std::size_t count);
+  std::vector<FilterPort*> addPorts(pw_direction direction, const std::vector<std::string>& served);
   void onStateChanged(pw_filter_state state);
 
   const Library& library_;

@@ -25,7 +25,7 @@ OwnPorts ownPorts(const Graph& graph, std::uint32_t nodeId, bool areInputs) {
 
 const ListedDevice* deviceOf(const Channel& channel, const std::vector<ListedDevice>& devices) {
   const auto found = std::find_if(devices.begin(), devices.end(), [&](const ListedDevice& device) {
-    return device.info.uid == channel.deviceUid;
+    return device.isCalled(channel.deviceUid);
   });
   return found == devices.end() ? nullptr : &*found;
 }
@@ -68,8 +68,24 @@ std::vector<const Channel*> locate(std::vector<Channel>& started, const std::vec
     if (found[i] == nullptr || !started[i].nodeName.empty()) continue;
     started[i].nodeName = found[i]->nodeName;
     started[i].index = found[i]->index;
+    started[i].name = found[i]->name;
   }
   return found;
+}
+
+/// The channels' names. In an aggregate each comes after its member's, because members often have equal names
+/// for their channels.
+std::vector<std::string> servedNames(const std::vector<Channel>& channels,
+                                     const std::vector<AggregateMember>& members) {
+  std::vector<std::string> names;
+  for (const Channel& channel : channels) {
+    const auto member = std::find_if(members.begin(), members.end(), [&](const AggregateMember& candidate) {
+      return candidate.uid == channel.deviceUid;
+    });
+    const bool isMembers = member != members.end() && !channel.name.empty();
+    names.push_back(isMembers ? member->name + ": " + channel.name : channel.name);
+  }
+  return names;
 }
 
 std::string latencyText(std::uint32_t frames, std::uint32_t rateHz) {
@@ -110,7 +126,8 @@ void FilterSession::reconcile(Connection& connection, const std::vector<ListedDe
     if (now < nextAttempt_) return;
     nextAttempt_ = now + kAttemptPeriod;
     patientUntil_ = now + kPatience;
-    filter_ = std::make_unique<Filter>(library_, connection.core(), runner_, inputs_.size(), outputs_.size(),
+    const Filter::ServedChannels served{servedNames(inputs_, members_), servedNames(outputs_, members_)};
+    filter_ = std::make_unique<Filter>(library_, connection.core(), runner_, served,
                                        latencyText(quantumFrames_, rateHz_), changed_);
   }
   followRate();

@@ -48,6 +48,18 @@ std::optional<int> alsaCardOf(const spa_dict& properties) {
   return numberIn<int>(rest.substr(0, rest.find(',')));
 }
 
+/// The name that the owner of a port gave its channel. If the owner gave the port no alias, the server makes
+/// one, of the node's name and the port's. That alias says no more than the port's name.
+std::string_view channelNameOf(const spa_dict& properties) {
+  const std::string_view name = textOf(properties, PW_KEY_PORT_NAME);
+  const std::string_view alias = textOf(properties, PW_KEY_PORT_ALIAS);
+  const bool isServers = alias.ends_with(name) && alias.substr(0, alias.size() - name.size()).ends_with(':');
+  if (!alias.empty() && !isServers) return alias;
+  if (!name.empty()) return name;
+  const std::string_view channel = textOf(properties, PW_KEY_AUDIO_CHANNEL);
+  return channel == "UNK" ? std::string_view() : channel;
+}
+
 }  // namespace
 
 /// An object whose events we receive.
@@ -226,8 +238,13 @@ void GraphWatch::addPort(std::uint32_t id, const spa_dict& properties) {
   if (!nodeId || !index) return;
   const bool isAudio = textOf(properties, PW_KEY_FORMAT_DSP).find("audio") != std::string_view::npos;
   const auto serial = numberOf<std::uint64_t>(properties, PW_KEY_OBJECT_SERIAL).value_or(id);
-  graph_.ports[id] = {serial, *nodeId, textOf(properties, PW_KEY_PORT_DIRECTION) == "in",
-                      *index, isAudio, std::string(textOf(properties, PW_KEY_PORT_NAME))};
+  graph_.ports[id] = {serial,
+                      *nodeId,
+                      textOf(properties, PW_KEY_PORT_DIRECTION) == "in",
+                      *index,
+                      isAudio,
+                      std::string(textOf(properties, PW_KEY_PORT_NAME)),
+                      std::string(channelNameOf(properties))};
   noteChange();
 }
 

@@ -9,6 +9,20 @@
 
 namespace tolvane::hal {
 
+namespace {
+
+void makeTextsValid(DeviceInfo& info) {
+  info.uid = validUtf8(info.uid);
+  info.name = validUtf8(info.name);
+  for (auto* const channels : {&info.inputs, &info.outputs}) {
+    for (ChannelInfo& channel : *channels) {
+      for (std::string* const text : {&channel.name, &channel.node, &channel.port}) *text = validUtf8(*text);
+    }
+  }
+}
+
+}  // namespace
+
 void Catalog::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
   // Pollers are never destroyed: their threads go on using them.
   static auto* const retired = new std::vector<PollerRef>;
@@ -118,8 +132,7 @@ void Catalog::relist() {
 
 void Catalog::listDevices(Source& source, ListedAlready& listed) {
   for (DeviceInfo info : source.answer->devices) {
-    info.uid = validUtf8(info.uid);
-    info.name = validUtf8(info.name);
+    makeTextsValid(info);
     if (listed.has(info)) continue;
     listed.add(info);
     listDevice(source, std::move(info));

@@ -1,11 +1,27 @@
 #include "hal/registry/device.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "hal/surface/hardware_periods.h"
 #include "hal/surface/removed_links.h"
 
 namespace tolvane::hal {
+
+namespace {
+
+void addRenames(AudioObjectPropertyScope scope, const std::vector<ChannelInfo>& before,
+                const std::vector<ChannelInfo>& now, std::vector<AudioObjectPropertyAddress>& renames) {
+  const auto nameIn = [](const std::vector<ChannelInfo>& channels, std::size_t c) {
+    return c < channels.size() ? channels[c].name : std::string();
+  };
+  for (std::size_t c = 0; c < std::max(before.size(), now.size()); ++c) {
+    if (nameIn(before, c) == nameIn(now, c)) continue;
+    renames.push_back({kAudioObjectPropertyElementName, scope, static_cast<UInt32>(c + 1)});
+  }
+}
+
+}  // namespace
 
 Device::Device(AudioObjectID id, std::shared_ptr<DriverPoller> poller, DeviceInfo info,
                Clock::time_point listedAt)
@@ -27,6 +43,13 @@ void Device::unlist() {
 DeviceInfo Device::info() const {
   const std::lock_guard lock(mutex_);
   return info_;
+}
+
+std::string Device::channelText(std::vector<ChannelInfo> DeviceInfo::*direction, std::size_t channel,
+                                std::string ChannelInfo::*text) const {
+  const std::lock_guard lock(mutex_);
+  const std::vector<ChannelInfo>& channels = info_.*direction;
+  return channel < channels.size() ? channels[channel].*text : std::string();
 }
 
 std::shared_ptr<DriverPoller> Device::poller() const {
@@ -100,6 +123,11 @@ std::vector<AudioObjectPropertySelector> Device::takeChanges(bool alive) {
   return changes;
 }
 
+std::vector<AudioObjectPropertyAddress> Device::takeRenames() {
+  const std::lock_guard lock(mutex_);
+  return std::exchange(renames_, {});
+}
+
 void Device::takeListChanges(std::vector<AudioObjectPropertySelector>& changes) {
   DeviceInfo& published = published_.info;
   if (info_.name != published.name) changes.push_back(kAudioObjectPropertyName);
@@ -117,6 +145,8 @@ void Device::takeListChanges(std::vector<AudioObjectPropertySelector>& changes) 
   if (info_.minPeriods != published.minPeriods || info_.maxPeriods != published.maxPeriods) {
     changes.push_back(kTolvaneDevicePropertyPeriodsRange);
   }
+  addRenames(kAudioObjectPropertyScopeInput, published.inputs, info_.inputs, renames_);
+  addRenames(kAudioObjectPropertyScopeOutput, published.outputs, info_.outputs, renames_);
   const double sampleRateHz = published.sampleRateHz;
   const std::uint32_t bufferFrames = published.bufferFrames;
   published = info_;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "hal/registry/driver_poller.h"
@@ -24,6 +25,9 @@ class Device {
   void unlist();
   /// The driver's last report, even if the device is gone.
   [[nodiscard]] DeviceInfo info() const;
+  /// A text of the channel, counted from 0; empty if there is none. [not-io]
+  [[nodiscard]] std::string channelText(std::vector<ChannelInfo> DeviceInfo::*direction, std::size_t channel,
+                                        std::string ChannelInfo::*text) const;
   [[nodiscard]] std::shared_ptr<DriverPoller> poller() const;
   /// The time at which the driver was asked for its last answer; none if that answer did not name the device.
   [[nodiscard]] std::optional<Clock::time_point> listedAt() const;
@@ -46,6 +50,8 @@ class Device {
   /// overload. 'slay' and 'rmln' stand for both of their scopes. `alive` is the current value of 'livn'.
   /// [not-io]
   std::vector<AudioObjectPropertySelector> takeChanges(bool alive);
+  /// The channels' names that had changed by the last takeChanges() and were not taken yet. [not-io]
+  std::vector<AudioObjectPropertyAddress> takeRenames();
 
  private:
   struct Published {
@@ -70,6 +76,7 @@ class Device {
   std::optional<Clock::time_point> listedAt_;
   RemovedLinks removedLinks_;
   Published published_;
+  std::vector<AudioObjectPropertyAddress> renames_;
   bool relisted_ = false;  // info_ has changed since published_.info was taken
 };
 

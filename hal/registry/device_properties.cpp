@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "hal/core_audio.h"
 #include "hal/driver/buffer_list.h"
 #include "hal/registry/properties.h"
 #include "hal/registry/value_room.h"
@@ -174,10 +175,44 @@ OSStatus readRemovedLinks(DeviceObject& object, const ValueRoom& room) {
 constexpr auto kInputs = &DeviceInfo::inputStreams;
 constexpr auto kOutputs = &DeviceInfo::outputStreams;
 
+template <auto kChannels, auto kText>
+std::string channelText(const DeviceObject& object) {
+  return object.device->channelText(kChannels, object.element - 1, kText);
+}
+
+template <auto kChannels, auto kText>
+bool hasChannelText(DeviceObject& object) {
+  return !channelText<kChannels, kText>(object).empty();
+}
+
+template <auto kChannels, auto kText>
+OSStatus readChannelText(DeviceObject& object, const ValueRoom& room) {
+  return writeString(room, channelText<kChannels, kText>(object));
+}
+
+using DeviceTable = std::vector<Property<DeviceObject>>;
+
+template <auto kText>
+void addChannelText(AudioObjectPropertySelector selector, DeviceTable& table) {
+  constexpr auto kIn = &DeviceInfo::inputs;
+  constexpr auto kOut = &DeviceInfo::outputs;
+  table.push_back({selector, kAudioObjectPropertyScopeInput, sizeOf<CFTypeRef>, readChannelText<kIn, kText>,
+                   nullptr, hasChannelText<kIn, kText>});
+  table.push_back({selector, kAudioObjectPropertyScopeOutput, sizeOf<CFTypeRef>, readChannelText<kOut, kText>,
+                   nullptr, hasChannelText<kOut, kText>});
+}
+
+const DeviceTable* withChannelTexts(DeviceTable* table) {
+  addChannelText<&ChannelInfo::name>(kAudioObjectPropertyElementName, *table);
+  addChannelText<&ChannelInfo::node>(kTolvaneDevicePropertyChannelNode, *table);
+  addChannelText<&ChannelInfo::port>(kTolvaneDevicePropertyChannelPort, *table);
+  return table;
+}
+
 }  // namespace
 
 const std::vector<Property<DeviceObject>>& deviceProperties() {
-  static const auto* const table = new std::vector<Property<DeviceObject>>{
+  static const auto* const table = withChannelTexts(new DeviceTable{
       {kAudioObjectPropertyName, kGlobal, sizeOf<CFTypeRef>, readName, nullptr},
       {kAudioDevicePropertyDeviceUID, kGlobal, sizeOf<CFTypeRef>, readUid, nullptr},
       {kAudioDevicePropertyStreamConfiguration, kAudioObjectPropertyScopeInput, streamsSize<kInputs>,
@@ -200,7 +235,7 @@ const std::vector<Property<DeviceObject>>& deviceProperties() {
        removedLinksSize<&RemovedLinks::inputs>, readRemovedLinks<&RemovedLinks::inputs>, nullptr},
       {kTolvaneDevicePropertyRemovedLinks, kAudioObjectPropertyScopeOutput,
        removedLinksSize<&RemovedLinks::outputs>, readRemovedLinks<&RemovedLinks::outputs>, nullptr},
-  };
+  });
   return *table;
 }
 

@@ -25,12 +25,16 @@ struct Property {
   OSStatus (*read)(Object& object, const ValueRoom& room);
   /// Sets the value. Null if the property cannot be set. [not-io]
   OSStatus (*write)(Object& object, UInt32 dataSize, const void* data);
+  /// Null for a property of the object itself. A property of its elements: true if the element has a value
+  /// now. [not-io]
+  bool (*isThere)(Object& object) = nullptr;
 };
 
-/// A device and its registry.
+/// A device and its registry, and the element that is asked for.
 struct DeviceObject {
   Registry& registry;
   std::shared_ptr<Device> device;
+  AudioObjectPropertyElement element;
 };
 
 const std::vector<Property<Registry>>& systemProperties();
@@ -40,8 +44,9 @@ const std::vector<Property<DeviceObject>>& deviceProperties();
 template <typename Object>
 const Property<Object>* find(const std::vector<Property<Object>>& table,
                              const AudioObjectPropertyAddress& address) noexcept {
-  if (address.mElement != kAudioObjectPropertyElementMain) return nullptr;
   for (const Property<Object>& property : table) {
+    const bool isOfElement = property.isThere != nullptr;
+    if (isOfElement == (address.mElement == kAudioObjectPropertyElementMain)) continue;
     if (property.selector == address.mSelector && property.scope == address.mScope) return &property;
   }
   return nullptr;

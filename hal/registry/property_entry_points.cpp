@@ -16,10 +16,22 @@ OSStatus useProperty(AudioObjectID id, const AudioObjectPropertyAddress& address
     const auto* const property = find(systemProperties(), address);
     return property == nullptr ? kAudioHardwareUnknownPropertyError : use(registry, *property);
   }
-  DeviceObject object{registry, registry.device(id)};
+  DeviceObject object{registry, registry.device(id), address.mElement};
   if (!object.device) return kAudioHardwareBadObjectError;
   const auto* const property = find(deviceProperties(), address);
   return property == nullptr ? kAudioHardwareUnknownPropertyError : use(object, *property);
+}
+
+/// The same, with kAudioHardwareUnknownPropertyError if the property has no value now. Listeners do not ask
+/// for this: a value may come and go.
+template <typename Use>
+OSStatus withValue(AudioObjectID id, const AudioObjectPropertyAddress& address, const Use& use) {
+  return orExhausted([&] {
+    return useProperty(id, address, [&](auto& object, const auto& property) -> OSStatus {
+      const bool isThere = property.isThere == nullptr || property.isThere(object);
+      return isThere ? use(object, property) : OSStatus{kAudioHardwareUnknownPropertyError};
+    });
+  });
 }
 
 template <typename Use>
@@ -34,6 +46,7 @@ OSStatus withProperty(AudioObjectID id, const AudioObjectPropertyAddress& addres
 using tolvane::checkNotIo;
 using tolvane::hal::Registry;
 using tolvane::hal::withProperty;
+using tolvane::hal::withValue;
 
 extern "C" {
 
@@ -42,7 +55,7 @@ OSStatus AudioObjectGetPropertyDataSize(AudioObjectID object, const AudioObjectP
                                         UInt32* dataSize) {
   checkNotIo();
   if (address == nullptr || dataSize == nullptr) return kAudioHardwareIllegalOperationError;
-  return withProperty(object, *address, [&](auto& found, const auto& property) -> OSStatus {
+  return withValue(object, *address, [&](auto& found, const auto& property) -> OSStatus {
     *dataSize = property.size(found);
     return noErr;
   });
@@ -54,7 +67,7 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPrope
   checkNotIo();
   if (address == nullptr || dataSize == nullptr || data == nullptr)
     return kAudioHardwareIllegalOperationError;
-  return withProperty(object, *address, [&](auto& found, const auto& property) -> OSStatus {
+  return withValue(object, *address, [&](auto& found, const auto& property) -> OSStatus {
     return property.read(found, {dataSize, data});
   });
 }
@@ -64,7 +77,7 @@ OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPrope
                                     UInt32 dataSize, const void* data) {
   checkNotIo();
   if (address == nullptr || data == nullptr) return kAudioHardwareIllegalOperationError;
-  return withProperty(object, *address, [&](auto& found, const auto& property) -> OSStatus {
+  return withValue(object, *address, [&](auto& found, const auto& property) -> OSStatus {
     if (property.write == nullptr) return kAudioHardwareUnsupportedOperationError;
     return property.write(found, dataSize, data);
   });

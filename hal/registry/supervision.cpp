@@ -99,6 +99,9 @@ void Registry::publishChanges() {
       notifier_.post(device->id(), addressOf(selector, kAudioObjectPropertyScopeInput));
       notifier_.post(device->id(), addressOf(selector, kAudioObjectPropertyScopeOutput));
     }
+    for (const AudioObjectPropertyAddress& renamed : device->takeRenames()) {
+      notifier_.post(device->id(), renamed);
+    }
   }
 }
 

@@ -49,6 +49,13 @@ std::optional<std::size_t> utf16Length(std::string_view text) noexcept {
   return units;
 }
 
+std::string cutUtf8(std::string text, std::size_t bytes) {
+  if (text.size() <= bytes) return text;
+  while (bytes > 0 && (static_cast<unsigned char>(text[bytes]) & 0xC0U) == 0x80U) --bytes;
+  text.resize(bytes);
+  return text;
+}
+
 std::string validUtf8(std::string_view text) {
   std::string valid;
   valid.reserve(text.size());

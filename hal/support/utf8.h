@@ -1,4 +1,4 @@
-// UTF-8 functions for the names of devices.
+// UTF-8 functions for the names of devices and channels.
 #pragma once
 
 #include <cstddef>
@@ -13,5 +13,8 @@ std::optional<std::size_t> utf16Length(std::string_view text) noexcept;
 
 /// The text with every byte that is not part of valid UTF-8 replaced by U+FFFD. [not-io]
 std::string validUtf8(std::string_view text);
+
+/// The beginning of valid UTF-8 in at most this many bytes, cut between characters. [not-io]
+std::string cutUtf8(std::string text, std::size_t bytes);
 
 }  // namespace tolvane::hal

@@ -39,8 +39,11 @@ enum : UInt32 {
 
 /// Selectors, with the object that has them and the type of the value.
 enum : AudioObjectPropertySelector {
-  kAudioHardwarePropertyDevices = 0x64657623,            // 'dev#' system: array of AudioDeviceID
-  kAudioObjectPropertyName = 0x6C6E616D,                 // 'lnam' device: CFStringRef, the caller releases
+  kAudioHardwarePropertyDevices = 0x64657623,    // 'dev#' system: array of AudioDeviceID
+  kAudioObjectPropertyName = 0x6C6E616D,         // 'lnam' device: CFStringRef, the caller releases
+  kAudioObjectPropertyElementName = 0x6C63686E,  // 'lchn' device, input or output, element: the channel from
+                                                 // 1; CFStringRef, the caller releases. Unknown if the
+                                                 // channel has no name.
   kAudioDevicePropertyStreamConfiguration = 0x736C6179,  // 'slay' device, input or output: AudioBufferList
   kAudioDevicePropertyDeviceUID = 0x75696420,            // 'uid ' device: CFStringRef, the caller releases
   kAudioDevicePropertyNominalSampleRate = 0x6E737274,    // 'nsrt' device: Float64, Hz, settable
@@ -123,7 +126,8 @@ OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPrope
                                     const void* data);
 
 /// Calls `listener` after each change of the property, until it is removed. Adding the same listener again
-/// with the same client data and address does nothing and succeeds. [not-io]
+/// with the same client data and address does nothing and succeeds. A channel's name can be listened to
+/// before the channel has one. [not-io]
 OSStatus AudioObjectAddPropertyListener(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                         AudioObjectPropertyListenerProc listener, void* clientData);
 

@@ -34,6 +34,18 @@ TEST(AlsaEnumeration, ListsEveryCardOnceWithBothDirections) {
   EXPECT_EQ(intel->sampleRateHz, 48000.0);
 }
 
+TEST(AlsaEnumeration, CallsTheChannelsAsTheCardsDriverDoes) {
+  const auto driver = hal::makeAlsaDriver();
+  const auto intel = find(*driver, "alsa:Intel");
+  ASSERT_TRUE(intel);
+  const std::vector<hal::ChannelInfo> stereo{{.name = "FL"}, {.name = "FR"}};
+  EXPECT_EQ(intel->outputs, stereo);
+  EXPECT_EQ(intel->inputs, stereo);
+  const auto loopback = find(*driver, "alsa:Loopback");
+  ASSERT_TRUE(loopback);
+  EXPECT_TRUE(loopback->inputs.empty());  // its driver names none
+}
+
 TEST(AlsaEnumeration, ListsTheChannelsThatTheCardCanDoNow) {
   const LoopbackBench bench(SND_PCM_FORMAT_S32_LE, 12);
   const auto driver = hal::makeAlsaDriver();

@@ -4,6 +4,7 @@
 #include <memory>
 
 #include <gtest/gtest.h>
+#include <jack/metadata.h>
 #include <jack/midiport.h>
 
 #include "support/eventually.h"
@@ -86,6 +87,16 @@ void JackTestClient::disconnect(const std::string& from, const std::string& to) 
 
 void JackTestClient::unregisterSignalPort(std::size_t channel) {
   EXPECT_EQ(jack_port_unregister(client_, signalPorts_[channel]), 0);
+}
+
+void JackTestClient::addAlias(std::size_t channel, const std::string& alias) {
+  EXPECT_EQ(jack_port_set_alias(signalPorts_[channel], alias.c_str()), 0);
+}
+
+void JackTestClient::setPrettyName(std::size_t channel, const std::string& name) {
+  EXPECT_EQ(jack_set_property(client_, jack_port_uuid(signalPorts_[channel]), JACK_METADATA_PRETTY_NAME,
+                              name.c_str(), "text/plain"),
+            0);
 }
 
 void JackTestClient::setBufferSize(jack_nframes_t frames) {

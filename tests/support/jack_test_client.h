@@ -46,6 +46,9 @@ class JackTestClient {
   void listen(std::size_t recordingPort, const std::string& from);
   void disconnect(const std::string& from, const std::string& to);
   void unregisterSignalPort(std::size_t channel);
+  /// The names that a user gives to a port, here a signal port counted from 0.
+  void addAlias(std::size_t channel, const std::string& alias);
+  void setPrettyName(std::size_t channel, const std::string& name);
   void setBufferSize(jack_nframes_t frames);
   [[nodiscard]] std::vector<std::string> connectionsOf(const std::string& port) const;
   [[nodiscard]] std::string name() const { return jack_get_client_name(client_); }

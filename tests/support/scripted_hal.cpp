@@ -120,9 +120,31 @@ std::optional<Bytes> globalValue(const ScriptedDevice& device, AudioObjectProper
   }
 }
 
+/// None for a selector of no channel's text.
+std::optional<std::string ScriptedChannel::*> channelText(AudioObjectPropertySelector selector) {
+  switch (selector) {
+    case kAudioObjectPropertyElementName:
+      return &ScriptedChannel::name;
+    case kTolvaneDevicePropertyChannelNode:
+      return &ScriptedChannel::node;
+    case kTolvaneDevicePropertyChannelPort:
+      return &ScriptedChannel::port;
+    default:
+      return std::nullopt;
+  }
+}
+
+std::optional<Bytes> channelValue(const ScriptedDevice& device, std::string ScriptedChannel::*text,
+                                  AudioObjectPropertyScope scope, AudioObjectPropertyElement element) {
+  if (scope == kAudioObjectPropertyScopeGlobal || element == 0) return std::nullopt;
+  const auto& channels = scope == kAudioObjectPropertyScopeInput ? device.inputs : device.outputs;
+  if (element > channels.size() || (channels[element - 1].*text).empty()) return std::nullopt;
+  return newString(channels[element - 1].*text);
+}
+
 bool isString(AudioObjectPropertySelector selector) {
   return selector == kAudioObjectPropertyName || selector == kAudioDevicePropertyDeviceUID ||
-         selector == kTolvanePropertySilentServers;
+         selector == kTolvanePropertySilentServers || channelText(selector).has_value();
 }
 
 void releaseString(const Bytes& value) {
@@ -186,7 +208,7 @@ OSStatus ScriptedHal::propertyDataSize(AudioObjectID object, const AudioObjectPr
   log("AudioObjectGetPropertyDataSize(" + describe(object, address) + (qualified ? ", qualifier)" : ")"));
   const PropertyKey key{object, address.mSelector, address.mScope};
   if (const Failure* failure = failureOf(HalCall::getPropertyDataSize, key)) return failure->status;
-  const auto value = valueOf(key);
+  const auto value = valueOf(key, address.mElement);
   if (!value) return kAudioHardwareUnknownPropertyError;
   if (isString(address.mSelector)) releaseString(*value);
   const auto reported = sizes_.find(key);
@@ -201,7 +223,7 @@ OSStatus ScriptedHal::propertyData(AudioObjectID object, const AudioObjectProper
   const PropertyKey key{object, address.mSelector, address.mScope};
   const Failure* const failure = failureOf(HalCall::getPropertyData, key);
   if (failure != nullptr && !failure->writesValue) return failure->status;
-  const auto value = valueOf(key);
+  const auto value = valueOf(key, address.mElement);
   if (!value) return kAudioHardwareUnknownPropertyError;
   size = std::min(size, static_cast<UInt32>(value->size()));
   std::memcpy(data, value->data(), size);
@@ -305,7 +327,7 @@ const ScriptedHal::Failure* ScriptedHal::failureOf(HalCall call, const PropertyK
   return failure != failures_.end() ? &failure->second : nullptr;
 }
 
-std::optional<Bytes> ScriptedHal::valueOf(const PropertyKey& key) const {
+std::optional<Bytes> ScriptedHal::valueOf(const PropertyKey& key, AudioObjectPropertyElement element) const {
   const auto [object, selector, scope] = key;
   if (object == kAudioObjectSystemObject) {
     if (selector == kTolvanePropertySilentServers) return newString(silentServers);
@@ -316,6 +338,7 @@ std::optional<Bytes> ScriptedHal::valueOf(const PropertyKey& key) const {
   const auto device =
       std::find_if(devices.begin(), devices.end(), [id](const ScriptedDevice& d) { return d.id == id; });
   if (device == devices.end()) return std::nullopt;
+  if (const auto text = channelText(selector)) return channelValue(*device, *text, scope, element);
   const bool isDirected =
       selector == kAudioDevicePropertyStreamConfiguration || selector == kTolvaneDevicePropertyRemovedLinks;
   if (!isDirected) return globalValue(*device, selector);

@@ -16,6 +16,13 @@
 
 namespace tolvane::test {
 
+/// The texts of one channel.
+struct ScriptedChannel {
+  std::string name = {};
+  std::string node = {};
+  std::string port = {};
+};
+
 /// One device, as its properties report it.
 struct ScriptedDevice {
   AudioDeviceID id = kAudioObjectUnknown;
@@ -34,6 +41,9 @@ struct ScriptedDevice {
   std::optional<TolvaneThreadScheduling> scheduling = std::nullopt;  // none: no such property
   std::vector<UInt32> removedInputs = {};                            // channels whose links are removed
   std::vector<UInt32> removedOutputs = {};
+  // The texts of the first channels; an empty one is no such property.
+  std::vector<ScriptedChannel> inputs = {};
+  std::vector<ScriptedChannel> outputs = {};
 };
 
 enum class HalCall {
@@ -144,7 +154,8 @@ class ScriptedHal {
   OSStatus nextStatus(HalCall call);
   [[nodiscard]] const Failure* failureOf(HalCall call, const PropertyKey& key) const;
   /// The property's value as bytes; none if the object has no such property. A string is a new reference.
-  [[nodiscard]] std::optional<std::vector<std::byte>> valueOf(const PropertyKey& key) const;
+  [[nodiscard]] std::optional<std::vector<std::byte>> valueOf(const PropertyKey& key,
+                                                              AudioObjectPropertyElement element) const;
   ScriptedRegistration* find(AudioDeviceID device, AudioDeviceIOProcID procID);
 
   std::vector<std::string> calls_;

@@ -81,7 +81,7 @@ class ListedChoice : public testing::Test {
  protected:
   ListedChoice() {
     hal_.devices.push_back({.id = 20, .name = "Box", .transport = kAudioDeviceTransportTypeJack});
-    hal_.devices.push_back({.id = 21, .name = "Built in"});
+    hal_.devices.push_back({.id = 21, .name = "Built in", .uid = "virtual:x"});
   }
 
   static AudioDeviceID chosen(const DeviceListing& listing, const std::string& wanted) {
@@ -112,6 +112,14 @@ TEST_F(ListedChoice, TakesAnotherServersDeviceAndOneThatIsNamed) {
   EXPECT_EQ(chosen({{box_, virtual_}, "pipewire"}, ""), 20U);
   EXPECT_EQ(chosen({{box_, virtual_}, "pipewire"}, "bo"), 20U);
   EXPECT_EQ(chosen({{box_, virtual_}, "pipewire"}, "Built in"), 21U);
+}
+
+TEST_F(ListedChoice, IsByLastingIdentityBeforeAnyName) {
+  EXPECT_EQ(chosen({{box_, virtual_}, ""}, "virtual:x"), 21U);
+  EXPECT_EQ(chosen({{box_, virtual_}, "pipewire"}, "virtual:x"), 21U);
+  const AudioDeviceInfo impostor{20, "virtual:x", 2, 2};
+  EXPECT_EQ(chosen({{impostor, virtual_}, ""}, "virtual:x"), 21U);
+  EXPECT_EQ(chosen({{box_, virtual_}, ""}, "virtual:"), 0U);  // only as a whole
 }
 
 TEST_F(ListedChoice, OfSeveralIsNoneWhoeverIsSilent) {

@@ -40,7 +40,37 @@ TEST(Devices, JsonHasEveryMemberWithItsType) {
   EXPECT_EQ(last.at("driver"), "virtual");
   EXPECT_EQ(last.at("sampleRate"), 48000.0);
   EXPECT_EQ(last.at("bufferFrames"), 512);
-  EXPECT_EQ(last.size(), 7U);
+  EXPECT_EQ(last.at("uid"), "virtual:tolvane");
+  EXPECT_EQ(last.size(), 8U);
+}
+
+TEST(Devices, LongTableHasTheLastingIdentities) {
+  const Finished run = runProgram({"devices", "--long"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.out, testing::ContainsRegex("buffer frames  uid\n"));
+  EXPECT_THAT(run.out, testing::EndsWith(" 48000            512  virtual:tolvane\n"));
+}
+
+TEST(Devices, ChannelsOfADeviceWithoutNamesAreNumbers) {
+  for (const char* device : {"Tolvane Virtual Device", "virtual:tolvane", "tolvane virt"}) {
+    const Finished run = runProgram({"devices", "--channels", device});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_THAT(run.out, StartsWith("device                  channel  name  node  port\n"
+                                    "Tolvane Virtual Device  in 1     -     -     -\n"));
+    EXPECT_THAT(run.out, HasSubstr("Tolvane Virtual Device  out 20   -     -     -\n"));
+  }
+  const json all = json::parse(runProgram({"devices", "--channels", "--json"}).out);
+  EXPECT_EQ(all.back().at("inputs").size(), 18U);
+  EXPECT_EQ(all.back().at("outputs").size(), 20U);
+  EXPECT_EQ(all.back().at("outputs").at(19).at("channel"), 19);
+  EXPECT_EQ(all.back().at("outputs").at(19).at("name"), nullptr);
+}
+
+TEST(Devices, ChannelsOfNoDeviceAreAnError) {
+  const Finished run = runProgram({"devices", "--channels", "Piano", "--wait", "0"});
+  EXPECT_EQ(run.status, 4);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, HasSubstr("no device is called \"Piano\""));
 }
 
 TEST(Devices, JsonIsTheSameInEveryLocale) {

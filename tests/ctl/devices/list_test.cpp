@@ -36,6 +36,7 @@ class DeviceListOf : public testing::Test {
                             .name = "Größe \"X\"",
                             .inputStreams = {2, 16},
                             .outputStreams = {8},
+                            .uid = "jack:größe\n",
                             .sampleRate = 44100.5,
                             .bufferFrames = 64,
                             .transport = kAudioDeviceTransportTypeJack});
@@ -55,12 +56,20 @@ TEST_F(DeviceListOf, TwoAsATable) {
             "41  Odd\\x1b[31m       1        0  virtual            -              -\n");
 }
 
+TEST_F(DeviceListOf, TwoAsALongTable) {
+  EXPECT_EQ(deviceTable(detailsOf(CoreAudioEngine().getAllDevices()), TableForm::longer),
+            "id  name         inputs  outputs  driver   sample rate  buffer frames  uid\n"
+            "40  Größe \"X\"        18        8  jack         44100.5             64  jack:größe\\n\n"
+            "41  Odd\\x1b[31m       1        0  virtual        48000            512  -\n");
+}
+
 TEST_F(DeviceListOf, TwoAsJson) {
   hal_.failProperty(test::HalCall::getPropertyData, 41, kAudioDevicePropertyNominalSampleRate,
                     kAudioObjectPropertyScopeGlobal, kAudioHardwareUnknownPropertyError);
   EXPECT_EQ(deviceJson(detailsOf(CoreAudioEngine().getAllDevices())), R"([
   {
     "id": 40,
+    "uid": "jack:größe\n",
     "name": "Größe \"X\"",
     "inputChannels": 18,
     "outputChannels": 8,
@@ -70,6 +79,7 @@ TEST_F(DeviceListOf, TwoAsJson) {
   },
   {
     "id": 41,
+    "uid": null,
     "name": "Odd\u001b[31m",
     "inputChannels": 1,
     "outputChannels": 0,

@@ -58,13 +58,19 @@ TEST(DeviceChanges, AreNotTheOrderNorTheBuffer) {
 TEST(DeviceEvent, IsALineWithoutControlCharacters) {
   EXPECT_EQ(deviceEventLine("arrived", device(12, "Odd\033[31m", 2)),
             "arrived: 12  Odd\\x1b[31m  (2 inputs, 1 output, pipewire)\n");
+  DeviceDetails told = device(12, "Odd", 2);
+  told.uid = "pipewire:odd\n";
+  EXPECT_EQ(deviceEventLine("arrived", told, TableForm::longer),
+            "arrived: 12  Odd  (2 inputs, 1 output, pipewire)  pipewire:odd\\n\n");
 }
 
 TEST(DeviceEvent, IsAJsonObjectOnALine) {
   DeviceDetails told = device(12, "Line\nfeed\xFF", 2);
   told.sampleRateHz.reset();
+  told.uid = "pipewire:line";
   EXPECT_EQ(deviceEventJson("departed", told),
-            "{\"event\":\"departed\",\"id\":12,\"name\":\"Line\\nfeed\xEF\xBF\xBD\",\"inputChannels\":2,"
+            "{\"event\":\"departed\",\"id\":12,\"uid\":\"pipewire:line\",\"name\":"
+            "\"Line\\nfeed\xEF\xBF\xBD\",\"inputChannels\":2,"
             "\"outputChannels\":1,\"driver\":\"pipewire\",\"sampleRate\":null,\"bufferFrames\":256}\n");
 }
 
@@ -75,9 +81,10 @@ TEST(DeviceWatch, LeavesNothingBehindInTheHal) {
   };
   hal.devices.push_back({.id = 7, .name = "Box", .inputStreams = {2}});
   testing::internal::CaptureStdout();
-  EXPECT_EQ(watchDevices(true, 0.0), ExitStatus::done);
+  EXPECT_EQ(watchDevices({.json = true, .waitSeconds = 0.0}), ExitStatus::done);
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "{\"event\":\"present\",\"id\":7,\"name\":\"Box\",\"inputChannels\":2,\"outputChannels\":0,"
+            "{\"event\":\"present\",\"id\":7,\"uid\":null,\"name\":\"Box\",\"inputChannels\":2,"
+            "\"outputChannels\":0,"
             "\"driver\":\"virtual\",\"sampleRate\":48000.0,\"bufferFrames\":512}\n");
   EXPECT_EQ(hal.notify(kAudioObjectSystemObject, kAudioHardwarePropertyDevices), 0U);
 }
@@ -91,7 +98,7 @@ TEST(DeviceWatch, PrintsTheListWhenASignalEndsTheWait) {
   hal.devices.push_back({.id = 7, .name = "Box", .inputStreams = {2}});
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  EXPECT_EQ(watchDevices(true, 1000.0), ExitStatus::done);
+  EXPECT_EQ(watchDevices({.json = true, .waitSeconds = 1000.0}), ExitStatus::done);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   EXPECT_THAT(testing::internal::GetCapturedStdout(), testing::HasSubstr("\"present\",\"id\":7,"));
 }

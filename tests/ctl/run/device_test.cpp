@@ -141,6 +141,17 @@ TEST_F(RunDevice, CountsCyclesAndOverloads) {
                               "    1       2   0.5  -6.0  yes\n"));
 }
 
+TEST_F(RunDevice, PrintsTheNamesOfTheRoutesChannels) {
+  hal_.devices[0].inputs = {{"Kick"}};
+  hal_.devices[0].outputs = {{}, {"Right"}};
+  hal_.devices[0].uid = "jack:box";
+  options_.device = "jack:box";
+  atStart([] { end(); });
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_THAT(out_, HasSubstr("input  output  gain    dB  active  input name  output name\n"
+                              "    1       2   0.5  -6.0  yes     Kick        Right\n"));
+}
+
 TEST_F(RunDevice, NamesThePolicyAndThePriorityOfTheAudioThread) {
   hal_.devices[0].scheduling = {SCHED_FIFO, 60};
   atStart(end);

@@ -151,7 +151,7 @@ TEST(ReadMeters, NamesEachRoutedChannelOnceInOrder) {
   ThreeBuffers buffers;
   bank.observe(buffers.list(), buffers.list());
   MeterPicture picture;
-  readMeters(bank, routes, 4, 2, picture);
+  readMeters(bank, routes, {0, "Box", 4, 2}, {}, picture);
   ASSERT_EQ(picture.inputs.size(), 2U);
   EXPECT_EQ(picture.inputs[0].label, "in 1");
   EXPECT_EQ(picture.inputs[0].peak, 0.3F);

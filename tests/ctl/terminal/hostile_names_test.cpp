@@ -75,7 +75,7 @@ TEST_F(HostileNames, OfSoundFilesAreShownEscaped) {
 TEST_F(HostileNames, InArgumentsAreShownEscaped) {
   writePatch(folder_ / "p.json", {});
   expectShown(runProgram({kName}), 2);
-  expectShown(runProgram({"devices", kName}), 2);
+  expectShown(runProgram({"devices", "--channels", "a", kName}), 2);
   expectShown(runProgram({"run", "--patch", folder_ / "p.json", "--seconds", kName}), 2);
   const Finished device = runProgram({"run", "--patch", folder_ / "p.json", "--device", kName});
   EXPECT_EQ(device.status, 4);

@@ -1,5 +1,5 @@
-// A stand-in for the macOS framework's header: declarations only, enough to compile against, never to link. It
-// has what macOS has and nothing of ours, so that a use of our own HAL's additions fails to compile.
+// A stand-in for the macOS framework's header: declarations only, enough to compile against, never to link.
+// It has what macOS has and nothing of ours, so that a use of our own HAL's additions fails to compile.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -73,6 +73,7 @@ enum : AudioObjectPropertyElement { kAudioObjectPropertyElementMain = 0 };
 enum : AudioObjectPropertySelector {
   kAudioHardwarePropertyDevices = 0x64657623,
   kAudioObjectPropertyName = 0x6C6E616D,
+  kAudioObjectPropertyElementName = 0x6C63686E,
   kAudioDevicePropertyStreamConfiguration = 0x736C6179,
   kAudioDevicePropertyDeviceUID = 0x75696420,
   kAudioDevicePropertyNominalSampleRate = 0x6E737274,
@@ -125,14 +126,15 @@ OSStatus AudioObjectGetPropertyDataSize(AudioObjectID inObjectID, const AudioObj
                                         UInt32 inQualifierDataSize, const void* inQualifierData,
                                         UInt32* outDataSize);
 OSStatus AudioObjectGetPropertyData(AudioObjectID inObjectID, const AudioObjectPropertyAddress* inAddress,
-                                    UInt32 inQualifierDataSize, const void* inQualifierData, UInt32* ioDataSize,
-                                    void* outData);
+                                    UInt32 inQualifierDataSize, const void* inQualifierData,
+                                    UInt32* ioDataSize, void* outData);
 OSStatus AudioObjectSetPropertyData(AudioObjectID inObjectID, const AudioObjectPropertyAddress* inAddress,
-                                    UInt32 inQualifierDataSize, const void* inQualifierData, UInt32 inDataSize,
-                                    const void* inData);
+                                    UInt32 inQualifierDataSize, const void* inQualifierData,
+                                    UInt32 inDataSize, const void* inData);
 OSStatus AudioObjectAddPropertyListener(AudioObjectID inObjectID, const AudioObjectPropertyAddress* inAddress,
                                         AudioObjectPropertyListenerProc inListener, void* inClientData);
-OSStatus AudioObjectRemovePropertyListener(AudioObjectID inObjectID, const AudioObjectPropertyAddress* inAddress,
+OSStatus AudioObjectRemovePropertyListener(AudioObjectID inObjectID,
+                                           const AudioObjectPropertyAddress* inAddress,
                                            AudioObjectPropertyListenerProc inListener, void* inClientData);
 OSStatus AudioDeviceCreateIOProcID(AudioObjectID inDevice, AudioDeviceIOProc inProc, void* inClientData,
                                    AudioDeviceIOProcID* outIOProcID);

@@ -51,6 +51,16 @@ TEST_F(ShownCardsTest, ACardIsADevice) {
   EXPECT_EQ(devices[0].maxPeriods, 16U);
 }
 
+TEST_F(ShownCardsTest, ItsChannelsAreCalledAsItsDriverCallsThem) {
+  probes_["PCH"] = {Outcome::known, format(2, 2), {}, {"FL", "FR"}};
+  for (int time = 0; time < 2; ++time) {
+    const auto devices = show({card(0, "PCH", "HDA Intel PCH")});
+    ASSERT_EQ(devices.size(), 1U);
+    EXPECT_TRUE(devices[0].inputs.empty());
+    EXPECT_EQ(devices[0].outputs, (std::vector<ChannelInfo>{{.name = "FL"}, {.name = "FR"}}));
+  }
+}
+
 TEST_F(ShownCardsTest, ACardIsLookedAtOnce) {
   probes_["PCH"] = {Outcome::known, offer(2, 2)};
   const auto first = show({card(0, "PCH", "Card")});
