@@ -52,7 +52,7 @@ TEST_F(ShownCardsTest, ACardIsADevice) {
 }
 
 TEST_F(ShownCardsTest, ItsChannelsAreCalledAsItsDriverCallsThem) {
-  probes_["PCH"] = {Outcome::known, format(2, 2), {}, {"FL", "FR"}};
+  probes_["PCH"] = {Outcome::known, offer(2, 2), {}, {"FL", "FR"}};
   for (int time = 0; time < 2; ++time) {
     const auto devices = show({card(0, "PCH", "HDA Intel PCH")});
     ASSERT_EQ(devices.size(), 1U);
