@@ -5,6 +5,7 @@
 #include "app/required.h"
 #include "app/tolvane_view_controller.h"
 #include "engine/core_audio_engine.h"
+#include "engine/device_text.h"
 #include "matrix/patch_matrix_view.h"
 
 namespace tolvane {
@@ -30,6 +31,12 @@ void TolvaneViewController::deviceSelected() {
   const AudioDeviceInfo& device = selectedDevice_.emplace(devices_[static_cast<std::size_t>(index)]);
   required(inputCountLabel_).setText(QStringLiteral("Inputs: ") + QString::number(device.inputChannels));
   required(outputCountLabel_).setText(QStringLiteral("Outputs: ") + QString::number(device.outputChannels));
+  const auto namer = [id = device.id](bool isInput) -> ChannelNamer {
+    return [=](std::int64_t channel) {
+      return QString::fromStdString(channelName(id, isInput, channel).value_or(""));
+    };
+  };
+  required(patchMatrixView_).setChannelNames(namer(true), namer(false));
   required(patchMatrixView_).configure(device.inputChannels, device.outputChannels, connections_);
   setStatus(QStringLiteral("Device: ") + QString::fromStdString(device.name) +
             QStringLiteral(" — configure patch then press Start."));

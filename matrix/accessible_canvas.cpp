@@ -126,10 +126,10 @@ bool AccessibleCanvas::unselectColumn(int /*column*/) {
 }
 
 QString AccessibleCanvas::columnDescription(int column) const {
-  return outputName(column);
+  return outputName(column, canvas()->outputNamer);
 }
 QString AccessibleCanvas::rowDescription(int row) const {
-  return inputName(row);
+  return inputName(row, canvas()->inputNamer);
 }
 int AccessibleCanvas::columnCount() const {
   return asInt(canvas()->outputCount);

@@ -16,6 +16,8 @@ class AccessibleCanvas : public QAccessibleWidget, public QAccessibleTableInterf
 
   /// Existing cell objects whose routes were added or removed since `before`, the routes shown earlier.
   [[nodiscard]] std::vector<QAccessibleInterface*> changedCells(const RouteKeys& before) const;
+  /// Calls visit for every cell object that exists.
+  void forEachCell(const std::function<void(QAccessibleInterface&)>& visit) const { cells_.forEach(visit); }
   /// Deletes the objects of cells that the grid no longer has.
   void dropInvalid() { cells_.dropInvalid(); }
 

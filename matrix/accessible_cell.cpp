@@ -46,7 +46,7 @@ QRect AccessibleCell::rect() const {
 }
 
 QString AccessibleCell::text(QAccessible::Text kind) const {
-  return kind == QAccessible::Name ? cellName(cell_) : QString();
+  return kind == QAccessible::Name && canvas_ ? canvas_->cellText(cell_) : QString();
 }
 
 void AccessibleCell::setText(QAccessible::Text /*kind*/, const QString& /*text*/) {}

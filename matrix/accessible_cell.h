@@ -8,8 +8,9 @@
 
 namespace tolvane {
 
-/// One cell of the grid for assistive technology: "In 3 → Out 7", checked when the route exists. Its action
-/// toggles the route. Valid while the canvas lives and has such a cell. All of it [main-thread].
+/// One cell of the grid for assistive technology: "In 3 → Out 7", with the channels' names if they have any,
+/// checked when the route exists. Its action toggles the route. Valid while the canvas lives and has such a
+/// cell. All of it [main-thread].
 class AccessibleCell : public QAccessibleInterface,
                        public QAccessibleTableCellInterface,
                        public QAccessibleActionInterface {

@@ -22,6 +22,8 @@ class AccessibleStrip : public QAccessibleWidget {
  public:
   AccessibleStrip(QWidget* strip, const QString& name, StripContents contents);
 
+  /// Calls visit for every label object that exists.
+  void forEachLabel(const std::function<void(QAccessibleInterface&)>& visit) const { labels_.forEach(visit); }
   /// Deletes the objects of labels that the strip no longer has.
   void dropInvalid() { labels_.dropInvalid(); }
 

@@ -15,7 +15,7 @@ namespace {
 QAccessibleInterface* columnStrip(PatchMatrixColHeader* strip) {
   StripContents contents;
   contents.count = [strip] { return strip->outputCount; };
-  contents.name = outputName;
+  contents.name = [strip](std::int64_t column) { return outputName(column, strip->namer); };
   contents.place = [strip](std::int64_t column) {
     return columnLabelRect(column, strip->scrollOffset, strip->height());
   };
@@ -26,7 +26,7 @@ QAccessibleInterface* columnStrip(PatchMatrixColHeader* strip) {
 QAccessibleInterface* rowStrip(PatchMatrixRowHeader* strip) {
   StripContents contents;
   contents.count = [strip] { return strip->inputCount; };
-  contents.name = inputName;
+  contents.name = [strip](std::int64_t row) { return inputName(row, strip->namer); };
   contents.place = [strip](std::int64_t row) {
     return rowLabelRect(row, strip->scrollOffset, strip->width());
   };
@@ -73,6 +73,19 @@ void announceChanges(const PatchMatrixView& matrix, const MatrixContents& before
     QAccessibleStateChangeEvent event(cell, checked);
     QAccessible::updateAccessibility(&event);
   }
+}
+
+void announceNames(const PatchMatrixView& matrix) {
+  if (!QAccessible::isActive()) {
+    return;
+  }
+  const auto announce = [](QAccessibleInterface& named) {
+    QAccessibleEvent event(&named, QAccessible::NameChanged);
+    QAccessible::updateAccessibility(&event);
+  };
+  interfaceOf<AccessibleCanvas>(matrix.canvas)->forEachCell(announce);
+  interfaceOf<AccessibleStrip>(matrix.colHeader)->forEachLabel(announce);
+  interfaceOf<AccessibleStrip>(matrix.rowHeader)->forEachLabel(announce);
 }
 
 void announceFocus(const PatchMatrixView& matrix) {

@@ -21,6 +21,9 @@ struct MatrixContents {
 /// [main-thread]
 void announceChanges(const PatchMatrixView& matrix, const MatrixContents& before);
 
+/// Tells assistive technology that the channels may have other names now. [main-thread]
+void announceNames(const PatchMatrixView& matrix);
+
 /// Tells assistive technology that the focus cell has moved, if the matrix has the focus. [main-thread]
 void announceFocus(const PatchMatrixView& matrix);
 

@@ -6,6 +6,7 @@
 #include <functional>
 
 #include "matrix/cell_tiles.h"
+#include "matrix/channel_names.h"
 #include "matrix/matrix_geometry.h"
 #include "matrix/route_key.h"
 
@@ -28,6 +29,15 @@ class PatchMatrixCanvas : public QWidget {
   std::int64_t outputCount = 64;  // columns
   RouteKeys connections;          // the cells shown as active
   const double cs = kCellSize;
+
+  // The channels' names, for the cells' texts.
+  ChannelNamer inputNamer;
+  ChannelNamer outputNamer;
+
+  /// The text of a cell for tool tips and assistive technology.
+  [[nodiscard]] QString cellText(const MatrixCell& cell) const {
+    return cellName(cell, inputNamer, outputNamer);
+  }
 
   // The strips with the labels of the cells, for assistive technology; may be null.
   QPointer<QWidget> columnLabels;
@@ -71,12 +81,5 @@ class PatchMatrixCanvas : public QWidget {
   MatrixCell focus_;
   bool focusVisible_ = false;  // the ring shows only after a key was used
 };
-
-/// Name of a channel for tool tips and assistive technology, counted from one: "In 3" and "Out 7".
-[[nodiscard]] QString inputName(std::int64_t row);
-[[nodiscard]] QString outputName(std::int64_t column);
-
-/// Name of a cell for tool tips and assistive technology, channels counted from one: "In 3 → Out 7".
-[[nodiscard]] QString cellName(const MatrixCell& cell);
 
 }  // namespace tolvane

@@ -9,6 +9,7 @@
 #include "matrix/calibrated_color.h"
 #include "matrix/device_pixels.h"
 #include "matrix/patch_matrix_canvas.h"
+#include "matrix/plain_tool_tip.h"
 
 namespace tolvane {
 namespace {
@@ -64,18 +65,6 @@ bool cameByKeyboard(Qt::FocusReason reason) {
 }
 
 }  // namespace
-
-QString inputName(std::int64_t row) {
-  return QStringLiteral("In %1").arg(row + 1);
-}
-
-QString outputName(std::int64_t column) {
-  return QStringLiteral("Out %1").arg(column + 1);
-}
-
-QString cellName(const MatrixCell& cell) {
-  return inputName(cell.row) + QStringLiteral(" → ") + outputName(cell.column);
-}
 
 MatrixCell PatchMatrixCanvas::focusCell() const noexcept {
   // The counts may have shrunk since the cell was chosen.
@@ -148,7 +137,7 @@ bool PatchMatrixCanvas::event(QEvent* event) {
 void PatchMatrixCanvas::showToolTip(const QHelpEvent& event) {
   const MatrixCell cell = cellAt(event.pos());
   if (contains(cell)) {
-    QToolTip::showText(event.globalPos(), cellName(cell), this, cellRect(cell));
+    showPlainToolTip(event, cellText(cell), this, cellRect(cell));
   } else {
     QToolTip::hideText();
   }

@@ -1,9 +1,11 @@
 #include "matrix/patch_matrix_col_header.h"
 
+#include <QHelpEvent>
 #include <QPainter>
 
 #include "matrix/device_pixels.h"
 #include "matrix/header_style.h"
+#include "matrix/plain_tool_tip.h"
 #include "matrix/visible_range.h"
 
 namespace tolvane {
@@ -15,6 +17,19 @@ PatchMatrixColHeader::PatchMatrixColHeader(const QRect& frame, QWidget* parent) 
 
 PatchMatrixColHeader::PatchMatrixColHeader(QWidget* parent)
     : PatchMatrixColHeader(QRect(0, 0, 640, 480), parent) {}
+
+// Only of channels with a name: the number is there to read.
+bool PatchMatrixColHeader::event(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) {
+    return QWidget::event(event);
+  }
+  const auto& help = *static_cast<QHelpEvent*>(event);
+  const std::int64_t column = truncated((help.pos().x() + scrollOffset) / cs);
+  const bool isNamed = column < outputCount && outputName(column, namer) != outputName(column);
+  showPlainToolTip(help, isNamed ? outputName(column, namer) : QString(), this,
+                   columnLabelRect(column, scrollOffset, height()));
+  return true;
+}
 
 void PatchMatrixColHeader::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);

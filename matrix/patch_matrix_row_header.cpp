@@ -1,9 +1,11 @@
 #include "matrix/patch_matrix_row_header.h"
 
+#include <QHelpEvent>
 #include <QPainter>
 
 #include "matrix/device_pixels.h"
 #include "matrix/header_style.h"
+#include "matrix/plain_tool_tip.h"
 #include "matrix/visible_range.h"
 
 namespace tolvane {
@@ -15,6 +17,19 @@ PatchMatrixRowHeader::PatchMatrixRowHeader(const QRect& frame, QWidget* parent) 
 
 PatchMatrixRowHeader::PatchMatrixRowHeader(QWidget* parent)
     : PatchMatrixRowHeader(QRect(0, 0, 640, 480), parent) {}
+
+// Only of channels with a name: the number is there to read.
+bool PatchMatrixRowHeader::event(QEvent* event) {
+  if (event->type() != QEvent::ToolTip) {
+    return QWidget::event(event);
+  }
+  const auto& help = *static_cast<QHelpEvent*>(event);
+  const std::int64_t row = truncated((help.pos().y() + scrollOffset) / cs);
+  const bool isNamed = row < inputCount && inputName(row, namer) != inputName(row);
+  showPlainToolTip(help, isNamed ? inputName(row, namer) : QString(), this,
+                   rowLabelRect(row, scrollOffset, width()));
+  return true;
+}
 
 void PatchMatrixRowHeader::paintEvent(QPaintEvent* /*event*/) {
   QPainter painter(this);

@@ -3,6 +3,7 @@
 #include <QWidget>
 #include <cstdint>
 
+#include "matrix/channel_names.h"
 #include "matrix/matrix_geometry.h"
 
 namespace tolvane {
@@ -19,11 +20,13 @@ class PatchMatrixRowHeader : public QWidget {
   explicit PatchMatrixRowHeader(QWidget* parent = nullptr);
 
   std::int64_t inputCount = 64;
+  ChannelNamer namer;         // the channels' names, for tool tips and assistive technology
   double scrollOffset = 0.0;  // content y at the top edge of the visible grid, points
   const double cs = kCellSize;
   const double lW = kLabelWidth;
 
  protected:
+  bool event(QEvent* event) override;
   void paintEvent(QPaintEvent* event) override;
 
  private:

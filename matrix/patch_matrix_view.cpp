@@ -130,6 +130,14 @@ void PatchMatrixView::configure(std::int64_t inputs, std::int64_t outputs,
   announceChanges(*this, before);
 }
 
+void PatchMatrixView::setChannelNames(const ChannelNamer& inputs, const ChannelNamer& outputs) {
+  canvas->inputNamer = inputs;
+  canvas->outputNamer = outputs;
+  rowHeader->namer = inputs;
+  colHeader->namer = outputs;
+  announceNames(*this);
+}
+
 void PatchMatrixView::didScroll() {
   if (scrollView == nullptr || colHeader == nullptr || rowHeader == nullptr) {
     fatal("the matrix has lost its parts");

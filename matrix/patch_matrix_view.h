@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "core/patch/patch_connection.h"
+#include "matrix/channel_names.h"
 #include "matrix/matrix_geometry.h"
 #include "matrix/route_key.h"
 
@@ -38,6 +39,10 @@ class PatchMatrixView : public QWidget {
   /// its gain and active flag. Routes beyond the counts are not drawn. The scroll position stays, within the
   /// new limits.
   void configure(std::int64_t inputs, std::int64_t outputs, const std::vector<PatchConnection>& routes);
+
+  /// From now on, tool tips and assistive technology get these names beside the channels' numbers. The
+  /// functions are called for each text and must be quick. Nothing that is drawn changes.
+  void setChannelNames(const ChannelNamer& inputs, const ChannelNamer& outputs);
 
   /// Called with (input, output), zero-based, when a cell is clicked or toggled by key or by assistive
   /// technology. May be empty. May call configure.

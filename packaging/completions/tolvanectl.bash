@@ -11,17 +11,17 @@ _tolvanectl() {
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
         return
         ;;
-    --device | --wait | --buffer | --outputs | --seconds) return ;;
+    --device | --wait | --rate | --buffer | --periods | --outputs | --seconds) return ;;
     esac
 
     if [ "$COMP_CWORD" -eq 1 ]; then
         options='devices check render run aggregate --help --version'
     else
         case $command in
-        devices) options='--json --watch --wait --help' ;;
-        check) options='--help' files=yes ;;
+        devices) options='--json --long --channels --watch --wait --help' ;;
+        check) options='--device --wait --help' files=yes ;;
         render) options='--patch --outputs --buffer --partial --help' files=yes ;;
-        run) options='--patch --device --wait --buffer --watch --meters --seconds --help' ;;
+        run) options='--patch --device --wait --rate --buffer --periods --watch --meters --seconds --help' ;;
         aggregate)
             case ${COMP_WORDS[2]} in
             list) options='--json --wait --help' ;;

@@ -15,6 +15,8 @@ complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a run -d 
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a aggregate -d 'Use several devices as one'
 
 complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l json -d 'Print JSON'
+complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l long -d 'With the lasting identities'
+complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l channels -d 'The channels, of all devices or one'
 complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l watch -d 'Report arrivals and departures'
 complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l wait -x -d 'Seconds to wait for servers'
 
@@ -25,8 +27,10 @@ complete -c tolvanectl -n '__fish_seen_subcommand_from render run' -l buffer -x 
 complete -c tolvanectl -n '__fish_seen_subcommand_from render' -l outputs -x -d 'Channels of the result'
 complete -c tolvanectl -n '__fish_seen_subcommand_from render' -l partial -d 'Render a recording that is cut off'
 
-complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l device -x -d 'The device'
-complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l wait -x -d 'Seconds to wait for servers and the device'
+complete -c tolvanectl -n '__fish_seen_subcommand_from check run' -l device -x -d 'The device'
+complete -c tolvanectl -n '__fish_seen_subcommand_from check run' -l wait -x -d 'Seconds to wait for servers and the device'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l rate -x -d 'Samples a second'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l periods -x -d 'Buffers that the hardware holds'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l watch -d 'Take over changes of the patch file'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l meters -d 'Show levels'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l seconds -x -d 'Stop after this time'
