@@ -2,10 +2,14 @@
 // last one, however long that took, so no node is ever late. Without the pause, a node that was late once
 // would stay a cycle behind for ever: its finish signal does not name its cycle and would count for the next
 // one.
+// With the property "tolvane.clock.ppm" it is a sound card's clock instead, that much faster than the
+// machine's: it starts no cycle before its time. After a late cycle it catches up, still without a late node.
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
 #include <new>
+#include <optional>
 
 #include <pipewire/version.h>
 #include <spa/node/node.h>
@@ -29,9 +33,18 @@ constexpr unsigned kCyclesOfAChange = 20;
 // Clock flag of a process() call that only cleans up after an unfinished cycle.
 constexpr std::uint32_t kRecoverFlag = 1U << 1;
 
+/// By how much its clock is faster than the machine's; none if the driver follows no clock.
+std::optional<double> clockPpm(const spa_dict* properties) {
+  const char* const text = properties != nullptr ? spa_dict_lookup(properties, "tolvane.clock.ppm") : nullptr;
+  double ppm = 0.0;
+  if (text == nullptr || !spa_atod(text, &ppm)) return std::nullopt;
+  return ppm;
+}
+
 class PatientDriver {
  public:
-  PatientDriver(spa_loop* loop, spa_system* system) : loop_(loop), system_(system) {
+  PatientDriver(spa_loop* loop, spa_system* system, std::optional<double> ppm)
+      : loop_(loop), system_(system), hasClock_(ppm.has_value()), speed_(1.0 + ppm.value_or(0.0) * 1e-6) {
     static const spa_node_methods kMethods = [] {
       spa_node_methods methods{};
       methods.version = SPA_VERSION_NODE_METHODS;
@@ -93,7 +106,7 @@ class PatientDriver {
   int setIo(std::uint32_t id, void* area) {
     if (id == SPA_IO_Clock) clock_ = static_cast<spa_io_clock*>(area);
     if (id == SPA_IO_Position) position_ = static_cast<spa_io_position*>(area);
-    if (isStarted_) wakeAt(nowNs());  // this driver may now have to drive the cycle
+    if (isStarted_) wakeAt(notBeforeItsTime(nowNs()));  // this driver may now have to drive the cycle
     return id == SPA_IO_Clock || id == SPA_IO_Position ? 0 : -ENOENT;
   }
 
@@ -102,7 +115,8 @@ class PatientDriver {
     const bool stops = command == SPA_NODE_COMMAND_Pause || command == SPA_NODE_COMMAND_Suspend;
     if (!starts && !stops) return -ENOTSUP;
     isStarted_ = starts;
-    wakeAt(starts ? nowNs() : 0);
+    cycleStartNs_ = nowNs();
+    wakeAt(starts ? cycleStartNs_ : 0);
     return 0;
   }
 
@@ -110,6 +124,7 @@ class PatientDriver {
     std::uint64_t expirations = 0;
     if (spa_system_timerfd_read(system_, timer_.fd, &expirations) < 0) return;
     if (clock_ == nullptr || position_ == nullptr || position_->clock.id != clock_->id) return;
+    if (!isFinished_) cycleStartNs_ = nowNs();  // it will not catch up with the time lost in vain
     advance();
     isFinished_ = false;
     spa_node_call_ready(&callbacks_, SPA_STATUS_HAVE_DATA | SPA_STATUS_NEED_DATA);
@@ -128,19 +143,26 @@ class PatientDriver {
     const std::uint64_t frames = clock_->duration;
     clock_->position += frames;
 #endif
+    const double cycleNs = static_cast<double>(frames * SPA_NSEC_PER_SEC) / (clock_->rate.denom * speed_);
     clock_->duration = frames;
-    clock_->nsec = nowNs();
-    clock_->next_nsec = clock_->nsec + frames * SPA_NSEC_PER_SEC / clock_->rate.denom;
+    clock_->nsec = hasClock_ ? cycleStartNs_ : nowNs();
+    clock_->next_nsec = clock_->nsec + static_cast<std::uint64_t>(cycleNs);
     clock_->delay = 0;
-    clock_->rate_diff = 1.0;
+    clock_->rate_diff = speed_;
+    cycleStartNs_ = clock_->next_nsec;
   }
 
   int onFinished() {
     if ((clock_->flags & kRecoverFlag) == 0) {
       isFinished_ = true;
-      wakeAt(nowNs() + kPauseNs);
+      wakeAt(notBeforeItsTime(nowNs() + kPauseNs));
     }
     return SPA_STATUS_HAVE_DATA | SPA_STATUS_NEED_DATA;
+  }
+
+  /// The time at which the next cycle starts if it may start at `timeNs`.
+  [[nodiscard]] std::uint64_t notBeforeItsTime(std::uint64_t timeNs) const {
+    return hasClock_ ? std::max(timeNs, cycleStartNs_) : timeNs;
   }
 
   [[nodiscard]] std::uint64_t nowNs() const {
@@ -165,7 +187,10 @@ class PatientDriver {
   spa_source timer_{};
   spa_io_clock* clock_ = nullptr;
   spa_io_position* position_ = nullptr;
-  std::uint64_t frames_ = 0;  // of the last cycle
+  bool hasClock_;
+  double speed_;                    // of its clock against the machine's
+  std::uint64_t cycleStartNs_ = 0;  // of the next cycle, on its clock
+  std::uint64_t frames_ = 0;        // of the last cycle
   unsigned sinceChange_ = kCyclesOfAChange;
   bool isStarted_ = false;
   bool isFinished_ = false;
@@ -188,7 +213,7 @@ int clear(spa_handle* handle) {
   return 0;
 }
 
-int init(const spa_handle_factory* /*factory*/, spa_handle* handle, const spa_dict* /*properties*/,
+int init(const spa_handle_factory* /*factory*/, spa_handle* handle, const spa_dict* properties,
          const spa_support* support, std::uint32_t supports) {
   auto* const loop = static_cast<spa_loop*>(spa_support_find(support, supports, SPA_TYPE_INTERFACE_DataLoop));
   auto* const system =
@@ -197,7 +222,7 @@ int init(const spa_handle_factory* /*factory*/, spa_handle* handle, const spa_di
   auto* const whole = reinterpret_cast<Handle*>(handle);
   whole->head.get_interface = getInterface;
   whole->head.clear = clear;
-  new (&whole->driver) PatientDriver(loop, system);
+  new (&whole->driver) PatientDriver(loop, system, clockPpm(properties));
   return 0;
 }
 

@@ -28,14 +28,21 @@ class StallWatch {
   StallWatch& operator=(const StallWatch&) = delete;
 
   /// The total time of all stalls.
-  [[nodiscard]] std::chrono::milliseconds stalled() const {
-    return std::chrono::duration_cast<std::chrono::milliseconds>(
-        std::chrono::steady_clock::duration(stalled_.load()));
-  }
+  [[nodiscard]] std::chrono::milliseconds stalled() const { return milliseconds(stalled_); }
+
+  /// The longest stall.
+  [[nodiscard]] std::chrono::milliseconds longest() const { return milliseconds(longest_); }
 
  private:
   static constexpr std::chrono::milliseconds kPeriod{1};
   static constexpr std::chrono::milliseconds kUsualLateness{2};
+
+  using Ticks = std::atomic<std::chrono::steady_clock::rep>;
+
+  static std::chrono::milliseconds milliseconds(const Ticks& ticks) {
+    return std::chrono::duration_cast<std::chrono::milliseconds>(
+        std::chrono::steady_clock::duration(ticks.load()));
+  }
 
   void run() {
     while (!isEnding_) {
@@ -43,11 +50,13 @@ class StallWatch {
       std::this_thread::sleep_until(deadline);
       const auto lateness = std::chrono::steady_clock::now() - deadline;
       if (lateness > kUsualLateness) stalled_ += lateness.count();
+      longest_ = std::max(longest_.load(), lateness.count());
     }
   }
 
   std::atomic<bool> isEnding_ = false;
-  std::atomic<std::chrono::steady_clock::rep> stalled_ = 0;
+  Ticks stalled_ = 0;
+  Ticks longest_ = 0;
   std::thread thread_{[this] { run(); }};
 };
 
