@@ -20,14 +20,14 @@ class JackIoPath : public testing::Test {
 
 TEST_F(JackIoPath, AllocatesTwiceAndNothingElseInEveryCycle) {
   IoPathWatch watch(IoPathWatch::Part::libraryCallback);
-  start();
+  ASSERT_NO_FATAL_FAILURE(start());
   expectRightCycles(watch, kWatchedCycles);
   engine_.stop();
 }
 
 TEST_F(JackIoPath, EachMisdeedIsSeen) {
   IoPathWatch watch(IoPathWatch::Part::libraryCallback);
-  start();
+  ASSERT_NO_FATAL_FAILURE(start());
   expectEachMisdeedIsSeen(watch);
   engine_.stop();
 }

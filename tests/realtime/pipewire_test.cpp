@@ -26,14 +26,14 @@ class PipeWireIoPath : public testing::Test {
 
 TEST_F(PipeWireIoPath, AllocatesTwiceAndNothingElseInEveryCycle) {
   IoPathWatch watch(IoPathWatch::Part::libraryCallback);
-  start();
+  ASSERT_NO_FATAL_FAILURE(start());
   expectRightCycles(watch, kWatchedCycles);
   engine_.stop();
 }
 
 TEST_F(PipeWireIoPath, EachMisdeedIsSeen) {
   IoPathWatch watch(IoPathWatch::Part::libraryCallback);
-  start();
+  ASSERT_NO_FATAL_FAILURE(start());
   expectEachMisdeedIsSeen(watch);
   engine_.stop();
 }

@@ -38,7 +38,7 @@ class VirtualIoPath : public VirtualDeviceTest {
 
 TEST_F(VirtualIoPath, AllocatesTwiceAndNothingElseInEveryCycle) {
   IoPathWatch watch(IoPathWatch::Part::wholeThread, kWaits);
-  start();
+  ASSERT_NO_FATAL_FAILURE(start());
   expectRightCycles(watch, kWatchedCycles);
   engine_.stop();
 }
@@ -48,7 +48,7 @@ TEST_F(VirtualIoPath, DoesSoWithMetersToo) {
   bank.meter(everyRoute());
   ctl::setMeterBank(&bank);
   IoPathWatch watch(IoPathWatch::Part::wholeThread, kWaits, &ctl::meteredIoProc);
-  start();
+  ASSERT_NO_FATAL_FAILURE(start());
   expectRightCycles(watch, kWatchedCycles);
   engine_.stop();
   EXPECT_GE(bank.cycles(), kWatchedCycles);
@@ -57,7 +57,7 @@ TEST_F(VirtualIoPath, DoesSoWithMetersToo) {
 
 TEST_F(VirtualIoPath, EachMisdeedIsSeen) {
   IoPathWatch watch(IoPathWatch::Part::wholeThread, kWaits);
-  start();
+  ASSERT_NO_FATAL_FAILURE(start());
   expectEachMisdeedIsSeen(watch);
   engine_.stop();
 }

@@ -65,11 +65,21 @@ long systemCall(const greg_t* registers) noexcept {
   return result;
 }
 
+/// A new thread or process would begin in the handler.
+bool isOnlyMadeInPlace(long number) noexcept {
+  return number == SYS_clone || number == SYS_clone3 || number == SYS_fork || number == SYS_vfork;
+}
+
 void onSystemCall(int /*signal*/, siginfo_t* info, void* context) {
   selector = kPass;
   greg_t* const registers = static_cast<ucontext_t*>(context)->uc_mcontext.gregs;
   noteSystemCall(info->si_syscall);
   registers[REG_RAX] = info->si_syscall;
+  if (isOnlyMadeInPlace(info->si_syscall)) {
+    constexpr greg_t kInstructionBytes = 2;
+    registers[REG_RIP] -= kInstructionBytes;  // makes the call again, and this watch sees no further one
+    return;
+  }
   registers[REG_RAX] = systemCall(registers);
   selector = kReport;
 }
