@@ -12,6 +12,7 @@
 #include "ctl/devices/options.h"
 #include "ctl/render/options.h"
 #include "ctl/run/options.h"
+#include "ctl/soak/options.h"
 #include "ctl/terminal/messages.h"
 #include "ctl/terminal/printable.h"
 
@@ -25,6 +26,7 @@ struct Arguments {
   CheckOptions check;
   RenderOptions render;
   RunOptions run;
+  SoakOptions soak;
   AggregateOptions aggregate;
 };
 
@@ -71,6 +73,7 @@ ExitStatus runCommandLine(int argc, char** argv) {
   declareCheck(program, arguments.check, status);
   declareRender(program, arguments.render, status);
   declareRun(program, arguments.run, status);
+  declareSoak(program, arguments.soak, status);
   declareAggregate(program, arguments.aggregate, status);
   try {
     program.parse(static_cast<int>(pointers.size()), pointers.data());

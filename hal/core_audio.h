@@ -21,6 +21,7 @@
 #endif
 #include "hal/surface/hardware_periods.h"      // IWYU pragma: export
 #include "hal/surface/io_thread_scheduling.h"  // IWYU pragma: export
+#include "hal/surface/rehearsal.h"             // IWYU pragma: export
 #include "hal/surface/removed_links.h"         // IWYU pragma: export
 
 // Extensions of this program's own HAL. The system's framework has no such property and returns no such

@@ -88,6 +88,8 @@ void routeInto(const AudioBufferList& input, AudioBufferList& output, const IOPr
   const std::int64_t capacity = std::int64_t{maxIn} + maxOut + 2;
   ChannelTable in(capacity);
   ChannelTable out(capacity);
+  // A silent cycle is better than the end of the process: the next cycle may have memory again.
+  if (!in.isAllocated() || !out.isAllocated()) return clearOutputs(output);
   if (firstCall) traceLine("[IOProc] flattening input ABL...");
   in.addChannelsOf(input);
   if (firstCall) traceLine("[IOProc] inCh=%" PRId64 " — flattening output ABL...", in.channelCount());

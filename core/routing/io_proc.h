@@ -14,6 +14,8 @@ namespace tolvane {
 /// channel, or one without data, are skipped. The frame count is that of the first output buffer; input
 /// buffers must be as long. Nothing is written if a channel count of the context is below 1.
 ///
+/// Without memory for one of its two tables the cycle is silent.
+///
 /// A negative route count ends the process, and so does a buffer with data and more channels than a signed
 /// 32-bit number holds.
 ///

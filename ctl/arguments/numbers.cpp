@@ -49,4 +49,9 @@ std::string requireSensibleSeconds(const std::string& text) {
   return '"' + text + "\" is not a number of seconds above 0 and up to 1000000000";
 }
 
+std::string requireSensibleMinutes(const std::string& text) {
+  if (secondsOf(text).value_or(0.0) > 0.0) return "";
+  return '"' + text + "\" is not a number of minutes above 0 and up to 1000000000";
+}
+
 }  // namespace tolvane::ctl

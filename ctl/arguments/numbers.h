@@ -18,4 +18,7 @@ namespace tolvane::ctl {
 /// The same for a time to run: 0 is not allowed. [main-thread]
 [[nodiscard]] std::string requireSensibleSeconds(const std::string& text);
 
+/// The same in minutes. [main-thread]
+[[nodiscard]] std::string requireSensibleMinutes(const std::string& text);
+
 }  // namespace tolvane::ctl

@@ -55,6 +55,17 @@ bool isRegularFile(int descriptor) {
   return ::fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode);
 }
 
+/// True if the file says that it is larger than any patch. A pipe or a device does not say.
+bool isTooLarge(int descriptor) {
+  struct stat file {};
+  return ::fstat(descriptor, &file) == 0 && S_ISREG(file.st_mode) &&
+         static_cast<std::uint64_t>(file.st_size) > kLargestPatchBytes;
+}
+
+Failure tooLarge(const std::string& path) {
+  return Failure{about(path, "larger than 256 MiB, so not a patch file")};
+}
+
 Failure badPatch(const std::string& path, const PatchFileError& error) {
   return {about(path, error.message()), ExitStatus::badPatch};
 }
@@ -68,12 +79,12 @@ Result<std::string, Failure> readWholeFile(const std::string& path, Readable rea
   if (readable == Readable::regularFile && !isRegularFile(descriptor)) {
     return Failure{path + ": is not a regular file"};
   }
+  if (isTooLarge(descriptor)) return tooLarge(path);
   std::string text;
   char chunk[65536];
   while (const std::size_t count = std::fread(chunk, 1, sizeof chunk, file.get())) {
     text.append(chunk, count);
-    if (text.size() > kLargestPatchBytes)
-      return Failure{about(path, "larger than 256 MiB, so not a patch file")};
+    if (text.size() > kLargestPatchBytes) return tooLarge(path);
   }
   if (std::ferror(file.get()) != 0) return systemFailure(path, errno);
   return text;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "hal/driver/device_info.h"
+#include "hal/surface/rehearsal.h"
 
 namespace tolvane::hal {
 
@@ -130,6 +131,12 @@ class Driver {
     return kAudioHardwareUnsupportedOperationError;
   }
   virtual OSStatus setPeriods(const DeviceInfo& /*device*/, std::uint32_t /*periods*/) {
+    return kAudioHardwareUnsupportedOperationError;
+  }
+
+  /// Sets how the device runs from its next start on. Error: kAudioHardwareUnsupportedOperationError (it is
+  /// no device without hardware). Returns at once. [not-io]
+  virtual OSStatus setRehearsal(const DeviceInfo& /*device*/, const TolvaneRehearsal& /*rehearsal*/) {
     return kAudioHardwareUnsupportedOperationError;
   }
 };

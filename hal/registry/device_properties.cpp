@@ -7,6 +7,7 @@
 #include "hal/support/realtime.h"
 #include "hal/surface/hardware_periods.h"
 #include "hal/surface/io_thread_scheduling.h"
+#include "hal/surface/rehearsal.h"
 #include "hal/surface/removed_links.h"
 
 namespace tolvane::hal {
@@ -142,6 +143,17 @@ OSStatus readIoThreadScheduling(DeviceObject& object, const ValueRoom& room) {
   return writeValue(room, TolvaneThreadScheduling{scheduling->policy, scheduling->priority});
 }
 
+OSStatus readRehearsal(DeviceObject& /*object*/, const ValueRoom& /*room*/) {
+  return kAudioHardwareUnsupportedOperationError;
+}
+
+OSStatus writeRehearsal(DeviceObject& object, UInt32 dataSize, const void* data) {
+  TolvaneRehearsal rehearsal{};
+  if (dataSize != sizeof rehearsal) return kAudioHardwareBadPropertySizeError;
+  std::memcpy(&rehearsal, data, sizeof rehearsal);
+  return object.device->poller()->driver().setRehearsal(object.device->info(), rehearsal);
+}
+
 template <StreamLayout DeviceInfo::*kStreams>
 UInt32 streamsSize(DeviceObject& object) {
   const std::size_t streams = (object.device->info().*kStreams).size();
@@ -235,6 +247,7 @@ const std::vector<Property<DeviceObject>>& deviceProperties() {
        removedLinksSize<&RemovedLinks::inputs>, readRemovedLinks<&RemovedLinks::inputs>, nullptr},
       {kTolvaneDevicePropertyRemovedLinks, kAudioObjectPropertyScopeOutput,
        removedLinksSize<&RemovedLinks::outputs>, readRemovedLinks<&RemovedLinks::outputs>, nullptr},
+      {kTolvaneDevicePropertyRehearsal, kGlobal, sizeOf<TolvaneRehearsal>, readRehearsal, writeRehearsal},
   });
   return *table;
 }

@@ -117,10 +117,11 @@ OSStatus AudioObjectGetPropertyData(AudioObjectID object, const AudioObjectPrope
                                     void* data);
 
 /// Sets the value. Only 'fsiz' and 'nsrt' can be set, and this HAL's 'tper', to a value that 'fsz#', 'nsr#'
-/// or 'tpr#' has, else kAudioHardwareIllegalOperationError. After the return, a device that is not running
-/// reports the new value, and the channels that it has with it. A running one changes the frames of its
-/// cycles soon after; its rate and its periods cannot be set. Errors: kAudioHardwareUnsupportedOperationError
-/// (the property, or this device's, cannot be set, or not now), and those of AudioDeviceStart. [not-io]
+/// or 'tpr#' has, else kAudioHardwareIllegalOperationError, and what hal/surface/rehearsal.h declares. After
+/// the return, a device that is not running reports the new value, and the channels that it has with it. A
+/// running one changes the frames of its cycles soon after; its rate and its periods cannot be set. Errors:
+/// kAudioHardwareUnsupportedOperationError (the property, or this device's, cannot be set, or not now), and
+/// those of AudioDeviceStart. [not-io]
 OSStatus AudioObjectSetPropertyData(AudioObjectID object, const AudioObjectPropertyAddress* address,
                                     UInt32 qualifierDataSize, const void* qualifierData, UInt32 dataSize,
                                     const void* data);

@@ -23,6 +23,11 @@ class VirtualDriver final : public Driver {
     VirtualModel::shared().setBufferFrames(frames);
     return noErr;
   }
+
+  OSStatus setRehearsal(const DeviceInfo& /*device*/, const TolvaneRehearsal& rehearsal) override {
+    VirtualModel::shared().setRehearsal(rehearsal);
+    return noErr;
+  }
 };
 
 }  // namespace

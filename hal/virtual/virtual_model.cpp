@@ -70,10 +70,15 @@ void VirtualModel::setBufferFrames(std::uint32_t frames) {
   tell();
 }
 
-VirtualDeviceConfig VirtualModel::beginSession() {
+void VirtualModel::setRehearsal(const TolvaneRehearsal& rehearsal) {
+  const std::lock_guard lock(mutex_);
+  rehearsal_ = rehearsal;
+}
+
+VirtualModel::SessionConfig VirtualModel::beginSession() {
   const std::lock_guard lock(mutex_);
   ++sessions_;
-  return config_;
+  return {config_, rehearsal_};
 }
 
 void VirtualModel::endSession() {

@@ -26,8 +26,16 @@ class VirtualModel {
   void setBufferFrames(std::uint32_t frames);
   [[nodiscard]] std::uint32_t bufferFrames() const noexcept { return bufferFrames_.load(); }
 
+  /// How sessions that begin from now on run. [not-io]
+  void setRehearsal(const TolvaneRehearsal& rehearsal);
+
+  /// What a session keeps from its begin to its end.
+  struct SessionConfig {
+    VirtualDeviceConfig device;
+    TolvaneRehearsal rehearsal;
+  };
   /// Begins a session and returns its configuration, which stays the same until endSession(). [not-io]
-  VirtualDeviceConfig beginSession();
+  SessionConfig beginSession();
   void endSession();
 
   /// Tells the observer of every change from now on. [not-io]
@@ -38,6 +46,7 @@ class VirtualModel {
 
   mutable std::mutex mutex_;
   VirtualDeviceConfig config_;
+  TolvaneRehearsal rehearsal_{};
   std::atomic<std::uint32_t> bufferFrames_{config_.bufferFrames};
   int sessions_ = 0;
   Driver* driver_ = nullptr;

@@ -6,22 +6,23 @@ _tolvanectl() {
     COMPREPLY=()
 
     case $prev in
-    --patch)
+    --patch | --report)
         compopt -o filenames
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
         return
         ;;
-    --device | --wait | --rate | --buffer | --periods | --outputs | --seconds) return ;;
+    --device | --wait | --rate | --buffer | --periods | --outputs | --seconds | --minutes | --edits-per-minute) return ;;
     esac
 
     if [ "$COMP_CWORD" -eq 1 ]; then
-        options='devices check render run aggregate --help --version'
+        options='devices check render run soak aggregate --help --version'
     else
         case $command in
         devices) options='--json --long --channels --watch --wait --help' ;;
         check) options='--device --wait --help' files=yes ;;
         render) options='--patch --outputs --buffer --partial --help' files=yes ;;
         run) options='--patch --device --wait --rate --buffer --periods --watch --meters --seconds --help' ;;
+        soak) options='--device --wait --minutes --edits-per-minute --report --full-speed --help' ;;
         aggregate)
             case ${COMP_WORDS[2]} in
             list) options='--json --wait --help' ;;

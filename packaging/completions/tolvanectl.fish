@@ -4,7 +4,7 @@ function __tolvanectl_aggregate
     __fish_seen_subcommand_from aggregate; and __fish_seen_subcommand_from $argv
 end
 
-set -l commands devices check render run aggregate
+set -l commands devices check render run soak aggregate
 complete -c tolvanectl -f
 complete -c tolvanectl -l help -d 'Print help'
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'
@@ -12,6 +12,7 @@ complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a devices
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a check -d 'Read patch files'
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a render -d 'Route a sound file'
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a run -d 'Route live'
+complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a soak -d 'Test a device for a long time'
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a aggregate -d 'Use several devices as one'
 
 complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l json -d 'Print JSON'
@@ -27,13 +28,18 @@ complete -c tolvanectl -n '__fish_seen_subcommand_from render run' -l buffer -x 
 complete -c tolvanectl -n '__fish_seen_subcommand_from render' -l outputs -x -d 'Channels of the result'
 complete -c tolvanectl -n '__fish_seen_subcommand_from render' -l partial -d 'Render a recording that is cut off'
 
-complete -c tolvanectl -n '__fish_seen_subcommand_from check run' -l device -x -d 'The device'
-complete -c tolvanectl -n '__fish_seen_subcommand_from check run' -l wait -x -d 'Seconds to wait for servers and the device'
+complete -c tolvanectl -n '__fish_seen_subcommand_from check run soak' -l device -x -d 'The device'
+complete -c tolvanectl -n '__fish_seen_subcommand_from check run soak' -l wait -x -d 'Seconds to wait for servers and the device'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l rate -x -d 'Samples a second'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l periods -x -d 'Buffers that the hardware holds'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l watch -d 'Take over changes of the patch file'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l meters -d 'Show levels'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l seconds -x -d 'Stop after this time'
+
+complete -c tolvanectl -n '__fish_seen_subcommand_from soak' -l minutes -x -d 'How long'
+complete -c tolvanectl -n '__fish_seen_subcommand_from soak' -l edits-per-minute -x -d 'Changes of the routes'
+complete -c tolvanectl -n '__fish_seen_subcommand_from soak' -l report -r -F -d 'Write a page with the results'
+complete -c tolvanectl -n '__fish_seen_subcommand_from soak' -l full-speed -d 'Without pauses'
 
 complete -c tolvanectl -n '__fish_seen_subcommand_from aggregate; and not __fish_seen_subcommand_from list create delete' \
     -a 'list create delete'

@@ -49,9 +49,10 @@ using Words = std::vector<std::string>;
 TEST(Usage, WhatIsNoCommandIsNamedWithThoseThatAre) {
   const Finished run = runProgram({"bogus"});
   EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(run.err,
-            "tolvanectl: \"bogus\" is no command; the commands are devices, check, render, run, aggregate\n"
-            "tolvanectl: try 'tolvanectl --help'\n");
+  EXPECT_EQ(
+      run.err,
+      "tolvanectl: \"bogus\" is no command; the commands are devices, check, render, run, soak, aggregate\n"
+      "tolvanectl: try 'tolvanectl --help'\n");
   EXPECT_THAT(runProgram({"aggregate", "rename"}).err,
               StartsWith("tolvanectl: \"rename\" is no command; the commands are list, create, delete\n"));
   EXPECT_THAT(runProgram({"--bogus"}).err, StartsWith("tolvanectl: \"--bogus\" is no command; "));
@@ -60,7 +61,7 @@ TEST(Usage, WhatIsNoCommandIsNamedWithThoseThatAre) {
 TEST(Usage, WithoutACommandTheCommandsAreNamed) {
   EXPECT_THAT(runProgram({}).err,
               StartsWith("tolvanectl: a command is missing; the commands are devices, check, render, run, "
-                         "aggregate\n"));
+                         "soak, aggregate\n"));
   EXPECT_THAT(runProgram({"aggregate"}).err,
               StartsWith("tolvanectl: a command is missing; the commands are list, create, delete\n"));
 }

@@ -22,4 +22,11 @@ void onFree(const volatile void* /*block*/) {
 [[maybe_unused]] const int kInstalled = __sanitizer_install_malloc_and_free_hooks(onMalloc, onFree);
 
 }  // namespace
+
+bool beginSystemCallReports() noexcept {
+  return false;
+}
+
+void endSystemCallReports() noexcept {}
+
 }  // namespace tolvane::test

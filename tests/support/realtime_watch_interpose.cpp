@@ -12,6 +12,9 @@
 #include <pthread.h>
 #include <sched.h>
 #include <semaphore.h>
+#include <sys/epoll.h>
+#include <sys/select.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
 #include "support/realtime_watch.h"
@@ -75,6 +78,7 @@ void free(void* block) noexcept {
   }
 
 PASS_ON(int, pthread_mutex_lock, (pthread_mutex_t * mutex), (mutex), noexcept)
+PASS_ON(int, pthread_mutex_trylock, (pthread_mutex_t * mutex), (mutex), noexcept)
 PASS_ON(int, pthread_mutex_timedlock, (pthread_mutex_t * mutex, const timespec* until), (mutex, until),
         noexcept)
 PASS_ON(int, pthread_rwlock_rdlock, (pthread_rwlock_t * lock), (lock), noexcept)
@@ -101,13 +105,34 @@ PASS_ON(int, sched_yield, (), (), noexcept)
 PASS_ON(ssize_t, read, (int file, void* data, std::size_t size), (file, data, size))
 PASS_ON(ssize_t, write, (int file, const void* data, std::size_t size), (file, data, size))
 PASS_ON(int, poll, (pollfd * files, nfds_t count, int timeout), (files, count, timeout))
+PASS_ON(int, ppoll, (pollfd * files, nfds_t count, const timespec* timeout, const sigset_t* mask),
+        (files, count, timeout, mask))
+PASS_ON(int, select, (int count, fd_set* in, fd_set* out, fd_set* errors, timeval* timeout),
+        (count, in, out, errors, timeout))
+PASS_ON(int, epoll_wait, (int epoll, epoll_event* events, int count, int timeout),
+        (epoll, events, count, timeout))
+PASS_ON(ssize_t, recvmsg, (int socket, msghdr* message, int flags), (socket, message, flags))
+PASS_ON(ssize_t, sendmsg, (int socket, const msghdr* message, int flags), (socket, message, flags))
 PASS_ON(int, fflush, (std::FILE * file), (file))
 PASS_ON(std::size_t, fwrite, (const void* data, std::size_t size, std::size_t count, std::FILE* file),
         (data, size, count, file))
 PASS_ON(int, vfprintf, (std::FILE * file, const char* format, va_list arguments), (file, format, arguments))
 
-// The C++ library waits on futexes through syscall().
-extern "C" long syscall(long number, ...) noexcept {
+extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
+  noteBlockingCall("ioctl");
+  using Function = int (*)(int, unsigned long, void*);
+  static const auto next = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "ioctl"));
+  va_list list;
+  va_start(list, request);
+  void* const argument = va_arg(list, void*);
+  va_end(list);
+  return next(file, request, argument);
+}
+
+// The C++ library waits on futexes through syscall(), libjack too. libjack cancels a thread that waits there,
+// and that unwinds the stack. So this definition must not be noexcept, as the C library's declaration is.
+extern "C" long watchedSystemCall(long number, ...) asm("syscall");
+extern "C" long watchedSystemCall(long number, ...) {
   noteBlockingCall("syscall");
   using Function = long (*)(long, long, long, long, long, long, long);
   static const auto next = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "syscall"));

@@ -25,9 +25,7 @@ std::uint64_t headOf(const AudioBuffer& buffer) noexcept {
 }  // namespace
 
 ChannelTable::ChannelTable(std::int64_t capacity) noexcept
-    : capacity_(capacity), slots_(new (std::nothrow) ChannelSlot[static_cast<std::size_t>(capacity)]) {
-  if (!slots_) fatal("no memory for the channel tables of an IO cycle");
-}
+    : capacity_(capacity), slots_(new (std::nothrow) ChannelSlot[static_cast<std::size_t>(capacity)]) {}
 
 void ChannelTable::addChannelsOf(const AudioBufferList& list) noexcept {
   const AudioBuffer* const end = list.mBuffers + list.mNumberBuffers;

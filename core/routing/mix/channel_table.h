@@ -56,6 +56,9 @@ class ChannelTable {
   /// Allocates the table: one of the two allocations of an IO cycle.
   explicit ChannelTable(std::int64_t capacity) noexcept;
 
+  /// False if there was no memory for the table. Nothing else may be called then.
+  [[nodiscard]] bool isAllocated() const noexcept { return slots_ != nullptr; }
+
   /// Numbers every channel of the list. Ends the process if a buffer with data has more than 2^31-1 channels.
   void addChannelsOf(const AudioBufferList& list) noexcept;
 

@@ -1,4 +1,5 @@
-// The callback calls nothing that blocks. The other tests show that the watch sees calls that do.
+// The callback calls nothing that blocks, and makes no system call. The other tests show that the watch sees
+// calls that do.
 #include <atomic>
 #include <chrono>
 #include <mutex>
@@ -53,6 +54,38 @@ TEST_F(BlockingCallTest, WatchSeesAWrite) {
       watch(&routeAnd<[] { [[maybe_unused]] const auto written = ::write(STDERR_FILENO, "", 0); }>);
   EXPECT_EQ(report.blockingCalls, 1);
   EXPECT_STREQ(report.firstBlockingCall, "write");
+}
+
+#if defined(__x86_64__)  // elsewhere the kernel does not report them
+TEST_F(BlockingCallTest, MakesNoSystemCall) {
+  ASSERT_TRUE(RealtimeWatch::seesSystemCalls());
+  for (int cycle = 0; cycle < 100; ++cycle) EXPECT_EQ(watch(&halIOProc).systemCalls, 0);
+}
+
+TEST_F(BlockingCallTest, WatchSeesASystemCallThatNoFunctionMakes) {
+  const RealtimeReport report = watch(&routeAnd<[] {
+    for (int i = 0; i < 3; ++i) {
+      long result = SYS_getppid;
+      asm volatile("syscall" : "+a"(result) : : "rcx", "r11", "memory");
+      EXPECT_EQ(result, ::getppid());
+    }
+  }>);
+  EXPECT_EQ(report.blockingCalls, 0);
+  EXPECT_EQ(report.systemCalls, 6) << "each is made, too";
+  EXPECT_EQ(report.firstSystemCall, SYS_getppid);
+}
+
+#endif
+
+TEST_F(BlockingCallTest, WatchLeavesOutWhatIsAllowed) {
+  const AllowedCall allowed[] = {{"nanosleep", SYS_nanosleep}, {nullptr, -1}};
+  RealtimeWatch watch(allowed);
+  const timespec moment{0, 1};
+  ::nanosleep(&moment, nullptr);
+  ::usleep(1);
+  const RealtimeReport& report = watch.report();
+  EXPECT_STREQ(report.firstBlockingCall, "usleep");
+  EXPECT_EQ(report.blockingCalls, 1);
 }
 
 }  // namespace

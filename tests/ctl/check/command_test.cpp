@@ -1,4 +1,5 @@
 // tolvanectl check: the routes of patch files, or what is wrong with them.
+#include <filesystem>
 #include <limits>
 
 #include <gmock/gmock.h>
@@ -148,6 +149,23 @@ TEST_F(Check, FailsWhenStandardOutputCannotBeWritten) {
   EXPECT_EQ(
       runShell(std::string(TOLVANECTL_PATH) + " check " + path + " > /dev/full 2> " + (folder_ / "err")), 1);
   EXPECT_EQ(readBytes(folder_ / "err"), "tolvanectl: standard output cannot be written\n");
+}
+
+TEST_F(Check, AFileLargerThanAnyPatchIsRefusedUnread) {
+  writeText(folder_ / "huge", "[");
+  std::filesystem::resize_file(folder_ / "huge", std::uintmax_t{10} << 30U);
+  const Finished run = runProgram({"check", folder_ / "huge"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "tolvanectl: " + (folder_ / "huge") + ": larger than 256 MiB, so not a patch file\n");
+}
+
+TEST_F(Check, ADeviceIsReadLikeAFile) {
+  const Finished empty = runProgram({"check", "/dev/null"});
+  EXPECT_EQ(empty.status, 3);
+  EXPECT_EQ(empty.err, "tolvanectl: /dev/null: byte 0: there is no text\n");
+  const Finished endless = runProgram({"check", "/dev/zero"});
+  EXPECT_EQ(endless.status, 1);
+  EXPECT_EQ(endless.err, "tolvanectl: /dev/zero: larger than 256 MiB, so not a patch file\n");
 }
 
 }  // namespace

@@ -40,11 +40,11 @@ end_by() {
 }
 
 # fail_in_one_line COMMAND...: returns the command's status, or 91 if it fails without exactly one line of
-# message. The line that a run has begun does not count.
+# message. The line that a run or a soak has begun does not count.
 fail_in_one_line() {
     local status=0
     "$@" 2>messages || status=$?
-    grep -v '^tolvanectl: routing on ' messages >message || true
+    grep -v -e '^tolvanectl: routing on ' -e '^tolvanectl: soaking ' messages >message || true
     cat message
     [ $status = 0 ] || [ "$(grep -c '^tolvanectl: ' message)/$(wc -l <message)" = 1/1 ] || return 91
     return $status
