@@ -53,9 +53,11 @@ endif()
 if(TOLVANE_SANITIZE)
   add_compile_options(-fsanitize=${TOLVANE_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${TOLVANE_SANITIZE})
-  # GCC's flow warnings analyse the branches that the sanitizers add, and report faults that the source does
-  # not have.
-  add_compile_options(-Wno-maybe-uninitialized -Wno-stringop-overflow)
+  if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+    # GCC's flow warnings analyse the branches that the sanitizers add, and report faults that the source does
+    # not have.
+    add_compile_options(-Wno-maybe-uninitialized -Wno-stringop-overflow)
+  endif()
 endif()
 
 if(TOLVANE_FRAMEWORK_STANDIN)

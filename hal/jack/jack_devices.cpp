@@ -71,9 +71,9 @@ std::vector<JackDevice> groupJackPorts(const std::vector<JackPort>& ports) {
 }
 
 std::vector<JackPort> physicalJackPorts(const JackLibrary& library, jack_client_t* client) {
-  const std::unique_ptr<const char*, void (*)(const char**)> names(
-      library.getPorts(client, nullptr, JACK_DEFAULT_AUDIO_TYPE, JackPortIsPhysical),
-      [](const char** list) { JackLibrary::get()->free(static_cast<void*>(list)); });
+  const auto release = [&library](const char** list) { library.free(static_cast<void*>(list)); };
+  const std::unique_ptr<const char*, decltype(release)> names(
+      library.getPorts(client, nullptr, JACK_DEFAULT_AUDIO_TYPE, JackPortIsPhysical), release);
   std::vector<JackPort> ports;
   for (const char** name = names.get(); name != nullptr && *name != nullptr; ++name) {
     const jack_port_t* port = library.portByName(client, *name);

@@ -167,7 +167,7 @@ void GraphWatch::noteChange() {
 }
 
 void GraphWatch::onGlobal(std::uint32_t id, const char* type, const spa_dict* properties) {
-  if (properties == nullptr) return;
+  if (type == nullptr || properties == nullptr) return;
   const std::string_view kind = type;
   if (kind == PW_TYPE_INTERFACE_Node) {
     addNode(id, *properties);

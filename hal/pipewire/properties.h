@@ -12,12 +12,12 @@
 
 namespace tolvane::hal::pipewire {
 
-/// The property's text; empty if there is none. Valid as long as the properties are.
+/// The property's text; empty if there is none. Valid as long as the properties are. A server may send
+/// properties without a key or a value.
 [[nodiscard]] inline std::string_view textOf(const spa_dict& properties, std::string_view key) {
   for (std::uint32_t item = 0; item < properties.n_items; ++item) {
-    if (key == properties.items[item].key && properties.items[item].value != nullptr) {
-      return properties.items[item].value;
-    }
+    const spa_dict_item& property = properties.items[item];
+    if (property.key != nullptr && property.value != nullptr && key == property.key) return property.value;
   }
   return {};
 }

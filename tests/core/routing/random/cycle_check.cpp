@@ -51,15 +51,32 @@ CycleCheck::~CycleCheck() {
 std::string CycleCheck::differenceOf(std::uint64_t seed) {
   std::snprintf(runningCycle, sizeof runningCycle, "crashed in the random cycle of seed %llu\n",
                 static_cast<unsigned long long>(seed));
-  RandomCycleMaker maker(seed);
+  RandomCycleMaker maker{Choices(seed)};
+  const MixKernels* const inUse = &mixKernels();
+  return differenceOf(maker, {&inUse, 1});
+}
+
+std::string CycleCheck::differenceOf(RandomCycleMaker& maker, std::span<const MixKernels* const> variants) {
   RandomCycle cycle = maker.make();
   const ReferenceCycle plain(cycle);
   plain_.resize(plain.floats());
   maker.fill(plain_);
-  float* const memory = guarded_.last(plain_.size());
-  std::copy(plain_.begin(), plain_.end(), memory);
-  if (const std::string changed = routed(cycle, memory); !changed.empty()) return changed;
+  const std::vector<float> before = plain_;
   plain.run(plain_);
+  for (const MixKernels* const variant : variants) {
+    useMixKernels(*variant);
+    if (std::string difference = differenceAfter(cycle, before); !difference.empty()) {
+      return variant->name + (": " + difference);
+    }
+  }
+  return {};
+}
+
+/// Routes the cycle from the memory `before`. Compares the result with plain_.
+std::string CycleCheck::differenceAfter(RandomCycle& cycle, const std::vector<float>& before) {
+  float* const memory = guarded_.last(before.size());
+  std::copy(before.begin(), before.end(), memory);
+  if (std::string changed = routed(cycle, memory); !changed.empty()) return changed;
   for (std::size_t i = 0; i < plain_.size(); ++i) {
     if (isSame(memory[i], plain_[i])) continue;
     char text[128];

@@ -29,7 +29,7 @@ std::size_t floatsOf(const RandomBuffer& buffer) {
 
 RandomCycle RandomCycleMaker::make() {
   RandomCycle cycle = tryToMake();
-  while (ReferenceCycle(cycle).floats() > kMostFloats) cycle = tryToMake();
+  while (ReferenceCycle(cycle).floats() > mostFloats_) cycle = tryToMake();
   return cycle;
 }
 
@@ -127,7 +127,7 @@ UInt32 RandomCycleMaker::bytesOf(const RandomBuffer& buffer) {
 /// The bytes of a buffer without data or channels: any number will do.
 UInt32 RandomCycleMaker::bytesOfNothing() {
   if (oneIn(2)) return static_cast<UInt32>(frames_ * sizeof(float));
-  return oneIn(4) ? static_cast<UInt32>(random_()) : static_cast<UInt32>(upTo(600));
+  return oneIn(4) ? static_cast<UInt32>(choices_.bits()) : static_cast<UInt32>(upTo(600));
 }
 
 void RandomCycleMaker::place(RandomCycle& cycle) {
@@ -223,7 +223,7 @@ std::int32_t RandomCycleMaker::channel(std::int32_t preferred, std::int32_t cont
   const auto inList = static_cast<std::int32_t>(std::clamp<std::int64_t>(listCount, 1, kMostSlots));
   if (!oneIn(16)) return preferred % inList;
   return oneOf({-1, Limits::min(), Limits::max(), contextCount - 1, contextCount, contextCount + 1,
-                inList - 1, inList, static_cast<std::int32_t>(random_())});
+                inList - 1, inList, static_cast<std::int32_t>(choices_.bits())});
 }
 
 float RandomCycleMaker::gain() {
@@ -232,13 +232,13 @@ float RandomCycleMaker::gain() {
     return oneOf({0.0F, -0.0F, -1.0F, INFINITY, -INFINITY, std::numeric_limits<float>::quiet_NaN(), 1e-42F,
                   1e30F, -1e-30F});
   }
-  return static_cast<float>(static_cast<std::int32_t>(random_())) * 0x1p-30F;
+  return static_cast<float>(static_cast<std::int32_t>(choices_.bits())) * 0x1p-30F;
 }
 
 void RandomCycleMaker::fill(std::vector<float>& memory) {
   const bool hasSpecials = oneIn(4);
   for (float& value : memory) {
-    const auto bits = static_cast<std::uint32_t>(random_());
+    const auto bits = static_cast<std::uint32_t>(choices_.bits());
     value = hasSpecials && bits % 16 == 0 ? sample(bits >> 4U)
                                           : static_cast<float>(static_cast<std::int32_t>(bits)) * 0x1p-31F;
   }
@@ -249,7 +249,7 @@ float RandomCycleMaker::sample(std::size_t special) {
   constexpr std::array kSpecials = {0.0F, -0.0F, 1e-42F, -1e-45F, 3.4e38F, -3.4e38F, INFINITY, -INFINITY};
   const std::size_t choice = special % (kSpecials.size() + 2);
   return choice < kSpecials.size() ? kSpecials[choice]
-                                   : std::bit_cast<float>(static_cast<std::uint32_t>(random_()));
+                                   : std::bit_cast<float>(static_cast<std::uint32_t>(choices_.bits()));
 }
 
 }  // namespace tolvane::test

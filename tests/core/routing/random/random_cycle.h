@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <initializer_list>
 #include <optional>
-#include <random>
 #include <vector>
 
+#include "choices.h"
 #include "core/routing/routing_context.h"
 #include "hal/core_audio.h"
 
@@ -32,10 +32,12 @@ struct RandomCycle {
   bool hasOutputList = true;
 };
 
-/// Makes the cycle of a seed, which is the same on every machine.
+/// Makes the cycle of some choices, which is the same on every machine.
 class RandomCycleMaker {
  public:
-  explicit RandomCycleMaker(std::uint64_t seed) : random_(static_cast<std::mt19937::result_type>(seed)) {}
+  /// The cycle needs at most `mostFloats` of memory.
+  explicit RandomCycleMaker(Choices choices, std::size_t mostFloats = kMostFloats)
+      : choices_(choices), mostFloats_(mostFloats) {}
 
   RandomCycle make();
 
@@ -43,7 +45,7 @@ class RandomCycleMaker {
   void fill(std::vector<float>& memory);
 
  private:
-  std::size_t upTo(std::size_t most) { return random_() % (most + 1); }
+  std::size_t upTo(std::size_t most) { return choices_.upTo(most); }
   bool oneIn(std::size_t times) { return upTo(times - 1) == 0; }
   template <class T>
   T oneOf(std::initializer_list<T> choices) {
@@ -68,7 +70,8 @@ class RandomCycleMaker {
   float gain();
   float sample(std::size_t special);
 
-  std::mt19937 random_;
+  Choices choices_;
+  std::size_t mostFloats_;
   std::size_t frames_ = 0;  // that most buffers hold
   bool ascending_ = false;  // every buffer holds exactly frames_
 };
