@@ -1,7 +1,8 @@
 // A driver plugin for the private PipeWire server. It starts a cycle 1 ms after all nodes have finished the
 // last one, however long that took, so no node is ever late. Without the pause, a node that was late once
 // would stay a cycle behind for ever: its finish signal does not name its cycle and would count for the next
-// one.
+// one. With the property tolvane.steady it also keeps to the machine's clock: it starts no cycle early.
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <ctime>
@@ -31,7 +32,8 @@ constexpr std::uint32_t kRecoverFlag = 1U << 1;
 
 class PatientDriver {
  public:
-  PatientDriver(spa_loop* loop, spa_system* system) : loop_(loop), system_(system) {
+  PatientDriver(spa_loop* loop, spa_system* system, bool isSteady)
+      : loop_(loop), system_(system), isSteady_(isSteady) {
     static const spa_node_methods kMethods = [] {
       spa_node_methods methods{};
       methods.version = SPA_VERSION_NODE_METHODS;
@@ -138,7 +140,8 @@ class PatientDriver {
   int onFinished() {
     if ((clock_->flags & kRecoverFlag) == 0) {
       isFinished_ = true;
-      wakeAt(nowNs() + kPauseNs);
+      const std::uint64_t soon = nowNs() + kPauseNs;
+      wakeAt(isSteady_ ? std::max(soon, clock_->next_nsec) : soon);
     }
     return SPA_STATUS_HAVE_DATA | SPA_STATUS_NEED_DATA;
   }
@@ -159,6 +162,7 @@ class PatientDriver {
 
   spa_loop* loop_;
   spa_system* system_;
+  bool isSteady_;
   spa_node node_{};
   spa_hook_list hooks_{};
   spa_callbacks callbacks_{};
@@ -188,7 +192,7 @@ int clear(spa_handle* handle) {
   return 0;
 }
 
-int init(const spa_handle_factory* /*factory*/, spa_handle* handle, const spa_dict* /*properties*/,
+int init(const spa_handle_factory* /*factory*/, spa_handle* handle, const spa_dict* properties,
          const spa_support* support, std::uint32_t supports) {
   auto* const loop = static_cast<spa_loop*>(spa_support_find(support, supports, SPA_TYPE_INTERFACE_DataLoop));
   auto* const system =
@@ -197,7 +201,8 @@ int init(const spa_handle_factory* /*factory*/, spa_handle* handle, const spa_di
   auto* const whole = reinterpret_cast<Handle*>(handle);
   whole->head.get_interface = getInterface;
   whole->head.clear = clear;
-  new (&whole->driver) PatientDriver(loop, system);
+  const bool isSteady = properties != nullptr && spa_dict_lookup(properties, "tolvane.steady") != nullptr;
+  new (&whole->driver) PatientDriver(loop, system, isSteady);
   return 0;
 }
 
