@@ -37,5 +37,9 @@ inline constexpr AudioObjectPropertySelector kTolvanePropertySilentServers = 0x7
 inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyChannelNode = 0x636E6F64;  // 'cnod'
 inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyChannelPort = 0x63707274;  // 'cprt'
 
+/// Device: UInt32. The channels of the device's monitor: what its outputs play, for a member of an aggregate.
+/// 0 if it has no monitor.
+inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyMonitorChannels = 0x6D6E6368;  // 'mnch'
+
 /// The call failed because the system has no thread, memory or descriptor left for it.
 inline constexpr OSStatus kTolvaneExhaustedError = 0x78687374;  // 'xhst'

@@ -23,7 +23,8 @@ std::vector<MemberCandidate> candidatesOf(const DeviceListing& listing) {
   for (const AudioDeviceInfo& info : listing.devices) {
     const auto transport = deviceProperty<UInt32>(info.id, kAudioDevicePropertyTransportType);
     devices.push_back({info, deviceText(info.id, kAudioDevicePropertyDeviceUID).value_or(""),
-                       transport == kAudioDeviceTransportTypeAggregate});
+                       transport == kAudioDeviceTransportTypeAggregate,
+                       deviceProperty<UInt32>(info.id, kTolvaneDevicePropertyMonitorChannels).value_or(0)});
   }
   return devices;
 }
@@ -84,7 +85,10 @@ ExitStatus aggregateListCommand(const AggregateOptions& options) {
   const DeviceListingResult listing = awaitAllDevices(options.waitSeconds);
   if (!listing) return fail(listing.error());
   std::set<std::string> there;
-  for (const MemberCandidate& device : candidatesOf(listing.value())) there.insert(device.uid);
+  for (const MemberCandidate& device : candidatesOf(listing.value())) {
+    there.insert(device.uid);
+    if (device.monitorChannels != 0) there.insert(hal::monitorUid(device.uid));
+  }
   const auto& aggregates = document.value().aggregates();
   const std::string text =
       options.json ? aggregateJson(aggregates, there) : aggregateTable(aggregates, there);

@@ -17,7 +17,9 @@ void declareAggregate(CLI::App& program, AggregateOptions& options, ExitStatus& 
   list->callback([&] { status = aggregateListCommand(options); });
   CLI::App* create = command->add_subcommand("create", "Make one of devices, in this order");
   create->add_option("NAME", options.name, "what it is to be called")->required()->transform(name());
-  create->add_option("DEVICE", options.devices, "names, identifiers, or lasting identities")
+  create
+      ->add_option("DEVICE", options.devices,
+                   "names, identifiers, or lasting identities; with :monitor appended, what its outputs play")
       ->required()
       ->transform(name());
   declareWait(*create, options.waitSeconds);

@@ -48,6 +48,16 @@ inline constexpr std::size_t kMaxAggregateNameCharacters = 100;
 /// shows the name. [not-io]
 [[nodiscard]] std::string whyNoNewAggregateName(std::string_view name);
 
+/// At the end of a uid or a name: not the device itself, but what its outputs play, as inputs. A device whose
+/// uid really ends so comes before a monitor.
+inline constexpr std::string_view kMonitorSuffix = ":monitor";
+
+/// The uid of a device's monitor, which is no device of the list, but can be a member of an aggregate.
+/// [not-io]
+[[nodiscard]] inline std::string monitorUid(std::string_view deviceUid) {
+  return std::string(deviceUid) + std::string(kMonitorSuffix);
+}
+
 /// True if the device with this uid can be a member of an aggregate. Only PipeWire's devices can: PipeWire
 /// runs the members together. [not-io]
 [[nodiscard]] bool canBeAggregated(std::string_view uid);

@@ -46,6 +46,9 @@ struct DeviceInfo {
   std::vector<ChannelInfo> inputs = {};
   std::vector<ChannelInfo> outputs = {};
 
+  // The channels of the device's monitor, which can be a member of an aggregate; 0 if it has none.
+  std::uint32_t monitorChannels = 0;
+
   bool operator==(const DeviceInfo&) const = default;
 };
 

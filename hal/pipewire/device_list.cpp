@@ -17,6 +17,10 @@ bool isOfClass(std::string_view mediaClass, std::string_view wanted) {
   return rest.empty() || (rest.front() == '/' && rest != "/Internal");
 }
 
+bool givesMonitors(const GraphNode& node) {
+  return isOfClass(node.mediaClass, "Audio/Sink");
+}
+
 bool givesInputs(const GraphNode& node) {
   return isOfClass(node.mediaClass, "Audio/Source") || isOfClass(node.mediaClass, "Audio/Duplex");
 }
@@ -151,6 +155,17 @@ void addAlsaCard(const GraphNode& node, DeviceInfo& info) {
   if (node.alsaCard && known == info.alsaCards.end()) info.alsaCards.push_back(*node.alsaCard);
 }
 
+/// The monitor of the device. Complete if every node with outputs has all ports for it.
+ListedDevice monitorOf(const ListedDevice& device) {
+  ListedDevice monitor;
+  monitor.info.uid = monitorUid(device.info.uid);
+  monitor.info.name = monitorUid(device.info.name);
+  monitor.inputs = device.monitors;
+  monitor.isMonitor = true;
+  monitor.isComplete = device.info.monitorChannels != 0;
+  return monitor;
+}
+
 void placeChannels(ListedDevice& device) {
   for (std::vector<Channel>* const channels : {&device.inputs, &device.outputs}) {
     for (std::size_t place = 0; place < channels->size(); ++place) {
@@ -263,6 +278,7 @@ std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::st
     if (!uids_.contains(group.key) && !group.hasAnswered()) continue;
     ListedDevice device;
     device.isComplete = true;
+    bool hasAllMonitors = true;
     for (const Group::Member& member : group.members) {
       const GraphNode& node = *member.node;
       addAlsaCard(node, device.info);
@@ -271,6 +287,9 @@ std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::st
       }
       if (givesOutputs(node) && !appendChannels(graph, member.id, node, true, device.outputs)) {
         device.isComplete = false;
+      }
+      if (givesMonitors(node) && !appendChannels(graph, member.id, node, false, device.monitors)) {
+        hasAllMonitors = false;
       }
     }
     device.info.uid = uidOf(group);
@@ -282,12 +301,18 @@ std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::st
     device.info.inputStreams.assign(device.inputs.size(), 1);
     device.info.outputStreams.assign(device.outputs.size(), 1);
     device.isCard = group.isCard();
+    if (hasAllMonitors) device.info.monitorChannels = static_cast<std::uint32_t>(device.monitors.size());
     placeChannels(device);
     describeChannels(device);
     describeCycle(graph.clock, device.info);
     devices.push_back(std::move(device));
   }
   makeNamesDistinct(devices, std::move(reservedNames));
+  for (std::size_t number = 0, count = devices.size(); number < count; ++number) {
+    if (devices[number].monitors.empty()) continue;
+    devices.push_back(monitorOf(devices[number]));
+    placeChannels(devices.back());
+  }
   return devices;
 }
 

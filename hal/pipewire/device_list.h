@@ -39,8 +39,10 @@ struct ListedDevice {
   DeviceInfo info;
   std::vector<Channel> inputs;
   std::vector<Channel> outputs;
+  std::vector<Channel> monitors = {};         // what the outputs play
   std::vector<AggregateMember> members = {};  // only of an aggregate; its channels are theirs, in this order
   bool isCard = false;
+  bool isMonitor = false;      // the monitor of a device; only aggregates use it
   bool isComplete = false;     // has all its ports; an aggregate: has a member. Only then shown.
   std::string formerUid = {};  // under which earlier versions of this program listed it; empty if the same
 
@@ -65,7 +67,7 @@ class DeviceList {
 
   /// All devices except aggregates, complete or not, in menu order: the device of the default sink first,
   /// then the server's order. A new device is left out until all its nodes have described themselves. No
-  /// device gets one of the `reservedNames`.
+  /// device gets one of the `reservedNames`. The monitors of the devices follow.
   [[nodiscard]] std::vector<ListedDevice> build(const Graph& graph, std::set<std::string> reservedNames);
 
   /// Sets the cycle length in frames to ask the server for when the device runs.

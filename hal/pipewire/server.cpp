@@ -167,7 +167,7 @@ std::vector<DeviceInfo> Server::completeDevices() {
     const bool isLost = std::any_of(sessions_.begin(), sessions_.end(), [&](const auto& session) {
       return session->uid() == device.info.uid && session->isLost();
     });
-    if (device.isComplete && !isLost) complete.push_back(std::move(device.info));
+    if (device.isComplete && !device.isMonitor && !isLost) complete.push_back(std::move(device.info));
   }
   return complete;
 }

@@ -136,6 +136,10 @@ OSStatus readOverloads(DeviceObject& object, const ValueRoom& room) {
   return writeValue<UInt32>(room, object.device->overloads());
 }
 
+OSStatus readMonitorChannels(DeviceObject& object, const ValueRoom& room) {
+  return writeValue<UInt32>(room, object.device->info().monitorChannels);
+}
+
 OSStatus readIoThreadScheduling(DeviceObject& object, const ValueRoom& room) {
   const pid_t thread = object.registry.ioThread(*object.device);
   const auto scheduling = thread == 0 ? std::nullopt : schedulingOf(thread);
@@ -241,6 +245,7 @@ const std::vector<Property<DeviceObject>>& deviceProperties() {
       {kAudioDeviceProcessorOverload, kGlobal, sizeOf<UInt32>, readOverloads, nullptr},
       {kTolvaneDevicePropertyPeriods, kGlobal, sizeOf<UInt32>, readPeriods, writePeriods},
       {kTolvaneDevicePropertyPeriodsRange, kGlobal, sizeOf<AudioValueRange>, readPeriodsRange, nullptr},
+      {kTolvaneDevicePropertyMonitorChannels, kGlobal, sizeOf<UInt32>, readMonitorChannels, nullptr},
       {kTolvaneDevicePropertyIOThreadScheduling, kGlobal, sizeOf<TolvaneThreadScheduling>,
        readIoThreadScheduling, nullptr},
       {kTolvaneDevicePropertyRemovedLinks, kAudioObjectPropertyScopeInput,

@@ -43,6 +43,37 @@ TEST(AggregateChoice, RefusesWhatCannotBeAMemberAndSaysWhatCan) {
   EXPECT_THAT(nothing.error().text, HasSubstr("these can be used: none that is there"));
 }
 
+const std::vector<MemberCandidate> kWithMonitors{{{2, "Game Audio", 0, 2}, "pipewire:game", false, 2},
+                                                 {{3, "Box", 4, 8}, "pipewire:box", false, 8},
+                                                 {{4, "Microphone", 1, 0}, "pipewire:mic"},
+                                                 {{5, "Box:monitor", 6, 0}, "pipewire:other"}};
+
+TEST(AggregateChoice, OfAMonitorIsByTheDeviceBeforeTheColon) {
+  const hal::AggregateMember monitor{"pipewire:game:monitor", "Game Audio:monitor", 2, 0};
+  for (const char* const wanted :
+       {"pipewire:game:monitor", "Game Audio:monitor", "2:monitor", "game:monitor"}) {
+    const auto choice = chooseMember(kWithMonitors, wanted);
+    ASSERT_TRUE(choice) << wanted;
+    EXPECT_EQ(choice.value(), monitor) << wanted;
+  }
+}
+
+TEST(AggregateChoice, TakesADeviceThatIsCalledSoBeforeAMonitor) {
+  EXPECT_EQ(chooseMember(kWithMonitors, "Box:monitor").value().uid, "pipewire:other");
+  EXPECT_EQ(chooseMember(kWithMonitors, "pipewire:box:monitor").value().inputChannels, 8U);
+}
+
+TEST(AggregateChoice, RefusesTheMonitorOfWhatHasNone) {
+  const auto choice = chooseMember(kWithMonitors, "Microphone:monitor");
+  ASSERT_FALSE(choice);
+  EXPECT_EQ(choice.error().status, ExitStatus::failed);
+  EXPECT_EQ(choice.error().text,
+            "Microphone: has no monitor: only outputs of PipeWire have one; these can be used:\n"
+            "  2  Game Audio\n  3  Box");
+  EXPECT_EQ(chooseMember(kWithMonitors, "Piano:monitor").error().status, ExitStatus::noSuchDevice);
+  EXPECT_EQ(chooseMember(kWithMonitors, ":monitor").error().status, ExitStatus::noSuchDevice);
+}
+
 TEST(AggregateChoice, RefusesWhatIsNotThere) {
   EXPECT_EQ(chooseMember(kCandidates, "Piano").error().status, ExitStatus::noSuchDevice);
   EXPECT_EQ(chooseMember(kCandidates, "77").error().status, ExitStatus::noSuchDevice);
