@@ -60,6 +60,16 @@ void checkWholeNumber(const std::string& text, int lowest, int highest) {
   require(changed == (isTaken ? std::to_string(*value) : text));
 }
 
+/// Bounds around the number itself. No fuzzer would guess the numbers beside fixed bounds.
+void checkBounds(const std::string& text) {
+  const auto value = integerIn(text);
+  if (!value || *value < -1'000'000'000 || *value > 1'000'000'000) return;
+  const auto number = static_cast<int>(*value);
+  checkWholeNumber(text, number, number);
+  checkWholeNumber(text, number + 1, number + 2);
+  checkWholeNumber(text, number - 2, number - 1);
+}
+
 void checkSeconds(const std::string& text) {
   const bool isWait = ctl::requireWait(text).empty();
   const bool isTime = ctl::requireSensibleSeconds(text).empty();
@@ -77,6 +87,7 @@ void readAsNumbers(const std::string& text) {
   checkGain(text);
   checkWholeNumber(text, 1, 1024);
   checkWholeNumber(text, 1, 65536);
+  checkBounds(text);
   checkSeconds(text);
 }
 
