@@ -14,6 +14,7 @@
 #include "ctl/devices/command.h"
 #include "ctl/render/command.h"
 #include "ctl/run/command.h"
+#include "ctl/soak/command.h"
 #include "ctl/terminal/messages.h"
 #include "require.h"
 
@@ -53,9 +54,10 @@ ExitStatus devicesCommand(const DevicesOptions& options) {
   return ran();
 }
 
-ExitStatus checkCommand(const std::vector<std::string>& paths) {
-  require(!paths.empty());
-  for (const std::string& path : paths) require(!path.empty());
+ExitStatus checkCommand(const CheckOptions& options) {
+  require(!options.paths.empty());
+  for (const std::string& path : options.paths) require(!path.empty());
+  checkWait(options.waitSeconds);
   return ran();
 }
 
@@ -70,8 +72,18 @@ ExitStatus renderCommand(const RenderOptions& options) {
 ExitStatus runCommand(const RunOptions& options) {
   require(!options.patchPath.empty());
   checkWait(options.waitSeconds);
-  if (options.bufferFrames) checkFrames(*options.bufferFrames);
+  const DeviceSettings& settings = options.settings;
+  if (settings.bufferFrames) checkFrames(*settings.bufferFrames);
+  require(!settings.sampleRateHz || *settings.sampleRateHz > 0);
+  require(!settings.periods || *settings.periods > 0);
   require(!options.seconds || (*options.seconds > 0.0 && *options.seconds <= 1e9));
+  return ran();
+}
+
+ExitStatus soakCommand(const SoakOptions& options) {
+  checkWait(options.waitSeconds);
+  require(options.minutes > 0.0 && options.minutes <= 1e9);
+  require(options.editsPerMinute >= 0 && options.editsPerMinute <= 1'000'000);
   return ran();
 }
 

@@ -11,9 +11,7 @@ namespace tolvane::ctl {
 
 void declareSoak(CLI::App& program, SoakOptions& options, ExitStatus& status) {
   CLI::App* command = program.add_subcommand("soak", "Test a device and the routing for a long time");
-  command->add_option("--device", options.device, "name, part of a name, or id [the first device]")
-      ->transform(name())
-      ->type_name("NAME|ID");
+  declareDevice(*command, options.device, "the device [the first one]");
   declareWait(*command, options.waitSeconds);
   command->add_option("--minutes", options.minutes, "how long [10]")
       ->check(requireSensibleMinutes)
