@@ -41,6 +41,7 @@ struct GraphPort {
   std::uint32_t index = 0;  // index among the node's ports of this direction
   bool isAudio = false;     // true for a channel, false for a control port
   std::string name;
+  std::string alias = {};        // another name, which the server also takes for the port
   std::string channelName = {};  // as the port's owner calls the channel; empty if it has no name
 };
 

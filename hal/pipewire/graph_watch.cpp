@@ -244,6 +244,7 @@ void GraphWatch::addPort(std::uint32_t id, const spa_dict& properties) {
                       *index,
                       isAudio,
                       std::string(textOf(properties, PW_KEY_PORT_NAME)),
+                      std::string(textOf(properties, PW_KEY_PORT_ALIAS)),
                       std::string(channelNameOf(properties))};
   noteChange();
 }

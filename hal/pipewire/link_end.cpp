@@ -14,10 +14,12 @@ bool isNumber(const std::string& name) {
   return spa_atou32(name.c_str(), &number, 0);
 }
 
+/// The server also looks for the name among aliases.
 bool isOnlyOne(const Graph& graph, const GraphPort& port) {
   return std::count_if(graph.ports.begin(), graph.ports.end(), [&](const auto& entry) {
            const GraphPort& other = entry.second;
-           return other.nodeId == port.nodeId && other.isInput == port.isInput && other.name == port.name;
+           const bool isCalledSo = other.name == port.name || other.alias == port.name;
+           return isCalledSo && other.nodeId == port.nodeId && other.isInput == port.isInput;
          }) == 1;
 }
 

@@ -130,6 +130,23 @@ TEST_F(ChannelNamesOnPipeWire, OfAnAggregateThatWeServeHaveTheMembersName) {
   EXPECT_EQ(child.finish().status, 0);
 }
 
+TEST_F(ChannelNamesOnPipeWire, ThatAreLikeOurPortsNamesLeadNoLinkAstray) {
+  PipeWireClient client;
+  const PipeWireNamedNode odd(
+      client, "odd", "Audio/Source",
+      {{{"port.name", "input_2"}}, {{"port.name", "input_3"}}, {{"port.name", "input_1"}}});
+  const TemporaryFolder folder;
+  writePatch(folder / "p.json", {});
+  ChildProcess child({"run", "--patch", folder / "p.json", "--device", "pipewire:odd"});
+  ASSERT_TRUE(child.waitForErr("routing on odd"));
+  const auto links = indentedLinesOf("pw-link -i -l");
+  EXPECT_THAT(links.at("tolvane:input_1"), ElementsAre("|<- odd:input_2"));
+  EXPECT_THAT(links.at("tolvane:input_2"), ElementsAre("|<- odd:input_3"));
+  EXPECT_THAT(links.at("tolvane:input_3"), ElementsAre("|<- odd:input_1"));
+  child.send(SIGINT);
+  EXPECT_EQ(child.finish().status, 0);
+}
+
 TEST_F(ChannelNamesOnPipeWire, AreInTheMeters) {
   const TemporaryFolder folder;
   writePatch(folder / "p.json", {{2, 3, 1.0F, true}});

@@ -34,5 +34,15 @@ TEST(PipeWireLinkEnd, NamesAPortByItsIdentifierIfItsNameSaysTooLittle) {
   EXPECT_EQ(linkEndOf(Graph{}, 40, 41).port, "41");
 }
 
+TEST(PipeWireLinkEnd, NamesAPortByItsIdentifierIfAnotherHasItsNameAsAlias) {
+  Graph graph = graphWith("input_1", "input_2");
+  graph.ports[41].alias = "input_2";
+  EXPECT_EQ(linkEndOf(graph, 40, 41).port, "input_1");
+  EXPECT_EQ(linkEndOf(graph, 40, 42).port, "42");
+  graph.ports[41].alias = "input_1";  // its own
+  EXPECT_EQ(linkEndOf(graph, 40, 41).port, "input_1");
+  EXPECT_EQ(linkEndOf(graph, 40, 42).port, "input_2");
+}
+
 }  // namespace
 }  // namespace tolvane::test
