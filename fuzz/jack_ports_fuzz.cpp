@@ -1,7 +1,8 @@
-// Lists the devices of a JACK server that may report anything: port names, flags, ports that are gone again,
-// rates and cycle lengths. Every port must end up in exactly one device.
+// Lists the devices of a JACK server that may report anything: port names, aliases, pretty names, flags,
+// ports that are gone again, rates and cycle lengths. Every port must end up in exactly one device.
 #include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <set>
 #include <string>
 #include <vector>
@@ -15,6 +16,7 @@ struct _jack_port {
   std::string name;
   int flags;
   bool isGone;
+  std::string label;  // an alias of the port, and its pretty name
 };
 
 namespace tolvane::fuzz {
@@ -46,11 +48,33 @@ int portFlags(const jack_port_t* port) {
   return port->flags;
 }
 
+constexpr int kPortNameSize = 320;
+
+/// Fills the room of the first alias, if the label is long enough without a NUL at its end. There is no
+/// other.
+int portGetAliases(const jack_port_t* port, char* const aliases[2]) {
+  port->label.copy(aliases[0], kPortNameSize);
+  return port->label.empty() ? 0 : 1;
+}
+
+/// The pretty names of some ports. The port's address serves as its identifier.
+int getProperty(jack_uuid_t subject, const char* /*key*/, char** value, char** type) {
+  const auto* const port = reinterpret_cast<const _jack_port*>(subject);
+  if (port->label.size() % 2 == 0) return -1;
+  *value = strdup(port->label.c_str());
+  *type = nullptr;
+  return 0;
+}
+
 hal::JackLibrary fakeLibrary() {
   hal::JackLibrary library;
   library.getPorts = getPorts;
   library.portByName = portByName;
   library.portFlags = portFlags;
+  library.portGetAliases = portGetAliases;
+  library.portNameSize = [] { return kPortNameSize; };
+  library.portUuid = [](const jack_port_t* port) { return reinterpret_cast<jack_uuid_t>(port); };
+  library.getProperty = getProperty;
   library.getSampleRate = [](jack_client_t*) { return server.rateHz; };
   library.getBufferSize = [](jack_client_t*) { return server.frames; };
   library.free = [](void* list) { std::free(list); };
@@ -77,7 +101,9 @@ void list(Bytes input) {
   server.frames = input.number<std::uint32_t>();
   while (!input.isEmpty() && server.ports.size() < 64) {
     const std::uint8_t kind = input.byte();
-    server.ports.push_back({input.text(), kind & 0x3F, kind >= 0xE0});
+    const std::string name = input.text();
+    const bool isLabelled = (kind & 0x40) != 0;
+    server.ports.push_back({name, kind & 0x3F, kind >= 0xE0, isLabelled ? input.text() : std::string()});
   }
   checkDevices(hal::physicalJackPorts(library, nullptr));
   for (const hal::DeviceInfo& info : hal::listJackDevices(library, nullptr)) {
