@@ -32,10 +32,19 @@
 /// last. Empty if no server is missing.
 inline constexpr AudioObjectPropertySelector kTolvanePropertySilentServers = 0x736C6E74;  // 'slnt'
 
+/// System object: CFStringRef, the caller releases. What the user should know of installed sound systems that
+/// cannot be used, or are too old for something, each on a line. Empty if there is nothing.
+inline constexpr AudioObjectPropertySelector kTolvanePropertyProblems = 0x70726F62;  // 'prob'
+
 /// Device, input or output, element: the channel from 1; CFStringRef, the caller releases. The sound server's
 /// names of the node and of its port behind the channel, as a patch bay shows them. Unknown if there is none.
 inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyChannelNode = 0x636E6F64;  // 'cnod'
 inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyChannelPort = 0x63707274;  // 'cprt'
+
+/// Device: CFStringRef, the caller releases. The command that puts the sound card into the sound server's
+/// profile with all its channels, in order and untouched ("pro-audio"). Empty if the card is in that profile,
+/// has none, or is not the sound server's.
+inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyProAudioCommand = 0x70726F61;  // 'proa'
 
 /// Device: UInt32. The channels of the device's monitor: what its outputs play, for a member of an aggregate.
 /// 0 if it has no monitor.

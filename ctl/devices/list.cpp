@@ -80,7 +80,8 @@ std::vector<DeviceDetails> detailsOf(const std::vector<AudioDeviceInfo>& devices
     details.push_back({info, transportName(transport.value_or(0)),
                        deviceProperty<Float64>(info.id, kAudioDevicePropertyNominalSampleRate),
                        deviceProperty<UInt32>(info.id, kAudioDevicePropertyBufferFrameSize),
-                       deviceText(info.id, kAudioDevicePropertyDeviceUID).value_or("")});
+                       deviceText(info.id, kAudioDevicePropertyDeviceUID).value_or(""),
+                       deviceText(info.id, kTolvaneDevicePropertyProAudioCommand).value_or("")});
   }
   return details;
 }
@@ -102,7 +103,17 @@ std::string deviceTable(const std::vector<DeviceDetails>& devices, TableForm for
                   std::to_string(device.info.outputChannels), device.driver, orDash(rate), orDash(frames),
                   device.uid.empty() ? "-" : device.uid});
   }
-  return table.text();
+  std::string text = table.text();
+  for (const DeviceDetails& device : devices) {
+    if (form != TableForm::longer || device.proAudioCommand.empty()) continue;
+    text +=
+        "\n" +
+        about(device.info.name,
+              "is not in its pro-audio profile, which has all channels, in order and untouched. To change "
+              "the profile:\n  " +
+                  device.proAudioCommand + "\n");
+  }
+  return text;
 }
 
 std::string deviceJson(const std::vector<DeviceDetails>& devices) {

@@ -15,7 +15,8 @@ struct DeviceDetails {
   std::string driver;  // its transport's name: "jack", "virtual", "usb"
   std::optional<double> sampleRateHz;
   std::optional<std::uint32_t> bufferFrames;
-  std::string uid = {};  // lasting identity; empty if the device does not report one
+  std::string uid = {};              // lasting identity; empty if the device does not report one
+  std::string proAudioCommand = {};  // puts the card into its pro-audio profile; empty if it is, or has none
 };
 
 /// The name of a transport code. A code without a name gives its four characters, or "unknown" if they are
@@ -25,7 +26,8 @@ struct DeviceDetails {
 /// Reads the devices' properties from the HAL. [not-io]
 [[nodiscard]] std::vector<DeviceDetails> detailsOf(const std::vector<AudioDeviceInfo>& devices);
 
-/// A table with a title line. The long form also has the devices' lasting identities. [not-io]
+/// A table with a title line. The long form also has the devices' lasting identities. After the table it
+/// tells how to change the profile of a card that is not in its pro-audio profile. [not-io]
 enum class TableForm { usual, longer };
 [[nodiscard]] std::string deviceTable(const std::vector<DeviceDetails>& devices,
                                       TableForm form = TableForm::usual);

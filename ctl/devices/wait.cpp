@@ -1,9 +1,13 @@
 #include "ctl/devices/wait.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
+#include <utility>
 
 #include "ctl/devices/property.h"
+#include "ctl/terminal/messages.h"
+#include "ctl/terminal/printable.h"
 #include "engine/core_audio_engine.h"
 #include "engine/device_text.h"
 
@@ -43,6 +47,18 @@ DeviceListingResult listOrFailure() {
   }
 }
 
+/// Once in the life of the program.
+void sayProblems() {
+  static bool isSaid = false;
+  if (std::exchange(isSaid, true)) return;
+  const std::string lines = deviceText(kAudioObjectSystemObject, kTolvanePropertyProblems).value_or("");
+  for (std::size_t at = 0; at < lines.size();) {
+    const std::size_t end = std::min(lines.find('\n', at), lines.size());
+    say(printable(lines.substr(at, end - at)));
+    at = end + 1;
+  }
+}
+
 }  // namespace
 
 DeviceListingResult awaitDevices(double seconds, const std::function<bool(const DeviceListing&)>& isEnough) {
@@ -50,7 +66,10 @@ DeviceListingResult awaitDevices(double seconds, const std::function<bool(const 
   const Clock::time_point begin = Clock::now();
   for (;;) {
     DeviceListingResult listing = listOrFailure();
-    if (!listing || isEnough(listing.value()) || Clock::now() - begin >= limit) return listing;
+    if (!listing || isEnough(listing.value()) || Clock::now() - begin >= limit) {
+      sayProblems();
+      return listing;
+    }
     std::this_thread::sleep_for(Clock::now() - begin < kLate ? kListInterval : kLateListInterval);
   }
 }

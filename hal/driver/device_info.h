@@ -48,6 +48,9 @@ struct DeviceInfo {
 
   // The channels of the device's monitor, which can be a member of an aggregate; 0 if it has none.
   std::uint32_t monitorChannels = 0;
+  // The command that puts the sound card into the profile with all its channels, in order and untouched;
+  // empty if it is in that profile or has none.
+  std::string proAudioCommand = {};
 
   bool operator==(const DeviceInfo&) const = default;
 };

@@ -108,6 +108,10 @@ class Driver {
   /// only the first; it calls nothing else of the second. [not-io]
   [[nodiscard]] virtual std::string server() const { return {}; }
 
+  /// A sentence for the user if what is installed keeps the driver from its work; else empty. Always the
+  /// same. [not-io]
+  [[nodiscard]] virtual std::string problem() const { return {}; }
+
   /// Starts calling `client` with the buffers of `device`, in its stream layout. `device` is a value that
   /// devices() returned. Errors: those of AudioDeviceStart. [not-io]
   virtual StartResult start(const DeviceInfo& device, SessionClient& client) = 0;

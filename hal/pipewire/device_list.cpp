@@ -66,6 +66,9 @@ std::string withoutOrder(const std::string& name) {
 
 constexpr std::uint32_t kSuggestedQuantumFrames = 256;
 
+/// For the session manager to set a node's ports up, or to tell a card's profiles.
+constexpr std::chrono::milliseconds kSessionManagersTime{500};
+
 }  // namespace
 
 /// The nodes of one device.
@@ -108,6 +111,13 @@ struct DeviceList::Group {
       if (usb && usb->serial.empty()) return usb->busPath;
     }
     return {};
+  }
+
+  [[nodiscard]] std::string proAudioCommand() const {
+    if (card == nullptr || !card->profile || !card->proAudioProfile) return {};
+    if (*card->profile == *card->proAudioProfile) return {};
+    return "pw-cli set-param " + std::to_string(*members.front().node->cardId) +
+           " Profile '{ index: " + std::to_string(*card->proAudioProfile) + ", save: true }'";
   }
 
   [[nodiscard]] bool isCard() const { return members.front().node->cardId.has_value(); }
@@ -268,44 +278,62 @@ void DeviceList::describeCycle(const GraphClock& clock, DeviceInfo& info) const 
   info.bufferFrames = std::clamp(quantum(info.uid), info.minBufferFrames, info.maxBufferFrames);
 }
 
+/// True for a moment after `seen`, in which there may be more to come.
+bool DeviceList::awaits(std::chrono::steady_clock::time_point seen) {
+  const bool isSoon = std::chrono::steady_clock::now() - seen < kSessionManagersTime;
+  isMoreToCome_ = isMoreToCome_ || isSoon;
+  return isSoon;
+}
+
+ListedDevice DeviceList::listed(const Graph& graph, const Group& group) {
+  ListedDevice device;
+  device.isComplete = true;
+  bool hasAllMonitors = true;
+  for (const Group::Member& member : group.members) {
+    const GraphNode& node = *member.node;
+    addAlsaCard(node, device.info);
+    // The session manager gives a node its ports. It gives none to a node that cannot be opened. Such a node
+    // does not stand in the way of the card's others.
+    const bool isUnusable = node.hasAnswered && node.inputPorts + node.outputPorts == 0 && group.isCard();
+    if (isUnusable && !awaits(node.seen)) continue;
+    if (givesInputs(node) && !appendChannels(graph, member.id, node, false, device.inputs)) {
+      device.isComplete = false;
+    }
+    if (givesOutputs(node) && !appendChannels(graph, member.id, node, true, device.outputs)) {
+      device.isComplete = false;
+    }
+    if (givesMonitors(node) && !appendChannels(graph, member.id, node, false, device.monitors)) {
+      hasAllMonitors = false;
+    }
+  }
+  device.isComplete = device.isComplete && !(device.inputs.empty() && device.outputs.empty());
+  device.info.uid = uidOf(group);
+  const std::string name = group.lastingName();
+  const bool isByPlace = device.info.uid.starts_with("pipewire:" + withoutOrder(name) + "@");
+  if (isByPlace) device.formerUid = "pipewire:" + name;
+  device.info.name = group.description();
+  device.info.transportType = kAudioDeviceTransportTypePipeWire;
+  device.info.inputStreams.assign(device.inputs.size(), 1);
+  device.info.outputStreams.assign(device.outputs.size(), 1);
+  device.isCard = group.isCard();
+  if (hasAllMonitors) device.info.monitorChannels = static_cast<std::uint32_t>(device.monitors.size());
+  if (group.card != nullptr && group.card->hasProfiles && !group.card->profile) awaits(group.card->seen);
+  device.info.proAudioCommand = group.proAudioCommand();
+  placeChannels(device);
+  describeChannels(device);
+  describeCycle(graph.clock, device.info);
+  return device;
+}
+
 std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::string> reservedNames) {
   const std::vector<Group> groups = groupsOf(graph);
   forgetAllBut(groups);
+  isMoreToCome_ = false;
   std::vector<ListedDevice> devices;
   for (const Group& group : groups) {
     // The uid is chosen once, when all the nodes of a device have described themselves. Nodes that join later
     // do not change it.
-    if (!uids_.contains(group.key) && !group.hasAnswered()) continue;
-    ListedDevice device;
-    device.isComplete = true;
-    bool hasAllMonitors = true;
-    for (const Group::Member& member : group.members) {
-      const GraphNode& node = *member.node;
-      addAlsaCard(node, device.info);
-      if (givesInputs(node) && !appendChannels(graph, member.id, node, false, device.inputs)) {
-        device.isComplete = false;
-      }
-      if (givesOutputs(node) && !appendChannels(graph, member.id, node, true, device.outputs)) {
-        device.isComplete = false;
-      }
-      if (givesMonitors(node) && !appendChannels(graph, member.id, node, false, device.monitors)) {
-        hasAllMonitors = false;
-      }
-    }
-    device.info.uid = uidOf(group);
-    const std::string name = group.lastingName();
-    const bool isByPlace = device.info.uid.starts_with("pipewire:" + withoutOrder(name) + "@");
-    if (isByPlace) device.formerUid = "pipewire:" + name;
-    device.info.name = group.description();
-    device.info.transportType = kAudioDeviceTransportTypePipeWire;
-    device.info.inputStreams.assign(device.inputs.size(), 1);
-    device.info.outputStreams.assign(device.outputs.size(), 1);
-    device.isCard = group.isCard();
-    if (hasAllMonitors) device.info.monitorChannels = static_cast<std::uint32_t>(device.monitors.size());
-    placeChannels(device);
-    describeChannels(device);
-    describeCycle(graph.clock, device.info);
-    devices.push_back(std::move(device));
+    if (uids_.contains(group.key) || group.hasAnswered()) devices.push_back(listed(graph, group));
   }
   makeNamesDistinct(devices, std::move(reservedNames));
   for (std::size_t number = 0, count = devices.size(); number < count; ++number) {

@@ -1,6 +1,7 @@
 // Builds the device list from the server's graph.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -70,6 +71,10 @@ class DeviceList {
   /// device gets one of the `reservedNames`. The monitors of the devices follow.
   [[nodiscard]] std::vector<ListedDevice> build(const Graph& graph, std::set<std::string> reservedNames);
 
+  /// True if the last build() left something out that may come within a moment: a card has a node without
+  /// ports, or has not told its profiles. After that moment such a card is listed with the rest of its nodes.
+  [[nodiscard]] bool isMoreToCome() const { return isMoreToCome_; }
+
   /// Sets the cycle length in frames to ask the server for when the device runs.
   void setQuantum(const std::string& uid, std::uint32_t frames) { quanta_[uid] = frames; }
 
@@ -84,11 +89,14 @@ class DeviceList {
   struct Group;
   std::vector<Group> groupsOf(const Graph& graph) const;
   std::string uidOf(const Group& group);
+  ListedDevice listed(const Graph& graph, const Group& group);
+  bool awaits(std::chrono::steady_clock::time_point seen);
   void forgetAllBut(const std::vector<Group>& groups);
 
   const UsbLookup usb_;
   std::map<std::string, std::string> uids_;      // by the group's key
   std::map<std::string, std::uint32_t> quanta_;  // by uid
+  bool isMoreToCome_ = false;
 };
 
 }  // namespace tolvane::hal::pipewire

@@ -2,6 +2,7 @@
 // connection's thread only.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <map>
 #include <optional>
@@ -14,6 +15,10 @@ struct GraphCard {
   std::uint64_t serial = 0;  // never reused while the server runs, unlike the identifier
   std::string name;          // lasting
   std::string description;   // for people
+  std::chrono::steady_clock::time_point seen = {};  // first by us
+  bool hasProfiles = true;                          // false once it has said that it has none
+  std::optional<int> profile = {};                  // in use; none until the card has answered
+  std::optional<int> proAudioProfile = {};  // all channels in order, untouched; none if it has no such
 };
 
 /// A source or sink of a device's audio.
@@ -30,6 +35,7 @@ struct GraphNode {
   std::optional<std::uint32_t> channels;
   std::uint32_t inputPorts = 0;  // number of ports of all kinds that the server has made for it
   std::uint32_t outputPorts = 0;
+  std::chrono::steady_clock::time_point seen = {};  // first by us
 
   bool operator==(const GraphNode&) const = default;
 };

@@ -1,5 +1,6 @@
 #include "hal/pipewire/graph_watch.h"
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
@@ -96,6 +97,29 @@ class GraphWatch::Bound {
     listens_ = true;
   }
 
+  void listenAsCard() {
+    static const pw_device_events kEvents = [] {
+      pw_device_events events{};
+      events.version = PW_VERSION_DEVICE_EVENTS;
+      events.info = [](void* data, const pw_device_info* info) {
+        auto& self = *static_cast<Bound*>(data);
+        // The profile in use may be another one.
+        if (std::exchange(self.hasAnswered_, true)) self.askForProfiles();
+        self.watch_.onCardInfo(self.id_, *info);
+      };
+      events.param = [](void* data, int /*sequence*/, std::uint32_t kind, std::uint32_t /*index*/,
+                        std::uint32_t /*next*/, const spa_pod* param) {
+        auto& self = *static_cast<Bound*>(data);
+        if (const auto profile = profileIn(param)) self.watch_.onCardProfile(self.id_, kind, *profile);
+      };
+      return events;
+    }();
+    if (proxy_ == nullptr) return;
+    addListener(reinterpret_cast<pw_device*>(proxy_), &hook_, &kEvents, this);
+    listens_ = true;
+    askForProfiles();
+  }
+
   using Handler = void (GraphWatch::*)(std::uint32_t subject, const char* key, const char* value);
 
   void listenAsMetadata(Handler handler) {
@@ -117,6 +141,13 @@ class GraphWatch::Bound {
   }
 
  private:
+  /// Possible profiles first: the profile in use completes the answer.
+  void askForProfiles() {
+    auto* const card = reinterpret_cast<pw_device*>(proxy_);
+    enumParams(card, SPA_PARAM_EnumProfile);
+    enumParams(card, SPA_PARAM_Profile);
+  }
+
   void onDestroy() {
     if (listens_) spa_hook_remove(&hook_);
     spa_hook_remove(&proxyHook_);
@@ -129,6 +160,7 @@ class GraphWatch::Bound {
   spa_hook proxyHook_{};
   spa_hook hook_{};
   bool listens_ = false;
+  bool hasAnswered_ = false;
   Handler handler_ = nullptr;
 };
 
@@ -194,6 +226,7 @@ void GraphWatch::addNode(std::uint32_t id, const spa_dict& properties) {
   node.description = textOf(properties, PW_KEY_NODE_DESCRIPTION);
   node.mediaClass = mediaClass;
   node.cardId = numberOf<std::uint32_t>(properties, PW_KEY_DEVICE_ID);
+  node.seen = std::chrono::steady_clock::now();
   graph_.nodes[id] = std::move(node);
   auto bound =
       std::make_unique<Bound>(*this, id, bind(registry_, id, PW_TYPE_INTERFACE_Node, PW_VERSION_NODE));
@@ -228,7 +261,30 @@ void GraphWatch::addCard(std::uint32_t id, const spa_dict& properties) {
   card.serial = numberOf<std::uint64_t>(properties, PW_KEY_OBJECT_SERIAL).value_or(id);
   card.name = textOf(properties, PW_KEY_DEVICE_NAME);
   card.description = textOf(properties, PW_KEY_DEVICE_DESCRIPTION);
+  card.seen = std::chrono::steady_clock::now();
   graph_.cards[id] = std::move(card);
+  auto bound =
+      std::make_unique<Bound>(*this, id, bind(registry_, id, PW_TYPE_INTERFACE_Device, PW_VERSION_DEVICE));
+  bound->listenAsCard();
+  bound_[id] = std::move(bound);
+  noteChange();
+}
+
+void GraphWatch::onCardInfo(std::uint32_t id, const pw_device_info& info) {
+  const auto found = graph_.cards.find(id);
+  if (found == graph_.cards.end() || (info.change_mask & PW_DEVICE_CHANGE_MASK_PARAMS) == 0) return;
+  found->second.hasProfiles =
+      std::any_of(info.params, info.params + info.n_params,
+                  [](const spa_param_info& param) { return param.id == SPA_PARAM_Profile; });
+  noteChange();
+}
+
+void GraphWatch::onCardProfile(std::uint32_t id, std::uint32_t kind, const Profile& profile) {
+  const auto found = graph_.cards.find(id);
+  if (found == graph_.cards.end()) return;
+  GraphCard& card = found->second;
+  if (kind == SPA_PARAM_Profile) card.profile = profile.index;
+  if (kind == SPA_PARAM_EnumProfile && profile.name == "pro-audio") card.proAudioProfile = profile.index;
   noteChange();
 }
 

@@ -29,6 +29,8 @@ class GraphWatch {
   void onGlobal(std::uint32_t id, const char* type, const spa_dict* properties);
   void onGlobalRemove(std::uint32_t id);
   void onNodeInfo(std::uint32_t id, const pw_node_info& info);
+  void onCardInfo(std::uint32_t id, const pw_device_info& info);
+  void onCardProfile(std::uint32_t id, std::uint32_t kind, const Profile& profile);
   void onDefault(std::uint32_t subject, const char* key, const char* value);
   void onSetting(std::uint32_t subject, const char* key, const char* value);
   void addNode(std::uint32_t id, const spa_dict& properties);

@@ -1,6 +1,7 @@
 // The sound server's client library, loaded at run time so that the same program runs on machines without it.
 #pragma once
 
+#include <string>
 #include <string_view>
 
 #include "hal/pipewire/pipewire_headers.h"
@@ -49,8 +50,12 @@ struct Library {
 /// one of the functions. Its messages are off unless the user has set PIPEWIRE_DEBUG. [not-io]
 [[nodiscard]] const Library* library();
 
-/// True if a version ("1.4.2") is `major`.`minor` or later. [any-thread]
-[[nodiscard]] bool isSince(std::string_view version, int major, int minor) noexcept;
+/// What the user should know of a library that is too old, or older than any that is tested; empty if there
+/// is nothing to say, or no library. [not-io]
+[[nodiscard]] std::string libraryProblem();
+
+/// True if a version ("1.4.2") is `major`.`minor`.`micro` or later. [any-thread]
+[[nodiscard]] bool isSince(std::string_view version, int major, int minor, int micro = 0) noexcept;
 
 /// The name of the configuration that gives a client's data thread real-time priority, in a library of this
 /// version ("1.4.2"). [any-thread]

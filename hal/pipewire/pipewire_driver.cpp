@@ -46,6 +46,8 @@ class PipeWireDriver final : public Driver {
     return pipewire::library() != nullptr ? "pipewire" : "";
   }
 
+  [[nodiscard]] std::string problem() const override { return pipewire::libraryProblem(); }
+
   void setObserver(DeviceObserver& observer) override {
     if (const auto server = serverOrNull()) {
       server->setObserver([this, &observer] { observer.devicesChanged(*this); });

@@ -4,11 +4,15 @@
 #pragma GCC system_header
 
 #include <cerrno>
+#include <optional>
+#include <string_view>
 
 #include <pipewire/extensions/metadata.h>
 #include <pipewire/filter.h>
 #include <pipewire/mem.h>
 #include <pipewire/pipewire.h>
+#include <spa/param/profile.h>
+#include <spa/pod/parser.h>
 #include <spa/utils/json.h>
 #include <spa/utils/string.h>
 
@@ -24,6 +28,31 @@ inline void addListener(pw_registry* registry, spa_hook* hook, const pw_registry
 
 inline void addListener(pw_node* node, spa_hook* hook, const pw_node_events* events, void* data) {
   pw_node_add_listener(node, hook, events, data);
+}
+
+inline void addListener(pw_device* device, spa_hook* hook, const pw_device_events* events, void* data) {
+  pw_device_add_listener(device, hook, events, data);
+}
+
+inline void enumParams(pw_device* device, uint32_t kind) {
+  pw_device_enum_params(device, 0, kind, 0, UINT32_MAX, nullptr);
+}
+
+/// A card's profile; its name is valid as long as the parameter.
+struct Profile {
+  int index = 0;
+  std::string_view name = {};
+};
+
+inline std::optional<Profile> profileIn(const spa_pod* param) {
+  int32_t index = 0;
+  const char* name = nullptr;
+  if (param == nullptr ||
+      spa_pod_parse_object(param, SPA_TYPE_OBJECT_ParamProfile, nullptr, SPA_PARAM_PROFILE_index,
+                           SPA_POD_Int(&index), SPA_PARAM_PROFILE_name, SPA_POD_OPT_String(&name)) < 0) {
+    return std::nullopt;
+  }
+  return Profile{index, name != nullptr ? name : ""};
 }
 
 inline void addListener(pw_link* link, spa_hook* hook, const pw_link_events* events, void* data) {

@@ -66,12 +66,7 @@ Server::Server(const Library& library, std::unique_ptr<LoopThread> thread)
     : library_(library),
       thread_(std::move(thread)),
       connection_(
-          library, *thread_,
-          [this] {
-            for (const auto& session : sessions_) session->takeDown();
-            noteChange();
-          },
-          [this] { noteChange(); }),
+          library, *thread_, [this] { loseConnection(); }, [this] { noteChange(); }),
       aggregates_(aggregateFilePath()),
       aggregatesWatch_(*thread_, aggregates_.path(), [this] { noteChange(); }),
       retry_(*thread_, [this] {
@@ -84,6 +79,13 @@ Server::~Server() {
   connection_.disconnect();
 }
 
+void Server::loseConnection() {
+  for (const auto& session : sessions_) session->takeDown();
+  hasListed_ = false;
+  for (const auto& listing : std::exchange(waiting_, {})) listing->finish(std::nullopt);
+  noteChange();
+}
+
 void Server::noteChange() {
   if (std::exchange(changeNoted_, true)) return;
   thread_->post([this] {
@@ -94,6 +96,7 @@ void Server::noteChange() {
 
 void Server::reconcile() {
   if (connection_.isReady()) reconcileSessions();
+  finishListings();
   tellOfChanges();
   scheduleRetry();
 }
@@ -118,7 +121,8 @@ void Server::scheduleRetry() {
                                         [](const auto& session) { return session->isUnfinished(); });
   const milliseconds whileIdle = observer_ && !connection_.isConnected() ? kReconnectPeriod : milliseconds{0};
   const milliseconds whileWhole = sessions_.empty() ? whileIdle : kRatePeriod;
-  retry_.every(isAnyMissing ? kRetryPeriod : whileWhole);
+  const bool isMoreToCome = list_.isMoreToCome() && (observer_ || !waiting_.empty());
+  retry_.every(isAnyMissing || isMoreToCome ? kRetryPeriod : whileWhole);
 }
 
 void Server::setObserver(std::function<void()> changed) {
@@ -178,10 +182,22 @@ std::shared_ptr<Server::Listing> Server::beginListing() {
     if (!connection_.ensure()) return listing->finish(std::nullopt);
     connection_.settle([this, listing](bool answered) {
       if (!answered) return listing->finish(std::nullopt);
-      listing->finish(completeDevices());
+      waiting_.push_back(listing);
+      finishListings();
+      scheduleRetry();
     });
   });
   return listing;
+}
+
+/// The first list of a connection waits until it is complete. A program that lists once would otherwise miss
+/// a card with a node that cannot be used. Later lists are as they are: changes are told.
+void Server::finishListings() {
+  if (waiting_.empty()) return;
+  const std::vector<DeviceInfo> devices = completeDevices();
+  if (list_.isMoreToCome() && !hasListed_) return;
+  hasListed_ = true;
+  for (const auto& listing : std::exchange(waiting_, {})) listing->finish(devices);
 }
 
 std::optional<std::vector<DeviceInfo>> Server::devices() {

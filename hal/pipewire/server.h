@@ -63,6 +63,8 @@ class Server {
 
   explicit Server(const Library& library, std::unique_ptr<LoopThread> thread);
   std::shared_ptr<Listing> beginListing();
+  void finishListings();
+  void loseConnection();
   void reconcile();
   void reconcileSessions();
   void tellOfChanges();
@@ -84,6 +86,8 @@ class Server {
   std::vector<std::shared_ptr<FilterSession>> sessions_;
   LoopTimer retry_;
   bool changeNoted_ = false;
+  std::vector<std::shared_ptr<Listing>> waiting_;  // for the first list of a connection
+  bool hasListed_ = false;                         // on this connection
   std::function<void()> observer_;
   std::vector<DeviceInfo> told_;  // the list at the last call of observer_
 

@@ -70,6 +70,16 @@ DeviceListing Catalog::askAll() {
   return listing;
 }
 
+std::vector<std::string> Catalog::problems() const {
+  std::vector<std::string> problems;
+  for (const PollerRef& poller : pollers()) {
+    if (std::string problem = poller->driver().problem(); !problem.empty()) {
+      problems.push_back(std::move(problem));
+    }
+  }
+  return problems;
+}
+
 void Catalog::ask(const PollerRef& poller) {
   askThese({poller}, kListLimit);
 }

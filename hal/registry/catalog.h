@@ -38,6 +38,9 @@ class Catalog {
   /// Asks the drivers that reported a change since their last answer. [not-io]
   void askTheChanged();
 
+  /// What the drivers have to tell the user, each a sentence. [not-io]
+  [[nodiscard]] std::vector<std::string> problems() const;
+
   /// The device with this identifier; null if there is none. If the driver has reported a change, asks it
   /// first, so that the device is up to date. [not-io]
   std::shared_ptr<Device> device(AudioObjectID id);

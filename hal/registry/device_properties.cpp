@@ -136,6 +136,10 @@ OSStatus readOverloads(DeviceObject& object, const ValueRoom& room) {
   return writeValue<UInt32>(room, object.device->overloads());
 }
 
+OSStatus readProAudioCommand(DeviceObject& object, const ValueRoom& room) {
+  return writeString(room, object.device->info().proAudioCommand);
+}
+
 OSStatus readMonitorChannels(DeviceObject& object, const ValueRoom& room) {
   return writeValue<UInt32>(room, object.device->info().monitorChannels);
 }
@@ -245,6 +249,7 @@ const std::vector<Property<DeviceObject>>& deviceProperties() {
       {kAudioDeviceProcessorOverload, kGlobal, sizeOf<UInt32>, readOverloads, nullptr},
       {kTolvaneDevicePropertyPeriods, kGlobal, sizeOf<UInt32>, readPeriods, writePeriods},
       {kTolvaneDevicePropertyPeriodsRange, kGlobal, sizeOf<AudioValueRange>, readPeriodsRange, nullptr},
+      {kTolvaneDevicePropertyProAudioCommand, kGlobal, sizeOf<CFTypeRef>, readProAudioCommand, nullptr},
       {kTolvaneDevicePropertyMonitorChannels, kGlobal, sizeOf<UInt32>, readMonitorChannels, nullptr},
       {kTolvaneDevicePropertyIOThreadScheduling, kGlobal, sizeOf<TolvaneThreadScheduling>,
        readIoThreadScheduling, nullptr},

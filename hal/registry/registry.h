@@ -26,6 +26,7 @@ class Registry {
 
   /// Asks every driver; leaves out those that do not answer in time. Throws like Catalog::askAll(). [not-io]
   DeviceListing listDevices();
+  [[nodiscard]] std::vector<std::string> problems() const { return catalog_.problems(); }
   /// Null when there is none. [not-io]
   std::shared_ptr<Device> device(AudioObjectID id) { return catalog_.device(id); }
   /// The value of 'livn': from the device's running sessions, else from the list. [not-io]

@@ -44,7 +44,7 @@ OSStatus readDeviceList(Registry& registry, const ValueRoom& room) {
   return writeArray(room, takeList(registry));
 }
 
-UInt32 silentServersSize(Registry& /*registry*/) {
+UInt32 textSize(Registry& /*registry*/) {
   return sizeof(CFTypeRef);
 }
 
@@ -54,14 +54,20 @@ OSStatus readSilentServers(Registry& /*registry*/, const ValueRoom& room) {
   return writeString(room, names);
 }
 
+OSStatus readProblems(Registry& registry, const ValueRoom& room) {
+  std::string lines;
+  for (const std::string& problem : registry.problems()) lines += (lines.empty() ? "" : "\n") + problem;
+  return writeString(room, lines);
+}
+
 }  // namespace
 
 const std::vector<Property<Registry>>& systemProperties() {
   static const auto* const table = new std::vector<Property<Registry>>{
       {kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal, deviceListSize, readDeviceList,
        nullptr},
-      {kTolvanePropertySilentServers, kAudioObjectPropertyScopeGlobal, silentServersSize, readSilentServers,
-       nullptr},
+      {kTolvanePropertySilentServers, kAudioObjectPropertyScopeGlobal, textSize, readSilentServers, nullptr},
+      {kTolvanePropertyProblems, kAudioObjectPropertyScopeGlobal, textSize, readProblems, nullptr},
   };
   return *table;
 }

@@ -23,6 +23,9 @@ class SharedLibrary {
     isComplete_ = isComplete_ && function != nullptr;
   }
 
+  /// True if the library was found.
+  [[nodiscard]] bool isThere() const noexcept { return handle_ != nullptr; }
+
   /// True if the library and every required function were found.
   [[nodiscard]] bool isComplete() const noexcept { return isComplete_; }
 

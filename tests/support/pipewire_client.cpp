@@ -236,6 +236,14 @@ void PipeWireClient::addNode(const PipeWireProperties& properties) {
   state_->awaitPorts(properties);
 }
 
+void PipeWireClient::addNodeWithoutPorts(const PipeWireProperties& properties) {
+  const LoopLock lock(state_->loop);
+  state_->made.push_back(
+      create(state_->core, "adapter", PW_TYPE_INTERFACE_Node, PW_VERSION_NODE, properties));
+  const std::string& name = properties.at("node.name");
+  state_->waitUntil([&] { return state_->nodeId(name).has_value(); }, "made " + name);
+}
+
 void PipeWireClient::awaitPorts(const PipeWireProperties& node) {
   const LoopLock lock(state_->loop);
   state_->awaitPorts(node);

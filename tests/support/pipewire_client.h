@@ -35,6 +35,8 @@ class PipeWireClient {
   /// Creates a node with the adapter factory and waits until the node and its ports exist.
   void addNode(const PipeWireProperties& properties);
   void addCard(const PipeWireCard& card);
+  /// Creates a node and waits until the node exists.
+  void addNodeWithoutPorts(const PipeWireProperties& properties);
 
   /// Waits until the node with these properties has all its ports.
   void awaitPorts(const PipeWireProperties& node);

@@ -63,6 +63,15 @@ TEST_F(DeviceListOf, TwoAsALongTable) {
             "41  Odd\\x1b[31m       1        0  virtual        48000            512  -\n");
 }
 
+TEST_F(DeviceListOf, ACardNotInItsProAudioProfileAsALongTable) {
+  const DeviceDetails card{{2, "Box\n", 2, 2}, "pipewire", 48000.0, 256, "pipewire:box", "pw-cli this"};
+  const std::string table = deviceTable({card}, TableForm::longer);
+  EXPECT_EQ(table.substr(table.find("\n\n")),
+            "\n\nBox\\n: is not in its pro-audio profile, which has all channels, in order and untouched. To "
+            "change the profile:\n  pw-cli this\n");
+  EXPECT_EQ(deviceTable({card}).find("pro-audio"), std::string::npos);
+}
+
 TEST_F(DeviceListOf, TwoAsJson) {
   hal_.failProperty(test::HalCall::getPropertyData, 41, kAudioDevicePropertyNominalSampleRate,
                     kAudioObjectPropertyScopeGlobal, kAudioHardwareUnknownPropertyError);

@@ -18,5 +18,19 @@ TEST(PipeWireLibrary, TheRealTimeConfigurationIsThatOfItsVersion) {
   EXPECT_STREQ(realTimeConfigName("2.0.0"), "client.conf");
 }
 
+TEST(PipeWireLibrary, VersionsAreComparedNumberByNumber) {
+  using hal::pipewire::isSince;
+  EXPECT_TRUE(isSince("0.3.65", 0, 3, 65));
+  EXPECT_TRUE(isSince("0.3.100", 0, 3, 65));
+  EXPECT_TRUE(isSince("1.0.0", 0, 3, 65));
+  EXPECT_FALSE(isSince("0.3.64", 0, 3, 65));
+  EXPECT_FALSE(isSince("0.3", 0, 3, 65));
+  EXPECT_FALSE(isSince("", 0, 3, 65));
+}
+
+TEST(PipeWireLibrary, AUsableOneIsNoProblem) {
+  EXPECT_EQ(hal::pipewire::libraryProblem(), "");
+}
+
 }  // namespace
 }  // namespace tolvane::test

@@ -46,6 +46,41 @@ TEST(PipeWirePartialCard, OneOfWhoseNodesCannotBeLinkedStartsWithTheRest) {
   EXPECT_EQ(proxy.connections(), 1U);
 }
 
+/// A node that gets no ports, like one that the session manager cannot open.
+PipeWireProperties unusableNode() {
+  PipeWireProperties node = nodesOf(kCard)[1];
+  node["node.name"] = "card.hdmi";
+  node.erase("adapter.auto-port-config");
+  return node;
+}
+
+TEST(PipeWirePartialCard, OneOfWhoseNodesCannotBeUsedIsListedAtOnceByAProgramThatListsOnce) {
+  const PipeWireServer server({kCard});
+  PipeWireClient manager;
+  manager.addNodeWithoutPorts(unusableNode());
+  const auto driver = hal::makePipeWireDriver();
+  std::vector<DeviceInfo> devices = driver->devices();
+  while (driver->awaitsServer()) devices = driver->devices();
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_EQ(devices[0].inputStreams.size(), 4U);
+  EXPECT_EQ(devices[0].outputStreams.size(), 4U);
+}
+
+TEST(PipeWirePartialCard, OneThatGetsANodeThatCannotBeUsedStaysListedAndHeard) {
+  const PipeWireServer server({kCard});
+  const auto driver = hal::makePipeWireDriver();
+  const DeviceInfo device = onlyDeviceOf(*driver, 4, 4);
+  const auto routes = straightThrough(4);
+  RoutingClient client(device, routes);
+  const hal::StartResult started = driver->start(device, client);
+  ASSERT_EQ(started.status, noErr);
+  PatchRig rig(kCard, routes);
+  rig.client().addNodeWithoutPorts(unusableNode());
+  onlyDeviceOf(*driver, 4, 4);
+  EXPECT_TRUE(rig.settle());
+  EXPECT_EQ(client.losses(), 0);
+}
+
 /// A routed card that loses nodes and gets them back, as when its profile changes.
 class PipeWireProfileChange : public ::testing::Test {
  protected:
