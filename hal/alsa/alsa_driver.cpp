@@ -4,18 +4,22 @@
 #include <cerrno>
 #include <exception>
 #include <mutex>
+#include <thread>
 #include <utility>
 
 #include "hal/alsa/alsa_session.h"
 #include "hal/alsa/card_holders.h"
 #include "hal/alsa/hotplug_watch.h"
 #include "hal/alsa/shown_cards.h"
+#include "hal/driver/time_limits.h"
 
 namespace tolvane::hal {
 
 namespace alsa {
 
 namespace {
+
+using namespace std::chrono_literals;
 
 OSStatus statusOf(int error) noexcept {
   switch (-error) {
@@ -108,6 +112,25 @@ class AlsaDriver final : public Driver {
   }
 
   StartResult startSession(const DeviceInfo& device, SessionClient& client) {
+    const std::vector<Card> cards = listCards(alsa_);
+    const Card* const card = cardOf(device.uid, cards);
+    if (card == nullptr) return {statusOf(-ENODEV), nullptr};
+    auto [outcome, reservation] = Reservation::ask(card->index, device.name);
+    if (outcome == Reservation::Outcome::refused) return {kAudioDevicePermissionsError, nullptr};
+    // An owner that has agreed may still be closing the card.
+    const bool mayBeClosing = outcome == Reservation::Outcome::takenOver;
+    const auto deadline = std::chrono::steady_clock::now() + (mayBeClosing ? kReleasedCardLimit : 0ms);
+    for (;;) {
+      StartResult result = openSession(device, reservation, client);
+      if (result.status != kAudioDevicePermissionsError) return result;
+      if (std::chrono::steady_clock::now() >= deadline) return result;
+      std::this_thread::sleep_for(20ms);
+    }
+  }
+
+  /// Takes the reservation if it succeeds.
+  StartResult openSession(const DeviceInfo& device, std::unique_ptr<Reservation>& reservation,
+                          SessionClient& client) {
     // Held until the session is known, so that nobody else here finds its card busy.
     const std::lock_guard lock(mutex_);
     std::unique_ptr<Duplex> duplex;
@@ -117,17 +140,24 @@ class AlsaDriver final : public Driver {
     if (format.rateHz != device.sampleRateHz || format.periodFrames != device.bufferFrames) {
       client.formatChanged(format.rateHz, format.periodFrames);
     }
-    auto session = std::make_unique<AlsaSession>(std::move(duplex), client, [this] { tell(); });
+    auto session =
+        std::make_unique<AlsaSession>(std::move(duplex), std::move(reservation), client, [this] { tell(); });
     running_[device.uid] = session->control();
     return {noErr, std::move(session)};
+  }
+
+  /// Null if there is no such card.
+  static const Card* cardOf(const std::string& uid, const std::vector<Card>& cards) {
+    const auto card =
+        std::find_if(cards.begin(), cards.end(), [&](const Card& c) { return ShownCards::uidOf(c) == uid; });
+    return card == cards.end() ? nullptr : &*card;
   }
 
   /// Returns -ENODEV if there is no such card.
   int open(const std::string& uid, std::unique_ptr<Duplex>& duplex) {
     const std::vector<Card> cards = listCards(alsa_);
-    const auto card =
-        std::find_if(cards.begin(), cards.end(), [&](const Card& c) { return ShownCards::uidOf(c) == uid; });
-    return card == cards.end() ? -ENODEV : Duplex::open(alsa_, pcmNames(*card), duplex);
+    const Card* const card = cardOf(uid, cards);
+    return card == nullptr ? -ENODEV : Duplex::open(alsa_, pcmNames(*card), duplex);
   }
 
   int openConfigured(const DeviceInfo& device, std::unique_ptr<Duplex>& duplex) {

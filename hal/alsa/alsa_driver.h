@@ -16,7 +16,11 @@ struct Library;
 /// A device is a card: the first PCM of each direction, used together, under the card's lasting identity. A
 /// card that a running sound server uses is not listed. A card that somebody else uses is listed, but cannot
 /// be started and its period cannot be set: kAudioDevicePermissionsError. The same holds if only one of its
-/// two directions is in use. A card runs one session at a time. [not-io]
+/// two directions is in use. A card runs one session at a time.
+///
+/// A start reserves the card on the user's session bus, and asks its owner there, such as PipeWire's session
+/// manager, to release it. An owner that keeps it is somebody else who uses it. The end of the session gives
+/// the card back. [not-io]
 [[nodiscard]] std::unique_ptr<Driver> makeAlsaDriver();
 
 /// The driver with another libasound, for tests. `alsa` outlives it. [not-io]

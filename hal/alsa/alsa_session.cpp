@@ -48,8 +48,12 @@ void SessionControl::wake() noexcept {
   eventfd_write(wakeFd_, 1);
 }
 
-AlsaSession::AlsaSession(std::unique_ptr<Duplex> duplex, SessionClient& client, std::function<void()> onLost)
-    : duplex_(std::move(duplex)), client_(client), onLost_(std::move(onLost)) {
+AlsaSession::AlsaSession(std::unique_ptr<Duplex> duplex, std::unique_ptr<Reservation> reservation,
+                         SessionClient& client, std::function<void()> onLost)
+    : reservation_(std::move(reservation)),
+      duplex_(std::move(duplex)),
+      client_(client),
+      onLost_(std::move(onLost)) {
   const SignalsBlocked blocked;
   thread_ = std::thread([this] { run(); });
 }
@@ -148,6 +152,8 @@ int AlsaSession::adoptPeriodFrames() noexcept {
 void AlsaSession::lose() noexcept {
   // The kernel keeps a card that has gone, and its identity, until everybody has closed it.
   duplex_.reset();
+  // Another card may get its number.
+  if (reservation_) reservation_->giveBack();
   control_->lost_.store(true);
   client_.aliveChanged(false);
   onLost_();

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "hal/alsa/duplex.h"
+#include "hal/alsa/reservation.h"
 #include "hal/driver/driver.h"
 
 namespace tolvane::hal::alsa {
@@ -43,9 +44,11 @@ class SessionControl {
 /// session closes it at once.
 class AlsaSession final : public Session {
  public:
-  /// `duplex` must be configured. Calls `onLost` on the IO thread, after the last cycle, when a lost card has
-  /// been closed. Throws std::system_error. [not-io]
-  AlsaSession(std::unique_ptr<Duplex> duplex, SessionClient& client, std::function<void()> onLost);
+  /// `duplex` must be configured. `reservation` may be null; the session gives the card back once it has
+  /// closed it. Calls `onLost` on the IO thread, after the last cycle, when a lost card has been closed.
+  /// Throws std::system_error. [not-io]
+  AlsaSession(std::unique_ptr<Duplex> duplex, std::unique_ptr<Reservation> reservation, SessionClient& client,
+              std::function<void()> onLost);
   AlsaSession(const AlsaSession&) = delete;
   AlsaSession& operator=(const AlsaSession&) = delete;
   ~AlsaSession() override;
@@ -63,6 +66,7 @@ class AlsaSession final : public Session {
   void rest(int timeoutMs) noexcept;
 
   const std::shared_ptr<SessionControl> control_ = std::make_shared<SessionControl>();
+  const std::unique_ptr<Reservation> reservation_;  // before duplex_: the card is closed, then given back
   std::unique_ptr<Duplex> duplex_;
   SessionClient& client_;
   const std::function<void()> onLost_;

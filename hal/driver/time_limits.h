@@ -27,6 +27,10 @@ inline constexpr std::chrono::milliseconds kJackStartLimit{4500};
 inline constexpr std::chrono::milliseconds kPipeWireStartLimit{4000};
 static_assert(kJackStartLimit < kStartLimit);
 static_assert(kSignOfLifeLimit + kPipeWireStartLimit < kStartLimit);
+// With ALSA: for the session bus and the card's owner to answer, then for the owner to close the card.
+inline constexpr std::chrono::milliseconds kReservationLimit{2500};
+inline constexpr std::chrono::milliseconds kReleasedCardLimit{1500};
+static_assert(kReservationLimit + kReleasedCardLimit < kStartLimit);
 
 // The end of a session, whose callback is silent by then. It is awaited by a stop (AudioDeviceStop() promises
 // one second), by the end of the process, and by the session that replaces this one. A session that takes
@@ -40,6 +44,8 @@ static_assert(kStopLimit < std::chrono::seconds{1});
 static_assert(kOutgoingLimit < kExitLimit && kExitLimit < kStopLimit);
 static_assert(kJackLeaveLimit < kOutgoingLimit);
 static_assert(kPipeWireStopLimit <= kStopLimit);
+inline constexpr std::chrono::milliseconds kGiveBackLimit{200};  // for the session bus
+static_assert(kGiveBackLimit < kOutgoingLimit);
 
 // A change of the buffer size.
 inline constexpr std::chrono::milliseconds kSettingLimit{500};

@@ -77,7 +77,7 @@ TEST(SuspendedPcm, IsResumedBeforeItIsDropped) {
   ASSERT_EQ(duplex->configure({2, 0, {}}), 0);
   CountingClient client;
   {
-    const AlsaSession session(std::move(duplex), client, [] {});
+    const AlsaSession session(std::move(duplex), nullptr, client, [] {});
     ASSERT_TRUE(test::eventually([&] { return client.cycles > 0; }));
     isSuspended = true;
     ASSERT_TRUE(test::eventually([&] { return client.overloads > 0; }));

@@ -1,4 +1,4 @@
-// A private message bus in place of the system bus, with a service that grants real-time priority.
+// A service that grants real-time priority, on a private bus.
 #pragma once
 
 #include <cstdint>
@@ -8,25 +8,10 @@
 #include <vector>
 
 #include <dbus/dbus.h>
-#include <sys/types.h>
+
+#include "hal/support/private_bus.h"
 
 namespace tolvane::test {
-
-/// A bus that this process uses as the system bus until it ends.
-class PrivateBus {
- public:
-  static const PrivateBus& shared();
-  [[nodiscard]] const std::string& address() const { return address_; }
-  PrivateBus(const PrivateBus&) = delete;
-  PrivateBus& operator=(const PrivateBus&) = delete;
-  ~PrivateBus();
-
- private:
-  PrivateBus();
-  std::string folder_;
-  std::string address_;
-  pid_t daemon_ = -1;
-};
 
 /// The service, on the bus for its lifetime.
 class RealtimeKitService {

@@ -1,0 +1,45 @@
+// A machine with one sound card, whose PCMs are the null plug-in's.
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "hal/alsa/alsa_driver.h"
+#include "hal/alsa/library.h"
+
+namespace tolvane::test {
+
+/// The machine and an ALSA driver on it. At most one may exist at a time.
+class OneCard {
+ public:
+  static constexpr int kNumber = 31;
+
+  OneCard();
+  OneCard(const OneCard&) = delete;
+  OneCard& operator=(const OneCard&) = delete;
+  ~OneCard() = default;
+
+  [[nodiscard]] hal::Driver& driver() const { return *driver_; }
+  /// The listed device.
+  [[nodiscard]] hal::DeviceInfo card() const { return driver_->devices().at(0); }
+
+  std::atomic<bool> isThere{true};
+  std::atomic<bool> isHeld{false};  // another program has opened it
+
+ private:
+  const hal::alsa::Library alsa_;
+  const std::unique_ptr<hal::Driver> driver_;
+};
+
+class DeafClient final : public hal::SessionClient {
+ public:
+  void cycle(const hal::IoCycle& /*cycle*/) noexcept override { ++cycles; }
+  void overload() noexcept override {}
+  void aliveChanged(bool isAlive) noexcept override { alive = isAlive; }
+  void formatChanged(double /*rateHz*/, std::uint32_t /*frames*/) noexcept override {}
+
+  std::atomic<int> cycles{0};
+  std::atomic<bool> alive{true};
+};
+
+}  // namespace tolvane::test
