@@ -23,9 +23,11 @@ constexpr std::uint32_t kEvents = IN_CREATE | IN_DELETE | IN_ATTRIB;
 
 }  // namespace
 
-HotplugWatch::HotplugWatch(std::function<void()> onChange, std::function<bool()> isWaiting)
+HotplugWatch::HotplugWatch(std::function<void()> onChange, std::function<bool()> isWaiting,
+                           std::string devices)
     : onChange_(std::move(onChange)),
       isWaiting_(std::move(isWaiting)),
+      devices_(std::move(devices)),
       stopFd_(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
   watchFolders();
   const SignalsBlocked blocked;
@@ -40,8 +42,8 @@ HotplugWatch::~HotplugWatch() {
 
 /// Watches /dev too, because /dev/snd comes with the first card and goes with the last.
 void HotplugWatch::watchFolders() const {
-  inotify_.add("/dev", IN_CREATE | IN_DELETE);
-  inotify_.add("/dev/snd", kEvents);
+  inotify_.add(devices_.c_str(), IN_CREATE | IN_DELETE);
+  inotify_.add((devices_ + "/snd").c_str(), kEvents);
 }
 
 void HotplugWatch::run() {
@@ -61,12 +63,13 @@ void HotplugWatch::run() {
   }
 }
 
-/// Takes all pending events. Returns true if one of them is about sound devices.
+/// Takes all pending events. Returns true if one of them is, or may have been, about sound devices.
 bool HotplugWatch::takeEvents() const {
   bool ours = false;
   inotify_.drain([&ours](const Inotify::Event& event) {
-    ours =
-        ours || event.name == "snd" || event.name.starts_with("controlC") || event.name.starts_with("pcmC");
+    const bool areLost = (event.what & IN_Q_OVERFLOW) != 0;
+    ours = ours || areLost || event.name == "snd" || event.name.starts_with("controlC") ||
+           event.name.starts_with("pcmC");
   });
   return ours;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <functional>
+#include <string>
 #include <thread>
 
 #include "base/inotify.h"
@@ -12,8 +13,8 @@ class HotplugWatch {
  public:
   /// Calls `onChange` on the watch's own thread, a short time after a change, when all of the card's files
   /// exist. Also calls it twice a second while `isWaiting` returns true. If the system cannot watch files,
-  /// only the second kind of call happens. [not-io]
-  HotplugWatch(std::function<void()> onChange, std::function<bool()> isWaiting);
+  /// only the second kind of call happens. `devices` is the folder of the system's device files. [not-io]
+  HotplugWatch(std::function<void()> onChange, std::function<bool()> isWaiting, std::string devices = "/dev");
   HotplugWatch(const HotplugWatch&) = delete;
   HotplugWatch& operator=(const HotplugWatch&) = delete;
   ~HotplugWatch();
@@ -25,6 +26,7 @@ class HotplugWatch {
 
   const std::function<void()> onChange_;
   const std::function<bool()> isWaiting_;
+  const std::string devices_;
   Inotify inotify_;
   int stopFd_;
   std::thread thread_;
