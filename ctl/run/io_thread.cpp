@@ -27,6 +27,11 @@ std::optional<TolvaneThreadScheduling> ioThreadScheduling(AudioDeviceID device) 
   return deviceProperty<TolvaneThreadScheduling>(device, kTolvaneDevicePropertyIOThreadScheduling);
 }
 
+std::optional<bool> isIoMemoryLocked(AudioDeviceID device) {
+  const auto isLocked = deviceProperty<UInt32>(device, kTolvaneDevicePropertyMemoryLocked);
+  return isLocked ? std::optional(*isLocked != 0) : std::nullopt;
+}
+
 bool isRealtime(const TolvaneThreadScheduling& scheduling) noexcept {
   return scheduling.mPolicy == SCHED_FIFO || scheduling.mPolicy == SCHED_RR;
 }

@@ -12,6 +12,9 @@ namespace tolvane::ctl {
 /// or no cycle has run. [not-io]
 [[nodiscard]] std::optional<TolvaneThreadScheduling> ioThreadScheduling(AudioDeviceID device);
 
+/// Whether the memory that the IO thread uses is locked. None if the HAL does not report it. [not-io]
+[[nodiscard]] std::optional<bool> isIoMemoryLocked(AudioDeviceID device);
+
 [[nodiscard]] bool isRealtime(const TolvaneThreadScheduling& scheduling) noexcept;
 
 /// "SCHED_FIFO, priority 60", or "SCHED_OTHER" for a policy without priorities.

@@ -171,6 +171,7 @@ void LiveSession::handleScheduling() {
 
 void LiveSession::tellScheduling() {
   if (const auto now = ioThreadScheduling(device_.id)) scheduling_ = now;
+  if (const auto now = isIoMemoryLocked(device_.id)) isMemoryLocked_ = now;
   if (!scheduling_ || isRealtime(*scheduling_) || std::exchange(schedulingTold_, true)) return;
   messages_.say(device_.name + ": its audio thread did not get real-time priority (" +
                 schedulingText(*scheduling_) + "); sound may break up under load");
@@ -214,6 +215,7 @@ void LiveSession::printSummary() const {
   std::printf("cycles: %llu\noverloads: %llu\n", static_cast<unsigned long long>(bank_.cycles()),
               static_cast<unsigned long long>(events_.overloads()));
   if (scheduling_) std::printf("scheduling: %s\n", schedulingText(*scheduling_).c_str());
+  if (isMemoryLocked_) std::printf("memory: %s\n", *isMemoryLocked_ ? "locked" : "not locked");
   std::fputs(routeTable(routes_, names_.forRoutes()).c_str(), stdout);
   std::fflush(stdout);  // now, while the SignalPipe exists: a signal then ends a flush into a full pipe
 }

@@ -74,6 +74,7 @@ class LiveSession {
   Clock::time_point nextMeters_;
   std::optional<Clock::time_point> schedulingDue_;     // when to check; none: already checked
   std::optional<TolvaneThreadScheduling> scheduling_;  // of the IO thread, as last read
+  std::optional<bool> isMemoryLocked_;
   bool schedulingTold_ = false;
   bool ended_ = false;
   bool deviceTold_ = false;

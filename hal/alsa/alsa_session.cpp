@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "hal/driver/time_stamp.h"
+#include "hal/support/locked_memory.h"
 #include "hal/support/realtime_kit.h"
 #include "hal/support/thread.h"
 
@@ -67,6 +68,9 @@ AlsaSession::~AlsaSession() {
 void AlsaSession::run() noexcept {
   pthread_setname_np(pthread_self(), "tolvane-alsa");
   requestRealtime();
+  const LockedStack stack;
+  isStackLocked_ = stack.isLocked();
+  tellLocked();
   int error = duplex_->start();
   while (!control_->stop_.load()) {
     if (error == 0) error = runPeriods();
@@ -146,7 +150,12 @@ int AlsaSession::adoptPeriodFrames() noexcept {
   if (error < 0 && error != -ENODEV) error = configure(before.periodFrames);
   if (error < 0) return -ENODEV;  // no buffers to continue with
   client_.formatChanged(duplex_->format().rateHz, duplex_->format().periodFrames);
+  tellLocked();
   return duplex_->start();
+}
+
+void AlsaSession::tellLocked() noexcept {
+  client_.memoryLocked(isStackLocked_ && duplex_->isLocked());
 }
 
 void AlsaSession::lose() noexcept {

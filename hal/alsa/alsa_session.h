@@ -62,6 +62,7 @@ class AlsaSession final : public Session {
   int recover(int error) noexcept;
   int startOver() noexcept;
   int adoptPeriodFrames() noexcept;
+  void tellLocked() noexcept;
   void lose() noexcept;
   void rest(int timeoutMs) noexcept;
 
@@ -72,6 +73,7 @@ class AlsaSession final : public Session {
   const std::function<void()> onLost_;
   std::uint64_t frame_ = 0;  // first frame of the next period
   int failures_ = 0;         // consecutive failures to start over
+  bool isStackLocked_ = false;
   std::thread thread_;
 };
 

@@ -3,7 +3,7 @@
 #include <cstddef>
 
 #include "hal/driver/buffer_list.h"
-#include "hal/support/sample_memory.h"
+#include "hal/support/locked_memory.h"
 
 namespace tolvane::hal::alsa {
 
@@ -15,15 +15,17 @@ class ChannelBuffers {
   ChannelBuffers(std::size_t channels, std::size_t frames);
 
   [[nodiscard]] std::size_t channels() const noexcept { return channels_; }
+  /// True if the samples are locked in memory. [any-thread]
+  [[nodiscard]] bool areLocked() const noexcept { return samples_.areLocked(); }
   /// The samples of a channel. [io-thread]
-  [[nodiscard]] float* channel(std::size_t index) noexcept { return &samples_[index * strideFloats_]; }
+  [[nodiscard]] float* channel(std::size_t index) noexcept { return samples_.get() + index * strideFloats_; }
   /// Valid for the lifetime of this object. [io-thread]
   [[nodiscard]] AudioBufferList& list() noexcept { return buffers_.list(); }
 
  private:
   std::size_t channels_;
   std::size_t strideFloats_;  // from one channel to the next
-  SampleMemory samples_;
+  SamplePages samples_;
   BufferList buffers_;
 };
 

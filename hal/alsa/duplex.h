@@ -55,6 +55,9 @@ class Duplex {
   [[nodiscard]] AudioBufferList& input() noexcept { return input_->list(); }
   [[nodiscard]] AudioBufferList& output() noexcept { return output_->list(); }
 
+  /// True if the samples of both directions are locked in memory. [any-thread]
+  [[nodiscard]] bool isLocked() const noexcept { return input_->areLocked() && output_->areLocked(); }
+
   /// The length of the hardware's output buffer; 0 without outputs. [any-thread]
   [[nodiscard]] snd_pcm_uframes_t outputBufferFrames() const noexcept {
     return playback_ ? playback_->setup().bufferFrames : 0;

@@ -54,6 +54,10 @@ class SessionClient {
   /// all that are removed now. The driver does not make them again in this session until the device has been
   /// away; it then reports them as no longer removed. [not-io]
   virtual void linksRemoved(const RemovedLinks& /*removed*/) {}
+
+  /// Whether the system may page out memory of the session that its cycles use: samples and the stack of the
+  /// IO thread. A session that does not know reports nothing. [any-thread]
+  virtual void memoryLocked(bool /*isLocked*/) noexcept {}
 };
 
 /// A running session: the device calls its client until the session is destroyed.

@@ -162,6 +162,11 @@ OSStatus writeRehearsal(DeviceObject& object, UInt32 dataSize, const void* data)
   return object.device->poller()->driver().setRehearsal(object.device->info(), rehearsal);
 }
 
+OSStatus readMemoryLocked(DeviceObject& object, const ValueRoom& room) {
+  const auto isLocked = object.registry.isMemoryLocked(*object.device);
+  return isLocked ? writeValue<UInt32>(room, *isLocked ? 1 : 0) : OSStatus{kAudioHardwareNotRunningError};
+}
+
 template <StreamLayout DeviceInfo::*kStreams>
 UInt32 streamsSize(DeviceObject& object) {
   const std::size_t streams = (object.device->info().*kStreams).size();
@@ -258,6 +263,7 @@ const std::vector<Property<DeviceObject>>& deviceProperties() {
       {kTolvaneDevicePropertyRemovedLinks, kAudioObjectPropertyScopeOutput,
        removedLinksSize<&RemovedLinks::outputs>, readRemovedLinks<&RemovedLinks::outputs>, nullptr},
       {kTolvaneDevicePropertyRehearsal, kGlobal, sizeOf<TolvaneRehearsal>, readRehearsal, writeRehearsal},
+      {kTolvaneDevicePropertyMemoryLocked, kGlobal, sizeOf<UInt32>, readMemoryLocked, nullptr},
   });
   return *table;
 }

@@ -110,6 +110,12 @@ pid_t Registration::ioThread() const {
   return run_ ? run_->ioThread() : 0;
 }
 
+std::optional<bool> Registration::isMemoryLocked() const {
+  if (presence() != Presence::there) return std::nullopt;
+  const std::lock_guard lock(mutex_);
+  return run_ ? run_->isMemoryLocked() : std::nullopt;
+}
+
 void Registration::supervise(Clock::time_point now) {
   if (const RunRef retired = superviseRun(now)) retired->end();
 }

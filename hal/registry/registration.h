@@ -33,6 +33,8 @@ class Registration {
 
   /// Kernel id of the thread that runs the callback; 0 if there is none. [not-io]
   [[nodiscard]] pid_t ioThread() const;
+  /// Whether the session's memory is locked; none if no session has said so. [not-io]
+  [[nodiscard]] std::optional<bool> isMemoryLocked() const;
 
   /// Handles a lost device: notes the loss, and starts a session when the device is listed again. Returns at
   /// once. Called repeatedly while presence() is not idle. [not-io]

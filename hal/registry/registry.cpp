@@ -52,6 +52,14 @@ pid_t Registry::ioThread(const Device& device) const {
   return 0;
 }
 
+std::optional<bool> Registry::isMemoryLocked(const Device& device) const {
+  for (const RegistrationRef& registration : registrations()) {
+    if (registration->device().get() != &device) continue;
+    if (const auto isLocked = registration->isMemoryLocked()) return isLocked;
+  }
+  return std::nullopt;
+}
+
 OSStatus Registry::change(const std::shared_ptr<Device>& device, Change change) {
   struct Outcome {
     std::mutex mutex;

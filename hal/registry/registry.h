@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "hal/registry/catalog.h"
@@ -33,6 +34,8 @@ class Registry {
   [[nodiscard]] bool alive(const Device& device) const;
   /// Kernel id of the thread that runs a callback on the device; 0 if there is none. [not-io]
   [[nodiscard]] pid_t ioThread(const Device& device) const;
+  /// Whether the memory of the device's session is locked; none if no session has said so. [not-io]
+  [[nodiscard]] std::optional<bool> isMemoryLocked(const Device& device) const;
   /// Makes the driver change a setting of the device, on a thread of its own: calls `change` with the driver
   /// and the device's last report. [not-io]
   using Change = std::function<OSStatus(Driver& driver, const DeviceInfo& device)>;

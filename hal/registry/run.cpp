@@ -151,4 +151,13 @@ void Run::linksRemoved(const RemovedLinks& removed) {
   if (const CallGate::Pass pass(gate_); pass) device_->sessionLinks(removed);
 }
 
+void Run::memoryLocked(bool isLocked) noexcept {
+  memory_.store(isLocked ? Memory::locked : Memory::notLocked);
+}
+
+std::optional<bool> Run::isMemoryLocked() const noexcept {
+  const Memory memory = memory_.load();
+  return memory == Memory::unknown ? std::nullopt : std::optional(memory == Memory::locked);
+}
+
 }  // namespace tolvane::hal

@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include <sys/types.h>
@@ -58,6 +59,8 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   [[nodiscard]] bool inCallback() const noexcept { return !gate_.isEmpty(); }
   /// Kernel id of the thread that runs the cycles; 0 before the first cycle. [any-thread]
   [[nodiscard]] pid_t ioThread() const noexcept { return ioThread_.load(); }
+  /// What the session has reported last; none before. [any-thread]
+  [[nodiscard]] std::optional<bool> isMemoryLocked() const noexcept;
   /// False while the session reports its device as gone. [any-thread]
   [[nodiscard]] bool alive() const noexcept { return alive_.load(); }
 
@@ -66,6 +69,7 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   void aliveChanged(bool alive) noexcept override;
   void formatChanged(double sampleRateHz, std::uint32_t bufferFrames) noexcept override;
   void linksRemoved(const RemovedLinks& removed) override;
+  void memoryLocked(bool isLocked) noexcept override;
 
  private:
   void startSession();
@@ -81,6 +85,8 @@ class Run final : public SessionClient, public std::enable_shared_from_this<Run>
   CallGate gate_;
   std::atomic<bool> alive_{true};
   std::atomic<pid_t> ioThread_{0};
+  enum class Memory { unknown, locked, notLocked };
+  std::atomic<Memory> memory_{Memory::unknown};
 
   mutable std::mutex mutex_;  // never held while the driver is called
   std::condition_variable changed_;

@@ -1,4 +1,4 @@
-// A property of this HAL only. The system's HAL on macOS reports it as unknown.
+// Properties of this HAL only. The system's HAL on macOS reports them as unknown.
 #pragma once
 
 #include <cstdint>
@@ -16,6 +16,10 @@ enum : std::uint32_t {
   /// 'tsch' device, global: TolvaneThreadScheduling. Reading it returns kAudioHardwareNotRunningError if
   /// nothing is started or no cycle has run since the start.
   kTolvaneDevicePropertyIOThreadScheduling = 0x74736368,
+  /// 'tmlk' device, global: UInt32, 1 if the system cannot page out the samples and the stack that the cycles
+  /// use, 0 if it can. Reading it returns kAudioHardwareNotRunningError if nothing is started or the driver
+  /// does not know.
+  kTolvaneDevicePropertyMemoryLocked = 0x746D6C6B,
 };
 
 }  // extern "C"

@@ -115,6 +115,9 @@ std::optional<Bytes> globalValue(const ScriptedDevice& device, AudioObjectProper
       return bytesOf(UInt32{0});
     case kTolvaneDevicePropertyIOThreadScheduling:
       return device.scheduling ? std::optional(bytesOf(*device.scheduling)) : std::nullopt;
+    case kTolvaneDevicePropertyMemoryLocked:
+      return device.memoryLocked ? std::optional(bytesOf(UInt32{*device.memoryLocked ? 1U : 0U}))
+                                 : std::nullopt;
     default:
       return std::nullopt;
   }

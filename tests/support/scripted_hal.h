@@ -39,6 +39,7 @@ struct ScriptedDevice {
   bool alive = true;
   UInt32 transport = kAudioDeviceTransportTypeVirtual;
   std::optional<TolvaneThreadScheduling> scheduling = std::nullopt;  // none: no such property
+  std::optional<bool> memoryLocked = std::nullopt;                   // likewise
   std::vector<UInt32> removedInputs = {};                            // channels whose links are removed
   std::vector<UInt32> removedOutputs = {};
   // The texts of the first channels; an empty one is no such property.

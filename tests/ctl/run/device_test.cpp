@@ -160,6 +160,17 @@ TEST_F(RunDevice, NamesThePolicyAndThePriorityOfTheAudioThread) {
   EXPECT_THAT(out_, HasSubstr("overloads: 0\nscheduling: SCHED_FIFO, priority 60\ninput"));
 }
 
+TEST_F(RunDevice, SaysWhetherTheMemoryOfTheAudioThreadIsLocked) {
+  hal_.devices[0].scheduling = {SCHED_FIFO, 60};
+  hal_.devices[0].memoryLocked = true;
+  atStart(end);
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_THAT(out_, HasSubstr("scheduling: SCHED_FIFO, priority 60\nmemory: locked\ninput"));
+  hal_.devices[0].memoryLocked = false;
+  EXPECT_EQ(run(), ExitStatus::done);
+  EXPECT_THAT(out_, HasSubstr("scheduling: SCHED_FIFO, priority 60\nmemory: not locked\ninput"));
+}
+
 TEST_F(RunDevice, SaysOnceThatTheAudioThreadDidNotGetRealtimePriority) {
   hal_.devices[0].scheduling = {SCHED_OTHER, 0};
   options_.seconds = 2.5;  // beyond the wait for a service that may grant real-time priority late

@@ -38,6 +38,9 @@ class DeafClient final : public hal::SessionClient {
   void aliveChanged(bool isAlive) noexcept override { alive = isAlive; }
   void formatChanged(double /*rateHz*/, std::uint32_t /*frames*/) noexcept override {}
 
+  void memoryLocked(bool isLocked) noexcept override { locked = isLocked; }
+
+  std::atomic<bool> locked{false};
   std::atomic<int> cycles{0};
   std::atomic<bool> alive{true};
 };

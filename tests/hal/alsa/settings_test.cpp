@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "hal/alsa/one_card.h"
+#include "support/eventually.h"
 
 namespace tolvane::hal::alsa {
 namespace {
@@ -35,6 +36,13 @@ TEST_F(AlsaSettings, OfRateAndPeriodsStayWhileTheCardRuns) {
   EXPECT_EQ(driver_->setPeriods(before, 4), OSStatus{kAudioHardwareUnsupportedOperationError});
   EXPECT_EQ(card().sampleRateHz, 48000.0);
   EXPECT_EQ(card().periods, 3U);
+}
+
+TEST_F(AlsaSettings, TheMemoryOfASessionIsLocked) {
+  test::DeafClient client;
+  const StartResult started = driver_->start(card(), client);
+  ASSERT_EQ(started.status, noErr);
+  EXPECT_TRUE(test::eventually([&] { return client.locked.load(); }));
 }
 
 TEST_F(AlsaSettings, CannotBeSetWhileAnotherProgramHoldsTheCard) {
