@@ -1,5 +1,6 @@
 // The watch in plain builds. The program defines these functions itself, and its definitions take precedence
 // over the C library's for every library that it loads.
+#include <atomic>
 #include <cerrno>
 #include <cstdarg>
 #include <cstddef>
@@ -68,13 +69,29 @@ void free(void* block) noexcept {
 
 }  // extern "C"
 
+namespace {
+
+/// The C library's function of this name, kept in `known`. A static with an initialiser would not do: threads
+/// that come while it is initialised wait for it through the very functions that are defined here.
+template <class Function>
+Function nextOf(std::atomic<Function>& known, const char* name) noexcept {
+  Function next = known.load(std::memory_order_relaxed);
+  if (next == nullptr) {
+    next = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
+    known.store(next, std::memory_order_relaxed);
+  }
+  return next;
+}
+
+}  // namespace
+
 // Defines a function that notes its own name and calls the C library's version.
-#define PASS_ON(result, name, parameters, arguments, ...)                           \
-  extern "C" result name parameters __VA_ARGS__ {                                   \
-    noteBlockingCall(#name);                                                        \
-    using Function = result(*) parameters;                                          \
-    static const auto next = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, #name)); \
-    return next arguments;                                                          \
+#define PASS_ON(result, name, parameters, arguments, ...)  \
+  extern "C" result name parameters __VA_ARGS__ {          \
+    noteBlockingCall(#name);                               \
+    using Function = result(*) parameters;                 \
+    static constinit std::atomic<Function> known{nullptr}; \
+    return nextOf(known, #name) arguments;                 \
   }
 
 PASS_ON(int, pthread_mutex_lock, (pthread_mutex_t * mutex), (mutex), noexcept)
@@ -121,12 +138,12 @@ PASS_ON(int, vfprintf, (std::FILE * file, const char* format, va_list arguments)
 extern "C" int ioctl(int file, unsigned long request, ...) noexcept {
   noteBlockingCall("ioctl");
   using Function = int (*)(int, unsigned long, void*);
-  static const auto next = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "ioctl"));
+  static constinit std::atomic<Function> known{nullptr};
   va_list list;
   va_start(list, request);
   void* const argument = va_arg(list, void*);
   va_end(list);
-  return next(file, request, argument);
+  return nextOf(known, "ioctl")(file, request, argument);
 }
 
 // The C++ library waits on futexes through syscall(), libjack too. libjack cancels a thread that waits there,
@@ -135,12 +152,13 @@ extern "C" long watchedSystemCall(long number, ...) asm("syscall");
 extern "C" long watchedSystemCall(long number, ...) {
   noteBlockingCall("syscall");
   using Function = long (*)(long, long, long, long, long, long, long);
-  static const auto next = reinterpret_cast<Function>(::dlsym(RTLD_NEXT, "syscall"));
+  static constinit std::atomic<Function> known{nullptr};
   va_list list;
   va_start(list, number);
   long arguments[6];
   for (long& argument : arguments) argument = va_arg(list, long);
   va_end(list);
-  return next(number, arguments[0], arguments[1], arguments[2], arguments[3], arguments[4], arguments[5]);
+  return nextOf(known, "syscall")(number, arguments[0], arguments[1], arguments[2], arguments[3],
+                                  arguments[4], arguments[5]);
 }
 // NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
