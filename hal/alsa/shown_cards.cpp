@@ -13,6 +13,7 @@ StreamLayout monoStreams(unsigned channels) {
 
 std::vector<ChannelInfo> channelsCalled(const std::vector<std::string>& names) {
   std::vector<ChannelInfo> channels;
+  channels.reserve(names.size());
   for (const std::string& name : names) channels.push_back({.name = name});
   return channels;
 }

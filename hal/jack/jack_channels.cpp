@@ -30,6 +30,7 @@ std::vector<std::string> aliasesOf(const JackLibrary& library, const jack_port_t
   const std::array<char*, 2> buffers{texts[0].data(), texts[1].data()};
   library.portGetAliases(port, buffers.data());
   std::vector<std::string> aliases;
+  aliases.reserve(texts.size());
   for (const std::string& text : texts) aliases.emplace_back(text.c_str());
   return aliases;
 }

@@ -55,6 +55,7 @@ LockedStack::LockedStack() noexcept {
   const std::uintptr_t page = pageBytes();
   const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
   const std::uintptr_t end = (here / page + 1) * page;
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): pages have numbers
   begin_ = reinterpret_cast<void*>(std::max(begin, end - std::min(end, kCycleStackBytes)) / page * page);
   bytes_ = end - reinterpret_cast<std::uintptr_t>(begin_);
   locked_ = mlock(begin_, bytes_) == 0;

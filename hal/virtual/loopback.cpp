@@ -26,7 +26,7 @@ Loopback::Loopback(const StreamLayout& outputs, std::uint32_t maxFrames)
       channels_(std::accumulate(outputs.begin(), outputs.end(), std::size_t{0}) * maxFrames) {}
 
 void Loopback::fill(std::uint64_t /*firstFrame*/, std::uint32_t frames, AudioBufferList& input) noexcept {
-  forEachChannel(input, [&](std::size_t channel, float* to, UInt32 stride) noexcept {
+  forEachChannel(input, [&](std::size_t channel, float* to, std::size_t stride) noexcept {
     if (to == nullptr) return;
     const std::size_t first = channel * maxFrames_;
     const std::uint32_t known = first < channels_.size() ? std::min(frames, frames_) : 0;
@@ -37,7 +37,7 @@ void Loopback::fill(std::uint64_t /*firstFrame*/, std::uint32_t frames, AudioBuf
 void Loopback::observe(std::uint64_t /*firstFrame*/, std::uint32_t frames,
                        const AudioBufferList& output) noexcept {
   frames_ = std::min(frames, maxFrames_);
-  forEachChannel(output, [&](std::size_t channel, const float* from, UInt32 stride) noexcept {
+  forEachChannel(output, [&](std::size_t channel, const float* from, std::size_t stride) noexcept {
     for (std::uint32_t f = 0; f < frames_; ++f)
       channels_[channel * maxFrames_ + f] = from == nullptr ? 0.0F : from[f * stride];
   });
