@@ -107,11 +107,11 @@ TEST(MeterBank, ShowsWhatIsNotFinite) {
 TEST(MeterBank, LosesNoPeakBetweenTheThreads) {
   MeterBank bank(4, 4);
   bank.meter(kAll);
-  constexpr int kCycles = 20000;
+  constexpr int kMeteredCycles = 20000;
   std::atomic<bool> ended{false};
   std::thread io([&] {
     ThreeBuffers buffers;
-    for (int i = 1; i <= kCycles; ++i) {
+    for (int i = 1; i <= kMeteredCycles; ++i) {
       buffers.mono[0] = static_cast<float>(i);
       bank.observe(buffers.list(), nullptr);
     }
@@ -121,8 +121,8 @@ TEST(MeterBank, LosesNoPeakBetweenTheThreads) {
   while (!ended) highest = std::max(highest, bank.takeInputPeak(3));
   io.join();
   highest = std::max(highest, bank.takeInputPeak(3));
-  EXPECT_EQ(highest, static_cast<float>(kCycles));
-  EXPECT_EQ(bank.cycles(), static_cast<std::uint64_t>(kCycles));
+  EXPECT_EQ(highest, static_cast<float>(kMeteredCycles));
+  EXPECT_EQ(bank.cycles(), static_cast<std::uint64_t>(kMeteredCycles));
 }
 
 TEST(MeteredIoProc, RoutesThenMeters) {
