@@ -22,8 +22,7 @@ enum Fault {
   kWritesLiveBuffer,    // the writer fills the buffer that the reader uses
   kReadsIndexTwice,     // the reader chooses the buffer of the count and that of the entries separately
   kClaimsNeverMixed,    // no fault: claims that two publications in a cycle never mix, which is wrong
-  kClaimsNeverPrevious  // no fault: claims that a cycle never uses the table before the newest, which is
-                        // wrong
+  kClaimsNeverPrevious  // no fault: claims that a cycle always uses the newest table, which is wrong
 };
 
 constexpr Fault kFault = static_cast<Fault>(FAULT);
