@@ -1,7 +1,8 @@
 #!/usr/bin/python3
 """tests/docs/pages.py TOLVANECTL: what the pages name is there: the targets of their links, the paths of this tree, the
-targets of make, and the options of tolvanectl. Run by ctest."""
+targets of make, the presets, and the options of tolvanectl. Run by ctest."""
 import functools
+import json
 import pathlib
 import re
 import subprocess
@@ -12,6 +13,7 @@ PAGES = [TOP / "README.md", TOP / "CHANGELOG.md", *sorted((TOP / "docs").glob("*
 FOLDERS = {path.name for path in TOP.iterdir() if path.is_dir() and not path.name.startswith(".")} - {"build"}
 # The driver that docs/add-a-driver.md makes is nowhere else.
 EXAMPLES = ("hal/silence",)
+PRESETS = {preset["name"] for preset in json.loads((TOP / "CMakePresets.json").read_text())["configurePresets"]}
 failures = []
 
 
@@ -70,6 +72,9 @@ def check_targets(page, text):
         for target in re.findall(r"(?:^|trixie )make (\w+)$", piece.strip()):
             if target not in targets:
                 complain(page, f"names make {target}, which is not there")
+        for preset in re.findall(r"--preset (\w+)", piece):
+            if preset not in PRESETS:
+                complain(page, f"names the preset {preset}, which is not there")
 
 
 @functools.lru_cache
