@@ -24,3 +24,24 @@ expect() {
 finish() {
     [ "$failures" = 0 ] || { echo "$failures failures" >&2; exit 1; }
 }
+
+# run_in_a_group USER COMMAND...: runs the command in a control group of the user's own, which goes with it. A service manager
+# needs one.
+run_in_a_group() {
+    local groups=() group tree status=0 name=tolvane-$RANDOM
+    for tree in /sys/fs/cgroup /sys/fs/cgroup/systemd /sys/fs/cgroup/unified; do
+        if [ -e "$tree/cgroup.procs" ] && mkdir "$tree/$name" 2>/dev/null; then groups+=("$tree/$name"); fi
+    done
+    [ ${#groups[@]} -gt 0 ] || { echo "not run: this machine lets nobody make a control group"; return 0; }
+    for group in "${groups[@]}"; do
+        chown -R "$1" "$group"
+        echo $$ >"$group/cgroup.procs"
+    done
+    shift
+    "$@" || status=$?
+    for group in "${groups[@]}"; do
+        echo $$ >"$(dirname "$group")/cgroup.procs"
+        find "$group" -depth -type d -exec rmdir {} +
+    done
+    return "$status"
+}
