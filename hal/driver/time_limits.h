@@ -18,9 +18,10 @@ static_assert(kListLimit < kFirstListLimit);
 static_assert(kJackListLimit < kListLimit);
 static_assert(kPipeWireOverdueListLimit + kPipeWireListLimit < kListLimit);
 
-// A start. A driver first waits for a sign of life of its server, then for the start itself: with JACK for
-// every port, milliseconds each on a busy server; with PipeWire for all links. JACK's two waits together may
-// exceed the HAL's. AudioDeviceStart() then returns the same status a little earlier.
+// A start. The HAL waits for a sign of life of a driver that was too late for the last list. A driver first
+// waits for one of its server, then for the start itself: with JACK for every port, milliseconds each on a
+// busy server; with PipeWire for all links. JACK's two waits together may exceed the HAL's.
+// AudioDeviceStart() then returns the same status a little earlier.
 inline constexpr std::chrono::milliseconds kStartLimit{5000};
 inline constexpr std::chrono::milliseconds kSignOfLifeLimit{800};
 inline constexpr std::chrono::milliseconds kJackStartLimit{4500};
