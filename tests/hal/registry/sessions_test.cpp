@@ -43,9 +43,9 @@ TEST_F(Sessions, aStartWaitsForADriverThatWasTooLateForTheList) {
 TEST_F(Sessions, aStartOnADeviceThatALateListLacksFails) {
   const AudioObjectID device = listOne();
   RegisteredProc proc(device, [](auto&, auto&) {});
+  first_.setDevices({});
   first_.listing.close();
   EXPECT_TRUE(deviceList().empty());
-  first_.setDevices({});
   first_.listing.open();
   EXPECT_EQ(proc.start(), kAudioHardwareBadDeviceError);
 }
