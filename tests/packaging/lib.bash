@@ -45,3 +45,18 @@ run_in_a_group() {
     done
     return "$status"
 }
+
+# open_display: an X server, with its number in DISPLAY and its process in display_server. The numbers are the whole machine's,
+# even those of an X server in a folder.
+open_display() {
+    local number
+    number=$(mktemp)
+    Xvfb -displayfd 3 -screen 0 1280x1024x24 3>"$number" >/dev/null 2>&1 &
+    display_server=$!
+    until [ -s "$number" ]; do
+        kill -0 "$display_server" || return 1
+        sleep 0.1
+    done
+    DISPLAY=:$(cat "$number")
+    export DISPLAY
+}
