@@ -264,8 +264,7 @@ void sayWhere(int signalNumber) {
   void* frames[64];
   const int count = ::backtrace(frames, std::size(frames));
   ::backtrace_symbols_fd(frames, count, STDERR_FILENO);
-  if (signalNumber != SIGABRT && signalNumber != SIGALRM && isAllOfTheLibrary(frames, count))
-    ::_exit(kCrashOfTheLibrary);
+  if (signalNumber != SIGALRM && isAllOfTheLibrary(frames, count)) ::_exit(kCrashOfTheLibrary);
   ::signal(signalNumber, SIG_DFL);
   ::raise(signalNumber);
 }
