@@ -64,6 +64,9 @@ Filter::Filter(const Library& library, pw_core* core, CycleRunner& runner, const
     events.add_buffer = [](void* /*data*/, void* port, pw_buffer* buffer) {
       if (port != nullptr) checkBuffer(*buffer, static_cast<FilterPort*>(port)->isOutput);
     };
+    events.remove_buffer = [](void* /*data*/, void* /*port*/, pw_buffer* buffer) {
+      setSampleBytes(*buffer, 0);
+    };
     events.process = [](void* data, spa_io_position* position) {
       static_cast<Filter*>(data)->runner_.process(position);
     };

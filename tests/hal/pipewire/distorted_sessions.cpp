@@ -182,6 +182,16 @@ class Running {
   std::atomic<std::uint64_t> cycles_ = 0;
 };
 
+std::string listText() {
+  std::string text;
+  for (const AudioObjectID device : devices()) {
+    text += " \"" + nameOf(device) + "\" " +
+            std::to_string(channelsOf(device, kAudioObjectPropertyScopeInput)) + " in " +
+            std::to_string(channelsOf(device, kAudioObjectPropertyScopeOutput)) + " out";
+  }
+  return text;
+}
+
 /// The distorted part: lists and runs what seems to be there.
 void useWhatIsThere(AudioObjectID virtualDevice) {
   for (int round = 0; round < 2; ++round) {
@@ -191,7 +201,7 @@ void useWhatIsThere(AudioObjectID virtualDevice) {
       listed = devices();
       return std::find(listed.begin(), listed.end(), virtualDevice) != listed.end();
     });
-    if (!isThere) fail("the virtual device has gone");
+    if (!isThere) fail("the virtual device has gone:" + listText());
     for (const AudioObjectID device : listed) readAll(device);
     for (const AudioObjectID device : listed) {
       if (device == virtualDevice) continue;
@@ -199,16 +209,6 @@ void useWhatIsThere(AudioObjectID virtualDevice) {
       if (running.isStarted()) static_cast<void>(running.goesOn(40ms));
     }
   }
-}
-
-std::string listText() {
-  std::string text;
-  for (const AudioObjectID device : devices()) {
-    text += " \"" + nameOf(device) + "\" " +
-            std::to_string(channelsOf(device, kAudioObjectPropertyScopeInput)) + " in " +
-            std::to_string(channelsOf(device, kAudioObjectPropertyScopeOutput)) + " out";
-  }
-  return text;
 }
 
 /// The honest part: the card as it is, running.
@@ -264,8 +264,7 @@ void sayWhere(int signalNumber) {
   void* frames[64];
   const int count = ::backtrace(frames, std::size(frames));
   ::backtrace_symbols_fd(frames, count, STDERR_FILENO);
-  if (signalNumber != SIGABRT && signalNumber != SIGALRM && isAllOfTheLibrary(frames, count))
-    ::_exit(kCrashOfTheLibrary);
+  if (signalNumber != SIGALRM && isAllOfTheLibrary(frames, count)) ::_exit(kCrashOfTheLibrary);
   ::signal(signalNumber, SIG_DFL);
   ::raise(signalNumber);
 }
