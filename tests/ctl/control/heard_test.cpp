@@ -12,6 +12,7 @@
 
 #include "ctl/osc/packet.h"
 #include "ctl/osc/udp_socket.h"
+#include "ctl/process/early_end.h"
 #include "ctl/run/command.h"
 #include "ctl/support/files.h"
 #include "hal/virtual/virtual_device.h"
@@ -108,6 +109,7 @@ class Heard : public testing::Test {
   }
 
   static constexpr std::uint16_t kPort = 29'000;
+  const SignalsHeld held_{SIGTERM};  // in all threads, or one that is not the run's could get it
   test::TemporaryFolder folder_;
   std::string address_;
   RunOptions options_;
