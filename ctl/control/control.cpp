@@ -127,8 +127,9 @@ std::optional<Control::Time> Control::due(Time now) const {
 }
 
 Control::Time Control::nextStatus() const noexcept {
-  if (isStatusStale_) return lastStatus_ + kShortStatusInterval;
-  return lastStatus_ + kStatusInterval;
+  if (!lastStatus_) return {};
+  if (isStatusStale_) return *lastStatus_ + kShortStatusInterval;
+  return *lastStatus_ + kStatusInterval;
 }
 
 bool Control::takeUnpublished() noexcept {

@@ -139,8 +139,8 @@ class Control {
   Cause cause_ = Cause::edit;     // likewise
   int bundles_ = 0;
   bool unpublished_ = false;
-  Time lastStatus_;
-  bool isStatusStale_ = true;  // what was told is no longer true
+  std::optional<Time> lastStatus_;
+  bool isStatusStale_ = false;  // what was told is no longer true
 };
 
 }  // namespace tolvane::ctl::control

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <optional>
 
 #include "ctl/control/control.h"
+#include "ctl/doors/listen_address.h"
 
 namespace tolvane::ctl {
 
@@ -23,6 +25,12 @@ class Door : public control::Listener {
   virtual void send(Time now) = 0;
   /// When the next turn is due even if nothing comes; none: never.
   [[nodiscard]] virtual std::optional<Time> due(Time now) const = 0;
+};
+
+/// An open door and where it listens, which has the port that the system chose for port 0.
+struct OpenDoor {
+  std::unique_ptr<Door> door;
+  ListenAddress address;
 };
 
 }  // namespace tolvane::ctl

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 #include <string>
 
@@ -25,12 +24,6 @@ struct DoorConfig {
   ListenAddress address;
   std::optional<Token> token;   // clients must say it first
   std::optional<TlsFiles> tls;  // none: not encrypted
-};
-
-/// An open door and where it listens, which has the port that the system chose for port 0.
-struct OpenDoor {
-  std::unique_ptr<Door> door;
-  ListenAddress address;
 };
 
 /// Opens a door for browsers: the page at "/", and at "/ws" a WebSocket with the messages of

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <memory>
 #include <optional>
 
 #include "base/result.h"
@@ -13,12 +12,6 @@ namespace tolvane::ctl::osc {
 
 /// False if the program was built without OSC. [any-thread]
 [[nodiscard]] bool isBuiltIn() noexcept;
-
-/// An open door and where it listens, which has the port that the system chose for port 0.
-struct OpenDoor {
-  std::unique_ptr<Door> door;
-  ListenAddress address;
-};
 
 /// Opens a UDP door for OSC. With a token, an address must say "/tolvane/hello TOKEN" before anything else is
 /// taken from it. The model must outlive the door. Failure: the address cannot be listened at, no descriptor

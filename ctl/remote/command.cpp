@@ -19,7 +19,6 @@ namespace tolvane::ctl {
 
 namespace {
 
-using namespace control;
 using remote::Link;
 using RemoteJson = nlohmann::ordered_json;
 
@@ -59,13 +58,13 @@ std::optional<Failure> sayHello(Link& link, const RemoteOptions& options, const 
     if (!welcome.value().value("token", false)) return std::nullopt;
     return Failure{about(options.address, "this run needs its token; see --token-file"), ExitStatus::usage};
   }
-  link.send(encodeRequest({Hello{token->secret()}, kHelloId, 0}));
+  link.send(control::encodeRequest({control::Hello{token->secret()}, kHelloId, 0}));
   const auto answer = await(link, options, kHelloId);
   return answer ? std::nullopt : std::optional(answer.error());
 }
 
 ExitStatus ask(Link& link, const RemoteOptions& options) {
-  link.send(encodeRequest({*options.command, kCommandId, 0}));
+  link.send(control::encodeRequest({*options.command, kCommandId, 0}));
   const auto answer = await(link, options, kCommandId);
   if (!answer) return fail(answer.error());
   if (!options.json) {
@@ -79,7 +78,7 @@ ExitStatus ask(Link& link, const RemoteOptions& options) {
 }
 
 ExitStatus watch(Link& link, const RemoteOptions& options) {
-  link.send(encodeRequest({Subscribe{true, options.meters}, kCommandId, 0}));
+  link.send(control::encodeRequest({control::Subscribe{true, options.meters}, kCommandId, 0}));
   if (const auto answer = await(link, options, kCommandId); !answer) return fail(answer.error());
   for (;;) {
     const auto event = parsed(options, link.receive(std::nullopt));

@@ -14,7 +14,7 @@ namespace tolvane::ctl {
 
 namespace {
 
-using namespace control;
+using control::Command;
 
 /// The words of a command, as they are parsed.
 struct Words {
@@ -23,7 +23,7 @@ struct Words {
   std::string text;
   std::string number;
 
-  [[nodiscard]] RouteKey key() const { return {input - 1, output - 1}; }
+  [[nodiscard]] control::RouteKey key() const { return {input - 1, output - 1}; }
   [[nodiscard]] double value() const {
     return number == "off" ? -std::numeric_limits<double>::infinity() : std::strtod(number.c_str(), nullptr);
   }
@@ -74,40 +74,40 @@ void declareRoutes(Declaration& add) {
   const auto words = std::make_shared<Words>();
   add.addForRoute("route", "Set the linear gain of a route, or add the route", words,
                   [](const Words& w) -> Command {
-                    return SetRoute{w.key(), static_cast<float>(w.value())};
+                    return control::SetRoute{w.key(), static_cast<float>(w.value())};
                   })
       ->add_option("GAIN", words->number, "1 changes nothing")
       ->required()
       ->check(requireDecimal);
   add.addForRoute("gain", "Set the level of a route", words,
                   [](const Words& w) -> Command {
-                    return SetGain{w.key(), w.value()};
+                    return control::SetGain{w.key(), w.value()};
                   })
       ->add_option("DB", words->number, "decibels, or \"off\" for silence")
       ->required()
       ->check(requireLevel);
   add.addForRoute("mute", "Mute a route", words, [](const Words& w) -> Command {
-    return SetMute{w.key(), true};
+    return control::SetMute{w.key(), true};
   });
   add.addForRoute("unmute", "Let a route sound again", words, [](const Words& w) -> Command {
-    return SetMute{w.key(), false};
+    return control::SetMute{w.key(), false};
   });
   add.addForRoute("label", "Name a route", words,
                   [](const Words& w) -> Command {
-                    return SetLabel{w.key(), w.text};
+                    return control::SetLabel{w.key(), w.text};
                   })
       ->add_option("TEXT", words->text, "at most 200 bytes")
       ->required()
       ->transform(name());
   add.addForRoute("remove", "Remove a route", words,
-                  [](const Words& w) -> Command { return RemoveRoute{w.key()}; });
+                  [](const Words& w) -> Command { return control::RemoveRoute{w.key()}; });
 }
 
 void declareScenes(Declaration& add) {
   const auto words = std::make_shared<Words>();
   CLI::App* recall = add.add("scene", "Recall a scene", words, [](const Words& w) -> Command {
-    if (w.input > 0) return RecallScene{std::int64_t{w.input}};
-    return RecallScene{w.text};
+    if (w.input > 0) return control::RecallScene{std::int64_t{w.input}};
+    return control::RecallScene{w.text};
   });
   auto* byName = recall->add_option("NAME", words->text, "its name")->transform(name());
   auto* byNumber = recall->add_option("--number", words->input, "its place in the list, from 1")
@@ -116,27 +116,27 @@ void declareScenes(Declaration& add) {
   byName->excludes(byNumber);
   recall->require_option(1);
   add.add("save-scene", "Save the routes as a scene", words,
-          [](const Words& w) -> Command { return SaveScene{w.text}; })
+          [](const Words& w) -> Command { return control::SaveScene{w.text}; })
       ->add_option("NAME", words->text, "its name")
       ->required()
       ->transform(name());
-  add.addJson(add.add("scenes", "List the scenes", words, &plain<ListScenes>));
+  add.addJson(add.add("scenes", "List the scenes", words, &plain<control::ListScenes>));
 }
 
 void declareOthers(Declaration& add) {
   const auto words = std::make_shared<Words>();
-  add.add("undo", "Take back the last change", words, &plain<Undo>);
-  add.add("redo", "Make it again", words, &plain<Redo>);
-  add.add("save", "Write the routes into the patch file", words, &plain<Save>);
-  add.add("reset-clips", "Clear the held clips", words, &plain<ResetClips>);
-  add.addJson(add.add("status", "Print what the device does", words, &plain<GetStatus>));
-  add.addJson(add.add("dump", "Print the routes", words, &plain<Dump>));
+  add.add("undo", "Take back the last change", words, &plain<control::Undo>);
+  add.add("redo", "Make it again", words, &plain<control::Redo>);
+  add.add("save", "Write the routes into the patch file", words, &plain<control::Save>);
+  add.add("reset-clips", "Clear the held clips", words, &plain<control::ResetClips>);
+  add.addJson(add.add("status", "Print what the device does", words, &plain<control::GetStatus>));
+  add.addJson(add.add("dump", "Print the routes", words, &plain<control::Dump>));
 }
 
 }  // namespace
 
 void declareRemote(CLI::App& program, RemoteOptions& options, ExitStatus& status) {
-  CLI::App* remote = program.add_subcommand("ctl", "Control a run that was started with --http");
+  CLI::App* remote = program.add_subcommand("ctl", "Control a run that serves HTTP");
   remote->require_subcommand(1);
   remote->add_option("--at", options.address, "where the run is [localhost:9001]")
       ->transform(name())
@@ -153,7 +153,7 @@ void declareRemote(CLI::App& program, RemoteOptions& options, ExitStatus& status
   declareScenes(add);
   declareOthers(add);
   CLI::App* watch = remote->add_subcommand("watch", "Print every change until a signal");
-  watch->add_flag("--meters", options.meters, "also levels; with --json only");
+  watch->add_flag("--meters", options.meters, "also levels, if the output is JSON");
   add.addJson(watch);
   watch->callback([&] {
     options.watch = true;

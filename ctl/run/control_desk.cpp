@@ -52,14 +52,14 @@ std::optional<Failure> ControlDesk::open(const DoorPlan& plan) {
   if (plan.osc) {
     auto opened = osc::openDoor(control_, *plan.osc, plan.token);
     if (!opened) return opened.error();
-    osc::OpenDoor door = std::move(opened).value();
+    OpenDoor door = std::move(opened).value();
     say("OSC at " + door.address.text() + secured);
     doors_.push_back(std::move(door.door));
   }
   if (plan.http) {
     auto opened = http::openDoor(control_, {*plan.http, plan.token, plan.tls});
     if (!opened) return opened.error();
-    http::OpenDoor door = std::move(opened).value();
+    OpenDoor door = std::move(opened).value();
     say((plan.tls ? "https://" : "http://") + door.address.text() + '/' + secured);
     doors_.push_back(std::move(door.door));
   }

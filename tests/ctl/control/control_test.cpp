@@ -328,6 +328,20 @@ TEST_F(ControlTest, DumpsAllRoutesAndLabels) {
           0, {{kFirst, 0.5F, true, ""}, {{1, 1}, -1.0F, false, ""}}, {"Vox", "", "", ""}, {"", "", "", ""}}));
 }
 
+TEST_F(ControlTest, TellsTheStatusSoonAfterAChangeButNotAfterEachOfMany) {
+  const Control::Time begin{};
+  using std::chrono::milliseconds;
+  control_->tick(begin);
+  ASSERT_EQ(statuses_.size(), 1U);
+  // 50 changes in half a second.
+  for (int ms = 10; ms <= 500; ms += 10) {
+    ask(SetRoute{kFirst, static_cast<float>(ms)});
+    control_->tick(begin + milliseconds(ms));
+  }
+  EXPECT_EQ(statuses_.size(), 6U);
+  EXPECT_EQ(statuses_.back().serial, 50U);
+}
+
 TEST_F(ControlTest, TellsTheStatusEverySecondAndWhenTheDeviceChanges) {
   const Control::Time begin{};
   using std::chrono::milliseconds;
