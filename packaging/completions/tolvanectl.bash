@@ -6,22 +6,22 @@ _tolvanectl() {
     COMPREPLY=()
 
     case $prev in
-    --patch | --report)
+    --patch | --report | --token-file | --tls-cert | --tls-key | --tls-ca | --scenes)
         compopt -o filenames
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
         return
         ;;
-    --device | --wait | --rate | --buffer | --periods | --outputs | --seconds | --minutes | --edits-per-minute) return ;;
+    --device | --wait | --rate | --buffer | --periods | --outputs | --seconds | --osc | --http | --at | --number | --ramp | --minutes | --edits-per-minute) return ;;
     esac
 
     if [ "$COMP_CWORD" -eq 1 ]; then
-        options='devices check render run soak aggregate --help --version'
+        options='devices check render run soak aggregate ctl --help --version'
     else
         case $command in
         devices) options='--json --long --channels --watch --wait --help' ;;
         check) options='--device --wait --help' files=yes ;;
         render) options='--patch --outputs --buffer --partial --help' files=yes ;;
-        run) options='--patch --device --wait --rate --buffer --periods --watch --meters --seconds --help' ;;
+        run) options='--patch --device --wait --rate --buffer --periods --watch --meters --seconds --osc --http --tls-cert --tls-key --token-file --scenes --ramp --help' ;;
         soak) options='--device --wait --minutes --edits-per-minute --report --full-speed --help' ;;
         aggregate)
             case ${COMP_WORDS[2]} in
@@ -30,6 +30,19 @@ _tolvanectl() {
             delete) options='--help' ;;
             *) options='list create delete --help' ;;
             esac
+            ;;
+        ctl)
+            local commands='route gain mute unmute label remove scene save-scene scenes undo redo save reset-clips status dump watch'
+            local word
+            options="$commands --at --token-file --tls --tls-ca --help"
+            for word in "${COMP_WORDS[@]:2:COMP_CWORD - 2}"; do
+                case $word in
+                scenes | status | dump) options='--json --help' ;;
+                watch) options='--json --meters --help' ;;
+                scene) options='--number --help' ;;
+                *) [[ " $commands " != *" $word "* ]] || options='--help' ;;
+                esac
+            done
             ;;
         esac
     fi

@@ -4,7 +4,16 @@ function __tolvanectl_aggregate
     __fish_seen_subcommand_from aggregate; and __fish_seen_subcommand_from $argv
 end
 
-set -l commands devices check render run soak aggregate
+set -g __tolvanectl_ctl_commands route gain mute unmute label remove scene save-scene scenes undo redo save reset-clips \
+    status dump watch
+function __tolvanectl_ctl
+    __fish_seen_subcommand_from ctl; and __fish_seen_subcommand_from $argv
+end
+function __tolvanectl_ctl_begins
+    __fish_seen_subcommand_from ctl; and not __fish_seen_subcommand_from $__tolvanectl_ctl_commands
+end
+
+set -l commands devices check render run soak aggregate ctl
 complete -c tolvanectl -f
 complete -c tolvanectl -l help -d 'Print help'
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -l version -d 'Print the version'
@@ -14,6 +23,7 @@ complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a render 
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a run -d 'Route live'
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a soak -d 'Test a device for a long time'
 complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a aggregate -d 'Use several devices as one'
+complete -c tolvanectl -n "not __fish_seen_subcommand_from $commands" -a ctl -d 'Control a run'
 
 complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l json -d 'Print JSON'
 complete -c tolvanectl -n '__fish_seen_subcommand_from devices' -l long -d 'With the lasting identities'
@@ -35,6 +45,13 @@ complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l periods -x -d 'Bu
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l watch -d 'Take over changes of the patch file'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l meters -d 'Show levels'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l seconds -x -d 'Stop after this time'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l osc -x -d 'Take commands by OSC'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l http -x -d 'Serve browsers'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l tls-cert -r -F -d 'Certificate of HTTP'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l tls-key -r -F -d 'Its key'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l token-file -r -F -d 'What clients must know'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l scenes -x -a '(__fish_complete_directories)' -d 'Folder of scenes'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l ramp -x -d 'Milliseconds that a change takes'
 
 complete -c tolvanectl -n '__fish_seen_subcommand_from soak' -l minutes -x -d 'How long'
 complete -c tolvanectl -n '__fish_seen_subcommand_from soak' -l edits-per-minute -x -d 'Changes of the routes'
@@ -45,3 +62,12 @@ complete -c tolvanectl -n '__fish_seen_subcommand_from aggregate; and not __fish
     -a 'list create delete'
 complete -c tolvanectl -n '__tolvanectl_aggregate list' -l json -d 'Print JSON'
 complete -c tolvanectl -n '__tolvanectl_aggregate list create' -l wait -x -d 'Seconds to wait for servers and devices'
+
+complete -c tolvanectl -n __tolvanectl_ctl_begins -a "$__tolvanectl_ctl_commands"
+complete -c tolvanectl -n __tolvanectl_ctl_begins -l at -x -d 'Where the run is'
+complete -c tolvanectl -n __tolvanectl_ctl_begins -l token-file -r -F -d 'The token'
+complete -c tolvanectl -n __tolvanectl_ctl_begins -l tls -d 'Encrypt'
+complete -c tolvanectl -n __tolvanectl_ctl_begins -l tls-ca -r -F -d 'Authority of the certificate'
+complete -c tolvanectl -n '__tolvanectl_ctl scenes status dump watch' -l json -d 'Print JSON'
+complete -c tolvanectl -n '__tolvanectl_ctl watch' -l meters -d 'Also levels'
+complete -c tolvanectl -n '__tolvanectl_ctl scene' -l number -x -d 'Its place in the list'
