@@ -4,7 +4,7 @@
 # Each script may import only from those before it.
 set(page_scripts dom decibels geometry levels patch link desk gain_hand aria_window painter matrix fader strip list status
   scenes dialogs lock main)
-list(TRANSFORM page_scripts APPEND .js)
+list(TRANSFORM page_scripts APPEND .mjs)
 list(TRANSFORM page_scripts PREPEND ${CMAKE_CURRENT_LIST_DIR}/)
 set(TOLVANE_PAGE ${CMAKE_BINARY_DIR}/page/page.html)
 add_custom_command(

@@ -1,13 +1,13 @@
-import { find } from './dom.js';
-import { Desk } from './desk.js';
-import { AddDialog, SceneDialog, TokenDialog, prepareHelp } from './dialogs.js';
-import { Levels } from './levels.js';
-import { List } from './list.js';
-import { Lock } from './lock.js';
-import { Matrix } from './matrix.js';
-import { Scenes } from './scenes.js';
-import { StatusBar } from './status.js';
-import { Strip } from './strip.js';
+import { find } from './dom.mjs';
+import { Desk } from './desk.mjs';
+import { AddDialog, SceneDialog, TokenDialog, prepareHelp } from './dialogs.mjs';
+import { Levels } from './levels.mjs';
+import { List } from './list.mjs';
+import { Lock } from './lock.mjs';
+import { Matrix } from './matrix.mjs';
+import { Scenes } from './scenes.mjs';
+import { StatusBar } from './status.mjs';
+import { Strip } from './strip.mjs';
 
 const kRareMeterMs = 200; // between two pictures of the meters, if motion is to be reduced
 
@@ -22,7 +22,7 @@ const levels = new Levels(() => !isReduced.matches);
 takeMeters();
 const matrix = new Matrix(desk, levels);
 new Strip(desk, { isUpright: () => !isSmall.matches });
-const list = new List(desk, (input, output) => {
+const list = new List(desk, levels, (input, output) => {
   desk.select(input, output);
   document.documentElement.classList.add('details');
   find('strip-db').focus();

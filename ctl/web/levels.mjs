@@ -1,5 +1,5 @@
 // The meters: where each channel's bar stands between two messages of the server.
-import { clamp } from './decibels.js';
+import { clamp } from './decibels.mjs';
 
 const kBottomDb = -60;
 const kFallDbPerS = 24;

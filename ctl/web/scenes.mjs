@@ -1,5 +1,5 @@
 // The scenes as buttons.
-import { find } from './dom.js';
+import { find } from './dom.mjs';
 
 export class Scenes {
   constructor(desk, askName) {

@@ -1,8 +1,8 @@
 // The routes as a list, for small screens and for screen readers.
-import { find } from './dom.js';
-import { formatDb } from './decibels.js';
-import { Fader } from './fader.js';
-import { channelText } from './patch.js';
+import { find } from './dom.mjs';
+import { formatDb } from './decibels.mjs';
+import { Fader } from './fader.mjs';
+import { channelText } from './patch.mjs';
 
 const kMostRows = 200;
 
@@ -11,11 +11,20 @@ class Row {
     Object.assign(this, { desk, input, output });
     this.element = find('row').content.firstElementChild.cloneNode(true);
     const part = (name) => this.element.querySelector(`.${name}`);
-    this.parts = Object.fromEntries(['route-name', 'route-db', 'route-mute', 'route-zero', 'route-fader'].map((name) => [name, part(name)]));
+    this.parts = Object.fromEntries(['route-text', 'route-levels', 'route-db', 'route-mute', 'route-zero', 'route-fader'].map((name) => [name, part(name)]));
     this.fader = new Fader(this.parts['route-fader'], desk, { target: () => ({ input, output }) });
     this.parts['route-mute'].addEventListener('click', () => desk.toggleMute(input, output));
     this.parts['route-zero'].addEventListener('click', () => desk.setDb(input, output, 0));
     this.parts['route-db'].addEventListener('click', () => select(input, output));
+  }
+
+  // The levels of the two channels.
+  showLevels({ inputs, outputs }) {
+    [[inputs, this.input], [outputs, this.output]].forEach(([side, channel], place) => {
+      const bar = this.parts['route-levels'].children[place];
+      bar.style.transform = `scaleX(${side.rms[channel - 1] ?? 0})`;
+      bar.classList.toggle('clip', side.clip[channel - 1] ?? false);
+    });
   }
 
   show() {
@@ -24,7 +33,7 @@ class Row {
     const { selection, patch } = desk;
     const from = channelText(patch.inputs, input);
     const to = channelText(patch.outputs, output);
-    parts['route-name'].textContent = `${from} \u2192 ${to}`;
+    parts['route-text'].textContent = `${from} \u2192 ${to}`;
     const level = formatDb(route.db);
     parts['route-db'].textContent = level;
     parts['route-db'].setAttribute('aria-label', `${level} dB. Details of input ${from} to output ${to}`);
@@ -39,7 +48,7 @@ class Row {
 }
 
 export class List {
-  constructor(desk, select) {
+  constructor(desk, levels, select) {
     Object.assign(this, { desk, select });
     Object.assign(this, { body: find('list-rows'), note: find('list-note'), input: find('list-input'), output: find('list-output') });
     this.rows = new Map();
@@ -48,6 +57,9 @@ export class List {
     find('list-add').addEventListener('click', () => desk.tell('add', { input: Number(this.input.value), output: Number(this.output.value) }));
     desk.listen('names', () => this.#showFilters());
     desk.listen('routes names selection lock link', () => this.show());
+    desk.listen('meters', () => {
+      if (this.isShown) for (const row of this.rows.values()) row.showLevels(levels);
+    });
   }
 
   setShown(isShown) {

@@ -1,5 +1,5 @@
 // Where things lie in the matrix, in CSS pixels. Channels count from 1.
-import { clamp } from './decibels.js';
+import { clamp } from './decibels.mjs';
 
 export class Geometry {
   constructor() {

@@ -1,5 +1,5 @@
 // Draws the matrix: the cells, and the two frozen headers with their meters.
-import { positionOf, shortDb } from './decibels.js';
+import { positionOf, shortDb } from './decibels.mjs';
 
 export const kColors = {
   stage: '#1c1c1c', grid: '#2b2b2b', cell: '#303030', diagonal: '#424242', outline: '#4a4a4a', border: '#4d4d4d',
@@ -111,8 +111,11 @@ export class Painter {
     const { geometry: g } = this;
     const [firstRow, lastRow] = g.visibleRows();
     const [firstColumn, lastColumn] = g.visibleColumns();
-    for (let n = firstRow - firstRow % 8 + 8; n <= lastRow; n += 8) this.#fill(kColors.eighth, g.left, g.rowY(n + 1) - 0.5, g.width, 1);
-    for (let n = firstColumn - firstColumn % 8 + 8; n <= lastColumn; n += 8) this.#fill(kColors.eighth, g.columnX(n + 1) - 0.5, g.top, 1, g.height);
+    const width = g.columns * g.cell - g.x;
+    const height = g.rows * g.cell - g.y;
+    const next = (first) => first - first % 8 + 8;
+    for (let n = next(firstRow); n <= lastRow; n += 8) this.#fill(kColors.eighth, g.left, g.rowY(n + 1) - 0.5, width, 1);
+    for (let n = next(firstColumn); n <= lastColumn; n += 8) this.#fill(kColors.eighth, g.columnX(n + 1) - 0.5, g.top, 1, height);
   }
 
   #paintRoutes(view) {
@@ -184,8 +187,8 @@ export class Painter {
   #paintCorner() {
     const { geometry: g } = this;
     this.#fill(kColors.stage, 0, 0, g.left, g.top);
-    this.#text('OUT \u2192', g.left - 8, 16, `600 12px ${kSans}`, kColors.text, 'right');
-    this.#text('IN \u2193', g.left - 8, g.top - 12, `600 12px ${kSans}`, kColors.text, 'right');
+    if (g.left > 60) this.#text('OUT \u2192', g.left - 8, 16, `600 12px ${kSans}`, kColors.text, 'right');
+    if (g.left > 60) this.#text('IN \u2193', g.left - 8, g.top - 12, `600 12px ${kSans}`, kColors.text, 'right');
     this.#fill(kColors.border, 0, g.top - 1, g.width, 1);
     this.#fill(kColors.border, g.left - 1, 0, 1, g.height);
   }

@@ -1,6 +1,6 @@
 // One hand on one gain: drag, wheel, double tap and keys, the same wherever a gain can be taken.
-import { find } from './dom.js';
-import { dbAt, formatDb, positionOf, stepped } from './decibels.js';
+import { find } from './dom.mjs';
+import { dbAt, formatDb, positionOf, stepped } from './decibels.mjs';
 
 const kDragFromPx = 4;
 const kFine = 5; // times finer with Shift

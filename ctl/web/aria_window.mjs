@@ -1,7 +1,7 @@
 // What assistive technology sees of the matrix: the cells around the selected one as elements of a grid. All cells would be
 // 16,384 elements.
-import { channelText } from './patch.js';
-import { spokenDb } from './decibels.js';
+import { channelText } from './patch.mjs';
+import { spokenDb } from './decibels.mjs';
 
 const kRadius = 2;
 

@@ -1,8 +1,8 @@
 // The strip of the selected route: its fader, its digits, its buttons.
-import { find } from './dom.js';
-import { formatDb, parseDb, stepped } from './decibels.js';
-import { Fader } from './fader.js';
-import { channelText } from './patch.js';
+import { find } from './dom.mjs';
+import { formatDb, parseDb, stepped } from './decibels.mjs';
+import { Fader } from './fader.mjs';
+import { channelText } from './patch.mjs';
 
 export class Strip {
   constructor(desk, { isUpright }) {

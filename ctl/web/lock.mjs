@@ -1,6 +1,6 @@
 // The lock against stray touches: a touch locks, only a long one unlocks. A keyboard or a screen reader does both at once: it
 // does not touch by accident.
-import { find } from './dom.js';
+import { find } from './dom.mjs';
 
 const kHoldMs = 700;
 const kStorageKey = 'tolvane-locked';

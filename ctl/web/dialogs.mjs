@@ -1,6 +1,6 @@
 // The small windows: the token, a new route, a scene's name, the keys.
-import { find } from './dom.js';
-import { fillChannels } from './list.js';
+import { find } from './dom.mjs';
+import { fillChannels } from './list.mjs';
 
 const kTokenKey = 'tolvane-token';
 

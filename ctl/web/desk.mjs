@@ -1,20 +1,21 @@
 // Everything that a person may do to the patch, and everything the views need to know of it.
-import { Link } from './link.js';
-import { Patch } from './patch.js';
+import { Link } from './link.mjs';
+import { Patch } from './patch.mjs';
 
 const keyOf = (input, output) => `${input} ${output}`;
 
 // Tells listeners: 'link', 'routes', 'status', 'scenes', 'names', 'meters' (with the event), 'lock', 'selection',
 // 'token' (with a reason, or none), 'note' (with a text).
 export class Desk {
-  constructor(open) {
+  // `open` makes a WebSocket; `clock` has the timers, the browser's if there is none.
+  constructor(open, clock = {}) {
     this.patch = new Patch();
     this.isLocked = false;
     this.selection = { input: 1, output: 1 };
     this.held = new Map(); // pair -> {db, gesture, isOnItsWay, until}: gains that a hand gives and the server has not told yet
     this.lastGesture = 0;
     this.listeners = new Map();
-    this.link = new Link({ open, handlers: {
+    this.link = new Link({ open, ...clock, handlers: {
       state: (state) => this.#linkChanged(state),
       live: (truth) => this.#takeTruth(truth),
       event: (event) => this.#takeEvent(event),

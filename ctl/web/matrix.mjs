@@ -1,14 +1,14 @@
 // The matrix: scrolled by the browser, drawn on a canvas that stays in place, played by pointers, wheel and keys.
-import { find } from './dom.js';
-import { AriaWindow } from './aria_window.js';
-import { GainHand } from './gain_hand.js';
-import { Geometry } from './geometry.js';
-import { Painter } from './painter.js';
-import { clamp } from './decibels.js';
+import { find } from './dom.mjs';
+import { AriaWindow } from './aria_window.mjs';
+import { GainHand } from './gain_hand.mjs';
+import { Geometry } from './geometry.mjs';
+import { Painter } from './painter.mjs';
+import { clamp } from './decibels.mjs';
 
 const kCellPx = 44;
 const kLargeCellPx = 64;
-const kSmallestCellPx = 5;
+const kSmallestCellPx = 3;
 const kTravelPx = 260;       // of a drag from silence to the top
 const kScrollRestMs = 400; // the wheel scrolls on, even over the selected cell
 

@@ -1,6 +1,6 @@
 // A fader: a slider that never jumps to the finger, so that a stray touch changes nothing.
-import { kLoudestDb, positionOf, spokenDb } from './decibels.js';
-import { GainHand } from './gain_hand.js';
+import { kLoudestDb, positionOf, spokenDb } from './decibels.mjs';
+import { GainHand } from './gain_hand.mjs';
 
 const kSilentValue = -90; // what a slider's value is called when the level is silence
 const kMarks = [12, 6, 0, -6, -12, -20, -40, null];

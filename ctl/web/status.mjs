@@ -1,5 +1,5 @@
 // What must always be in sight: the connection, the device, what can be undone, what is saved; and notes.
-import { find } from './dom.js';
+import { find } from './dom.mjs';
 
 const kNoteMs = 5000;
 const kLinkTexts = { connecting: 'Connecting\u2026', token: 'Locked by a token', live: 'Connected', lost: 'No connection' };
