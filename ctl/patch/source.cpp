@@ -70,9 +70,9 @@ Failure badPatch(const std::string& path, const PatchFileError& error) {
   return {about(path, error.message()), ExitStatus::badPatch};
 }
 
-/// The bytes of a file. Failure: the file cannot be read, is larger than any patch, or is not of the kind
-/// that `readable` allows.
-Result<std::string, Failure> readWholeFile(const std::string& path, Readable readable = Readable::anything) {
+}  // namespace
+
+Result<std::string, Failure> readPatchText(const std::string& path, Readable readable) {
   const int descriptor = openFile(path, readable);
   const std::unique_ptr<std::FILE, FileCloser> file(descriptor < 0 ? nullptr : ::fdopen(descriptor, "rb"));
   if (!file) return systemFailure(path, errno);
@@ -90,8 +90,6 @@ Result<std::string, Failure> readWholeFile(const std::string& path, Readable rea
   return text;
 }
 
-/// `path` is for messages. Failure: the decoder refuses the text, or a sounding route has a channel number
-/// beyond 32 bits.
 PatchResult parsePatch(const std::string& path, const std::string& text) {
   PatchDecodeResult decoded = decodePatch(text);
   if (!decoded) return badPatch(path, decoded.error());
@@ -99,10 +97,8 @@ PatchResult parsePatch(const std::string& path, const std::string& text) {
   return std::move(decoded).value();
 }
 
-}  // namespace
-
 PatchResult loadPatch(const std::string& path) {
-  const auto text = readWholeFile(path);
+  const auto text = readPatchText(path, Readable::anything);
   if (!text) return text.error();
   return parsePatch(path, text.value());
 }
@@ -136,7 +132,7 @@ std::optional<PatchResult> PatchSource::loadIfChanged() {
 }
 
 PatchResult PatchSource::read(Readable readable) {
-  auto text = readWholeFile(path_, readable);
+  auto text = readPatchText(path_, readable);
   lastFailure_.reset();
   if (!text) {
     lastFailure_ = text.error();

@@ -24,6 +24,13 @@ enum class Readable { anything, regularFile };
 /// sounding route has a channel number beyond 32 bits (badPatch). [not-io]
 [[nodiscard]] PatchResult loadPatch(const std::string& path);
 
+/// Reads the text of a file of at most 256 MiB, without decoding it. Failure: it cannot be read, is larger,
+/// or is not of the kind that `readable` allows. [not-io]
+[[nodiscard]] Result<std::string, Failure> readPatchText(const std::string& path, Readable readable);
+
+/// Decodes a text as loadPatch() does; `path` is for messages. [not-io]
+[[nodiscard]] PatchResult parsePatch(const std::string& path, const std::string& text);
+
 /// A note for the user if more routes are active than can sound; none if all sound. [not-io]
 [[nodiscard]] std::optional<std::string> unheardRoutesNote(const std::string& path,
                                                            std::span<const PatchConnection> routes);
@@ -35,6 +42,15 @@ class PatchSource {
   explicit PatchSource(std::string path) : path_(std::move(path)) {}
 
   [[nodiscard]] const std::string& path() const noexcept { return path_; }
+
+  /// The file's text as last read or saved. [not-io]
+  [[nodiscard]] const std::string& text() const noexcept { return lastText_; }
+
+  /// The caller has saved this text as the file, so that it is no change to be loaded. [not-io]
+  void noteSaved(std::string text) {
+    lastText_ = std::move(text);
+    lastFailure_.reset();
+  }
 
   /// The first reading. [not-io]
   [[nodiscard]] PatchResult load();

@@ -8,12 +8,15 @@
 #include "ctl/devices/choice.h"
 #include "ctl/process/resource_check.h"
 #include "ctl/process/service_manager.h"
+#include "ctl/run/door_plan.h"
 #include "ctl/run/live_session.h"
 #include "ctl/run/run_reports.h"
 
 namespace tolvane::ctl {
 
 ExitStatus runCommand(const RunOptions& options) {
+  const auto doors = planDoors(options);
+  if (!doors) return fail(doors.error());
   // Before the SignalPipe catches signals: while this blocks on a FIFO without a writer, a signal must simply
   // end the process.
   PatchSource patch(options.patchPath);
@@ -39,7 +42,7 @@ ExitStatus runCommand(const RunOptions& options) {
   if (isHungUp) ::kill(::getpid(), SIGHUP);  // the session will take it and reload the patch
   AudioDeviceInfo device = choice.value();
   if (const auto failure = applySettings(device, options.settings)) return fail(*failure);
-  return LiveSession(options, device, patch, routes.value(), signals, manager).run();
+  return LiveSession(options, device, patch, routes.value(), signals, manager, doors.value()).run();
 }
 
 }  // namespace tolvane::ctl

@@ -1,6 +1,7 @@
 #include "ctl/run/live_session.h"
 
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <utility>
@@ -9,6 +10,7 @@
 #include <unistd.h>
 
 #include "core/routing/sounding_routes.h"
+#include "ctl/devices/property.h"
 #include "ctl/devices/wait.h"
 #include "ctl/patch/route_table.h"
 #include "ctl/run/meter_readings.h"
@@ -35,21 +37,26 @@ std::string liveReport(const std::string& path, const Routes& routes) {
 }  // namespace
 
 LiveSession::LiveSession(const RunOptions& options, AudioDeviceInfo device, PatchSource& patch, Routes routes,
-                         const SignalPipe& signals, const ServiceManager& manager)
+                         const SignalPipe& signals, const ServiceManager& manager, DoorPlan doors)
     : options_(options),
       device_(std::move(device)),
       patch_(patch),
       routes_(std::move(routes)),
       signals_(signals),
       bank_(channels(device_.inputChannels), channels(device_.outputChannels)),
-      engine_(&meteredIoProc),
+      engine_(doors.isEmpty() ? &meteredIoProc : &controlledIoProc),
       publication_(bank_.cycleMarks(),
                    [this](std::span<const PatchConnection> newest) {
                      engine_.writeConnections(engine_.contextPtr(), newest);
                    }),
+      routePublication_(publication_, routes_,
+                        options_.rampMs > 0 ? std::function([this] { return rampSteps(); }) : nullptr),
       events_(device_.id),
+      doors_(std::move(doors)),
       reports_(manager, device_.name) {
   setMeterBank(&bank_);
+  if (!doors_.isEmpty())
+    desk_ = std::make_unique<ControlDesk>(options_, device_, patch_, routes_, bank_, events_);
   if (!options_.watch) return;
   watcher_ = watchFile(patch_.path());
   fileDebouncer_.touch(Clock::now());  // the file may have changed between its reading and now
@@ -64,12 +71,15 @@ ExitStatus LiveSession::run() {
   if (events_.status() == kTolvaneExhaustedError) {
     return fail({about(device_.name, statusText(events_.status()))});
   }
+  if (desk_) {
+    if (const auto failure = desk_->open(doors_)) return fail(*failure);
+  }
   if (const auto error = engine_.start(device_.id, routes_)) {
     const bool isExhausted = error->status == kTolvaneExhaustedError;
     return fail({about(device_.name, isExhausted ? statusText(error->status) : error->errorDescription())});
   }
   say("routing on " + printable(device_.name));
-  names_.read(device_);
+  readNames();
   started_ = Clock::now();
   nextMeters_ = started_;
   schedulingDue_ = started_ + kGrantWait;
@@ -78,7 +88,7 @@ ExitStatus LiveSession::run() {
     sleep();
     handleSignals();
     handleFile();
-    publication_.poll(Clock::now());
+    handleControl();
     handleDevice();
     reports_.tell(Clock::now(), bank_.cycles(), wasAlive_);
     handleScheduling();
@@ -97,10 +107,11 @@ ExitStatus LiveSession::run() {
 void LiveSession::sleep() {
   const auto left = std::chrono::ceil<milliseconds>(wakeTime() - Clock::now()).count();
   // poll() ignores a descriptor of -1.
-  pollfd sources[] = {{signals_.descriptor(), POLLIN, 0},
-                      {events_.descriptor(), POLLIN, 0},
-                      {watcher_ ? watcher_->descriptor() : -1, POLLIN, 0}};
-  ::poll(sources, std::size(sources), static_cast<int>(std::clamp<std::int64_t>(left, 0, 60'000)));
+  std::vector<pollfd> sources = {{signals_.descriptor(), POLLIN, 0},
+                                 {events_.descriptor(), POLLIN, 0},
+                                 {watcher_ ? watcher_->descriptor() : -1, POLLIN, 0}};
+  if (desk_) desk_->addSources(sources);
+  ::poll(sources.data(), sources.size(), static_cast<int>(std::clamp<std::int64_t>(left, 0, 60'000)));
   deviceTold_ = sources[1].revents != 0;
 }
 
@@ -110,7 +121,8 @@ LiveSession::Clock::time_point LiveSession::wakeTime() const {
   if (options_.meters) wake = std::min(wake, nextMeters_);
   if (options_.seconds) wake = std::min(wake, endTime());
   wake = std::min({wake, schedulingDue_.value_or(wake), reports_.due().value_or(wake)});
-  wake = std::min(wake, publication_.due(now).value_or(wake));
+  wake = std::min(wake, routePublication_.due(now).value_or(wake));
+  if (desk_) wake = std::min(wake, desk_->due(now).value_or(wake));
   if (watcher_) wake = std::min(wake, now + watcher_->askEvery());
   return std::min(wake, fileDebouncer_.due().value_or(wake));
 }
@@ -122,15 +134,14 @@ LiveSession::Clock::time_point LiveSession::endTime() const {
 
 void LiveSession::handleSignals() {
   while (const auto signal = signals_.next()) {
-    if (*signal == SIGHUP) {
-      takeOver(patch_.reload());
-    } else {
-      ended_ = true;
-    }
+    (*signal == SIGHUP ? reloadAsked_ : ended_) = true;
   }
 }
 
 void LiveSession::handleFile() {
+  // While the file is saved, it is not known whether a new text in it is our own.
+  if (desk_ && desk_->isSaving()) return;
+  if (std::exchange(reloadAsked_, false)) takeOver(patch_.reload());
   if (!watcher_) return;
   const Clock::time_point now = Clock::now();
   if (watcher_->changed()) fileDebouncer_.touch(now);
@@ -143,12 +154,41 @@ void LiveSession::takeOver(const PatchResult& result) {
     messages_.say(result.error().text + "; the routes stay as they were");
     return;
   }
-  routes_ = result.value();
-  publication_.edit(routes_, Clock::now());
+  const Routes& routes = result.value();
+  if (desk_) {
+    desk_->takeOver(routes);  // which are played when control has had its turn
+  } else {
+    play(routes);
+  }
+  readNames();
+  messages_.say(liveReport(patch_.path(), routes));
+  if (const auto note = unheardRoutesNote(patch_.path(), routes)) messages_.say(*note);
+}
+
+void LiveSession::handleControl() {
+  if (desk_) {
+    if (auto routes = desk_->receive(Clock::now())) play(std::move(*routes));
+  }
+  routePublication_.poll(Clock::now());
+  if (desk_) desk_->send(Clock::now());
+}
+
+void LiveSession::play(Routes routes) {
+  routes_ = std::move(routes);
+  routePublication_.edit(routes_, Clock::now());
   if (options_.meters) bank_.meter(routes_);
+}
+
+void LiveSession::readNames() {
   names_.read(device_);
-  messages_.say(liveReport(patch_.path(), routes_));
-  if (const auto note = unheardRoutesNote(patch_.path(), routes_)) messages_.say(*note);
+  if (desk_) desk_->setNames(names_);
+}
+
+std::uint32_t LiveSession::rampSteps() const {
+  const double rateHz =
+      deviceProperty<Float64>(device_.id, kAudioDevicePropertyNominalSampleRate).value_or(48'000.0);
+  const double frames = deviceProperty<UInt32>(device_.id, kAudioDevicePropertyBufferFrameSize).value_or(512);
+  return static_cast<std::uint32_t>(std::ceil(options_.rampMs * rateHz / (1000.0 * std::max(1.0, frames))));
 }
 
 void LiveSession::handleDevice() {
@@ -159,7 +199,8 @@ void LiveSession::handleDevice() {
   removed_ = removed;
   if (alive == wasAlive_) return;
   wasAlive_ = alive;
-  if (alive) names_.read(device_);
+  if (alive) readNames();
+  if (desk_) desk_->setAlive(alive);
   messages_.say(about(device_.name, alive ? "is back" : "is gone; waiting for it to come back"));
 }
 

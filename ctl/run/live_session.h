@@ -11,6 +11,9 @@
 #include "ctl/patch/source.h"
 #include "ctl/process/signal_pipe.h"
 #include "ctl/publication/publication.h"
+#include "ctl/publication/ramped_publication.h"
+#include "ctl/run/control_desk.h"
+#include "ctl/run/door_plan.h"
 #include "ctl/run/io_thread.h"
 #include "ctl/run/meter_bank.h"
 #include "ctl/run/options.h"
@@ -28,7 +31,7 @@ class LiveSession {
   /// `patch`, `signals` and `manager` belong to the caller and must outlive the session. `routes` came from
   /// `patch`.
   LiveSession(const RunOptions& options, AudioDeviceInfo device, PatchSource& patch, Routes routes,
-              const SignalPipe& signals, const ServiceManager& manager);
+              const SignalPipe& signals, const ServiceManager& manager, DoorPlan doors);
   LiveSession(const LiveSession&) = delete;
   LiveSession& operator=(const LiveSession&) = delete;
   ~LiveSession();
@@ -45,11 +48,17 @@ class LiveSession {
   [[nodiscard]] Clock::time_point endTime() const;
   void handleSignals();
   void handleFile();
+  void handleControl();
   void handleDevice();
   void handleScheduling();
   /// Reads the IO thread's scheduling, and reports once if it is not real-time.
   void tellScheduling();
   void takeOver(const PatchResult& result);
+  /// Plays these routes from now on.
+  void play(Routes routes);
+  void readNames();
+  /// In how many cycles a change of the routes is to arrive.
+  [[nodiscard]] std::uint32_t rampSteps() const;
   void showMeters();
   void openMeters(Clock::time_point now);
   void printSummary() const;
@@ -64,7 +73,10 @@ class LiveSession {
   MeterBank bank_;
   CoreAudioEngine engine_;
   Publication publication_;
+  RampedPublication routePublication_;  // in front of the other
   DeviceEvents events_;
+  DoorPlan doors_;
+  std::unique_ptr<ControlDesk> desk_;  // null: all doors are closed
   RunReports reports_;
   std::unique_ptr<FileWatcher> watcher_;  // null: the file is not watched
   Debouncer fileDebouncer_;
@@ -78,6 +90,7 @@ class LiveSession {
   bool schedulingTold_ = false;
   bool ended_ = false;
   bool deviceTold_ = false;
+  bool reloadAsked_ = false;
   bool wasAlive_ = true;
   RemovedChannels removed_;
 };

@@ -30,6 +30,18 @@ void declareRun(CLI::App& program, RunOptions& options, ExitStatus& status) {
   command->add_option("--seconds", options.seconds, "stop by itself after this time")
       ->check(requireSensibleSeconds)
       ->type_name("N");
+  command->add_option("--osc", options.osc, "take control messages by OSC over UDP [closed]")
+      ->transform(name())
+      ->type_name("[ADDRESS:]PORT");
+  command->add_option("--token-file", options.tokenPath, "what clients must know; mode 0600")
+      ->transform(name())
+      ->type_name("FILE");
+  command->add_option("--scenes", options.sceneFolder, "a folder of patch files to recall and to save")
+      ->transform(name())
+      ->type_name("DIR");
+  command->add_option("--ramp", options.rampMs, "how long a change of the routes takes [0: one cycle]")
+      ->transform(wholeNumber(0, 10'000))
+      ->type_name("MS");
   command->callback([&] { status = runCommand(options); });
 }
 

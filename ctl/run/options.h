@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -21,6 +22,10 @@ struct RunOptions {
   bool watch = false;
   bool meters = false;
   std::optional<double> seconds;  // none: until a signal
+  std::string osc;                // [ADDRESS:]PORT; empty: closed
+  std::string tokenPath;          // empty: no token
+  std::string sceneFolder;        // empty: no scenes
+  std::uint32_t rampMs = 0;
 };
 
 /// Declares the command `run`. Parsing fills `options`, then runs the command and sets `status`. Both must

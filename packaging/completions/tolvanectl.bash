@@ -6,12 +6,12 @@ _tolvanectl() {
     COMPREPLY=()
 
     case $prev in
-    --patch | --report)
+    --patch | --report | --token-file | --scenes)
         compopt -o filenames
         mapfile -t COMPREPLY < <(compgen -f -- "$cur")
         return
         ;;
-    --device | --wait | --rate | --buffer | --periods | --outputs | --seconds | --minutes | --edits-per-minute) return ;;
+    --device | --wait | --rate | --buffer | --periods | --outputs | --seconds | --osc | --ramp | --minutes | --edits-per-minute) return ;;
     esac
 
     if [ "$COMP_CWORD" -eq 1 ]; then
@@ -21,7 +21,7 @@ _tolvanectl() {
         devices) options='--json --long --channels --watch --wait --help' ;;
         check) options='--device --wait --help' files=yes ;;
         render) options='--patch --outputs --buffer --partial --help' files=yes ;;
-        run) options='--patch --device --wait --rate --buffer --periods --watch --meters --seconds --help' ;;
+        run) options='--patch --device --wait --rate --buffer --periods --watch --meters --seconds --osc --token-file --scenes --ramp --help' ;;
         soak) options='--device --wait --minutes --edits-per-minute --report --full-speed --help' ;;
         aggregate)
             case ${COMP_WORDS[2]} in

@@ -35,6 +35,10 @@ complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l periods -x -d 'Bu
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l watch -d 'Take over changes of the patch file'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l meters -d 'Show levels'
 complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l seconds -x -d 'Stop after this time'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l osc -x -d 'Take commands by OSC'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l token-file -r -F -d 'What clients must know'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l scenes -x -a '(__fish_complete_directories)' -d 'Folder of scenes'
+complete -c tolvanectl -n '__fish_seen_subcommand_from run' -l ramp -x -d 'Milliseconds that a change takes'
 
 complete -c tolvanectl -n '__fish_seen_subcommand_from soak' -l minutes -x -d 'How long'
 complete -c tolvanectl -n '__fish_seen_subcommand_from soak' -l edits-per-minute -x -d 'Changes of the routes'

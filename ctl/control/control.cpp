@@ -1,0 +1,137 @@
+#include "ctl/control/control.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "core/routing/sounding_routes.h"
+#include "ctl/control/executor.h"
+#include "ctl/control/patch_text.h"
+
+namespace tolvane::ctl::control {
+
+namespace {
+
+constexpr std::chrono::seconds kStatusInterval{1};
+
+}  // namespace
+
+Control::Control(Config config, PatchSource& patch, const Routes& routes, Meter* meter)
+    : config_(std::move(config)),
+      patch_(patch),
+      fileText_(patch.text()),
+      list_(PatchText(fileText_, routes).routes()),
+      meters_(meter) {
+  if (config_.sceneFolder) scenes_.emplace(*config_.sceneFolder);
+}
+
+void Control::execute(const Command& command, const Sender& sender, const Reply& reply) {
+  if (edits_.empty()) sender_ = sender;
+  // Outside of a bundle the change is made before the reply, which has its number.
+  if (bundles_ > 0) return std::visit(Executor{*this, reply}, command);
+  std::visit(Executor{*this, reply}, command);
+  endChange();
+}
+
+void Control::apply(RouteEdit edit) {
+  list_.apply(edit);
+  edits_.push_back(std::move(edit));
+}
+
+Done Control::done() {
+  return {serial_ + (edits_.empty() ? 0 : 1)};
+}
+
+void Control::endChange() {
+  if (bundles_ == 0) commit();
+}
+
+void Control::commit() {
+  if (edits_.empty()) return;
+  history_.add(std::exchange(edits_, {}), sender_);
+  tellChange();
+}
+
+void Control::tellChange() {
+  ++serial_;
+  unpublished_ = true;
+  RoutesChanged changes = list_.takeChanges();
+  changes.serial = serial_;
+  changes.cause = std::exchange(cause_, Cause::edit);
+  tellAll(changes);
+}
+
+void Control::add(Listener& listener) {
+  listeners_.push_back(&listener);
+}
+
+void Control::remove(Listener& listener) {
+  std::erase(listeners_, &listener);
+}
+
+void Control::tellAll(const Event& event) const {
+  for (Listener* listener : listeners_) listener->tell(event);
+}
+
+void Control::takeOver(const Routes& routes) {
+  fileText_ = patch_.text();
+  std::vector<Route> fromFile = PatchText(fileText_, routes).routes();
+  if (fromFile != list_.routes()) {
+    commit();
+    sender_ = {};
+    cause_ = Cause::file;
+    apply(ReplaceRoutes{std::move(fromFile)});
+    commit();
+  }
+  savedSerial_ = serial_;
+}
+
+void Control::setLabels(std::vector<std::string> inputs, std::vector<std::string> outputs) {
+  config_.inputLabels = std::move(inputs);
+  config_.outputLabels = std::move(outputs);
+}
+
+void Control::deviceChanged() {
+  tellAll(StatusChanged{status()});
+}
+
+void Control::tick(Time now) {
+  writer_.finish();
+  const auto wants = [this](auto what) {
+    return std::any_of(listeners_.begin(), listeners_.end(),
+                       [what](const Listener* listener) { return (listener->*what)(); });
+  };
+  if (const auto meters = meters_.read(now, wants(&Listener::wantsMeters))) tellAll(*meters);
+  if (now < nextStatus_ || !wants(&Listener::wantsChanges)) return;
+  nextStatus_ = now + kStatusInterval;
+  tellAll(StatusChanged{status()});
+}
+
+std::optional<Control::Time> Control::due(Time now) const {
+  std::optional<Time> due;
+  for (const Listener* listener : listeners_) {
+    if (listener->wantsMeters()) due = std::min(due.value_or(Time::max()), meters_.due(now));
+    if (listener->wantsChanges()) due = std::min(due.value_or(Time::max()), nextStatus_);
+  }
+  return due;
+}
+
+bool Control::takeUnpublished() noexcept {
+  return std::exchange(unpublished_, false);
+}
+
+Status Control::status() const {
+  Status status;
+  status.device = config_.device();
+  status.serial = serial_;
+  status.routes = list_.routes().size();
+  status.heard = soundingRoutes(list_.connections()).size();
+  status.undoSteps = history_.undoSteps();
+  status.redoSteps = history_.redoSteps();
+  status.isSaved = serial_ == savedSerial_;
+  status.scene = scene_;
+  status.patchPath = patch_.path();
+  status.rampMs = config_.rampMs;
+  return status;
+}
+
+}  // namespace tolvane::ctl::control

@@ -1,0 +1,42 @@
+#include "ctl/control/meter_teller.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tolvane::ctl::control {
+
+namespace {
+
+/// The next cycle answers, so it is asked for this often.
+constexpr std::chrono::milliseconds kLook{2};
+/// A device that has not answered by then is asked at the next interval only.
+constexpr std::chrono::milliseconds kLongestLook{20};
+
+}  // namespace
+
+std::optional<Meters> MeterTeller::read(Time now, bool isWanted) {
+  if (meter_ == nullptr) return std::nullopt;
+  if (!isWanted) {
+    isStale_ = true;
+    return std::nullopt;
+  }
+  if (now >= next_) {
+    meter_->ask();
+    isAsked_ = true;
+    next_ = std::max(next_ + kInterval, now);
+  }
+  auto meters = meter_->take();
+  if (!meters) return std::nullopt;
+  isAsked_ = false;
+  clips_.hold(*meters);
+  if (!std::exchange(isStale_, false)) return meters;
+  next_ = now + kInterval;  // a whole interval for the first reading that is told
+  return std::nullopt;
+}
+
+MeterTeller::Time MeterTeller::due(Time now) const {
+  const bool isLooking = isAsked_ && now < next_ - kInterval + kLongestLook;
+  return isLooking ? std::min(next_, now + kLook) : next_;
+}
+
+}  // namespace tolvane::ctl::control
