@@ -6,7 +6,7 @@ set(page_scripts dom decibels geometry levels patch link desk gain_hand aria_win
   scenes dialogs lock main)
 list(TRANSFORM page_scripts APPEND .mjs)
 list(TRANSFORM page_scripts PREPEND ${CMAKE_CURRENT_LIST_DIR}/)
-set(TOLVANE_PAGE ${CMAKE_BINARY_DIR}/page/page.html)
+set(TOLVANE_PAGE ${CMAKE_BINARY_DIR}/page/page.html CACHE INTERNAL "the page of run --http")
 add_custom_command(
   OUTPUT ${TOLVANE_PAGE}
   COMMAND ${CMAKE_COMMAND} -D PAGE=${TOLVANE_PAGE} -D FOLDER=${CMAKE_CURRENT_LIST_DIR} -D "SCRIPTS=${page_scripts}"
