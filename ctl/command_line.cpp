@@ -10,6 +10,7 @@
 #include "ctl/arguments/words.h"
 #include "ctl/check/options.h"
 #include "ctl/devices/options.h"
+#include "ctl/remote/options.h"
 #include "ctl/render/options.h"
 #include "ctl/run/options.h"
 #include "ctl/soak/options.h"
@@ -28,6 +29,7 @@ struct Arguments {
   RunOptions run;
   SoakOptions soak;
   AggregateOptions aggregate;
+  RemoteOptions remote;
 };
 
 /// The message if a command or subcommand is missing or unknown; empty if one was given.
@@ -75,6 +77,7 @@ ExitStatus runCommandLine(int argc, char** argv) {
   declareRun(program, arguments.run, status);
   declareSoak(program, arguments.soak, status);
   declareAggregate(program, arguments.aggregate, status);
+  declareRemote(program, arguments.remote, status);
   try {
     program.parse(static_cast<int>(pointers.size()), pointers.data());
   } catch (const CLI::ParseError& error) {

@@ -12,14 +12,20 @@ namespace {
 
 constexpr double kMostSeconds = 1e9;
 
-/// The number of seconds; none if the text is no decimal number or is above kMostSeconds. std::strtod() alone
-/// would accept hexadecimal numbers, infinity and trailing text.
-std::optional<double> secondsOf(const std::string& text) {
+/// None if the text is no decimal number. std::strtod() alone would accept hexadecimal numbers, infinity and
+/// trailing text.
+std::optional<double> decimalOf(const std::string& text) {
   char* end = nullptr;
-  const double seconds = std::strtod(text.c_str(), &end);
+  const double number = std::strtod(text.c_str(), &end);
   const bool isDecimal = text.find_first_not_of("0123456789.eE+-") == std::string::npos;
   const bool isNumber = !text.empty() && isDecimal && end == text.c_str() + text.size();
-  return isNumber && seconds <= kMostSeconds ? std::optional(seconds) : std::nullopt;
+  return isNumber ? std::optional(number) : std::nullopt;
+}
+
+/// The number of seconds; none if the text is no decimal number or is above kMostSeconds.
+std::optional<double> secondsOf(const std::string& text) {
+  const auto seconds = decimalOf(text);
+  return seconds && *seconds <= kMostSeconds ? seconds : std::nullopt;
 }
 
 }  // namespace
@@ -37,6 +43,14 @@ CLI::Validator wholeNumber(int lowest, int highest) {
     return std::string();
   };
   return {check, ""};
+}
+
+std::string requireDecimal(const std::string& text) {
+  return decimalOf(text) ? "" : '"' + text + "\" is not a number";
+}
+
+std::string requireLevel(const std::string& text) {
+  return text == "off" || decimalOf(text) ? "" : '"' + text + "\" is not a number of decibels";
 }
 
 std::string requireWait(const std::string& text) {

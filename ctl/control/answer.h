@@ -92,7 +92,8 @@ struct RoutesChanged {
   bool operator==(const RoutesChanged&) const = default;
 };
 
-/// The device went or came back, changed its rate or its buffer, or a second has passed.
+/// The device went or came back, the routes or the scene changed, the patch was saved, or a second has
+/// passed.
 struct StatusChanged {
   Status status;
   bool operator==(const StatusChanged&) const = default;
@@ -113,12 +114,25 @@ struct Meters {
   bool operator==(const Meters&) const = default;
 };
 
+/// A scene was saved: these are all now.
+struct ScenesChanged {
+  std::vector<std::string> names;  // in order; UTF-8
+  bool operator==(const ScenesChanged&) const = default;
+};
+
+/// The device's channels have these names now. As in a RouteDump.
+struct NamesChanged {
+  std::vector<std::string> inputLabels;
+  std::vector<std::string> outputLabels;
+  bool operator==(const NamesChanged&) const = default;
+};
+
 /// The subscriber gets nothing any more until it subscribes again.
 struct Dropped {
   std::string why;
   bool operator==(const Dropped&) const = default;
 };
 
-using Event = std::variant<RoutesChanged, StatusChanged, Meters, Dropped>;
+using Event = std::variant<RoutesChanged, StatusChanged, ScenesChanged, NamesChanged, Meters, Dropped>;
 
 }  // namespace tolvane::ctl::control

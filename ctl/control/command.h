@@ -96,11 +96,20 @@ struct ResetClips {
   bool operator==(const ResetClips&) const = default;
 };
 
+/// Says the token. A door that needs none takes any.
+struct Hello {
+  std::string token;
+  bool operator==(const Hello&) const = default;
+};
+
 using Command =
     std::variant<SetRoute, SetGain, SetMute, SetLabel, RemoveRoute, RecallScene, SaveScene, ListScenes, Undo,
-                 Redo, Save, GetStatus, Dump, Subscribe, Unsubscribe, ResetClips>;
+                 Redo, Save, GetStatus, Dump, Subscribe, Unsubscribe, ResetClips, Hello>;
 
 /// The command's name, the same in OSC, after "/tolvane/", and in JSON: "route/gain". [any-thread]
 [[nodiscard]] const char* nameOf(const Command& command) noexcept;
+
+/// True for commands that read or write files, or have long answers. Doors take fewer of them. [any-thread]
+[[nodiscard]] bool takesLong(const Command& command) noexcept;
 
 }  // namespace tolvane::ctl::control

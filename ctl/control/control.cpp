@@ -12,6 +12,8 @@ namespace tolvane::ctl::control {
 namespace {
 
 constexpr std::chrono::seconds kStatusInterval{1};
+/// After a change.
+constexpr std::chrono::milliseconds kShortStatusInterval{100};
 
 }  // namespace
 
@@ -54,6 +56,7 @@ void Control::commit() {
 void Control::tellChange() {
   ++serial_;
   unpublished_ = true;
+  isStatusStale_ = true;
   RoutesChanged changes = list_.takeChanges();
   changes.serial = serial_;
   changes.cause = std::exchange(cause_, Cause::edit);
@@ -83,11 +86,18 @@ void Control::takeOver(const Routes& routes) {
     commit();
   }
   savedSerial_ = serial_;
+  isStatusStale_ = true;
 }
 
 void Control::setLabels(std::vector<std::string> inputs, std::vector<std::string> outputs) {
+  if (inputs == config_.inputLabels && outputs == config_.outputLabels) return;
   config_.inputLabels = std::move(inputs);
   config_.outputLabels = std::move(outputs);
+  tellAll(NamesChanged{config_.inputLabels, config_.outputLabels});
+}
+
+void Control::tellScenes() const {
+  if (auto names = scenes_->names()) tellAll(ScenesChanged{std::move(names).value()});
 }
 
 void Control::deviceChanged() {
@@ -101,8 +111,9 @@ void Control::tick(Time now) {
                        [what](const Listener* listener) { return (listener->*what)(); });
   };
   if (const auto meters = meters_.read(now, wants(&Listener::wantsMeters))) tellAll(*meters);
-  if (now < nextStatus_ || !wants(&Listener::wantsChanges)) return;
-  nextStatus_ = now + kStatusInterval;
+  if (now < nextStatus() || !wants(&Listener::wantsChanges)) return;
+  lastStatus_ = now;
+  isStatusStale_ = false;
   tellAll(StatusChanged{status()});
 }
 
@@ -110,9 +121,14 @@ std::optional<Control::Time> Control::due(Time now) const {
   std::optional<Time> due;
   for (const Listener* listener : listeners_) {
     if (listener->wantsMeters()) due = std::min(due.value_or(Time::max()), meters_.due(now));
-    if (listener->wantsChanges()) due = std::min(due.value_or(Time::max()), nextStatus_);
+    if (listener->wantsChanges()) due = std::min(due.value_or(Time::max()), nextStatus());
   }
   return due;
+}
+
+Control::Time Control::nextStatus() const noexcept {
+  if (isStatusStale_) return lastStatus_ + kShortStatusInterval;
+  return lastStatus_ + kStatusInterval;
 }
 
 bool Control::takeUnpublished() noexcept {

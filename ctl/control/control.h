@@ -59,7 +59,8 @@ class Control {
   Control(const Control&) = delete;
   Control& operator=(const Control&) = delete;
 
-  /// Executes a command and replies. Subscribe and Unsubscribe are the doors' own; they only get a Done.
+  /// Executes a command and replies. Subscribe, Unsubscribe and Hello are the doors' own; they only get a
+  /// Done.
   void execute(const Command& command, const Sender& sender, const Reply& reply);
 
   /// While it lives, all changes are one: one serial number, one undo step, one event. An Undo or Redo within
@@ -116,6 +117,8 @@ class Control {
   void commit();
   void tellChange();
   void tellAll(const Event& event) const;
+  void tellScenes() const;
+  [[nodiscard]] Time nextStatus() const noexcept;
   /// The answer to a command that has made its edits.
   [[nodiscard]] Done done();
 
@@ -136,7 +139,8 @@ class Control {
   Cause cause_ = Cause::edit;     // likewise
   int bundles_ = 0;
   bool unpublished_ = false;
-  Time nextStatus_;
+  Time lastStatus_;
+  bool isStatusStale_ = true;  // what was told is no longer true
 };
 
 }  // namespace tolvane::ctl::control

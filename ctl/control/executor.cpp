@@ -78,6 +78,7 @@ void Control::Executor::operator()(const RecallScene& command) const {
   auto scene = control.scenes_->read(command.scene);
   if (!scene) return refuse(scene.error().text);
   control.scene_ = scene.value().name;
+  control.isStatusStale_ = true;
   if (scene.value().routes != control.list_.routes()) {
     control.cause_ = Cause::scene;
     control.apply(ReplaceRoutes{std::move(scene).value().routes});
@@ -95,7 +96,9 @@ void Control::Executor::operator()(const SaveScene& command) const {
          .done = [&control = control, reply = reply, name = command.name](const auto& failure) {
            if (failure) return reply(Refusal{failure->text});
            control.scene_ = name;
+           control.isStatusStale_ = true;
            reply(Done{control.serial_});
+           control.tellScenes();
          }});
 }
 
@@ -128,6 +131,7 @@ void Control::Executor::operator()(const Save& /*command*/) const {
            control.fileText_ = text;
            control.patch_.noteSaved(text);
            control.savedSerial_ = serial;
+           control.isStatusStale_ = true;
            reply(Done{control.serial_});
          }});
 }
@@ -155,6 +159,10 @@ void Control::Executor::operator()(const Unsubscribe& /*command*/) const {
 
 void Control::Executor::operator()(const ResetClips& /*command*/) const {
   control.meters_.resetClips();
+  reply(Done{control.serial_});
+}
+
+void Control::Executor::operator()(const Hello& /*command*/) const {
   reply(Done{control.serial_});
 }
 

@@ -28,6 +28,7 @@ struct Control::Executor {
   void operator()(const Subscribe& command) const;
   void operator()(const Unsubscribe& command) const;
   void operator()(const ResetClips& command) const;
+  void operator()(const Hello& command) const;
 
  private:
   /// Changes all routes of the pair, and replies. False, without a reply, if there are none.

@@ -64,4 +64,8 @@ using RequestBundle = std::vector<Result<Request, RequestError>>;
 /// The text of an event. [any-thread]
 [[nodiscard]] std::string encodeEvent(const Event& event);
 
+/// What a door says first, to whoever connects: the program, and whether the token must be said before
+/// anything else. [any-thread]
+[[nodiscard]] std::string encodeWelcome(const std::string& program, bool needsToken);
+
 }  // namespace tolvane::ctl::control

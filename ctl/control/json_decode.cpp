@@ -148,6 +148,7 @@ constexpr Kind kKinds[] = {
     {"subscribe", [](Members& m) -> Command { return takeSubscription(m); }},
     {"unsubscribe", [](Members&) -> Command { return Unsubscribe{}; }},
     {"clips/reset", [](Members&) -> Command { return ResetClips{}; }},
+    {"hello", [](Members& m) -> Command { return Hello{m.text("token")}; }},
 };
 static_assert(std::size(kKinds) == std::variant_size_v<Command>);
 

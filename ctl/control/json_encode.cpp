@@ -103,6 +103,12 @@ struct EventJson {
             {"inputs", listJson(meters.inputs, &levelJson)},
             {"outputs", listJson(meters.outputs, &levelJson)}};
   }
+  TextJson operator()(const ScenesChanged& changed) const {
+    return {{"event", "scenes"}, {"scenes", changed.names}};
+  }
+  TextJson operator()(const NamesChanged& changed) const {
+    return {{"event", "names"}, {"inputs", changed.inputLabels}, {"outputs", changed.outputLabels}};
+  }
   TextJson operator()(const Dropped& dropped) const { return {{"event", "dropped"}, {"why", dropped.why}}; }
 };
 
@@ -130,6 +136,7 @@ struct CommandMembers {
     std::visit([this](const auto& scene) { json["scene"] = scene; }, command.scene);
   }
   void operator()(const SaveScene& command) const { json["scene"] = command.name; }
+  void operator()(const Hello& command) const { json["token"] = command.token; }
   void operator()(const Subscribe& command) const {
     json["changes"] = command.changes;
     json["meters"] = command.meters;
@@ -177,6 +184,10 @@ std::string encodeAnswer(const RequestError& error) {
 
 std::string encodeEvent(const Event& event) {
   return textOf(std::visit(EventJson{}, event));
+}
+
+std::string encodeWelcome(const std::string& program, bool needsToken) {
+  return textOf({{"event", "welcome"}, {"program", program}, {"token", needsToken}});
 }
 
 }  // namespace tolvane::ctl::control

@@ -13,7 +13,7 @@ std::atomic<LevelBank*> currentLevelBank{nullptr};
 
 float finite(double level) {
   constexpr float kLargest = std::numeric_limits<float>::max();
-  return level <= kLargest ? static_cast<float>(level) : kLargest;  // also for NaN
+  return level <= static_cast<double>(kLargest) ? static_cast<float>(level) : kLargest;  // also for NaN
 }
 
 }  // namespace

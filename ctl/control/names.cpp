@@ -9,7 +9,7 @@ namespace {
 constexpr const char* kCommandNames[] = {
     "route",      "route/gain", "route/mute",  "route/label", "route/remove", "scene",
     "scene/save", "scenes",     "undo",        "redo",        "save",         "status",
-    "dump",       "subscribe",  "unsubscribe", "clips/reset",
+    "dump",       "subscribe",  "unsubscribe", "clips/reset", "hello",
 };
 static_assert(std::size(kCommandNames) == std::variant_size_v<Command>);
 
@@ -17,6 +17,12 @@ static_assert(std::size(kCommandNames) == std::variant_size_v<Command>);
 
 const char* nameOf(const Command& command) noexcept {
   return kCommandNames[command.index()];
+}
+
+bool takesLong(const Command& command) noexcept {
+  return std::holds_alternative<Dump>(command) || std::holds_alternative<RecallScene>(command) ||
+         std::holds_alternative<SaveScene>(command) || std::holds_alternative<ListScenes>(command) ||
+         std::holds_alternative<Save>(command);
 }
 
 const char* nameOf(Cause cause) noexcept {

@@ -21,6 +21,9 @@ class Token {
   /// [not-io]
   [[nodiscard]] static Result<Token, Failure> read(const std::string& path);
 
+  /// The secret itself, for a client that must say it. [any-thread]
+  [[nodiscard]] const std::string& secret() const noexcept { return secret_; }
+
   /// True if the text is the secret. The time it takes depends on the length of the text only. [any-thread]
   [[nodiscard]] bool matches(std::string_view text) const noexcept;
 

@@ -145,6 +145,7 @@ constexpr Kind kKinds[] = {
     {"subscribe", &takeSubscription},
     {"unsubscribe", &takeUnsubscription},
     {"clips/reset", [](Arguments&) -> Command { return ResetClips{}; }},
+    {"hello", [](Arguments& a) -> Command { return Hello{a.text("the token")}; }},
 };
 static_assert(std::size(kKinds) == std::variant_size_v<Command>);
 

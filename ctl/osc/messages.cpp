@@ -127,6 +127,19 @@ struct EventMessages {
   std::vector<Message> operator()(const StatusChanged& changed) const {
     return {{"/tolvane/event/status", statusArguments(changed.status)}};
   }
+  std::vector<Message> operator()(const ScenesChanged& changed) const {
+    std::vector<Message> messages = {{"/tolvane/event/scenes", {number(changed.names.size())}}};
+    for (std::size_t i = 0; i < changed.names.size(); ++i)
+      messages.push_back({"/tolvane/event/scene", {number(i + 1), changed.names[i]}});
+    return messages;
+  }
+  std::vector<Message> operator()(const NamesChanged& changed) const {
+    std::vector<Message> messages = {
+        {"/tolvane/event/names", {number(changed.inputLabels.size()), number(changed.outputLabels.size())}}};
+    appendLabels(messages, "/tolvane/event/input", changed.inputLabels);
+    appendLabels(messages, "/tolvane/event/output", changed.outputLabels);
+    return messages;
+  }
   std::vector<Message> operator()(const Meters& meters) const {
     std::vector<Message> messages;
     appendLevels(messages, "/tolvane/event/inputs", meters.inputs);

@@ -57,13 +57,6 @@ sockaddr_storage withPort(sockaddr_storage address, std::optional<std::uint16_t>
   return address;
 }
 
-/// True for commands that read or write files, or have long answers.
-bool takesLong(const Command& command) {
-  return std::holds_alternative<Dump>(command) || std::holds_alternative<RecallScene>(command) ||
-         std::holds_alternative<SaveScene>(command) || std::holds_alternative<ListScenes>(command) ||
-         std::holds_alternative<Save>(command);
-}
-
 Result<OpenDoor, Failure> bound(Control& control, int socket, const ListenAddress& address,
                                 std::optional<Token> token) {
   constexpr int kBufferBytes = 1 << 20;
@@ -165,14 +158,13 @@ void UdpDoor::handle(const Message& message, const Sender& sender) {
 }
 
 void UdpDoor::hello(const Message& message, const Sender& sender) {
-  const auto refused = [&](const char* why) { refuse(sender, message.address, why); };
+  const auto refused = [&](const std::string& why) { refuse(sender, message.address, why); };
+  const auto command = commandOf(message);
+  if (!command) return refused(command.error());
   if (token_) {
-    const auto& arguments = message.arguments;
-    const auto* text = arguments.size() == 1 ? std::get_if<std::string>(&arguments[0]) : nullptr;
-    if (text == nullptr) return refused("the token is missing");
     // Guesses beyond the rate are refused unread.
     if (!sender.host->guesses.take(sender.now)) return refused("too many attempts; wait a few seconds");
-    if (!token_->matches(*text)) return refused("the token is wrong");
+    if (!token_->matches(std::get<Hello>(command.value()).token)) return refused("the token is wrong");
     if (!hosts_.trust(*sender.host)) return refused("there are 16 clients already");
   }
   answer(sender.address, message.address, Done{control_.serial()});

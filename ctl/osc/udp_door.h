@@ -6,10 +6,10 @@
 #include <string>
 #include <vector>
 
+#include "ctl/doors/hosts.h"
 #include "ctl/doors/token.h"
 #include "ctl/doors/token_bucket.h"
 #include "ctl/osc/door.h"
-#include "ctl/osc/hosts.h"
 #include "ctl/osc/packet.h"
 #include "ctl/osc/subscribers.h"
 

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "ctl/devices/property.h"
+#include "ctl/http/door.h"
 #include "ctl/osc/door.h"
 #include "ctl/terminal/messages.h"
 
@@ -47,12 +48,21 @@ ControlDesk::~ControlDesk() {
 }
 
 std::optional<Failure> ControlDesk::open(const DoorPlan& plan) {
-  if (!plan.osc) return std::nullopt;
-  auto opened = osc::openDoor(control_, *plan.osc, plan.token);
-  if (!opened) return opened.error();
-  osc::OpenDoor door = std::move(opened).value();
-  say("OSC at " + door.address.text() + (plan.token ? ", with the token" : ""));
-  doors_.push_back(std::move(door.door));
+  const std::string secured = plan.token ? ", with the token" : "";
+  if (plan.osc) {
+    auto opened = osc::openDoor(control_, *plan.osc, plan.token);
+    if (!opened) return opened.error();
+    osc::OpenDoor door = std::move(opened).value();
+    say("OSC at " + door.address.text() + secured);
+    doors_.push_back(std::move(door.door));
+  }
+  if (plan.http) {
+    auto opened = http::openDoor(control_, {*plan.http, plan.token, plan.tls});
+    if (!opened) return opened.error();
+    http::OpenDoor door = std::move(opened).value();
+    say((plan.tls ? "https://" : "http://") + door.address.text() + '/' + secured);
+    doors_.push_back(std::move(door.door));
+  }
   return std::nullopt;
 }
 

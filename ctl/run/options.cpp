@@ -33,6 +33,15 @@ void declareRun(CLI::App& program, RunOptions& options, ExitStatus& status) {
   command->add_option("--osc", options.osc, "take control messages by OSC over UDP [closed]")
       ->transform(name())
       ->type_name("[ADDRESS:]PORT");
+  command->add_option("--http", options.http, "serve a page for browsers, and a WebSocket [closed]")
+      ->transform(name())
+      ->type_name("[ADDRESS:]PORT");
+  command->add_option("--tls-cert", options.tlsCertificate, "encrypt --http with this certificate (PEM)")
+      ->transform(name())
+      ->type_name("FILE");
+  command->add_option("--tls-key", options.tlsKey, "the certificate's key (PEM)")
+      ->transform(name())
+      ->type_name("FILE");
   command->add_option("--token-file", options.tokenPath, "what clients must know; mode 0600")
       ->transform(name())
       ->type_name("FILE");

@@ -23,8 +23,11 @@ struct RunOptions {
   bool meters = false;
   std::optional<double> seconds;  // none: until a signal
   std::string osc;                // [ADDRESS:]PORT; empty: closed
-  std::string tokenPath;          // empty: no token
-  std::string sceneFolder;        // empty: no scenes
+  std::string http;               // likewise
+  std::string tlsCertificate;     // PEM files for HTTP; empty: no TLS
+  std::string tlsKey;
+  std::string tokenPath;    // empty: no token
+  std::string sceneFolder;  // empty: no scenes
   std::uint32_t rampMs = 0;
 };
 

@@ -40,6 +40,7 @@ const Row kRequests[] = {
     {R"({"command":"subscribe","changes":true,"meters":false})", Subscribe{true, false}},
     {R"({"command":"unsubscribe"})", Unsubscribe{}},
     {R"({"command":"clips/reset"})", ResetClips{}},
+    {R"({"command":"hello","token":"0123456789abcdef"})", Hello{"0123456789abcdef"}},
 };
 static_assert(std::size(kRequests) == std::variant_size_v<Command> + 2);
 
@@ -100,6 +101,8 @@ const Bad kBadRequests[] = {
     {R"({"command":"scene","scene":0})", "\"scene\" must be"},
     {R"({"command":"scene/save","scene":1})", "\"scene\" must be a string"},
     {R"({"command":"subscribe","meters":1})", "\"meters\" must be true or false"},
+    {R"({"command":"hello"})", "\"token\" is missing"},
+    {R"({"command":"hello","token":7})", "\"token\" must be a string"},
 };
 
 TEST(Json, AWrongRequestIsSaidToBeSo) {
@@ -191,6 +194,11 @@ std::vector<std::pair<std::string, std::string>> events() {
       {encodeEvent(Meters{{{0.5F, 0.25F, false}}, {{1.5F, 1.0F, true}}}),
        R"({"event":"meters","inputs":[{"peak":0.5,"rms":0.25,"clip":false}],)"
        R"("outputs":[{"peak":1.5,"rms":1.0,"clip":true}]})"},
+      {encodeEvent(ScenesChanged{{"1 Intro", "Verse"}}),
+       R"({"event":"scenes","scenes":["1 Intro","Verse"]})"},
+      {encodeEvent(NamesChanged{{"Vox", ""}, {}}), R"({"event":"names","inputs":["Vox",""],"outputs":[]})"},
+      {encodeWelcome("tolvanectl 1.2", true),
+       R"({"event":"welcome","program":"tolvanectl 1.2","token":true})"},
       {encodeEvent(Dropped{"too slow"}), R"({"event":"dropped","why":"too slow"})"},
   };
 }

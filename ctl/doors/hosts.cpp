@@ -1,9 +1,9 @@
-#include "ctl/osc/hosts.h"
+#include "ctl/doors/hosts.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace tolvane::ctl::osc {
+namespace tolvane::ctl {
 
 namespace {
 
@@ -50,4 +50,4 @@ bool Hosts::trust(Host& host) {
   return host.isTrusted;
 }
 
-}  // namespace tolvane::ctl::osc
+}  // namespace tolvane::ctl

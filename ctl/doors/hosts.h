@@ -9,7 +9,7 @@
 
 #include "ctl/doors/token_bucket.h"
 
-namespace tolvane::ctl::osc {
+namespace tolvane::ctl {
 
 /// What is known of the machines that send. A machine is its IP address, whatever the port: a script sends
 /// each message from a new port. [main-thread]
@@ -48,4 +48,4 @@ class Hosts {
   std::list<Host> hosts_;  // the last heard one first
 };
 
-}  // namespace tolvane::ctl::osc
+}  // namespace tolvane::ctl
