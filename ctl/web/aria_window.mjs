@@ -86,13 +86,19 @@ export class AriaWindow {
   #describe(element, input, output) {
     const { patch, selection } = this.desk;
     const set = (name, value) => { if (element.getAttribute(name) !== value) element.setAttribute(name, value); };
-    if (!input) return set('aria-label', `Output ${channelText(patch.outputs, output)}`);
-    if (!output) return set('aria-label', `Input ${channelText(patch.inputs, input)}`);
+    if (!input) return this.#name(element, `Output ${channelText(patch.outputs, output)}`);
+    if (!output) return this.#name(element, `Input ${channelText(patch.inputs, input)}`);
     const isSelected = input === selection.input && output === selection.output;
     set('aria-label', cellName(patch, this.desk.route(input, output), { input, output }));
     set('aria-selected', `${isSelected}`);
     set('tabindex', isSelected ? '0' : '-1');
     set('data-cell', `${input} ${output}`);
+  }
+
+  // Headers have a text, which nobody sees: the canvas shows it.
+  #name(header, text) {
+    if (header.textContent === text) return;
+    header.replaceChildren(Object.assign(document.createElement('span'), { className: 'hidden-text', textContent: text }));
   }
 
   #removeOthers(wanted) {

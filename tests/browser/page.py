@@ -24,6 +24,7 @@ def open_browser(width, height, touch=False, trace=False, scale=1):
         options.add_experimental_option("perfLoggingPrefs", {
             "enableNetwork": False, "enablePage": False, "traceCategories": "toplevel,devtools.timeline"})
     driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
+    driver.set_script_timeout(LIMIT_S)
     driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
         "width": width, "height": height, "deviceScaleFactor": scale, "mobile": touch})
     driver.execute_cdp_cmd("Emulation.setTouchEmulationEnabled", {"enabled": touch, "maxTouchPoints": 5 if touch else 1})

@@ -26,6 +26,8 @@ STATES = {
 
 
 class Access(unittest.TestCase):
+    maxDiff = None
+
     @classmethod
     def setUpClass(cls):
         with open(os.environ["TOLVANE_AXE"], encoding="utf-8") as file:
@@ -40,23 +42,30 @@ class Access(unittest.TestCase):
         self.addCleanup(page.close)
         return page
 
-    def assert_no_violation(self, page, state):
-        page.run(self.axe)
-        found = page.driver.execute_async_script("""
-            const done = arguments[0];
+    @staticmethod
+    def violations(page, state):
+        page.run(Access.axe)
+        return page.driver.execute_async_script("""
+            const [state, done] = arguments;
             axe.run(document, { runOnly: ['wcag2a', 'wcag2aa', 'wcag21a', 'wcag21aa', 'wcag22aa', 'best-practice'] })
-              .then(({ violations }) => done(violations.map(({ id, nodes }) => [id, nodes.map(({ html, failureSummary }) => [html, failureSummary])])));""")
-        self.assertEqual(found, [], state)
+              .then(({ violations }) => done(violations.flatMap(({ id, nodes }) =>
+                nodes.map(({ html, failureSummary }) => [state, id, html, failureSummary]))));""", state)
+
+    @staticmethod
+    def states(page):
+        """Brings the page into each of its states, and names it."""
+        for state, script in STATES.items():
+            page.run("localStorage.clear()")
+            page.driver.refresh()
+            page.wait_for_link("live")
+            page.run(script)
+            yield state
 
     def test_axe_finds_no_violation(self):
         for width, height in SIZES:
-            for state, script in STATES.items():
-                page = Page(self.stage.url, width=width, height=height)
-                try:
-                    page.run(script)
-                    self.assert_no_violation(page, f"{state} at {width}x{height}")
-                finally:
-                    page.close()
+            page = self.open(width=width, height=height)
+            for state in self.states(page):
+                self.assertEqual(self.violations(page, f"{state} at {width}x{height}"), [])
 
     def test_axe_finds_no_violation_without_a_connection_or_a_token(self):
         stage = Stage(routes=[route(1, 1)], token="a-secret-of-the-stage")
@@ -64,12 +73,12 @@ class Access(unittest.TestCase):
         page = Page(stage.url, wait=False)
         self.addCleanup(page.close)
         page.wait_until(lambda: page.find("#token-dialog").is_displayed(), "the token is asked for")
-        self.assert_no_violation(page, "token")
+        self.assertEqual(self.violations(page, "token"), [])
         page.find("#token").send_keys("a-secret-of-the-stage", Keys.ENTER)
         page.wait_for_link("live")
         stage.kill()
         page.wait_for_link("lost")
-        self.assert_no_violation(page, "no connection")
+        self.assertEqual(self.violations(page, "no connection"), [])
         stage.start()
 
     def test_the_matrix_is_a_grid_of_few_elements(self):
@@ -120,10 +129,7 @@ class Access(unittest.TestCase):
     def test_targets_are_44_pixels(self):
         for width, height in SIZES:
             page = self.open(width=width, height=height, touch=width < 1900)
-            for state, script in STATES.items():
-                page.driver.refresh()
-                page.wait_for_link("live")
-                page.run(f"localStorage.clear(); {script}")
+            for state in self.states(page):
                 small = page.run("""
                     return [...document.querySelectorAll('button, input:not([type=checkbox]), select, [role=slider], [role=gridcell]')]
                       .map((element) => [element, element.getBoundingClientRect()])
@@ -133,10 +139,7 @@ class Access(unittest.TestCase):
 
     def test_nothing_lies_outside_a_small_screen(self):
         page = self.open(width=390, height=844, touch=True)
-        for state, script in STATES.items():
-            page.driver.refresh()
-            page.wait_for_link("live")
-            page.run(f"localStorage.clear(); {script}")
+        for state in self.states(page):
             outside = page.run("""
                 return [...document.querySelectorAll('header *, #scene-save, .bar *, #strip, #strip *, dialog *')]
                   .map((element) => [element, element.getBoundingClientRect()])
