@@ -91,11 +91,14 @@ class Stage:
 
     def _ask(self, word):
         self.process.stdin.write(word + "\n")
-        line = self.process.stdout.readline().split()
-        if word != "go":
-            self.cycle = int(line[1])
-            return [float(sample) for sample in line[2:]]
-        return None
+        for line in self.process.stdout:  # the program traces its start here
+            words = line.split()
+            if word == "go" and words == ["going"]:
+                return None
+            if word != "go" and words[:1] == ["cycle"]:
+                self.cycle = int(words[1])
+                return [float(sample) for sample in words[2:]]
+        raise AssertionError("the program ended")
 
     def hold(self):
         """Holds the device in the cycle that runs. The samples are those of the outputs in it."""
