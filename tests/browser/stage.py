@@ -97,7 +97,7 @@ class Stage:
                 return None
             if word != "go" and words[:1] == ["cycle"]:
                 self.cycle = int(words[1])
-                return [float(sample) for sample in words[2:]]
+                return [single(float(sample)) for sample in words[2:]]
         raise AssertionError("the program ended")
 
     def hold(self):
