@@ -34,6 +34,9 @@ struct VirtualDeviceConfig {
   std::string name = "Tolvane Virtual Device";
   StreamLayout inputStreams = {2, 16};
   StreamLayout outputStreams = StreamLayout(20, 1);
+  /// The names of the channels, in order. May end early; an empty one is none.
+  std::vector<std::string> inputNames;
+  std::vector<std::string> outputNames;
   double sampleRateHz = 48000.0;
   std::uint32_t bufferFrames = 512;
   /// Indices of streams whose buffers have no data, as on a device that has turned a stream off.

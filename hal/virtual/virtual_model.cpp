@@ -20,6 +20,12 @@ bool indicesAllowed(const std::vector<std::size_t>& indices, const StreamLayout&
   return std::all_of(indices.begin(), indices.end(), [&](std::size_t i) { return i < streams.size(); });
 }
 
+std::vector<ChannelInfo> channelsNamed(const std::vector<std::string>& names) {
+  std::vector<ChannelInfo> channels;
+  for (const std::string& name : names) channels.push_back({.name = name});
+  return channels;
+}
+
 bool allowed(const VirtualDeviceConfig& config) {
   return channelsAllowed(config.inputStreams) && channelsAllowed(config.outputStreams) &&
          indicesAllowed(config.inputStreamsWithoutData, config.inputStreams) &&
@@ -57,6 +63,8 @@ DeviceInfo VirtualModel::info() const {
   info.transportType = kAudioDeviceTransportTypeVirtual;
   info.inputStreams = is.inputStreams;
   info.outputStreams = is.outputStreams;
+  info.inputs = channelsNamed(is.inputNames);
+  info.outputs = channelsNamed(is.outputNames);
   info.sampleRateHz = is.sampleRateHz;
   info.bufferFrames = bufferFrames();
   info.minBufferFrames = std::min(kMinBufferFrames, is.bufferFrames);

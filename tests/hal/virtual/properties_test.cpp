@@ -45,6 +45,28 @@ TEST_F(VirtualDeviceProperties, areAtOnceWhatItWasConfiguredToBe) {
   EXPECT_EQ(deviceList().back(), device_);
 }
 
+TEST_F(VirtualDeviceProperties, channelsHaveTheNamesThatTheyWereGiven) {
+  hal::VirtualDeviceConfig config;
+  config.inputNames = {"Kick", "", "Vox"};
+  config.outputNames = {"Wedge"};
+  ASSERT_EQ(hal::configureVirtualDevice(config), noErr);
+  const auto nameOf = [this](AudioObjectPropertyScope scope, AudioObjectPropertyElement channel) {
+    const AudioObjectPropertyAddress where{kAudioObjectPropertyElementName, scope, channel};
+    CFStringRef name = nullptr;
+    UInt32 size = sizeof name;
+    if (AudioObjectGetPropertyData(device_, &where, 0, nullptr, &size, &name) != noErr)
+      return std::string("none");
+    std::string text = textOf(name);
+    CFRelease(name);
+    return text;
+  };
+  EXPECT_EQ(nameOf(kAudioObjectPropertyScopeInput, 1), "Kick");
+  EXPECT_EQ(nameOf(kAudioObjectPropertyScopeInput, 2), "none");
+  EXPECT_EQ(nameOf(kAudioObjectPropertyScopeInput, 3), "Vox");
+  EXPECT_EQ(nameOf(kAudioObjectPropertyScopeInput, 4), "none");
+  EXPECT_EQ(nameOf(kAudioObjectPropertyScopeOutput, 1), "Wedge");
+}
+
 TEST_F(VirtualDeviceProperties, layoutsUpTo1024ChannelsAreRead) {
   for (const std::vector<UInt32>& streams :
        {std::vector<UInt32>{1}, {1024}, std::vector<UInt32>(1024, 1), {0, 512, 1, 511}}) {

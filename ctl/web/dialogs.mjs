@@ -1,0 +1,102 @@
+// The small windows: the token, a new route, a scene's name, the keys.
+import { find } from './dom.mjs';
+import { fillChannels } from './list.mjs';
+
+const kTokenKey = 'tolvane-token';
+
+function remember(token) {
+  try {
+    if (token === null) sessionStorage.removeItem(kTokenKey);
+    else sessionStorage.setItem(kTokenKey, token);
+  } catch { /* a browser that keeps nothing asks again */ }
+}
+
+function remembered() {
+  try {
+    return sessionStorage.getItem(kTokenKey);
+  } catch {
+    return null;
+  }
+}
+
+// The token of the address's fragment, which browsers send nowhere. It is taken out of the address at once.
+function tokenOfAddress() {
+  const token = new URLSearchParams(location.hash.slice(1)).get('token');
+  if (token !== null) history.replaceState(null, '', location.pathname);
+  return token;
+}
+
+// Opens a dialog whose form calls `done` when it is sent.
+function prepare(id, done) {
+  const dialog = find(id);
+  dialog.querySelector('form')?.addEventListener('submit', (event) => {
+    event.preventDefault();
+    dialog.close();
+    done();
+  });
+  for (const button of dialog.querySelectorAll('.cancel')) button.addEventListener('click', () => dialog.close());
+  return dialog;
+}
+
+export class TokenDialog {
+  constructor(desk) {
+    this.field = find('token');
+    this.why = find('token-why');
+    this.dialog = prepare('token-dialog', () => {
+      remember(this.field.value);
+      desk.link.sayToken(this.field.value);
+    });
+    this.dialog.addEventListener('cancel', (event) => event.preventDefault()); // nothing to see without it
+    desk.listen('token', (why) => this.#ask(why));
+    desk.listen('link', (state) => { if (state === 'live') this.why.textContent = ''; });
+    desk.link.token = tokenOfAddress() ?? remembered();
+    if (desk.link.token !== null) remember(desk.link.token);
+  }
+
+  #ask(why) {
+    if (why) {
+      remember(null);
+      this.why.textContent = `Not accepted: ${why}`;
+    }
+    if (!this.dialog.open) this.dialog.showModal();
+    this.field.select();
+  }
+}
+
+export class AddDialog {
+  constructor(desk, select) {
+    Object.assign(this, { input: find('add-input'), output: find('add-output') });
+    const at = () => [Number(this.input.value), Number(this.output.value)];
+    this.dialog = prepare('add-dialog', () => {
+      desk.addRoute(...at(), find('add-silent').checked ? 0 : 1);
+      select(...at());
+    });
+    desk.listen('names', () => {
+      fillChannels(this.input, desk.patch.inputs);
+      fillChannels(this.output, desk.patch.outputs);
+    });
+    desk.listen('add', ({ input, output }) => {
+      if (input) this.input.value = input;
+      if (output) this.output.value = output;
+      this.dialog.showModal();
+    });
+  }
+}
+
+export class SceneDialog {
+  constructor(desk) {
+    this.field = find('scene-name');
+    this.dialog = prepare('scene-dialog', () => desk.saveScene(this.field.value.trim()));
+  }
+
+  ask(name) {
+    this.field.value = name;
+    this.dialog.showModal();
+    this.field.select();
+  }
+}
+
+export function prepareHelp() {
+  const dialog = prepare('help-dialog', () => {});
+  find('help').addEventListener('click', () => dialog.showModal());
+}

@@ -1,0 +1,3 @@
+export function find(id) {
+  return document.getElementById(id);
+}

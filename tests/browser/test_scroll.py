@@ -1,0 +1,63 @@
+"""128 x 128 cells scrolled at 60 frames a second, with full meters and a route in every other cell.
+
+The browser's own trace tells what each frame cost. What counts is the processor time of the page's thread, not the pace of the
+machine."""
+
+import statistics
+import unittest
+
+from page import Page, messages_of_trace
+from stage import Stage, route
+
+FRAME_MS = 1000 / 60
+
+
+def costs_of_frames(events):
+    """The processor time of the page's thread in each frame, in milliseconds."""
+    events = list(events)
+    begins = [each for each in events if each["name"] == "FireAnimationFrame"]
+    threads = {(each["pid"], each["tid"]) for each in begins}
+    assert len(threads) == 1, "one page draws"
+    tasks = sorted((each for each in events if each["name"] == "RunTask" or each["name"] == "ThreadControllerImpl::RunTask"),
+                   key=lambda each: each["ts"])
+    tasks = [each for each in tasks if (each["pid"], each["tid"]) in threads and "tdur" in each]
+    costs, at = [], 0
+    frames = sorted(each["ts"] for each in begins)
+    for until in frames[1:]:
+        cost = 0.0
+        while at < len(tasks) and tasks[at]["ts"] < until:
+            cost += tasks[at]["tdur"] / 1000
+            at += 1
+        costs.append(cost)
+    return costs
+
+
+class Scroll(unittest.TestCase):
+    def test_every_frame_costs_less_than_a_sixtieth_of_a_second(self):
+        routes = [route(source, target, 0.5, active=target % 4 != 0)
+                  for source in range(1, 129) for target in range(1 + source % 2, 129, 2)]
+        stage = Stage(routes=routes, inputs=128, outputs=128, signal="band",
+                      **{f"{side}-names": ",".join(f"{side} {n}" for n in range(1, 129)) for side in ("input", "output")})
+        self.addCleanup(stage.end)
+        for width, height in ((1180, 820), (1920, 1080)):
+            self.scroll(stage, width, height)
+
+    def scroll(self, stage, width, height):
+        page = Page(stage.url, width=width, height=height, trace=True)
+        try:
+            page.driver.get_log("performance")  # what loading cost is not asked
+            x, y = page.point_of_cell(6, 6)
+            for distance in ((0, -3000), (-3000, 0), (2500, 2500), (-2000, -1500)):
+                page.driver.execute_cdp_cmd("Input.synthesizeScrollGesture", {
+                    "x": x, "y": y, "xDistance": distance[0], "yDistance": distance[1], "speed": 3000, "gestureSourceType": "mouse"})
+            costs = costs_of_frames(messages_of_trace(page.driver.get_log("performance")))
+            self.assertGreater(page.run("const { scrollLeft, scrollTop } = document.getElementById('scroller'); return scrollLeft + scrollTop"), 1000)
+        finally:
+            page.close()
+        print(f"{width}x{height}: {len(costs)} frames, median {statistics.median(costs):.2f} ms, worst {max(costs):.2f} ms;", end=" ", flush=True)
+        self.assertGreater(len(costs), 30)
+        self.assertLess(max(costs), FRAME_MS)
+
+
+if __name__ == "__main__":
+    unittest.main()
