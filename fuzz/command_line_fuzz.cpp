@@ -12,6 +12,7 @@
 #include "ctl/check/command.h"
 #include "ctl/command_line.h"
 #include "ctl/devices/command.h"
+#include "ctl/remote/command.h"
 #include "ctl/render/command.h"
 #include "ctl/run/command.h"
 #include "ctl/soak/command.h"
@@ -84,6 +85,12 @@ ExitStatus soakCommand(const SoakOptions& options) {
   checkWait(options.waitSeconds);
   require(options.minutes > 0.0 && options.minutes <= 1e9);
   require(options.editsPerMinute >= 0 && options.editsPerMinute <= 1'000'000);
+  return ran();
+}
+
+ExitStatus remoteCommand(const RemoteOptions& options) {
+  require(!options.address.empty());
+  require(options.watch != options.command.has_value());
   return ran();
 }
 
