@@ -24,7 +24,7 @@ export class Fader {
       target, isUpright, travel: length, mayTurn: () => document.activeElement === element,
     });
     element.addEventListener('keydown', (event) => { if (this.hand.key(event, { arrows: true })) event.preventDefault(); });
-    element.addEventListener('click', () => this.#tap(target()));
+    element.addEventListener('click', (event) => this.#tap(target(), event.timeStamp));
   }
 
   #mark(db) {
@@ -35,9 +35,9 @@ export class Fader {
     return mark;
   }
 
-  #tap({ input, output }) {
+  #tap({ input, output }, time) {
     this.element.focus({ preventScroll: true });
-    if (!this.hand.wasDragged && this.hand.isSecondTap()) this.desk.toZero(input, output);
+    if (!this.hand.wasDragged && this.hand.isSecondTap(time)) this.desk.toZero(input, output);
   }
 
   // Shows a route; null is none.

@@ -98,8 +98,8 @@ export class GainHand {
     this.#set(stepped(this.route.db, whole), this.steps.gesture());
   }
 
-  // Tells if a tap here is the second one of a double tap.
-  isSecondTap(now = performance.now()) {
+  // Tells if a tap here is the second one of a double tap. `now` is the tap's own time: the page may be late.
+  isSecondTap(now) {
     const { input, output } = this.target();
     const last = this.tapped;
     this.tapped = { input, output, at: now };

@@ -162,7 +162,7 @@ export class Matrix {
     this.select(cell.input, cell.output);
     this.focus();
     if (this.#isOverview) return void this.desk.tell('zoom', 'normal');
-    if (this.hand.isSecondTap()) this.desk.toZero(cell.input, cell.output);
+    if (this.hand.isSecondTap(event.timeStamp)) this.desk.toZero(cell.input, cell.output);
   }
 
   #key(event) {

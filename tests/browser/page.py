@@ -116,6 +116,11 @@ class Page:
         self.touch("touchStart", (x, y))
         self.touch("touchEnd")
 
+    def double_tap(self, x, y):
+        """Two taps, which the browser spaces: the test's own pace does not matter."""
+        self.driver.execute_cdp_cmd("Input.synthesizeTapGesture", {
+            "x": x, "y": y, "duration": 20, "tapCount": 2, "gestureSourceType": "touch"})
+
     def middle_of(self, selector):
         return self.run("""
             const box = document.querySelector(arguments[0]).getBoundingClientRect();

@@ -1,12 +1,12 @@
-// The whole command `run` with a stage around it that a test directs: a virtual device whose cycles wait for the test.
+// The whole command `run` with a stage around it that a test directs: a virtual device whose cycles wait for
+// the test.
 //
 //   browser_stage http=ADDRESS:PORT patch=FILE [scenes=DIR] [token=FILE] [inputs=N] [outputs=N] [name=TEXT]
 //                 [input-names=A,B...] [output-names=...] [signal=ones|band]
 //
 // Lines on standard input, each answered by one line on standard output:
-//   hold   lets the present cycle be the last one: "cycle NUMBER SAMPLE SAMPLE ...", one sample for each output
-//   step   lets one more cycle pass: likewise
-//   go     lets all cycles pass again: "going"
+//   hold   lets the present cycle be the last one: "cycle NUMBER SAMPLE SAMPLE ...", one sample for each
+//   output step   lets one more cycle pass: likewise go     lets all cycles pass again: "going"
 // A SIGTERM, or the end of standard input, ends the run.
 #include <array>
 #include <charconv>
@@ -59,7 +59,8 @@ struct Band : hal::VirtualInput {
                                                -24.0, -25.0, -10.0, -13.0, -15.0, -15.5, -22.0, -23.0,
                                                -11.0, -19.0, -90.0, -90.0, -28.0, -16.0, -16.5, -34.0};
       const double peak = std::pow(10.0, kDecibels[channel % kDecibels.size()] / 20.0);
-      const double turns = static_cast<double>(frame) * (110.0 + 10.0 * static_cast<double>(channel)) / 48000.0;
+      const double turns =
+          static_cast<double>(frame) * (110.0 + 10.0 * static_cast<double>(channel)) / 48000.0;
       return static_cast<float>(peak * std::sin(2.0 * std::numbers::pi * turns));
     });
   }

@@ -108,7 +108,7 @@ class Heard(unittest.TestCase):
         page = self.open(touch=True)
         for cell, sample in (((2, 3), 1), ((5, 6), 1)):
             x, y = page.point_of_cell(*cell)
-            samples = self.heard_after(page, lambda: (page.tap(x, y), page.tap(x, y)))
+            samples = self.heard_after(page, lambda: page.double_tap(x, y))
             self.assertEqual(samples[cell[1] - 1], sample)
 
     def test_one_tap_changes_nothing(self):

@@ -9,7 +9,7 @@ import unittest
 from page import Page
 from stage import Stage, route
 
-EDITS = 60
+EDITS = 25
 LIMIT_MS = 100
 
 # Put into the page before its own script: notes when changes are sent, come, and are drawn.
