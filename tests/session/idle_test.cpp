@@ -29,7 +29,7 @@ TEST_F(SessionTest, AStartWakesACardThatIsSuspended) {
         << node;
   }
   rig_.emplace(kCard, routes_);
-  EXPECT_TRUE(rig_->settle());
+  EXPECT_TRUE(rig_->settleInSession());
   EXPECT_EQ(messages(), "tolvanectl: routing on card\n");
 }
 

@@ -1,4 +1,4 @@
-// The session manager dies.
+// The session manager dies and is started again.
 #include "session/session_fixture.h"
 
 namespace tolvane::test {
@@ -9,6 +9,19 @@ TEST_F(SessionTest, KillingTheManagerCostsNoSample) {
   session_.killManager();
   ASSERT_TRUE(rig_->waitForMuch());
   EXPECT_TRUE(rig_->isRight());
+  EXPECT_EQ(messages(), "tolvanectl: routing on card\n");
+}
+
+// A manager that starts suspends every node, and PipeWire before 1.0 does not let all links of a suspended
+// node carry audio again.
+TEST_F(SessionTest, IsHeardAgainWhenTheManagerIsStartedAgain) {
+  route();
+  for (int round = 0; round < 3; ++round) {
+    session_.killManager();
+    session_.startManager();
+    rig_.emplace(kCard, routes_);
+    EXPECT_TRUE(rig_->settleInSession());
+  }
   EXPECT_EQ(messages(), "tolvanectl: routing on card\n");
 }
 

@@ -25,7 +25,7 @@ class SessionProfile : public SessionTest {
 
   void expectHeardAgain() {
     rig_->linkCard(0);
-    EXPECT_TRUE(rig_->settle());
+    EXPECT_TRUE(rig_->settleInSession());
   }
 
   int visitors_ = 0;

@@ -30,7 +30,7 @@ class SessionTest : public testing::Test {
   /// Waits until the whole patch is heard.
   void route() {
     program_.emplace(runArguments());
-    EXPECT_TRUE(rig_->settle());
+    EXPECT_TRUE(rig_->settleInSession());
   }
 
   /// Ends the program and returns its messages.

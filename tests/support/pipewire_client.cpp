@@ -1,9 +1,11 @@
 #include "support/pipewire_client.h"
 
 #include <algorithm>
+#include <chrono>
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <utility>
 
 #include "hal/pipewire/library.h"
 
@@ -46,6 +48,68 @@ pw_proxy* create(pw_core* core, const char* factory, const char* type, std::uint
 
 }  // namespace
 
+/// A link that this client has made.
+class PipeWireClient::OwnLink {
+ public:
+  OwnLink(pw_core* core, PipeWireProperties properties) : properties_(std::move(properties)) { make(core); }
+  ~OwnLink() { destroy(); }
+  OwnLink(const OwnLink&) = delete;
+  OwnLink& operator=(const OwnLink&) = delete;
+
+  [[nodiscard]] bool isPaused() const {
+    return state_ == PW_LINK_STATE_PAUSED && std::chrono::steady_clock::now() - since_ >= kLongestPause;
+  }
+
+  void renew(pw_core* core) {
+    destroy();
+    make(core);
+  }
+
+ private:
+  static constexpr std::chrono::seconds kLongestPause{1};
+
+  void make(pw_core* core) {
+    static const pw_proxy_events kProxyEvents = [] {
+      pw_proxy_events events{};
+      events.version = PW_VERSION_PROXY_EVENTS;
+      events.removed = [](void* data) { static_cast<OwnLink*>(data)->become(PW_LINK_STATE_UNLINKED); };
+      return events;
+    }();
+    static const pw_link_events kLinkEvents = [] {
+      pw_link_events events{};
+      events.version = PW_VERSION_LINK_EVENTS;
+      events.info = [](void* data, const pw_link_info* info) {
+        static_cast<OwnLink*>(data)->become(info->state);
+      };
+      return events;
+    }();
+    state_ = PW_LINK_STATE_INIT;
+    proxy_ = create(core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK, properties_);
+    if (proxy_ == nullptr) return;
+    pw_proxy_add_listener(proxy_, &proxyHook_, &kProxyEvents, this);
+    pipewire::addListener(reinterpret_cast<pw_link*>(proxy_), &linkHook_, &kLinkEvents, this);
+  }
+
+  void destroy() {
+    if (proxy_ == nullptr) return;
+    spa_hook_remove(&proxyHook_);
+    spa_hook_remove(&linkHook_);
+    pw_proxy_destroy(std::exchange(proxy_, nullptr));
+  }
+
+  void become(pw_link_state state) {
+    if (state != state_) since_ = std::chrono::steady_clock::now();
+    state_ = state;
+  }
+
+  PipeWireProperties properties_;
+  pw_proxy* proxy_ = nullptr;
+  spa_hook proxyHook_{};
+  spa_hook linkHook_{};
+  pw_link_state state_ = PW_LINK_STATE_INIT;
+  std::chrono::steady_clock::time_point since_;
+};
+
 struct PipeWireClient::State {
   struct Port {
     std::uint32_t nodeId;
@@ -67,6 +131,7 @@ struct PipeWireClient::State {
     std::uint32_t toPort;
   };
   std::map<std::uint32_t, Link> links;
+  std::vector<std::unique_ptr<OwnLink>> ownLinks;
   std::map<std::string, pw_proxy*> metadata;
   spa_hook metadataHook{};  // of "default"
   std::string defaultSink;
@@ -218,6 +283,7 @@ PipeWireClient::PipeWireClient() : state_(std::make_unique<State>()) {
 
 PipeWireClient::~PipeWireClient() {
   pw_thread_loop_stop(state_->loop);
+  state_->ownLinks.clear();
   if (state_->metadata.contains("default")) spa_hook_remove(&state_->metadataHook);
   for (const auto& [name, proxy] : state_->metadata) state_->made.push_back(proxy);
   state_->made.push_back(reinterpret_cast<pw_proxy*>(state_->registry));
@@ -280,14 +346,23 @@ void PipeWireClient::link(const PipeWirePort& from, const PipeWirePort& to) {
   const LoopLock lock(state_->loop);
   state_->waitUntil([&] { return state_->portId(from) && state_->portId(to); },
                     "made the ports of " + from.node + " and " + to.node);
-  state_->made.push_back(create(state_->core, "link-factory", PW_TYPE_INTERFACE_Link, PW_VERSION_LINK,
-                                {{"link.output.node", std::to_string(*state_->nodeId(from.node))},
-                                 {"link.output.port", std::to_string(*state_->portId(from))},
-                                 {"link.input.node", std::to_string(*state_->nodeId(to.node))},
-                                 {"link.input.port", std::to_string(*state_->portId(to))},
-                                 {"object.linger", "false"}}));
+  state_->ownLinks.push_back(std::make_unique<OwnLink>(
+      state_->core, PipeWireProperties{{"link.output.node", std::to_string(*state_->nodeId(from.node))},
+                                       {"link.output.port", std::to_string(*state_->portId(from))},
+                                       {"link.input.node", std::to_string(*state_->nodeId(to.node))},
+                                       {"link.input.port", std::to_string(*state_->portId(to))},
+                                       {"object.linger", "false"}}));
   // One link at a time: libpipewire before 0.3.71 may fail on the server's messages about many links at once.
   state_->roundTripLocked();
+}
+
+void PipeWireClient::renewPausedLinks() {
+  const LoopLock lock(state_->loop);
+  for (const auto& link : state_->ownLinks) {
+    if (!link->isPaused()) continue;
+    link->renew(state_->core);
+    state_->roundTripLocked();
+  }
 }
 
 void PipeWireClient::setSetting(const std::string& key, const std::string& value) {

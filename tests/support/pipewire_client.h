@@ -53,6 +53,10 @@ class PipeWireClient {
   /// Waits until both ports exist, then links them for the client's lifetime.
   void link(const PipeWirePort& from, const PipeWirePort& to);
 
+  /// Makes those of this client's links anew that have not carried audio for a second although both ports are
+  /// there. PipeWire before 1.0 may leave links so for ever when a session manager suspends a node.
+  void renewPausedLinks();
+
   /// Sets a value in the server's "settings" or "default" metadata; an empty value removes it.
   void setSetting(const std::string& key, const std::string& value);
   void setDefaultSink(const std::string& nodeName);
@@ -79,6 +83,7 @@ class PipeWireClient {
   [[nodiscard]] pw_thread_loop* loop() const noexcept;
 
  private:
+  class OwnLink;
   struct State;
   std::unique_ptr<State> state_;
 };

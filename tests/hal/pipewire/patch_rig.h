@@ -103,6 +103,20 @@ class PatchRig {
     return settled;
   }
 
+  /// The same beside a session manager, which may suspend a card under the rig's own links.
+  [[nodiscard]] ::testing::AssertionResult settleInSession() {
+    auto settled = ::testing::AssertionFailure();
+    eventually([&] {
+      recorder_.reset();
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      settled = isRight();
+      if (!settled) client_.renewPausedLinks();
+      return static_cast<bool>(settled);
+    });
+    recorder_.reset();
+    return settled;
+  }
+
   /// Forces this cycle length on every node. A server from 1.4 on makes all buffers anew and is silent
   /// meanwhile; then this waits until the audio is right again.
   [[nodiscard]] ::testing::AssertionResult changeQuantum(
