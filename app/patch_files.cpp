@@ -1,8 +1,8 @@
 // Saving and loading patch files through file panels.
-#include <QFile>
 #include <QFileInfo>
 
 #include "app/patch_panel.h"
+#include "app/patch_storage.h"
 #include "app/tolvane_view_controller.h"
 #include "core/patch/patch_file.h"
 
@@ -26,21 +26,15 @@ void TolvaneViewController::writePatch(const QString& path) {
   if (path.isEmpty()) return;
   const PatchEncodeResult encoded = encodePatch(connections_);
   if (!encoded) return;
-  QFile file(path);
-  // A failed write is not reported.
-  if (file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
-    file.write(encoded.value().data(), static_cast<qint64>(encoded.value().size()));
-  }
+  writePatchText(path, encoded.value());  // a failed write is not reported
   setStatus(QStringLiteral("Patch saved → ") + QFileInfo(path).fileName());
 }
 
 void TolvaneViewController::readPatch(const QString& path) {
   if (path.isEmpty()) return;
-  QFile file(path);
-  if (!file.open(QIODevice::ReadOnly)) return;
-  const QByteArray text = file.readAll();
-  if (file.error() != QFileDevice::NoError) return;
-  PatchDecodeResult decoded = decodePatch({text.data(), static_cast<std::size_t>(text.size())});
+  const std::optional<std::string> text = readPatchText(path);
+  if (!text) return;
+  PatchDecodeResult decoded = decodePatch(*text);
   if (!decoded) return;
   replaceConnections(std::move(decoded).value());
   setStatus(QStringLiteral("Patch loaded: ") + QString::number(connections_.size()) +

@@ -9,6 +9,7 @@
 
 #include "bytes.h"
 #include "hal/pipewire/cycle_runner.h"
+#include "hal/pipewire/shared_buffer.h"
 #include "require.h"
 
 namespace tolvane::fuzz {
@@ -141,6 +142,7 @@ class Run {
     made.buffer.n_datas = 1;
     made.buffer.datas = &made.data;
     made.taken.buffer = &made.buffer;
+    if (made.memory) hal::pipewire::setSampleBytes(made.taken, made.data.maxsize);
   }
 
   // A stream of one channel and one of several, in both directions.

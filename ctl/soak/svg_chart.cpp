@@ -93,8 +93,12 @@ std::string lineChart(const std::string& title, const std::string& unit,
     highY = std::max(highY, point.y);
   }
   std::string path;
-  for (const ChartPoint& point : points)
-    path += (path.empty() ? "" : " ") + at(column(point.x, 0.0, lastX)) + "," + at(row(point.y, highY));
+  for (const ChartPoint& point : points) {
+    if (!path.empty()) path += ' ';
+    path += at(column(point.x, 0.0, lastX));
+    path += ',';
+    path += at(row(point.y, highY));
+  }
   const double base = kHeight - kBottom;
   return picture(title, "<polyline class=\"curve\" points=\"" + path + "\"/>\n" +
                             text(kLeft - 6, kTop + 4, "end", plainDecimal(std::round(highY)) + " " + unit) +

@@ -139,10 +139,13 @@ void Reservation::serve() {
 }
 
 void Reservation::answerAll() {
-  while (const BusMessage message = bus_.next()) {
-    if (const BusMessage answer = answerAbout(card_, bus_.dbus(), message.get())) bus_.send(answer);
+  while (BusMessage message = bus_.next()) {
+    for (; message; message = bus_.next()) {
+      if (const BusMessage answer = answerAbout(card_, bus_.dbus(), message.get())) bus_.send(answer);
+    }
+    // It writes the answers, and may read more calls: poll() would not wake for these.
+    bus_.transfer();
   }
-  bus_.transfer();
 }
 
 void Reservation::releaseName() {

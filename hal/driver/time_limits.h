@@ -8,19 +8,21 @@ namespace tolvane::hal {
 
 // A list of devices. A driver that takes longer is left out. The first list waits longer, because the first
 // client that connects often starts the sound server. PipeWire's driver waits for an overdue answer to the
-// previous list before it asks for the next.
+// previous list before it asks for the next, unless that answer seems to be lost.
 inline constexpr std::chrono::milliseconds kListLimit{150};
 inline constexpr std::chrono::milliseconds kFirstListLimit{1000};
 inline constexpr std::chrono::milliseconds kJackListLimit{140};
 inline constexpr std::chrono::milliseconds kPipeWireOverdueListLimit{10};
 inline constexpr std::chrono::milliseconds kPipeWireListLimit{120};
+inline constexpr std::chrono::milliseconds kPipeWireLostListLimit{2000};
 static_assert(kListLimit < kFirstListLimit);
 static_assert(kJackListLimit < kListLimit);
 static_assert(kPipeWireOverdueListLimit + kPipeWireListLimit < kListLimit);
 
-// A start. A driver first waits for a sign of life of its server, then for the start itself: with JACK for
-// every port, milliseconds each on a busy server; with PipeWire for all links. JACK's two waits together may
-// exceed the HAL's. AudioDeviceStart() then returns the same status a little earlier.
+// A start. The HAL waits for a sign of life of a driver that was too late for the last list. A driver first
+// waits for one of its server, then for the start itself: with JACK for every port, milliseconds each on a
+// busy server; with PipeWire for all links. JACK's two waits together may exceed the HAL's.
+// AudioDeviceStart() then returns the same status a little earlier.
 inline constexpr std::chrono::milliseconds kStartLimit{5000};
 inline constexpr std::chrono::milliseconds kSignOfLifeLimit{800};
 inline constexpr std::chrono::milliseconds kJackStartLimit{4500};

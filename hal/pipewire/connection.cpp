@@ -67,7 +67,9 @@ bool Connection::ensure() {
 }
 
 void Connection::ask(bool isSecond, std::function<void(bool)> answered) {
-  questions_.push_back({sync(core_), isSecond, std::move(answered)});
+  const int sequence = sync(core_);
+  questions_.push_back({sequence, isSecond, std::move(answered)});
+  if (sequence < 0) giveUp();  // which answers the question
 }
 
 void Connection::settle(std::function<void(bool)> answered) {
@@ -76,10 +78,15 @@ void Connection::settle(std::function<void(bool)> answered) {
 }
 
 void Connection::onDone(std::uint32_t id, int sequence) {
-  if (id != PW_ID_CORE) return;
-  // Answers come in the order of the questions.
-  while (!questions_.empty() && questions_.front().sequence != sequence) questions_.pop_front();
-  if (questions_.empty()) return;
+  if (id != PW_ID_CORE || broken_) return;
+  const auto asked = std::find_if(questions_.begin(), questions_.end(),
+                                  [&](const Question& question) { return question.sequence == sequence; });
+  if (asked == questions_.end()) return;  // the library asks, too
+  // Answers come in the order of the questions. A server that has left one out is not to be relied on.
+  if (asked != questions_.begin()) {
+    delayNextAttempt();
+    return giveUp();
+  }
   Question question = std::move(questions_.front());
   questions_.pop_front();
   if (question.isSecond) {

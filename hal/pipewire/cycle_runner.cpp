@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "hal/driver/time_stamp.h"
+#include "hal/pipewire/shared_buffer.h"
 
 namespace tolvane::hal::pipewire {
 
@@ -67,16 +68,22 @@ pw_buffer* CycleRunner::newestOf(FilterPort& port) noexcept {
   return newest;
 }
 
+/// The samples of a whole cycle. A peer that has written less counts as having none.
+void* CycleRunner::samplesIn(const pw_buffer& buffer, std::uint32_t frames) noexcept {
+  const std::uint64_t there = sampleBytes(buffer);
+  if (there == 0) return nullptr;
+  const spa_data& block = buffer.buffer->datas[0];
+  const std::uint64_t bytes = std::uint64_t{frames} * sizeof(float);
+  const std::uint32_t offset = block.chunk->offset;
+  const bool isWhole =
+      bytes <= block.chunk->size && offset <= there && bytes <= there - offset && offset % sizeof(float) == 0;
+  return isWhole ? static_cast<std::byte*>(block.data) + offset : nullptr;
+}
+
 void* CycleRunner::takeInput(FilterPort& port, std::uint32_t frames) noexcept {
   pw_buffer* const taken = newestOf(port);
   if (taken == nullptr) return nullptr;
-  const spa_data& block = taken->buffer->datas[0];
-  const std::uint64_t bytes = std::uint64_t{frames} * sizeof(float);
-  const std::uint32_t offset = block.chunk->offset;
-  // A peer that has written less than a cycle counts as having no data.
-  const bool isWhole = block.data != nullptr && bytes <= block.chunk->size && offset <= block.maxsize &&
-                       bytes <= block.maxsize - offset && offset % sizeof(float) == 0;
-  void* const data = isWhole ? static_cast<std::byte*>(block.data) + offset : nullptr;
+  void* const data = samplesIn(*taken, frames);
   library_.pw_filter_queue_buffer(&port, taken);
   return data;
 }
@@ -88,10 +95,11 @@ void* CycleRunner::takeOutput(FilterPort& port, std::uint32_t frames) noexcept {
   if (io == nullptr || io->status == SPA_STATUS_HAVE_DATA) return nullptr;
   pw_buffer* const taken = library_.pw_filter_dequeue_buffer(&port);
   if (taken == nullptr) return nullptr;
-  const spa_data& block = taken->buffer->datas[0];
   const auto bytes = static_cast<std::uint32_t>(frames * sizeof(float));
+  const std::size_t there = sampleBytes(*taken);
   void* data = nullptr;
-  if (block.data != nullptr && bytes <= block.maxsize) {
+  if (there != 0 && bytes <= there) {
+    const spa_data& block = taken->buffer->datas[0];
     *block.chunk = {0, bytes, sizeof(float), 0};
     data = block.data;
   }

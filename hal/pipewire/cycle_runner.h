@@ -17,6 +17,7 @@ struct FilterPort {
   /// The io area through which the library and the graph exchange this port's buffers; null while there is
   /// none.
   std::atomic<spa_io_buffers*> io = nullptr;
+  bool isOutput = false;  // set before there are buffers
 };
 
 class CycleRunner {
@@ -52,6 +53,7 @@ class CycleRunner {
 
   static Moment momentOf(const spa_io_clock& clock) noexcept;
   pw_buffer* newestOf(FilterPort& port) noexcept;
+  static void* samplesIn(const pw_buffer& buffer, std::uint32_t frames) noexcept;
   void* takeInput(FilterPort& port, std::uint32_t frames) noexcept;
   void* takeOutput(FilterPort& port, std::uint32_t frames) noexcept;
   void fetchBuffers(std::uint32_t frames) noexcept;

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "hal/pipewire/shared_buffer.h"
 #include "hal/support/utf8.h"
 
 namespace tolvane::hal::pipewire {
@@ -60,6 +61,9 @@ Filter::Filter(const Library& library, pw_core* core, CycleRunner& runner, const
       static_cast<FilterPort*>(port)->io.store(isWhole ? static_cast<spa_io_buffers*>(area) : nullptr,
                                                std::memory_order_release);
     };
+    events.add_buffer = [](void* /*data*/, void* port, pw_buffer* buffer) {
+      if (port != nullptr) checkBuffer(*buffer, static_cast<FilterPort*>(port)->isOutput);
+    };
     events.process = [](void* data, spa_io_position* position) {
       static_cast<Filter*>(data)->runner_.process(position);
     };
@@ -99,6 +103,7 @@ std::vector<FilterPort*> Filter::addPorts(pw_direction direction, const std::vec
       return {};
     }
     ports.push_back(new (memory) FilterPort);
+    ports.back()->isOutput = direction == PW_DIRECTION_OUTPUT;
   }
   return ports;
 }

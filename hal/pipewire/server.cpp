@@ -26,6 +26,12 @@ struct Server::Listing {
   std::condition_variable changed;
   bool done = false;
   std::optional<std::vector<DeviceInfo>> devices;
+  const std::chrono::steady_clock::time_point begun = std::chrono::steady_clock::now();
+
+  /// The answer may be lost, and not only late. Another question shows it.
+  [[nodiscard]] bool isLongOverdue() const {
+    return std::chrono::steady_clock::now() - begun > kPipeWireLostListLimit;
+  }
 
   void finish(std::optional<std::vector<DeviceInfo>> found) {
     const std::lock_guard lock(mutex);
@@ -206,7 +212,8 @@ std::optional<std::vector<DeviceInfo>> Server::devices() {
     const std::lock_guard lock(mutex_);
     unanswered = unanswered_;
   }
-  if (unanswered && !unanswered->wait(kPipeWireOverdueListLimit)) return std::nullopt;
+  if (unanswered && !unanswered->wait(kPipeWireOverdueListLimit) && !unanswered->isLongOverdue())
+    return std::nullopt;
   auto listing = beginListing();
   const bool answered = listing->wait(kPipeWireListLimit);
   const std::lock_guard lock(mutex_);

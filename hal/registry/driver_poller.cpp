@@ -48,6 +48,11 @@ bool DriverPoller::overdue() const {
   return overdue_;
 }
 
+bool DriverPoller::awaitOverdue(Clock::time_point deadline) {
+  std::unique_lock lock(mutex_);
+  return changed_.wait_until(lock, deadline, [this] { return !overdue_; });
+}
+
 void DriverPoller::devicesChanged(Driver& /*driver*/) noexcept {
   generation_.fetch_add(1);
   onChange_();

@@ -58,6 +58,9 @@ class DriverPoller final : public DeviceObserver {
   /// True if a caller has given up waiting for a call that has not ended yet. [not-io]
   [[nodiscard]] bool overdue() const;
 
+  /// Waits until no call is overdue. False if one still is at the deadline. [not-io]
+  [[nodiscard]] bool awaitOverdue(Clock::time_point deadline);
+
   void devicesChanged(Driver& driver) noexcept override;
 
  private:

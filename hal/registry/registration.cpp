@@ -24,7 +24,7 @@ Registration::RunRef Registration::newRun() {
   return std::make_shared<Run>(device_, Callback{device_->id(), proc_, clientData_}, promised_, actual);
 }
 
-OSStatus Registration::start() {
+OSStatus Registration::start(Clock::time_point deadline) {
   RunRef run;
   {
     const std::lock_guard lock(mutex_);
@@ -37,7 +37,7 @@ OSStatus Registration::start() {
     run = run_ = newRun();
   }
   run->begin();
-  run->waitBegun(Clock::now() + kStartLimit);
+  run->waitBegun(deadline);
   const OSStatus status = startedStatus(run);
   if (status != noErr) {
     run->end();

@@ -18,8 +18,8 @@ class Registration {
 
   [[nodiscard]] const std::shared_ptr<Device>& device() const noexcept { return device_; }
 
-  /// Like AudioDeviceStart and AudioDeviceStop. [not-io]
-  OSStatus start();
+  /// Like AudioDeviceStart and AudioDeviceStop. A start waits for its session until the deadline. [not-io]
+  OSStatus start(Clock::time_point deadline);
   void stop();
 
   /// Ends the session without waiting, at the end of the process. [not-io]

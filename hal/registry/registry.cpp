@@ -104,9 +104,18 @@ OSStatus Registry::start(AudioObjectID device, AudioDeviceIOProcID procId) {
     if (ending_) return kAudioHardwareNotReadyError;
   }
   if (!beSupervised()) return kTolvaneExhaustedError;
-  const OSStatus status = found->start();
+  const auto deadline = Clock::now() + kStartLimit;
+  awaitLateAnswer(*found->device());
+  const OSStatus status = found->start(deadline);
   wake();
   return status;
+}
+
+/// A driver that was too late for the last list may be slow, not hung.
+void Registry::awaitLateAnswer(const Device& device) {
+  const auto poller = device.poller();
+  if (device.listedAt() || !poller->overdue()) return;
+  if (poller->awaitOverdue(Clock::now() + kSignOfLifeLimit)) catalog_.ask(poller);
 }
 
 OSStatus Registry::stop(AudioObjectID device, AudioDeviceIOProcID procId) {

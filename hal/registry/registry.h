@@ -57,6 +57,7 @@ class Registry {
   [[nodiscard]] std::vector<RegistrationRef> registrations() const;
   void endAtExit();
   bool beSupervised();
+  void awaitLateAnswer(const Device& device);
   void wake();
   void supervise();
   bool superviseOnce(Clock::time_point now);

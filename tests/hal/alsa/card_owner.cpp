@@ -96,12 +96,17 @@ bool Asker::takeName() const {
   return result == DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER;
 }
 
-DBusMessage* Asker::get(const char* name) const {
+DBusMessage* Asker::newGet(const char* name) const {
   DBusMessage* const call = dbus_message_new_method_call(
       name_.c_str(), path_.c_str(), DBUS_INTERFACE_PROPERTIES, name == nullptr ? "GetAll" : "Get");
   const char* const interface = kInterface;
   dbus_message_append_args(call, DBUS_TYPE_STRING, &interface, DBUS_TYPE_INVALID);
   if (name != nullptr) dbus_message_append_args(call, DBUS_TYPE_STRING, &name, DBUS_TYPE_INVALID);
+  return call;
+}
+
+DBusMessage* Asker::get(const char* name) const {
+  DBusMessage* const call = newGet(name);
   DBusMessage* const answer = dbus_connection_send_with_reply_and_block(connection_, call, 5000, nullptr);
   dbus_message_unref(call);
   return answer;
@@ -144,6 +149,28 @@ std::size_t Asker::propertyCount() const {
   const int count = dbus_message_iter_get_element_count(&argument);
   dbus_message_unref(answer);
   return static_cast<std::size_t>(count);
+}
+
+int Asker::answersToTwo(std::chrono::microseconds gap) const {
+  DBusPendingCall* pending[2] = {};
+  for (DBusPendingCall*& one : pending) {
+    const auto begin = std::chrono::steady_clock::now();
+    while (&one != pending && std::chrono::steady_clock::now() - begin < gap) {
+    }
+    DBusMessage* const call = newGet(nullptr);
+    dbus_connection_send_with_reply(connection_, call, &one, 5000);
+    dbus_connection_flush(connection_);
+    dbus_message_unref(call);
+  }
+  int answers = 0;
+  for (DBusPendingCall* const one : pending) {
+    dbus_pending_call_block(one);
+    DBusMessage* const answer = dbus_pending_call_steal_reply(one);
+    if (dbus_message_get_type(answer) == DBUS_MESSAGE_TYPE_METHOD_RETURN) ++answers;
+    dbus_message_unref(answer);
+    dbus_pending_call_unref(one);
+  }
+  return answers;
 }
 
 }  // namespace tolvane::test

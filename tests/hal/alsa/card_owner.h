@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <functional>
 #include <mutex>
 #include <string>
@@ -60,8 +61,11 @@ class Asker {
   [[nodiscard]] std::string property(const char* name) const;
   [[nodiscard]] std::int32_t priority() const;
   [[nodiscard]] std::size_t propertyCount() const;
+  /// Asks for all properties twice, the second time after `gap`. Returns the number of answers.
+  [[nodiscard]] int answersToTwo(std::chrono::microseconds gap) const;
 
  private:
+  [[nodiscard]] DBusMessage* newGet(const char* name) const;
   [[nodiscard]] DBusMessage* get(const char* name) const;
 
   const std::string name_;

@@ -68,6 +68,12 @@ TEST_F(CardReservation, SaysWhoHasTheCard) {
   EXPECT_EQ(asker_.property("NoSuchProperty"), "");
 }
 
+TEST_F(CardReservation, AnswersACallThatComesAtAnyMomentOfTheOneBefore) {
+  const StartResult started = start();
+  ASSERT_EQ(started.status, noErr);
+  for (int i = 0; i < 4000; ++i) ASSERT_EQ(asker_.answersToTwo(i % 200 * 1us), 2) << "pair " << i;
+}
+
 TEST_F(CardReservation, OfAnOwnerWhoRefusesStaysItsOwn) {
   const CardOwner owner(OneCard::kNumber, Manner::refuses);
   EXPECT_EQ(start().status, kSomebodyElses);

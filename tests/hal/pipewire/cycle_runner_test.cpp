@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include "hal/pipewire/shared_buffer.h"
+
 namespace tolvane::test {
 namespace {
 
@@ -118,6 +120,7 @@ class PipeWireOutputPort : public testing::Test {
     port_.data.chunk = &port_.chunk;
     port_.block.datas = &port_.data;
     port_.buffer.buffer = &port_.block;
+    hal::pipewire::setSampleBytes(port_.buffer, sizeof port_.samples);
     runner_.setPorts({}, {&port_});
     runner_.setRunning(true);
     position_.clock.rate = {1, 48000};
@@ -201,6 +204,7 @@ class PipeWireInputPort : public testing::Test {
       buffer.data.chunk = &buffer.chunk;
       buffer.block.datas = &buffer.data;
       buffer.buffer.buffer = &buffer.block;
+      hal::pipewire::setSampleBytes(buffer.buffer, sizeof buffer.samples);
     }
     runner_.setPorts({&port_}, {});
     runner_.setRunning(true);

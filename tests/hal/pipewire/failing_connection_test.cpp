@@ -114,5 +114,15 @@ TEST_F(PipeWireFailingConnection, OneThatBreaksOffWhileNothingRunsIsMadeAnewForT
   EXPECT_EQ(plainDevices(*driver_, 2).size(), 2U);
 }
 
+// No server loses one. But a list that waits for it for good would never have the server's devices again.
+TEST_F(PipeWireFailingConnection, OneThatLosesAnAnswerIsMadeAnewForTheList) {
+  const unsigned before = proxy_.connections();
+  proxy_.loseNextAnswer();
+  EXPECT_TRUE(driver_->devices().empty());
+  EXPECT_TRUE(proxy_.isDone());
+  EXPECT_EQ(onlyDevice(*driver_).uid, device_.uid);
+  EXPECT_EQ(proxy_.connections(), before + 1);
+}
+
 }  // namespace
 }  // namespace tolvane::test

@@ -26,6 +26,30 @@ TEST_F(Sessions, startsAndStopsReachTheDriver) {
   EXPECT_EQ(first_.liveSessions(), 0);
 }
 
+TEST_F(Sessions, aStartWaitsForADriverThatWasTooLateForTheList) {
+  const AudioObjectID device = listOne();
+  RegisteredProc proc(device, [](auto&, auto&) {});
+  first_.listing.close();
+  EXPECT_TRUE(deviceList().empty());
+  std::thread opener([&] {
+    std::this_thread::sleep_for(100ms);
+    first_.listing.open();
+  });
+  EXPECT_EQ(proc.start(), noErr);
+  opener.join();
+  EXPECT_EQ(first_.liveSessions(), 1);
+}
+
+TEST_F(Sessions, aStartOnADeviceThatALateListLacksFails) {
+  const AudioObjectID device = listOne();
+  RegisteredProc proc(device, [](auto&, auto&) {});
+  first_.setDevices({});
+  first_.listing.close();
+  EXPECT_TRUE(deviceList().empty());
+  first_.listing.open();
+  EXPECT_EQ(proc.start(), kAudioHardwareBadDeviceError);
+}
+
 TEST_F(Sessions, failedStartsGiveTheDriversStatus) {
   const AudioObjectID device = listOne();
   RegisteredProc proc(device, [](auto&, auto&) {});

@@ -28,13 +28,16 @@ std::size_t floatsOf(const RandomBuffer& buffer) {
 }  // namespace
 
 RandomCycle RandomCycleMaker::make() {
-  RandomCycle cycle = tryToMake();
-  while (ReferenceCycle(cycle).floats() > mostFloats_) cycle = tryToMake();
-  return cycle;
+  // Smaller with every attempt that needs too much.
+  for (std::size_t most = mostFloats_;; most /= 2) {
+    RandomCycle cycle = tryToMake(most);
+    if (ReferenceCycle(cycle).floats() <= mostFloats_) return cycle;
+  }
 }
 
-RandomCycle RandomCycleMaker::tryToMake() {
-  frames_ = someFrames();
+RandomCycle RandomCycleMaker::tryToMake(std::size_t mostFloats) {
+  frames_ = std::min(someFrames(), std::max<std::size_t>(mostFloats, 1));
+  channelsLeft_ = mostFloats / frames_;
   ascending_ = oneIn(2);
   RandomCycle cycle;
   cycle.inputs = list();
@@ -69,6 +72,9 @@ std::vector<RandomBuffer> RandomCycleMaker::list() {
   for (std::size_t i = 0; i < count; ++i) {
     // Devices are planar, interleaved or both.
     const UInt32 channels = kind == 1 ? 1 : width();
+    // Those with many channels have few bytes.
+    if (channels <= kMostWidth && channels > channelsLeft_) break;
+    if (channels <= kMostWidth) channelsLeft_ -= channels;
     result.push_back({channels, 0, std::size_t{0}});
   }
   takeAway(result);

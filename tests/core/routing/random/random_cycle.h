@@ -52,7 +52,7 @@ class RandomCycleMaker {
     return choices.begin()[upTo(choices.size() - 1)];
   }
 
-  RandomCycle tryToMake();
+  RandomCycle tryToMake(std::size_t mostFloats);
   std::size_t someFrames();
   UInt32 width();
   std::vector<RandomBuffer> list();
@@ -72,7 +72,8 @@ class RandomCycleMaker {
 
   Choices choices_;
   std::size_t mostFloats_;
-  std::size_t frames_ = 0;  // that most buffers hold
+  std::size_t frames_ = 0;        // that most buffers hold
+  std::size_t channelsLeft_ = 0;  // that the cycle's memory has room for
   bool ascending_ = false;  // every buffer holds exactly frames_
 };
 
