@@ -51,7 +51,7 @@ TEST(Usage, WhatIsNoCommandIsNamedWithThoseThatAre) {
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(
       run.err,
-      "tolvanectl: \"bogus\" is no command; the commands are devices, check, render, run, soak, aggregate\n"
+      "tolvanectl: \"bogus\" is no command; the commands are devices, check, render, run, soak, aggregate, ctl\n"
       "tolvanectl: try 'tolvanectl --help'\n");
   EXPECT_THAT(runProgram({"aggregate", "rename"}).err,
               StartsWith("tolvanectl: \"rename\" is no command; the commands are list, create, delete\n"));
@@ -61,7 +61,7 @@ TEST(Usage, WhatIsNoCommandIsNamedWithThoseThatAre) {
 TEST(Usage, WithoutACommandTheCommandsAreNamed) {
   EXPECT_THAT(runProgram({}).err,
               StartsWith("tolvanectl: a command is missing; the commands are devices, check, render, run, "
-                         "soak, aggregate\n"));
+                         "soak, aggregate, ctl\n"));
   EXPECT_THAT(runProgram({"aggregate"}).err,
               StartsWith("tolvanectl: a command is missing; the commands are list, create, delete\n"));
 }
