@@ -158,7 +158,7 @@ TEST_F(OscHostile, WrongTokensAreRefusedAndGuessesAreSlow) {
   now_ += seconds(1);
   EXPECT_THAT(ask({"/tolvane/hello", {kSecret}}), ElementsAre(Message{"/tolvane/hello/reply", {0}}));
   EXPECT_THAT(ask({"/tolvane/hello", {5}}),
-              ElementsAre(Message{"/tolvane/hello/error", {"the token is missing"s}}));
+              ElementsAre(Message{"/tolvane/hello/error", {"the token must be a string"s}}));
 }
 
 TEST_F(OscHostile, StrangersAreAnsweredFiftyTimesASecondTogether) {
