@@ -49,10 +49,10 @@ using Words = std::vector<std::string>;
 TEST(Usage, WhatIsNoCommandIsNamedWithThoseThatAre) {
   const Finished run = runProgram({"bogus"});
   EXPECT_EQ(run.status, 2);
-  EXPECT_EQ(
-      run.err,
-      "tolvanectl: \"bogus\" is no command; the commands are devices, check, render, run, soak, aggregate, ctl\n"
-      "tolvanectl: try 'tolvanectl --help'\n");
+  EXPECT_EQ(run.err,
+            "tolvanectl: \"bogus\" is no command; the commands are devices, check, render, run, soak, "
+            "aggregate, ctl\n"
+            "tolvanectl: try 'tolvanectl --help'\n");
   EXPECT_THAT(runProgram({"aggregate", "rename"}).err,
               StartsWith("tolvanectl: \"rename\" is no command; the commands are list, create, delete\n"));
   EXPECT_THAT(runProgram({"--bogus"}).err, StartsWith("tolvanectl: \"--bogus\" is no command; "));

@@ -14,6 +14,8 @@ FOLDERS = {path.name for path in TOP.iterdir() if path.is_dir() and not path.nam
 # The driver that docs/add-a-driver.md makes is nowhere else.
 EXAMPLES = ("hal/silence",)
 PRESETS = {preset["name"] for preset in json.loads((TOP / "CMakePresets.json").read_text())["configurePresets"]}
+# Commands that have commands of their own.
+GROUPS = ("aggregate", "ctl")
 failures = []
 
 
@@ -85,18 +87,27 @@ def options(*command):
     return set(re.findall(r"--[a-z][a-z-]*", result.stdout)) if is_known else None
 
 
+def known_options(words):
+    """The options of a command, and of its own commands among the words. None if it is not there."""
+    known = options(words[0])
+    if known is None or words[0] not in GROUPS or len(words) == 1:
+        return known
+    own = [options(words[0], word) for word in words[1:] if re.fullmatch(r"[a-z][a-z-]*", word)]
+    own = [found for found in own if found is not None]
+    return known.union(*own) if own or words[1].startswith("-") else None
+
+
 def check_options(page, text):
     for piece in code(text):
         for words in re.findall(r"(?:^|\s|/)tolvanectl ([a-z].*)", piece):
             words = words.split()
-            command = words[:2] if words[0] == "aggregate" and len(words) > 1 else words[:1]
-            known = options(*command)
+            known = known_options(words)
             if known is None:
-                complain(page, f"names tolvanectl {' '.join(command)}, which is not there")
+                complain(page, f"names tolvanectl {' '.join(words[:2])}, which is not there")
                 continue
             for option in re.findall(r"(?:^|\s)(--[a-z][a-z-]*)", " ".join(words)):
                 if option not in known:
-                    complain(page, f"names tolvanectl {' '.join(command)} {option}, which is not there")
+                    complain(page, f"names tolvanectl {words[0]} {option}, which is not there")
 
 
 for page in PAGES:
