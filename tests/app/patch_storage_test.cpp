@@ -96,7 +96,9 @@ TEST_F(PatchStorageTest, AFileThatGrowsWhileItIsReadIsReadOrNotButNeverWaitedFor
   });
   for (int i = 0; i < 5; ++i) {
     const auto text = readPatchText(path("growing.json"));
-    if (text) EXPECT_LE(text->size(), (std::size_t{256} << 20U) + 65536);
+    if (text) {
+      EXPECT_LE(text->size(), (std::size_t{256} << 20U) + 65536);
+    }
   }
   isEnough = true;
   writer.join();

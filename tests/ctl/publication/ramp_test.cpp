@@ -108,7 +108,9 @@ TEST(Ramp, NeverHasMoreThan64RoutesAndAllArrive) {
               gain += each.gain;
           return gain;
         };
-        if (steps > 0) EXPECT_LE(std::fabs(in(*step) - in(last)), 0.2F + 1e-6F);
+        if (steps > 0) {
+          EXPECT_LE(std::fabs(in(*step) - in(last)), 0.2F + 1e-6F);
+        }
       }
     }
     last = *step;
