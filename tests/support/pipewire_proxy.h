@@ -35,8 +35,8 @@ class PipeWireProxy {
   /// Sends the client an error of the server itself. `result` is a negative errno.
   void sendCoreError(int result);
 
-  /// From now on changes about one in `rarity` of the daemon's messages to the clients, as the seed has it: numbers,
-  /// counts, sizes, texts, descriptors. Call it before the first connection.
+  /// From now on changes about one in `rarity` of the daemon's messages to the clients, as the seed has it:
+  /// numbers, counts, sizes, texts, descriptors. Call it before the first connection.
   void distort(std::uint64_t seed, unsigned rarity);
 
   /// Closes every connection, and forwards later ones unchanged.

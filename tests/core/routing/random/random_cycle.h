@@ -74,7 +74,7 @@ class RandomCycleMaker {
   std::size_t mostFloats_;
   std::size_t frames_ = 0;        // that most buffers hold
   std::size_t channelsLeft_ = 0;  // that the cycle's memory has room for
-  bool ascending_ = false;  // every buffer holds exactly frames_
+  bool ascending_ = false;        // every buffer holds exactly frames_
 };
 
 }  // namespace tolvane::test
