@@ -12,25 +12,24 @@ namespace tolvane::hal::pipewire {
 namespace {
 
 /// More than any cycle needs.
-constexpr std::size_t kMostBytes = 4 * kMaxCycleFrames * sizeof(float);
+constexpr std::size_t kMostBytes = std::size_t{4} * kMaxCycleFrames * sizeof(float);
 
-bool populate(std::uintptr_t begin, std::uintptr_t end, int advice) noexcept {
+bool populate(void* memory, std::size_t bytes, int advice) noexcept {
   const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  begin = begin / page * page;
-  return ::madvise(reinterpret_cast<void*>(begin), end - begin, advice) == 0;
+  const std::size_t before = reinterpret_cast<std::uintptr_t>(memory) % page;
+  return ::madvise(static_cast<std::byte*>(memory) - before, before + bytes, advice) == 0;
 }
 
 /// True if the memory is mapped, with something behind it.
-bool isThere(const void* memory, std::size_t bytes, bool isForWriting) noexcept {
+bool isThere(void* memory, std::size_t bytes, bool isForWriting) noexcept {
   if (memory == nullptr) return false;
   const auto begin = reinterpret_cast<std::uintptr_t>(memory);
   if (begin + bytes < begin) return false;
   static const bool isKnown = [] {
     char some = 0;
-    const auto at = reinterpret_cast<std::uintptr_t>(&some);
-    return populate(at, at + 1, MADV_POPULATE_READ);
+    return populate(&some, sizeof some, MADV_POPULATE_READ);
   }();
-  return !isKnown || populate(begin, begin + bytes, isForWriting ? MADV_POPULATE_WRITE : MADV_POPULATE_READ);
+  return !isKnown || populate(memory, bytes, isForWriting ? MADV_POPULATE_WRITE : MADV_POPULATE_READ);
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 // The buffers that a server shares with us.
 #pragma once
 
+#include <bit>
 #include <cstddef>
 #include <cstdint>
 
@@ -10,12 +11,12 @@ namespace tolvane::hal::pipewire {
 
 /// Notes how many bytes of the buffer's samples a cycle may touch. sampleBytes() returns it. [any-thread]
 inline void setSampleBytes(pw_buffer& buffer, std::size_t bytes) noexcept {
-  buffer.user_data = reinterpret_cast<void*>(static_cast<std::uintptr_t>(bytes));
+  buffer.user_data = std::bit_cast<void*>(std::uintptr_t{bytes});
 }
 
 /// 0 until they are set. Wait-free. [any-thread]
 inline std::size_t sampleBytes(const pw_buffer& buffer) noexcept {
-  return reinterpret_cast<std::uintptr_t>(buffer.user_data);
+  return std::bit_cast<std::uintptr_t>(buffer.user_data);
 }
 
 /// Finds out how much of the buffer is there: a server can state a size that its memory does not have, and

@@ -22,6 +22,7 @@ bool indicesAllowed(const std::vector<std::size_t>& indices, const StreamLayout&
 
 std::vector<ChannelInfo> channelsNamed(const std::vector<std::string>& names) {
   std::vector<ChannelInfo> channels;
+  channels.reserve(names.size());
   for (const std::string& name : names) channels.push_back({.name = name});
   return channels;
 }

@@ -176,7 +176,7 @@ TEST_F(PatchStorageTest, AProcessThatIsKilledWhileItSavesLeavesTheOldTextOrTheNe
     if (child == 0) {
       for (std::size_t i = 1;; ++i) writePatchText(path("stage.json"), encodePatch(saved[i % 3]).value());
     }
-    ::usleep(random() % 3000);
+    ::usleep(static_cast<useconds_t>(random() % 3000));
     ::kill(child, SIGKILL);
     ::waitpid(child, nullptr, 0);
     const auto left = decodePatch(contents(path("stage.json")));
