@@ -156,7 +156,7 @@ class Call {
   }
 
   void get() {
-    const UInt32 given = bytes_.coin() ? bytes_.byte() : bytes_.number<std::uint16_t>() % 2048;
+    const UInt32 given = bytes_.coin() ? UInt32{bytes_.byte()} : bytes_.number<std::uint16_t>() % 2048U;
     const std::size_t shift = bytes_.below(8);
     // Ends where the value may end, and begins at any address.
     const std::unique_ptr<std::byte[]> room(new std::byte[shift + given]);

@@ -13,7 +13,7 @@ namespace tolvane::ctl::control {
 struct RouteKey {
   std::int64_t input = 0;
   std::int64_t output = 0;
-  auto operator<=>(const RouteKey&) const = default;
+  auto operator<=>(const RouteKey&) const = default;  // NOLINT(modernize-use-nullptr): it compares with 0
 };
 
 /// Sets the linear gain of a route. If there is no such route, adds one that is active.

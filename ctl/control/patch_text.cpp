@@ -148,9 +148,10 @@ PatchText::PatchText(std::string_view text, std::span<const PatchConnection> rou
   Scanner scanner(text);
   head_ = scanner.takeUpTo('[');
   std::string before = scanner.takeSpace();
+  if (routes.empty()) inside_ = before;
   for (const PatchConnection& route : routes) {
     Element element = scanner.takeElement();
-    element.before = std::move(before);
+    element.before = std::exchange(before, {});
     element.after = scanner.takeSpace();
     element.route.connection = route;
     elements_.push_back(std::move(element));
@@ -158,7 +159,6 @@ PatchText::PatchText(std::string_view text, std::span<const PatchConnection> rou
     scanner.pass();
     before = scanner.takeSpace();
   }
-  if (elements_.empty()) inside_ = std::move(before);
   tail_ = text.substr(scanner.at());
 }
 

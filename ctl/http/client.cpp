@@ -10,7 +10,16 @@ namespace tolvane::ctl::http {
 
 namespace {
 
-using namespace control;
+using control::decodeRequests;
+using control::Dropped;
+using control::encodeWelcome;
+using control::Hello;
+using control::kLargestMessageBytes;
+using control::Request;
+using control::RequestBundle;
+using control::RequestError;
+using control::Subscribe;
+using control::Unsubscribe;
 
 }  // namespace
 

@@ -15,7 +15,9 @@ namespace tolvane::ctl::http {
 
 namespace {
 
-using namespace control;
+using control::Event;
+using control::Meters;
+using control::Subscribe;
 
 constexpr int kAcceptsAtOnce = 16;
 constexpr int kMessagesAtOnce = 256;
@@ -45,7 +47,7 @@ struct Server::Library {
       case LWS_CALLBACK_HTTP_WRITEABLE:
         return continueReply(socket, session->sent);
       case LWS_CALLBACK_HTTP_CONFIRM_UPGRADE:
-        return server.confirmUpgrade(socket, static_cast<const char*>(in));
+        return server.confirmUpgrade(socket, in == nullptr ? "" : static_cast<const char*>(in));
       case LWS_CALLBACK_ESTABLISHED:
         server.greet(socket, *session);
         return 0;

@@ -7,7 +7,13 @@ namespace tolvane::ctl::http {
 
 namespace {
 
-using namespace control;
+using control::Answer;
+using control::Control;
+using control::Event;
+using control::Meters;
+using control::Request;
+using control::Subscribe;
+using control::Unsubscribe;
 
 constexpr int kMostAtOnce = 64;
 constexpr std::chrono::milliseconds kLongestTurn{1};

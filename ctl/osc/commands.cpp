@@ -9,7 +9,25 @@ namespace tolvane::ctl::osc {
 
 namespace {
 
-using namespace control;
+using control::Command;
+using control::Dump;
+using control::GetStatus;
+using control::Hello;
+using control::ListScenes;
+using control::RecallScene;
+using control::Redo;
+using control::RemoveRoute;
+using control::ResetClips;
+using control::RouteKey;
+using control::Save;
+using control::SaveScene;
+using control::SetGain;
+using control::SetLabel;
+using control::SetMute;
+using control::SetRoute;
+using control::Subscribe;
+using control::Undo;
+using control::Unsubscribe;
 
 constexpr std::int64_t kLargestPort = 65535;
 
@@ -22,10 +40,11 @@ std::optional<double> numberOf(const Argument& argument) {
   return std::visit(
       [](const auto& value) -> std::optional<double> {
         using Value = std::decay_t<decltype(value)>;
-        if constexpr (std::is_arithmetic_v<Value> && !std::is_same_v<Value, bool>)
+        if constexpr (std::is_arithmetic_v<Value> && !std::is_same_v<Value, bool>) {
           return static_cast<double>(value);
-        else
+        } else {
           return std::nullopt;
+        }
       },
       argument);
 }

@@ -10,7 +10,24 @@ namespace tolvane::ctl::osc {
 
 namespace {
 
-using namespace control;
+using control::Answer;
+using control::decibelsOf;
+using control::DeviceStatus;
+using control::Done;
+using control::Dropped;
+using control::Event;
+using control::Level;
+using control::Meters;
+using control::NamesChanged;
+using control::Refusal;
+using control::RouteDump;
+using control::RouteKey;
+using control::RoutesChanged;
+using control::RouteState;
+using control::SceneList;
+using control::ScenesChanged;
+using control::Status;
+using control::StatusChanged;
 
 /// Levels of so many channels fit a datagram.
 constexpr std::size_t kLevelsPerMessage = 64;
@@ -102,9 +119,10 @@ void appendLevels(std::vector<Message>& messages, const char* address, const std
   for (std::size_t first = 0; first < levels.size(); first += kLevelsPerMessage) {
     Message message{address, {number(first + 1)}};
     const std::size_t end = std::min(levels.size(), first + kLevelsPerMessage);
-    for (std::size_t c = first; c < end; ++c)
+    for (std::size_t c = first; c < end; ++c) {
       message.arguments.insert(message.arguments.end(),
                                {levels[c].peak, levels[c].rms, flag(levels[c].isClipped)});
+    }
     messages.push_back(std::move(message));
   }
 }

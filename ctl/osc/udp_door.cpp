@@ -14,7 +14,17 @@ namespace tolvane::ctl::osc {
 
 namespace {
 
-using namespace control;
+using control::Answer;
+using control::Command;
+using control::Control;
+using control::Done;
+using control::Dropped;
+using control::Event;
+using control::Hello;
+using control::Meters;
+using control::Refusal;
+using control::Subscribe;
+using control::Unsubscribe;
 
 constexpr std::size_t kLargestDatagram = std::size_t{64} << 10U;
 constexpr int kMostAtOnce = 64;
