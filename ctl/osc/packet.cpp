@@ -25,23 +25,31 @@ struct MessageFree {
 };
 using LoMessage = std::unique_ptr<std::remove_pointer_t<lo_message>, MessageFree>;
 
-Argument argumentOf(lo_type type, const lo_arg* arg) {
+/// The library's pointers are to multiples of four bytes, whatever the type.
+template <class Value>
+Value valueAt(const void* bytes) {
+  Value value{};
+  std::memcpy(&value, bytes, sizeof value);
+  return value;
+}
+
+Argument argumentOf(lo_type type, const void* bytes) {
   switch (type) {
     case LO_INT32:
-      return arg->i;
+      return valueAt<std::int32_t>(bytes);
     case LO_INT64:
-      return arg->h;
+      return valueAt<std::int64_t>(bytes);
     case LO_FLOAT:
-      return arg->f;
+      return valueAt<float>(bytes);
     case LO_DOUBLE:
-      return arg->d;
+      return valueAt<double>(bytes);
     case LO_TRUE:
       return true;
     case LO_FALSE:
       return false;
     case LO_STRING:
     case LO_SYMBOL:
-      return std::string(&arg->s);
+      return std::string(static_cast<const char*>(bytes));
     default:
       return OtherType{};
   }
