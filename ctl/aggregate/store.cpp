@@ -25,16 +25,6 @@ int makeFolder(const std::string& path) {
   }
 }
 
-bool writeAll(int descriptor, const std::string& text) {
-  std::size_t written = 0;
-  while (written < text.size()) {
-    const ssize_t count = ::write(descriptor, text.data() + written, text.size() - written);
-    if (count < 0 && errno != EINTR) return false;
-    if (count > 0) written += static_cast<std::size_t>(count);
-  }
-  return true;
-}
-
 Failure noPlace() {
   return {"neither XDG_CONFIG_HOME nor HOME says where aggregates are kept"};
 }
@@ -80,7 +70,7 @@ std::optional<Failure> AggregateStore::write(const std::string& text) {
   auto pending = AtomicFile::create(path_);
   if (!pending) return pending.error();
   AtomicFile file = std::move(pending).value();
-  if (!writeAll(file.descriptor(), text)) return systemFailure(path_, errno);
+  if (!file.write(text)) return systemFailure(path_, errno);
   return file.commit();
 }
 

@@ -14,17 +14,6 @@ namespace tolvane::ctl::control {
 
 namespace {
 
-/// Returns false and sets errno on failure.
-bool writeAll(int descriptor, const std::string& text) {
-  std::size_t written = 0;
-  while (written < text.size()) {
-    const ssize_t count = ::write(descriptor, text.data() + written, text.size() - written);
-    if (count < 0 && errno != EINTR) return false;
-    if (count > 0) written += static_cast<std::size_t>(count);
-  }
-  return true;
-}
-
 std::optional<Failure> changedMeanwhile(const std::string& path, const std::string& expected) {
   if (::access(path.c_str(), F_OK) != 0) return std::nullopt;
   const auto text = readPatchText(path, Readable::regularFile);
@@ -40,7 +29,7 @@ std::optional<Failure> write(const FileWriter::Job& job) {
   auto file = AtomicFile::create(job.path);
   if (!file) return file.error();
   AtomicFile target = std::move(file).value();
-  if (!writeAll(target.descriptor(), job.text)) return systemFailure(job.path, errno);
+  if (!target.write(job.text)) return systemFailure(job.path, errno);
   return target.commit();
 }
 

@@ -103,6 +103,15 @@ AtomicFile::~AtomicFile() {
   removeAtEarlyEnd(nullptr);
 }
 
+bool AtomicFile::write(std::string_view text) const {
+  while (!text.empty()) {
+    const ssize_t count = ::write(descriptor_, text.data(), text.size());
+    if (count < 0 && errno != EINTR) return false;
+    if (count > 0) text.remove_prefix(static_cast<std::size_t>(count));
+  }
+  return true;
+}
+
 std::optional<Failure> AtomicFile::commit() {
   if (!makeLasting(descriptor_) || !takeName()) return systemFailure(path_, errno);
   makeNameLasting(path_);

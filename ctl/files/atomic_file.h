@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "base/result.h"
 #include "ctl/terminal/failure.h"
@@ -26,6 +27,9 @@ class AtomicFile {
 
   /// Open for reading and writing. The object owns and closes it.
   [[nodiscard]] int descriptor() const noexcept { return descriptor_; }
+
+  /// Writes all of the text behind what is there. Returns false and sets errno on failure.
+  [[nodiscard]] bool write(std::string_view text) const;
 
   /// Flushes the content to disk and gives the file its name, replacing the old file. On failure the old file
   /// stays.

@@ -1,9 +1,8 @@
 #include "ctl/soak/command.h"
 
+#include <cerrno>
 #include <csignal>
 #include <cstdio>
-
-#include <unistd.h>
 
 #include "ctl/devices/choice.h"
 #include "ctl/devices/property.h"
@@ -26,16 +25,6 @@ std::optional<Failure> rehearse(const AudioDeviceInfo& device, bool fullSpeed) {
       AudioObjectSetPropertyData(device.id, &address, 0, nullptr, sizeof rehearsal, &rehearsal);
   if (status == noErr || !fullSpeed) return std::nullopt;
   return Failure{about(device.name, "has no full speed; the virtual device has")};
-}
-
-std::optional<Failure> writeAll(int descriptor, const std::string& path, const std::string& text) {
-  for (std::size_t done = 0; done < text.size();) {
-    const ssize_t written = ::write(descriptor, text.data() + done, text.size() - done);
-    if (written < 0 && errno == EINTR) continue;
-    if (written < 0) return systemFailure(path, errno);
-    done += static_cast<std::size_t>(written);
-  }
-  return std::nullopt;
 }
 
 void print(const Facts& facts) {
@@ -75,10 +64,9 @@ ExitStatus soakCommand(const SoakOptions& options) {
   if (const auto failure = session.run()) return fail(*failure);
   print(soakFacts(session.result(), session.checker()));
   if (report) {
-    auto failure =
-        writeAll(report->descriptor(), options.reportPath, soakPage(session.result(), session.checker()));
-    if (!failure) failure = report->commit();
-    if (failure) return fail(*failure);
+    if (!report->write(soakPage(session.result(), session.checker())))
+      return fail(systemFailure(options.reportPath, errno));
+    if (const auto failure = report->commit()) return fail(*failure);
   }
   const std::string wrong = session.result().failure(session.checker().loops());
   if (wrong.empty()) return ExitStatus::done;

@@ -229,7 +229,7 @@ OSStatus ScriptedHal::propertyData(AudioObjectID object, const AudioObjectProper
   const auto value = valueOf(key, address.mElement);
   if (!value) return kAudioHardwareUnknownPropertyError;
   size = std::min(size, static_cast<UInt32>(value->size()));
-  std::memcpy(data, value->data(), size);
+  std::copy_n(value->data(), size, static_cast<std::byte*>(data));
   return failure != nullptr ? failure->status : noErr;
 }
 
