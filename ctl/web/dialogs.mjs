@@ -1,23 +1,9 @@
 // The small windows: the token, a new route, a scene's name, the keys.
 import { find } from './dom.mjs';
 import { fillChannels } from './list.mjs';
+import { Store } from './store.mjs';
 
-const kTokenKey = 'tolvane-token';
-
-function remember(token) {
-  try {
-    if (token === null) sessionStorage.removeItem(kTokenKey);
-    else sessionStorage.setItem(kTokenKey, token);
-  } catch { /* a browser that keeps nothing asks again */ }
-}
-
-function remembered() {
-  try {
-    return sessionStorage.getItem(kTokenKey);
-  } catch {
-    return null;
-  }
-}
+const storedToken = new Store('sessionStorage', 'tolvane-token');
 
 // The token of the address's fragment, which browsers send nowhere. It is taken out of the address at once.
 function tokenOfAddress() {
@@ -43,19 +29,19 @@ export class TokenDialog {
     this.field = find('token');
     this.why = find('token-why');
     this.dialog = prepare('token-dialog', () => {
-      remember(this.field.value);
+      storedToken.set(this.field.value);
       desk.link.sayToken(this.field.value);
     });
     this.dialog.addEventListener('cancel', (event) => event.preventDefault()); // nothing to see without it
     desk.listen('token', (why) => this.#ask(why));
     desk.listen('link', (state) => { if (state === 'live') this.why.textContent = ''; });
-    desk.link.token = tokenOfAddress() ?? remembered();
-    if (desk.link.token !== null) remember(desk.link.token);
+    desk.link.token = tokenOfAddress() ?? storedToken.get();
+    if (desk.link.token !== null) storedToken.set(desk.link.token);
   }
 
   #ask(why) {
     if (why) {
-      remember(null);
+      storedToken.forget();
       this.why.textContent = `Not accepted: ${why}`;
     }
     if (!this.dialog.open) this.dialog.showModal();

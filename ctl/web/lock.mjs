@@ -1,9 +1,10 @@
 // The lock against stray touches: a touch locks, only a long one unlocks. A keyboard or a screen reader does both at once: it
 // does not touch by accident.
 import { find } from './dom.mjs';
+import { Store } from './store.mjs';
 
 const kHoldMs = 700;
-const kStorageKey = 'tolvane-locked';
+const storedLock = new Store('localStorage', 'tolvane-locked');
 
 export class Lock {
   constructor(desk) {
@@ -15,7 +16,7 @@ export class Lock {
     this.button.addEventListener('click', (event) => this.#click(event));
     this.button.addEventListener('contextmenu', (event) => event.preventDefault());
     desk.listen('lock', () => this.#show());
-    this.#set(localStorage.getItem(kStorageKey) === 'true'); // a reload by a stray touch unlocks nothing
+    this.#set(storedLock.get() === 'true'); // a reload by a stray touch unlocks nothing
   }
 
   #press() {
@@ -43,7 +44,7 @@ export class Lock {
   }
 
   #set(isLocked) {
-    localStorage.setItem(kStorageKey, `${isLocked}`);
+    storedLock.set(`${isLocked}`);
     this.desk.setLocked(isLocked);
   }
 
