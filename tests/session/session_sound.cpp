@@ -1,9 +1,10 @@
 // A song whose every sample tells its frame and channel, and the comparison of a recording with it. For the
 // shell tests, which play and record with programs that nobody here wrote.
 //   session_sound song FILE CHANNELS SECONDS
-//   session_sound compare RECORDING SONG          every channel of the recording has the song's channel
-//   session_sound compare --wire SECONDS RECORDING SONG
-//       both channels have the same samples at the same frames: at least as many of the song as last SECONDS
+//   session_sound compare SECONDS RECORDING SONG
+//       The recording has the channels that came through Tolvane, then as many that came past it by wire.
+//       Each has the samples of its wire at the same frames: at least as many of the song's channel as last
+//       SECONDS.
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -74,17 +75,6 @@ std::vector<std::uint32_t> withoutSilence(std::vector<std::uint32_t> bits) {
   return bits;
 }
 
-/// Every sample of the song, in order and bit for bit. The player may pause in between.
-void expectWhole(const std::vector<std::uint32_t>& heard, const std::vector<std::uint32_t>& song,
-                 const std::string& what) {
-  const auto found = withoutSilence(heard);
-  const auto wanted = withoutSilence(song);
-  const auto differ = std::mismatch(found.begin(), found.end(), wanted.begin(), wanted.end());
-  if (differ.first == found.end() && differ.second == wanted.end()) return;
-  fail(what + ": " + std::to_string(found.size()) + " samples instead of " + std::to_string(wanted.size()) +
-       "; the first " + std::to_string(differ.first - found.begin()) + " are equal");
-}
-
 /// The programs start the recorder's links one after the other, during the silence.
 void expectSameFrames(const std::vector<std::uint32_t>& through, const std::vector<std::uint32_t>& wire) {
   const auto first = [](const std::vector<std::uint32_t>& bits) {
@@ -111,22 +101,17 @@ std::size_t expectPartOf(const std::vector<std::uint32_t>& song, const std::vect
   return found.size();
 }
 
-void compareWithWire(std::size_t seconds, const std::string& recordingPath, const std::string& songPath) {
-  const Sound recording = read(recordingPath);
-  const std::size_t heard = expectPartOf(read(songPath).bitsOf(0), recording.bitsOf(1));
-  expectSameFrames(recording.bitsOf(0), recording.bitsOf(1));
-  std::printf("%zu samples of the song equal\n", heard);
-  if (heard < seconds * kRateHz) fail("fewer than " + std::to_string(seconds) + " s of the song");
-}
-
-void compare(const std::string& recordingPath, const std::string& songPath) {
+void compare(std::size_t seconds, const std::string& recordingPath, const std::string& songPath) {
   const Sound recording = read(recordingPath);
   const Sound song = read(songPath);
-  for (int channel = 0; channel < recording.channels; ++channel) {
-    expectWhole(recording.bitsOf(channel), song.bitsOf(channel), "channel " + std::to_string(channel + 1));
+  const int channels = recording.channels / 2;
+  for (int channel = 0; channel < channels; ++channel) {
+    const auto wire = recording.bitsOf(channels + channel);
+    const std::size_t heard = expectPartOf(song.bitsOf(channel), wire);
+    expectSameFrames(recording.bitsOf(channel), wire);
+    std::printf("%zu samples of the song's channel %d equal\n", heard, channel + 1);
+    if (heard < seconds * kRateHz) fail("fewer than " + std::to_string(seconds) + " s of the song");
   }
-  std::printf("%zu samples equal on each of %d channels\n", withoutSilence(song.bitsOf(0)).size(),
-              recording.channels);
 }
 
 }  // namespace
@@ -136,12 +121,10 @@ int main(int count, char** arguments) {
   if (words.size() == 4 && words[0] == "song") {
     writeSong(words[1], std::atoi(arguments[3]),
               std::atoi(arguments[4]));  // NOLINT(cert-err34-c): a test's own
-  } else if (words.size() == 3 && words[0] == "compare") {
-    compare(words[1], words[2]);
-  } else if (words.size() == 5 && words[0] == "compare" && words[1] == "--wire") {
-    compareWithWire(std::stoul(words[2]), words[3], words[4]);
+  } else if (words.size() == 4 && words[0] == "compare") {
+    compare(std::stoul(words[1]), words[2], words[3]);
   } else {
-    fail("usage: song FILE CHANNELS SECONDS, or compare [--wire SECONDS] RECORDING SONG");
+    fail("usage: song FILE CHANNELS SECONDS, or compare SECONDS RECORDING SONG");
   }
   return 0;
 }
