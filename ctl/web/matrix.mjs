@@ -121,7 +121,8 @@ export class Matrix {
 
   #scrolled() {
     this.scrolledAt = performance.now();
-    Object.assign(this.geometry, { x: this.scroller.scrollLeft, y: this.scroller.scrollTop });
+    const { canvas } = this.painter;
+    Object.assign(this.geometry, { x: canvas.snap(this.scroller.scrollLeft), y: canvas.snap(this.scroller.scrollTop) });
     this.invalidate('all');
   }
 

@@ -2,8 +2,8 @@
 # TOLVANE_PAGE, the file that the build makes.
 
 # Each script may import only from those before it.
-set(page_scripts dom store decibels geometry levels patch link desk gain_hand aria_window painter matrix fader strip list status
-  scenes dialogs lock main)
+set(page_scripts dom store decibels geometry levels patch link desk gain_hand aria_window canvas painter matrix fader strip list
+  status scenes dialogs lock main)
 list(TRANSFORM page_scripts APPEND .mjs)
 list(TRANSFORM page_scripts PREPEND ${CMAKE_CURRENT_LIST_DIR}/)
 set(TOLVANE_PAGE ${CMAKE_BINARY_DIR}/page/page.html CACHE INTERNAL "the page of run --http")

@@ -31,7 +31,7 @@ export class Scenes {
   #mark() {
     const current = this.desk.patch.status?.scene;
     for (const button of this.list.querySelectorAll('button')) {
-      button.disabled = !this.desk.mayEdit;
+      button.setAttribute('aria-disabled', !this.desk.mayEdit); // a touch then says why not
       if (button.dataset.scene === current) button.setAttribute('aria-current', 'true');
       else button.removeAttribute('aria-current');
     }

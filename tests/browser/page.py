@@ -2,14 +2,17 @@
 
 import json
 import math
+import time
 
 from selenium import webdriver
 from selenium.webdriver.common.action_chains import ActionChains
 from selenium.webdriver.common.by import By
+from selenium.webdriver.common.keys import Keys
 from selenium.webdriver.chrome.service import Service
 from selenium.webdriver.support.ui import WebDriverWait
 
 LIMIT_S = 60
+MODIFIERS = (Keys.SHIFT, Keys.CONTROL, Keys.ALT)
 
 
 def open_browser(width, height, touch=False, trace=False, scale=1):
@@ -22,7 +25,7 @@ def open_browser(width, height, touch=False, trace=False, scale=1):
     options.set_capability("goog:loggingPrefs", {"browser": "ALL", **({"performance": "ALL"} if trace else {})})
     if trace:
         options.add_experimental_option("perfLoggingPrefs", {
-            "enableNetwork": False, "enablePage": False, "traceCategories": "toplevel,devtools.timeline"})
+            "enableNetwork": False, "enablePage": False, "traceCategories": "toplevel,devtools.timeline,blink.user_timing"})
     driver = webdriver.Chrome(service=Service("/usr/bin/chromedriver"), options=options)
     driver.set_script_timeout(LIMIT_S)
     driver.execute_cdp_cmd("Emulation.setDeviceMetricsOverride", {
@@ -107,19 +110,20 @@ class Page:
         self.driver.execute_cdp_cmd("Input.dispatchMouseEvent", {
             "type": "mouseWheel", "x": x, "y": y, "deltaX": 0, "deltaY": -100 * notches, "pointerType": "mouse"})
 
-    def touch(self, kind, *points):
+    def touch(self, kind, *points, **more):
         """One event of fingers: "touchStart", "touchMove" with points, "touchEnd" without."""
         self.driver.execute_cdp_cmd("Input.dispatchTouchEvent", {
-            "type": kind, "touchPoints": [{"x": x, "y": y} for x, y in points]})
+            "type": kind, "touchPoints": [{"x": x, "y": y} for x, y in points], **more})
 
     def tap(self, x, y):
         self.touch("touchStart", (x, y))
         self.touch("touchEnd")
 
     def double_tap(self, x, y):
-        """Two taps, which the browser spaces: the test's own pace does not matter."""
-        self.driver.execute_cdp_cmd("Input.synthesizeTapGesture", {
-            "x": x, "y": y, "duration": 20, "tapCount": 2, "gestureSourceType": "touch"})
+        """Two taps, with the times that a finger's would have: the test's own pace does not matter."""
+        begin = time.time()
+        for kind, seconds in (("touchStart", 0), ("touchEnd", 0.05), ("touchStart", 0.15), ("touchEnd", 0.2)):
+            self.touch(kind, *([(x, y)] if kind == "touchStart" else []), timestamp=begin + seconds)
 
     def middle_of(self, selector):
         return self.run("""
@@ -127,7 +131,29 @@ class Page:
             return [box.left + box.width / 2, box.top + box.height / 2].map(Math.round);""", selector)
 
     def keys(self, *keys):
-        ActionChains(self.driver, duration=0).send_keys(*keys).perform()
+        """Types the keys. Shift, Control and Alt are held until the last."""
+        actions = ActionChains(self.driver, duration=0)
+        held = [key for key in "".join(keys) if key in MODIFIERS]
+        for key in held:
+            actions.key_down(key)
+        actions.send_keys(*(key for key in "".join(keys) if key not in MODIFIERS))
+        for key in held:
+            actions.key_up(key)
+        actions.perform()
+
+    def trace_of(self, act):
+        """The browser's trace of what happens while `act` runs. The page must have been opened with `trace`."""
+        self.run("performance.mark('begin of the act')")
+        act()
+        self.run("performance.mark('end of the act')")
+        events, marks = [], {}
+        while "end of the act" not in marks:  # the driver hands the trace out part by part
+            for entry in self.driver.get_log("performance"):
+                message = json.loads(entry["message"])["message"]
+                if message["method"] == "Tracing.dataCollected":
+                    events.append(message["params"])
+                    marks[events[-1]["name"]] = events[-1]["ts"]
+        return [each for each in events if marks["begin of the act"] <= each["ts"] <= marks["end of the act"]]
 
     def complaints(self):
         """What the browser had to complain of, of this page."""
@@ -138,11 +164,3 @@ def level_of(text):
     """The number that a level on the page stands for."""
     plain = text.replace("\u2212", "-").replace(" dB", "").replace("muted, ", "")
     return -math.inf if plain in ("silent", "-\u221e") else float(plain)
-
-
-def messages_of_trace(log):
-    """The trace's events among the entries of the performance log."""
-    for entry in log:
-        message = json.loads(entry["message"])["message"]
-        if message["method"] == "Tracing.dataCollected":
-            yield message["params"]

@@ -86,7 +86,7 @@ class Stage:
 
     def _wait(self):
         self.process.wait(30)
-        for stream in (self.process.stdout, self.process.stderr):
+        for stream in (self.process.stdin, self.process.stdout, self.process.stderr):
             stream.close()
 
     def _ask(self, word):

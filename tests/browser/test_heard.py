@@ -128,10 +128,10 @@ class Heard(unittest.TestCase):
             self.assertEqual(samples[2], sample, button)
 
     def test_the_matrix_scrolls_under_a_finger_and_no_gain_moves(self):
-        self.stage.end()
-        self.stage = Stage(routes=[route(source, source) for source in range(1, 65)], inputs=64, outputs=64)
-        self.addCleanup(self.stage.end)
-        page = self.open(touch=True)
+        large = Stage(routes=[route(source, source) for source in range(1, 65)], inputs=64, outputs=64)
+        self.addCleanup(large.end)
+        page = Page(large.url, touch=True)
+        self.addCleanup(page.close)
         x, y = page.point_of_cell(8, 8)
         page.touch("touchStart", (x, y))
         for moved in range(10, 200, 10):
@@ -139,8 +139,8 @@ class Heard(unittest.TestCase):
         page.touch("touchEnd")
         page.wait_until(lambda: page.run("return document.getElementById('scroller').scrollTop") > 100, "it has scrolled")
         self.assertEqual(page.serial, 0)
-        self.assertEqual(self.stage.hold(), [1.0] * 64)
-        self.stage.go()
+        self.assertEqual(large.hold(), [1.0] * 64)
+        large.go()
 
 
 class Scenes(unittest.TestCase):

@@ -37,7 +37,9 @@ class Lock(unittest.TestCase):
         page.touch("touchEnd")
         for key in ("m", "0", "-", Keys.DELETE, Keys.ENTER):
             page.keys(key)
-        for button in ("#strip-zero", "#strip-mute", "#strip-remove", "#scene-list button", "#save", "#undo"):
+        page.tap(*page.middle_of("#scene-list button"))
+        page.wait_until(lambda: page.find("#note").text.startswith("Locked"), "a scene says why not")
+        for button in ("#strip-zero", "#strip-mute", "#strip-remove", "#save", "#undo"):
             self.assertFalse(page.find(button).is_enabled() if page.find(button).is_displayed() else False, button)
         page.tap(*lock)  # a short touch does not unlock
         self.wait(300)

@@ -6,7 +6,7 @@ machine."""
 import statistics
 import unittest
 
-from page import Page, messages_of_trace
+from page import Page
 from stage import Stage, route
 
 FRAME_MS = 1000 / 60
@@ -14,7 +14,6 @@ FRAME_MS = 1000 / 60
 
 def costs_of_frames(events):
     """The processor time of the page's thread in each frame, in milliseconds."""
-    events = list(events)
     begins = [each for each in events if each["name"] == "FireAnimationFrame"]
     threads = {(each["pid"], each["tid"]) for each in begins}
     assert len(threads) == 1, "one page draws"
@@ -42,15 +41,17 @@ class Scroll(unittest.TestCase):
         for width, height in ((1180, 820), (1920, 1080)):
             self.scroll(stage, width, height)
 
+    @staticmethod
+    def scroll_about(page):
+        x, y = page.point_of_cell(6, 6)
+        for distance in ((0, -3000), (-3000, 0), (2500, 2500), (-2000, -1500)):
+            page.driver.execute_cdp_cmd("Input.synthesizeScrollGesture", {
+                "x": x, "y": y, "xDistance": distance[0], "yDistance": distance[1], "speed": 3000, "gestureSourceType": "mouse"})
+
     def scroll(self, stage, width, height):
         page = Page(stage.url, width=width, height=height, trace=True)
         try:
-            page.driver.get_log("performance")  # what loading cost is not asked
-            x, y = page.point_of_cell(6, 6)
-            for distance in ((0, -3000), (-3000, 0), (2500, 2500), (-2000, -1500)):
-                page.driver.execute_cdp_cmd("Input.synthesizeScrollGesture", {
-                    "x": x, "y": y, "xDistance": distance[0], "yDistance": distance[1], "speed": 3000, "gestureSourceType": "mouse"})
-            costs = costs_of_frames(messages_of_trace(page.driver.get_log("performance")))
+            costs = costs_of_frames(page.trace_of(lambda: self.scroll_about(page)))
             self.assertGreater(page.run("const { scrollLeft, scrollTop } = document.getElementById('scroller'); return scrollLeft + scrollTop"), 1000)
         finally:
             page.close()
