@@ -8,6 +8,8 @@
 #include "bench/cycle_bench.h"
 #include "bench/rivals.h"
 #include "bench/side_by_side.h"
+#include "core/routing/io_proc.h"
+#include "ctl/run/meter_bank.h"
 
 namespace tolvane::bench {
 
@@ -66,6 +68,16 @@ void saxpy(BenchDevice& device) {
 }
 void loop(BenchDevice& device) {
   clearAndLoop(device, device.routes);
+}
+/// A cycle through the callback, as a device calls it.
+void call(AudioDeviceIOProc callback, BenchDevice& device) {
+  callback(1, nullptr, device.input.list(), nullptr, device.output.list(), nullptr, &device.context);
+}
+void callRun(BenchDevice& device) {
+  call(&ctl::meteredIoProc, device);
+}
+void callWindow(BenchDevice& device) {
+  call(&halIOProc, device);
 }
 void publish(BenchDevice& device) {
   writeConnections(&device.context, device.routes);
@@ -137,6 +149,11 @@ void registerLimitBenchmarks() {
   limit("sparse",
         "1 route on a 256 × 256 device, planar, 64 frames|clearing the 256 output buffers one by one", 2.0,
         kOneOfMany, cycle, clear);
+  limit(
+      "doors",
+      "a cycle of `tolvanectl run` with both doors closed, 64 routes, 18 in × 20 out interleaved, 128 frames|"
+      "the same in the window",
+      1.05, kInterface, callRun, callWindow);
   limit("publication", "64 routes published|a cycle of the first row", 0.05, kPlanar, publish, cycle);
 }
 
