@@ -48,6 +48,11 @@ bool DriverPoller::overdue() const {
   return overdue_;
 }
 
+bool DriverPoller::late() const {
+  const std::lock_guard lock(mutex_);
+  return overdue_ || lateAnswer_;
+}
+
 bool DriverPoller::awaitOverdue(Clock::time_point deadline) {
   std::unique_lock lock(mutex_);
   return changed_.wait_until(lock, deadline, [this] { return !overdue_; });
@@ -88,17 +93,27 @@ void DriverPoller::callDriver(DriverAnswer& answer) {
   }
 }
 
+/// A late answer is a change that it includes itself: once it is taken, there is no reason to ask again. If
+/// the driver has reported a change since the call, there is, and somebody will take the answer first.
+void DriverPoller::countLateAnswer(std::uint64_t& generation) noexcept {
+  std::uint64_t expected = generation;
+  if (generation_.compare_exchange_strong(expected, generation + 1)) ++generation;
+}
+
 void DriverPoller::finish(DriverAnswer answer) {
   bool late = false;
   {
     const std::lock_guard lock(mutex_);
     done_ = answer.number;
-    answer_ = std::make_shared<const DriverAnswer>(std::move(answer));
     late = std::exchange(overdue_, false);
-    if (late) lateAnswer_ = true;
+    if (late) {
+      lateAnswer_ = true;
+      countLateAnswer(answer.generation);
+    }
+    answer_ = std::make_shared<const DriverAnswer>(std::move(answer));
   }
   changed_.notify_all();
-  if (late) devicesChanged(*driver_);
+  if (late) onChange_();
 }
 
 }  // namespace tolvane::hal

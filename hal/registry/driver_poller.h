@@ -20,7 +20,7 @@ using Clock = std::chrono::steady_clock;
 /// One answer of a driver.
 struct DriverAnswer {
   std::uint64_t number = 0;      // of the call, from 1
-  std::uint64_t generation = 0;  // generation when the driver was called
+  std::uint64_t generation = 0;  // generation that it includes
   Clock::time_point askedAt;
   std::vector<DeviceInfo> devices;
   std::exception_ptr failure;  // if set, the call failed with this exception
@@ -52,11 +52,14 @@ class DriverPoller final : public DeviceObserver {
   /// its time. Otherwise returns null. [not-io]
   std::shared_ptr<const DriverAnswer> answer(const Ticket& ticket, Clock::time_point deadline);
 
-  /// The number of changes reported so far. [any-thread]
+  /// The number of changes so far: those that the driver reported, and late answers. [any-thread]
   [[nodiscard]] std::uint64_t generation() const noexcept { return generation_.load(); }
 
   /// True if a caller has given up waiting for a call that has not ended yet. [not-io]
   [[nodiscard]] bool overdue() const;
+
+  /// True if a call is overdue, or has ended and nobody has taken its answer. [not-io]
+  [[nodiscard]] bool late() const;
 
   /// Waits until no call is overdue. False if one still is at the deadline. [not-io]
   [[nodiscard]] bool awaitOverdue(Clock::time_point deadline);
@@ -67,6 +70,7 @@ class DriverPoller final : public DeviceObserver {
   [[nodiscard]] bool calling() const noexcept { return begun_ > done_; }
   void work();
   void callDriver(DriverAnswer& answer);
+  void countLateAnswer(std::uint64_t& generation) noexcept;
   void finish(DriverAnswer answer);
 
   const std::unique_ptr<Driver> driver_;

@@ -154,7 +154,8 @@ bool Registration::checkSession(Clock::time_point now) {
     lostAt_ = now;
     backAt_.reset();
   } else if (!listedAgain()) {
-    backAt_.reset();
+    // A driver that is late has not said that the device is gone again.
+    if (!device_->poller()->late()) backAt_.reset();
   } else if (!backAt_) {
     backAt_ = now;
   } else {

@@ -32,10 +32,25 @@ AudioObjectID deviceOf(const std::string& uid) {
   return kAudioObjectUnknown;
 }
 
+namespace {
+
+/// What the list has instead, and which drivers it lacks.
+std::string listedUids() {
+  std::string uids;
+  for (const AudioObjectID id : deviceList()) uids += stringOf(id, kAudioDevicePropertyDeviceUID) + "\n";
+  return uids + "without: " + stringOf(kAudioObjectSystemObject, kTolvanePropertySilentServers);
+}
+
+}  // namespace
+
 AudioObjectID expectDeviceOf(const std::string& uid) {
   AudioObjectID found = kAudioObjectUnknown;
-  EXPECT_TRUE(eventually([&] { return (found = deviceOf(uid)) != kAudioObjectUnknown; }));
+  EXPECT_TRUE(eventually([&] { return (found = deviceOf(uid)) != kAudioObjectUnknown; })) << listedUids();
   return found;
+}
+
+bool isAlive(AudioObjectID device) {
+  return valueOf<UInt32>(device, kAudioDevicePropertyDeviceIsAlive) == 1;
 }
 
 std::string pcmStatus(const std::string& cardId, const std::string& pcm) {

@@ -24,6 +24,9 @@ AudioObjectID deviceOf(const std::string& uid);
 /// none.
 AudioObjectID expectDeviceOf(const std::string& uid);
 
+/// True while the HAL's device is there.
+bool isAlive(AudioObjectID device);
+
 /// The status text of a PCM, as in "pcm0p", of the card with this lasting identity.
 std::string pcmStatus(const std::string& cardId, const std::string& pcm);
 

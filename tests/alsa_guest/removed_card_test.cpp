@@ -11,10 +11,6 @@
 namespace tolvane::test {
 namespace {
 
-bool isAlive(AudioObjectID device) {
-  return valueOf<UInt32>(device, kAudioDevicePropertyDeviceIsAlive) == 1;
-}
-
 void unplug() {
   // The first command returns when nobody has the card open any more. The second fails while somebody has.
   ASSERT_TRUE(runInGuest("echo snd_aloop.0 > /sys/bus/platform/drivers/snd_aloop/unbind"));

@@ -62,6 +62,25 @@ TEST_F(ComingAndGoing, withoutNotificationsTheDriverIsAsked) {
   EXPECT_TRUE(eventually([&] { return alive(device); }));
 }
 
+class ComingAndGoingOfASlowDriver : public ComingAndGoing,
+                                    public testing::WithParamInterface<std::chrono::milliseconds> {};
+
+TEST_P(ComingAndGoingOfASlowDriver, theCallbackRunsAgain) {
+  const AudioObjectID device = listOne();
+  RegisteredProc proc(device, [](auto&, auto&) {});
+  ASSERT_EQ(proc.start(), noErr);
+  lose();
+  ASSERT_TRUE(eventually([&] { return !alive(device); }));
+  first_.setListingTime(GetParam());
+  bringBack();
+  EXPECT_TRUE(startedAgain(2));
+  EXPECT_TRUE(eventually([&] { return alive(device); }));
+}
+
+// A list waits for 150 ms, and a lost device is asked for every 500 ms. So the list has the second device for
+// less time than a session may take to resume.
+INSTANTIATE_TEST_SUITE_P(WhoseAnswersAreAllLate, ComingAndGoingOfASlowDriver, testing::Values(250ms, 480ms));
+
 TEST_F(ComingAndGoing, anotherDeviceNeverTakesItsPlace) {
   const AudioObjectID device = listOne();
   RegisteredProc proc(device, [](auto&, auto&) {});

@@ -110,6 +110,22 @@ TEST_F(DeviceList, leavesOutADriverThatHangsAndListsItWhenItIsBack) {
   EXPECT_EQ(deviceList(), both);
 }
 
+TEST_F(DeviceList, takesALateAnswerAndDoesNotAskForItAgain) {
+  first_.setDevices({scriptedDevice("slow", 1, 1)});
+  const auto before = deviceList();
+  ASSERT_EQ(before.size(), 1U);
+  Listening list(kAudioObjectSystemObject, kAudioHardwarePropertyDevices);
+  first_.listing.close();
+  first_.notify();
+  ASSERT_TRUE(list.hears(1));  // it is late
+  const int asked = first_.listings();
+  first_.listing.open();
+  ASSERT_TRUE(list.hears(2));
+  EXPECT_TRUE(alive(before[0]));  // a query asks the driver first if it has news
+  EXPECT_EQ(first_.listings(), asked);
+  EXPECT_EQ(deviceList(), before);
+}
+
 TEST_F(DeviceList, theFirstOneWaitsForADriverThatIsLate) {
   first_.setDevices({scriptedDevice("late", 1, 1)});
   second_.setDevices({scriptedDevice("quick", 1, 1)});

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <system_error>
+#include <thread>
 #include <utility>
 
 #include "hal/driver/buffer_list.h"
@@ -55,13 +56,16 @@ class ScriptedDriver final : public hal::Driver {
 
   std::vector<DeviceInfo> devices() override {
     std::vector<DeviceInfo> devices;
+    std::chrono::milliseconds time{0};
     {
       const std::lock_guard lock(script_.mutex_);
       ++script_.listings_;
+      time = script_.listingTime_;
       if (script_.exhausted_) throw std::system_error(EMFILE, std::generic_category());
       wasSilent_ = script_.silent_;
       if (!wasSilent_) devices = script_.devices_;
     }
+    std::this_thread::sleep_for(time);
     script_.listing.pass();
     return devices;
   }
@@ -151,6 +155,11 @@ void Script::setExhausted(bool exhausted) {
 void Script::setNotifies(bool notifies) {
   const std::lock_guard lock(mutex_);
   notifies_ = notifies;
+}
+
+void Script::setListingTime(std::chrono::milliseconds time) {
+  const std::lock_guard lock(mutex_);
+  listingTime_ = time;
 }
 
 void Script::setStartStatus(OSStatus status) {

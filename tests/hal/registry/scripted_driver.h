@@ -1,6 +1,7 @@
 // A driver that a test controls: its devices, its sessions, and where it hangs.
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -46,6 +47,8 @@ class Script {
   void setSilent(bool silent);
   /// If true, devices() throws, as in a system without free descriptors.
   void setExhausted(bool exhausted);
+  /// How long devices() takes from now on.
+  void setListingTime(std::chrono::milliseconds time);
   void setStartStatus(OSStatus status);
   void setSettingStatus(OSStatus status);
 
@@ -84,6 +87,7 @@ class Script {
   std::string server_;
   bool silent_ = false;
   bool exhausted_ = false;
+  std::chrono::milliseconds listingTime_{0};
   OSStatus startStatus_ = noErr;
   OSStatus settingStatus_ = noErr;
   int listings_ = 0;
