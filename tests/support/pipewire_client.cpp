@@ -15,7 +15,7 @@ namespace pipewire = hal::pipewire;
 
 namespace {
 
-constexpr int kPatienceSeconds = 10;
+constexpr int kPatienceSeconds = 60;
 
 class LoopLock {
  public:
