@@ -13,8 +13,20 @@ namespace {
 // The library exports a pointer to this text; old ones do not.
 constexpr const char* kPrettyName = "http://jackaudio.org/metadata/pretty-name";
 
+/// Removes the digits at the end; returns false if there are none.
+bool removeNumber(std::string_view& text) {
+  const std::size_t last = text.find_last_not_of("0123456789");
+  const std::size_t length = last == std::string_view::npos ? 0 : last + 1;
+  return length < std::exchange(text, text.substr(0, length)).size();
+}
+
+/// The aliases by which jackd's drivers number their ports. That for FireWire has the channel's name in the
+/// port's name, and the number in the alias.
 bool isServersOwn(std::string_view alias) {
-  return alias.starts_with("alsa_pcm:");
+  if (!removeNumber(alias)) return false;
+  if (alias == "system:capture_" || alias == "system:playback_") return true;
+  const bool isNumbered = alias.ends_with(":in") || alias.ends_with(":out");
+  return isNumbered && alias.substr(0, alias.find(':')).ends_with("_pcm");
 }
 
 std::string_view withoutClient(std::string_view name, std::string_view client) {

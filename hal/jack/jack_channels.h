@@ -11,8 +11,9 @@
 namespace tolvane::hal {
 
 /// The names of the channel behind a port, "client:port". Its name is the port's pretty name; if there is
-/// none, the first alias that is not jackd's own ("alsa_pcm:hw:PCH:out1"); else the port's part of its name.
-/// An alias is taken without the client in front of it. Empty aliases do not count.
+/// none, the first alias that is not jackd's own number ("alsa_pcm:hw:PCH:out1", "dummy_pcm:dummy:out1",
+/// "system:capture_1"); else the port's part of its name. An alias is taken without the client in front of
+/// it. Empty aliases do not count.
 [[nodiscard]] ChannelInfo jackChannel(std::string_view port, const std::string& prettyName,
                                       const std::vector<std::string>& aliases);
 

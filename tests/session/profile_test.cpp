@@ -5,12 +5,7 @@
 namespace tolvane::test {
 namespace {
 
-using testing::HasSubstr;
-
-constexpr const char* kGone = "tolvanectl: card: is gone; waiting for it to come back\n";
-constexpr const char* kBack = "tolvanectl: card: is back\n";
-
-class SessionProfile : public SessionTest {
+class SessionProfile : public SessionReturn {
  protected:
   void take(const std::string& node) { rig_->client().removeNode(node); }
 
@@ -23,39 +18,40 @@ class SessionProfile : public SessionTest {
     for (const PipeWireProperties& node : sessionNodesOf(visitor)) rig_->client().addNode(node);
   }
 
-  void expectHeardAgain() {
-    rig_->linkCard(0);
-    EXPECT_TRUE(rig_->settleInSession());
+  void expectHeardAgainAfter(const std::string& event) {
+    expectHeardAgain(event, [this] { rig_->linkCard(0); });
   }
 
   int visitors_ = 0;
 };
 
-TEST_F(SessionProfile, BothDirectionsTakenAwayAndGivenBack) {
+TEST_P(SessionProfile, BothDirectionsTakenAwayAndGivenBack) {
   route();
   const auto idBefore = rig_->client().nodeId("card.sink");
   take("card.source");
   take("card.sink");
-  EXPECT_TRUE(program_->waitForErr(kGone));
+  expectSaid(kGone, 1, "the card's loss");
   takeIdentifiers();
   give(0);
   give(1);
   EXPECT_NE(rig_->client().nodeId("card.sink"), idBefore);
-  EXPECT_TRUE(program_->waitForErr(kBack));
-  expectHeardAgain();
+  expectSaid(kBack, 1, "the card's return");
+  expectHeardAgainAfter("that");
   EXPECT_EQ(messages(), std::string("tolvanectl: routing on card\n") + kGone + kBack);
 }
 
-TEST_F(SessionProfile, OneDirectionTakenAwayAndGivenBackIsHeardAgainWithoutAWord) {
+TEST_P(SessionProfile, OneDirectionTakenAwayAndGivenBackIsHeardAgainWithoutAWord) {
   route();
   for (const std::size_t node : {0U, 1U}) {
     take(nodesOf(kCard)[node].at("node.name"));
     takeIdentifiers();
     give(node);
-    expectHeardAgain();
+    expectHeardAgainAfter("the return of " + nodesOf(kCard)[node].at("node.name"));
   }
   EXPECT_EQ(messages(), "tolvanectl: routing on card\n");
 }
+
+INSTANTIATE_TEST_SUITE_P(Paces, SessionProfile, kSessionPaces, sessionPaceName);
 
 }  // namespace
 }  // namespace tolvane::test

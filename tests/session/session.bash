@@ -56,6 +56,7 @@ cat >"$session/bin/start-sound" <<EOF
 SPA_PLUGIN_DIR=$TOLVANE_SPA setsid pipewire >>$session/pipewire.log 2>&1 &
 echo \$! >$session/pipewire.pid
 until [ -S $session/pipewire-0 ] && pw-cli info 0 >/dev/null 2>&1; do sleep 0.05; done
+plug-cards
 exec start-manager
 EOF
 cat >"$session/bin/start-manager" <<EOF
@@ -74,28 +75,31 @@ cat >"$session/bin/kill-sound" <<EOF
 kill -9 \$(cat $session/pipewire.pid) \$(cat $session/wireplumber.pid)
 rm $session/{pipewire,wireplumber}.pid $session/pipewire-0*
 EOF
+cat >"$session/bin/plug-cards" <<EOF
+#!/bin/bash
+set -e
+exec >>$session/cards.log 2>&1
+EOF
 chmod +x "$session"/bin/*
 
-# add_card NAME DESCRIPTION INPUTS OUTPUTS: a card of null nodes, as a file in pipewire.conf.d. Its clock starts a
-# cycle when it is due and everybody has finished the last one: a test must not depend on the machine's pace.
+# add_card NAME DESCRIPTION INPUTS OUTPUTS: a card of null nodes, which is there at each start of PipeWire. The home
+# knows nothing of it. Its clock starts a cycle when it is due and everybody has finished the last one: a test must not
+# depend on the machine's pace.
 add_card() {
-    local folder=$HOME/.config/pipewire/pipewire.conf.d
-    mkdir -p "$folder"
     node() {
         local position
         position=$(seq -s' ' -f 'AUX%g' 0 $(($4 - 1)))
-        echo "{ factory = adapter args = { factory.name = support.null-audio-sink node.name = $1 device.id = 900
-            device.name = $2 node.description = \"$3\" media.class = $5 audio.channels = $4
-            audio.position = [ $position ] node.group = cards priority.driver = 30000 } }"
+        echo "pw-cli create-node adapter '{ factory.name = support.null-audio-sink node.name = $1 device.id = 900
+            device.name = $2 node.description = \"$3\" media.class = $5 audio.channels = $4 object.linger = true
+            audio.position = [ $position ] node.group = cards priority.driver = 30000 }'"
     }
     {
-        echo "context.objects = ["
-        echo "{ factory = spa-node-factory args = { factory.name = tolvane.patient.driver tolvane.clock.ppm = 0
-            library.name = tolvane_patient_driver node.name = clock node.group = cards priority.driver = 40000 } }"
+        echo "pw-cli create-node spa-node-factory '{ factory.name = tolvane.patient.driver tolvane.clock.ppm = 0
+            library.name = tolvane_patient_driver node.name = clock node.group = cards priority.driver = 40000
+            object.linger = true }'"
         node "$1.source" "$1" "$2" "$3" Audio/Source/Virtual
         node "$1.sink" "$1" "$2" "$4" Audio/Sink
-        echo "]"
-    } >"$folder/$1.conf"
+    } >>"$session/bin/plug-cards"
 }
 
 begin_session() {

@@ -15,7 +15,7 @@ namespace pipewire = hal::pipewire;
 
 namespace {
 
-constexpr int kPatienceSeconds = 10;
+constexpr int kPatienceSeconds = 60;
 
 class LoopLock {
  public:
@@ -133,6 +133,7 @@ struct PipeWireClient::State {
   std::map<std::uint32_t, Link> links;
   std::vector<std::unique_ptr<OwnLink>> ownLinks;
   std::map<std::string, pw_proxy*> metadata;
+  std::uint32_t defaultMetadata = SPA_ID_INVALID;
   spa_hook metadataHook{};  // of "default"
   std::string defaultSink;
   std::vector<pw_proxy*> made;  // of objects that the server created for us; a proxy may outlive its object
@@ -165,15 +166,19 @@ struct PipeWireClient::State {
     pw_thread_loop_signal(loop, false);
   }
 
+  /// True if the condition holds within that time. Call with the loop locked.
+  [[nodiscard]] bool isWithin(int seconds, const std::function<bool()>& condition) const {
+    timespec deadline{};
+    pw_thread_loop_get_time(loop, &deadline, std::int64_t{seconds} * SPA_NSEC_PER_SEC);
+    while (!condition()) {
+      if (pw_thread_loop_timed_wait_full(loop, &deadline) != 0) return false;
+    }
+    return true;
+  }
+
   /// Call with the loop locked.
   void waitUntil(const std::function<bool()>& condition, const std::string& what) const {
-    timespec deadline{};
-    pw_thread_loop_get_time(loop, &deadline, std::int64_t{kPatienceSeconds} * SPA_NSEC_PER_SEC);
-    while (!condition()) {
-      if (pw_thread_loop_timed_wait_full(loop, &deadline) != 0) {
-        throw std::runtime_error("the server has not " + what);
-      }
-    }
+    if (!isWithin(kPatienceSeconds, condition)) throw std::runtime_error("the server has not " + what);
   }
 
   void roundTripLocked() {
@@ -218,6 +223,7 @@ struct PipeWireClient::State {
     }
     metadata[name] = proxy;
     if (name == "default") {
+      defaultMetadata = id;
       pipewire::addListener(reinterpret_cast<pw_metadata*>(proxy), &metadataHook, &kEvents, this);
     }
   }
@@ -317,7 +323,12 @@ void PipeWireClient::awaitPorts(const PipeWireProperties& node) {
 
 void PipeWireClient::awaitDefaultSink() {
   const LoopLock lock(state_->loop);
-  state_->waitUntil([&] { return !state_->defaultSink.empty(); }, "chosen a default sink");
+  const auto isChosen = [&] { return !state_->defaultSink.empty(); };
+  // While one client asks for all values, the server tells nobody else of a new value. So this asks again.
+  for (int second = 0; second < kPatienceSeconds && !state_->isWithin(1, isChosen); ++second) {
+    if (state_->defaultMetadata != SPA_ID_INVALID) state_->bindMetadata(state_->defaultMetadata, "default");
+  }
+  if (!isChosen()) throw std::runtime_error("the server has not chosen a default sink");
 }
 
 std::string PipeWireClient::defaultSink() {

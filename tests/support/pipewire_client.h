@@ -24,7 +24,7 @@ struct PipeWirePort {
 };
 
 /// Connected from construction to destruction. A function that promises a result waits for it. Every failure,
-/// and every wait of more than ten seconds, throws std::runtime_error. Use from one thread at a time.
+/// and every wait of more than a minute, throws std::runtime_error. Use from one thread at a time.
 class PipeWireClient {
  public:
   PipeWireClient();

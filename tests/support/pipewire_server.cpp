@@ -82,7 +82,10 @@ std::string lastServersRate = rateOf(PipeWirePace::realTime);
 PipeWireProperties nodeOf(const PipeWireCard& card, const char* part, const char* mediaClass,
                           unsigned channels) {
   std::string positions = "[";
-  for (unsigned channel = 0; channel < channels; ++channel) positions += " AUX" + std::to_string(channel);
+  for (unsigned channel = 0; channel < channels; ++channel) {
+    const bool isNamed = channel < card.positions.size();
+    positions += isNamed ? " " + card.positions[channel] : " AUX" + std::to_string(channel);
+  }
   PipeWireProperties node = {
       {"factory.name", "support.null-audio-sink"},
       {"node.name", card.name + part},

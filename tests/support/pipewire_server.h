@@ -25,6 +25,8 @@ struct PipeWireCard {
   std::optional<unsigned> cardId = {};  // set: its nodes belong to this card
   bool isDuplexNode = false;            // one node that returns its input, instead of two nodes
   std::string alsaPcm = {};             // a sound card's PCM ("hw:5"), instead of null nodes
+  // The names of the channels of both directions, from the first on; further channels are AUX ones.
+  std::vector<std::string> positions = {};
 };
 
 /// The properties of the card's nodes for the adapter factory of the server that was constructed last.

@@ -53,18 +53,66 @@ class ChannelNamesOnPipeWire : public testing::Test {
     return ports;
   }
 
+  /// Every channel is one port that pw-link lists, in its order, and is called like that port or its alias.
+  static void expectCalledAsListed(const json& channels, const std::string& option, const std::string& node) {
+    EXPECT_EQ(portsOf(channels), portsListed(option, node));
+    const auto listed = indentedLinesOf("pw-link -v " + option);
+    for (const json& channel : channels) {
+      const auto port = listed.find(node + ":" + channel.at("port").get<std::string>());
+      ASSERT_NE(port, listed.end()) << channel;
+      EXPECT_TRUE(channel.at("name") == channel.at("port") ||
+                  std::ranges::count(port->second, channel.at("name").get<std::string>()) == 1)
+          << channel << " is " << testing::PrintToString(*port);
+    }
+  }
+
   PipeWireServer server_{{{.name = "first", .inputs = 3, .outputs = 4, .cardId = 901},
-                          {.name = "second", .inputs = 2, .outputs = 1, .cardId = 902}}};
+                          {.name = "second", .inputs = 2, .outputs = 1, .cardId = 902},
+                          {.name = "speakers",
+                           .inputs = 2,
+                           .outputs = 7,
+                           .cardId = 903,
+                           .positions = {"FR", "FL", "LFE", "FC", "RL", "RR"}}}};
 };
 
 TEST_F(ChannelNamesOnPipeWire, AreThoseOfThePatchBay) {
   const json first = channelsOf("first");
   EXPECT_EQ(first.at("uid"), "pipewire:first");
-  EXPECT_THAT(portsOf(first.at("inputs")), UnorderedElementsAreArray(portsListed("-o", "first.source")));
-  EXPECT_THAT(portsOf(first.at("outputs")), UnorderedElementsAreArray(portsListed("-i", "first.sink")));
+  expectCalledAsListed(first.at("inputs"), "-o", "first.source");
+  expectCalledAsListed(first.at("outputs"), "-i", "first.sink");
   EXPECT_EQ(textsOf(first.at("inputs"), "name"), textsOf(first.at("inputs"), "port"));
   EXPECT_THAT(textsOf(first.at("inputs"), "name"),
               ElementsAre("capture_AUX0", "capture_AUX1", "capture_AUX2"));
+}
+
+TEST_F(ChannelNamesOnPipeWire, OfNamedChannelsAreThoseOfThePatchBayPortByPort) {
+  const json speakers = channelsOf("speakers");
+  expectCalledAsListed(speakers.at("inputs"), "-o", "speakers.source");
+  expectCalledAsListed(speakers.at("outputs"), "-i", "speakers.sink");
+  EXPECT_THAT(textsOf(speakers.at("inputs"), "name"), ElementsAre("capture_FR", "capture_FL"));
+  EXPECT_THAT(textsOf(speakers.at("outputs"), "name"),
+              ElementsAre("playback_FR", "playback_FL", "playback_LFE", "playback_FC", "playback_RL",
+                          "playback_RR", "playback_AUX6"));
+}
+
+TEST_F(ChannelNamesOnPipeWire, AreThoseOfThePortsThatTheChannelsAreLinkedTo) {
+  const json speakers = channelsOf("speakers");
+  const TemporaryFolder folder;
+  writePatch(folder / "p.json", {});
+  ChildProcess child({"run", "--patch", folder / "p.json", "--device", "pipewire:speakers"});
+  ASSERT_TRUE(child.waitForErr("routing on speakers"));
+  const auto into = indentedLinesOf("pw-link -i -l");
+  const auto outOf = indentedLinesOf("pw-link -o -l");
+  const auto inputs = portsOf(speakers.at("inputs"));
+  for (std::size_t c = 0; c < inputs.size(); ++c) {
+    EXPECT_THAT(into.at("tolvane:input_" + std::to_string(c + 1)), ElementsAre("|<- " + inputs[c]));
+  }
+  const auto outputs = portsOf(speakers.at("outputs"));
+  for (std::size_t c = 0; c < outputs.size(); ++c) {
+    EXPECT_THAT(outOf.at("tolvane:output_" + std::to_string(c + 1)), ElementsAre("|-> " + outputs[c]));
+  }
+  child.send(SIGINT);
+  EXPECT_EQ(child.finish().status, 0);
 }
 
 TEST_F(ChannelNamesOnPipeWire, OfAnAliasAreThoseThatThePatchBayShowsToo) {
@@ -73,7 +121,7 @@ TEST_F(ChannelNamesOnPipeWire, OfAnAliasAreThoseThatThePatchBayShowsToo) {
                                {{{"port.name", "out_1"}, {"port.alias", "Kick"}},
                                 {{"port.name", "out_2"}, {"port.alias", "Snare: top"}},
                                 {{"port.name", "out_3"}}});
-  ASSERT_TRUE(ChildProcess::waitUntil([] { return linesOf("pw-link -o").size() >= 8; }));
+  ASSERT_TRUE(ChildProcess::waitUntil([] { return portsListed("-o", "desk").size() == 3; }));
   const json channels = channelsOf("desk").at("inputs");
   ASSERT_EQ(channels.size(), 3U);
   const auto shown = indentedLinesOf("pw-link -o -v");

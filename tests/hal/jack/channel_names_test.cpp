@@ -34,6 +34,13 @@ TEST(JackChannel, IsCalledAsItsUserSays) {
 TEST(JackChannel, IsNotCalledAsTheServersDriverNumbersIt) {
   EXPECT_EQ(jackChannel("system:capture_1", "", {"alsa_pcm:hw:PCH:out1"}).name, "capture_1");
   EXPECT_EQ(jackChannel("system:capture_1", "", {"alsa_pcm:hw:PCH:out1", "Kick"}).name, "Kick");
+  for (const char* alias : {"dummy_pcm:dummy:out1", "net_pcm::out1", "proxy_pcm:in12", "iio_pcm:iio:out1"})
+    EXPECT_EQ(jackChannel("system:capture_1", "", {alias, "Kick"}).name, "Kick") << alias;
+  // Its driver for FireWire cards has the channel's name in the port's, and numbers it in the alias.
+  EXPECT_EQ(jackChannel("firewire_pcm:Mic 1_in", "", {"system:capture_1"}).name, "Mic 1_in");
+  EXPECT_EQ(jackChannel("firewire_pcm:Line 1_out", "", {"system:playback_12", "Wedge"}).name, "Wedge");
+  for (const char* alias : {"my_pcm:Kick", "_pcm:in", "pcm:out1", "system:capture_", "system:capture_1a"})
+    EXPECT_EQ(jackChannel("card:capture_1", "", {alias}).name, alias);
 }
 
 /// The server's ports with their aliases, as jack_lsp -A prints them.
