@@ -53,6 +53,12 @@ std::vector<Datagram> datagramsOf(const std::vector<Message>& messages) {
   return datagrams;
 }
 
+/// True for what a door itself sends. Two doors that answered it, or one that hears itself, would never end.
+bool isOfADoor(const std::string& address) {
+  return address.ends_with("/error") || address.ends_with("/reply") ||
+         address.find("/reply/") != std::string::npos || address.starts_with("/tolvane/event/");
+}
+
 socklen_t lengthOf(const sockaddr_storage& address) {
   return address.ss_family == AF_INET6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
 }
@@ -150,6 +156,7 @@ void UdpDoor::handle(std::string_view datagram, const sockaddr_storage& from, Ti
 }
 
 void UdpDoor::handle(const Message& message, const Sender& sender) {
+  if (isOfADoor(message.address)) return;
   const std::string address = message.address.size() <= kLongestAddress ? message.address : "/tolvane";
   if (message.address == "/tolvane/hello") return hello(message, sender);
   if (isStranger(sender)) return refuse(sender, address, "say /tolvane/hello TOKEN first");
