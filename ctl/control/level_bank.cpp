@@ -82,8 +82,10 @@ void LevelBank::noteTime(const AudioBufferList* output, std::chrono::nanoseconds
 }
 
 void LevelBank::ask() {
-  if (answered_.load(std::memory_order_acquire) != asked_.load(std::memory_order_relaxed)) return;
-  asked_.fetch_add(1, std::memory_order_release);
+  // An answer that has not been taken would be overwritten.
+  const std::uint32_t asked = asked_.load(std::memory_order_relaxed);
+  if (answered_.load(std::memory_order_acquire) != asked || taken_ != asked) return;
+  asked_.store(asked + 1, std::memory_order_release);
 }
 
 std::optional<Meters> LevelBank::take() {

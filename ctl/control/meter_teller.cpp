@@ -16,22 +16,35 @@ constexpr std::chrono::milliseconds kLongestLook{20};
 
 std::optional<Meters> MeterTeller::read(Time now, bool isWanted) {
   if (meter_ == nullptr) return std::nullopt;
-  if (!isWanted) {
+  const bool wasWanted = std::exchange(isWanted_, isWanted);
+  if (!isWanted) return std::nullopt;
+  auto meters = take();
+  if (!wasWanted) {
     isStale_ = true;
-    return std::nullopt;
+    next_ = now;
+    meters.reset();
   }
-  if (now >= next_) {
-    meter_->ask();
-    isAsked_ = true;
-    next_ = std::max(next_ + kInterval, now);
+  if (meters && std::exchange(isStale_, false)) {
+    next_ = now + kInterval;  // a whole interval for the first reading that is told
+    meters.reset();
   }
+  if (now >= next_) ask(now);
+  return meters;
+}
+
+void MeterTeller::ask(Time now) {
+  meter_->ask();
+  isAsked_ = true;
+  next_ += kInterval;
+  if (next_ <= now) next_ = now + kInterval;
+}
+
+std::optional<Meters> MeterTeller::take() {
   auto meters = meter_->take();
   if (!meters) return std::nullopt;
   isAsked_ = false;
   clips_.hold(*meters);
-  if (!std::exchange(isStale_, false)) return meters;
-  next_ = now + kInterval;  // a whole interval for the first reading that is told
-  return std::nullopt;
+  return meters;
 }
 
 MeterTeller::Time MeterTeller::due(Time now) const {

@@ -25,11 +25,16 @@ class MeterTeller {
   void resetClips() { clips_.reset(); }
 
  private:
+  void ask(Time now);
+  /// The levels that were asked for, if they are there, with the clips that are held.
+  [[nodiscard]] std::optional<Meters> take();
+
   Meter* meter_;
   LevelHolder clips_;
-  Time next_;             // when to ask again
-  bool isAsked_ = false;  // and not answered
-  bool isStale_ = true;   // the next reading covers a time in which nobody wanted levels
+  Time next_;              // when to ask again
+  bool isAsked_ = false;   // and not answered
+  bool isWanted_ = false;  // as last read
+  bool isStale_ = false;   // the next reading covers a time in which nobody wanted levels
 };
 
 }  // namespace tolvane::ctl::control

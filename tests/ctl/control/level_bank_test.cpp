@@ -78,6 +78,19 @@ TEST_F(LevelBankTest, WithoutACycleThereIsNoAnswer) {
   EXPECT_TRUE(bank_.take());
 }
 
+TEST_F(LevelBankTest, AnAnswerThatIsTakenLateIsNotLost) {
+  output()[3] = 1.0F;
+  cycle();
+  output()[3] = 0.0F;
+  bank_.ask();
+  cycle();  // answers
+  bank_.ask();
+  cycle();
+  const auto meters = bank_.take();
+  ASSERT_TRUE(meters);
+  EXPECT_EQ(meters->outputs[0].peak, 1.0F);
+}
+
 TEST_F(LevelBankTest, WhatIsNoFiniteNumberIsTheLargestOneAndClips) {
   input(1)[0] = std::numeric_limits<float>::quiet_NaN();
   output()[0] = -std::numeric_limits<float>::infinity();
@@ -156,6 +169,57 @@ TEST_F(LevelBankTest, AreReadTwentyTimesASecondAndClipsAreHeld) {
   EXPECT_TRUE(told.back().outputs[0].isClipped);
   teller.resetClips();
   EXPECT_FALSE(run(200).back().outputs[0].isClipped);
+}
+
+TEST_F(LevelBankTest, NoClipIsLostIfTheProgramStandsStill) {
+  MeterTeller teller(&bank_);
+  MeterTeller::Time now{};
+  for (int t = 0; t < 200; ++t, now += milliseconds(1)) {
+    static_cast<void>(teller.read(now, true));
+    cycle();
+  }
+  now += milliseconds(100);
+  static_cast<void>(teller.read(now, true));  // asks
+  output()[0] = 1.0F;
+  cycle();  // answers what was before, then hears the clip
+  output()[0] = 0.0F;
+  static_cast<void>(teller.read(now, true));
+  now += milliseconds(50);
+  static_cast<void>(teller.read(now, true));  // asks
+  cycle();                                    // answers
+  now += milliseconds(300);                   // stands still
+  std::vector<Meters> told;
+  for (int t = 0; t < 200; ++t, now += milliseconds(1)) {
+    if (auto meters = teller.read(now, true)) told.push_back(*meters);
+    cycle();
+  }
+  ASSERT_FALSE(told.empty());
+  EXPECT_EQ(told.front().outputs[0].peak, 1.0F);
+  EXPECT_TRUE(told.back().outputs[0].isClipped);
+}
+
+TEST_F(LevelBankTest, LevelsOfATimeInWhichNobodyListenedAreNotTold) {
+  MeterTeller teller(&bank_);
+  MeterTeller::Time now{};
+  const auto run = [&](int ms) {
+    float highest = 0.0F;
+    for (int t = 0; t < ms; ++t, now += milliseconds(1)) {
+      if (const auto meters = teller.read(now, true)) highest = std::max(highest, meters->outputs[0].peak);
+      cycle();
+    }
+    return highest;
+  };
+  run(200);
+  // In whatever state the question is when they stop listening.
+  for (const int ms : {1, 10, 49, 50, 51, 99}) {
+    run(ms);
+    EXPECT_EQ(teller.read(now, false), std::nullopt);
+    output()[0] = 0.9F;
+    cycle();
+    output()[0] = 0.0F;
+    now += std::chrono::hours(1);
+    EXPECT_EQ(run(200), 0.0F) << ms;
+  }
 }
 
 }  // namespace
