@@ -43,8 +43,17 @@ std::optional<Meters> MeterTeller::take() {
   auto meters = meter_->take();
   if (!meters) return std::nullopt;
   isAsked_ = false;
-  clips_.hold(*meters);
+  if (!std::exchange(isBeforeReset_, false)) clips_.hold(*meters);
   return meters;
+}
+
+void MeterTeller::resetClips() {
+  clips_.reset();
+  if (meter_ == nullptr || isWanted_) return;
+  // Nobody has read for long: what has been measured until now is read and dropped.
+  static_cast<void>(meter_->take());
+  meter_->ask();
+  isBeforeReset_ = true;
 }
 
 MeterTeller::Time MeterTeller::due(Time now) const {

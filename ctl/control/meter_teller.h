@@ -22,7 +22,9 @@ class MeterTeller {
   /// When to call read() next, while levels are wanted.
   [[nodiscard]] Time due(Time now) const;
 
-  void resetClips() { clips_.reset(); }
+  /// Forgets the clips that are held. While levels are wanted, a clip of the last interval may come once
+  /// more.
+  void resetClips();
 
  private:
   void ask(Time now);
@@ -31,10 +33,11 @@ class MeterTeller {
 
   Meter* meter_;
   LevelHolder clips_;
-  Time next_;              // when to ask again
-  bool isAsked_ = false;   // and not answered
-  bool isWanted_ = false;  // as last read
-  bool isStale_ = false;   // the next reading covers a time in which nobody wanted levels
+  Time next_;                   // when to ask again
+  bool isAsked_ = false;        // and not answered
+  bool isWanted_ = false;       // as last read
+  bool isStale_ = false;        // the next reading covers a time in which nobody wanted levels
+  bool isBeforeReset_ = false;  // the next reading is of the time before the clips were reset
 };
 
 }  // namespace tolvane::ctl::control

@@ -222,5 +222,34 @@ TEST_F(LevelBankTest, LevelsOfATimeInWhichNobodyListenedAreNotTold) {
   }
 }
 
+TEST_F(LevelBankTest, AResetAlsoHoldsWhileNobodyListens) {
+  MeterTeller teller(&bank_);
+  MeterTeller::Time now{};
+  const auto isClipped = [&] {
+    bool isLit = false;
+    for (int t = 0; t < 200; ++t, now += milliseconds(1)) {
+      if (const auto meters = teller.read(now, true)) isLit = meters->outputs[0].isClipped;
+      cycle();
+    }
+    return isLit;
+  };
+  const auto clip = [this] {
+    output()[0] = 1.0F;
+    cycle();
+    output()[0] = 0.0F;
+    cycle();
+  };
+  clip();
+  teller.resetClips();
+  cycle();
+  EXPECT_FALSE(isClipped()) << "it was before the reset";
+  static_cast<void>(teller.read(now, false));
+  clip();
+  teller.resetClips();
+  cycle();
+  clip();
+  EXPECT_TRUE(isClipped()) << "it was after the reset";
+}
+
 }  // namespace
 }  // namespace tolvane::ctl::control
