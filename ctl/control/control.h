@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
@@ -124,7 +125,8 @@ class Control {
 
   Config config_;
   PatchSource& patch_;
-  std::string fileText_;  // that gave the routes of the file, or was saved
+  std::string fileText_;                 // that gave the routes of the file, or was saved
+  std::deque<std::string> savingTexts_;  // of the saves that have not ended, in order
   RouteList list_;
   History history_;
   MeterTeller meters_;

@@ -122,18 +122,25 @@ void Control::Executor::operator()(const Save& /*command*/) const {
   const auto& known = control.fileText_;
   std::string text =
       PatchText(routes ? known : "", routes ? routes.value() : Routes()).with(control.list_.routes());
-  write({.path = control.patch_.path(),
-         .text = text,
-         .expected = known,
-         .done = [&control = control, reply = reply, text,
-                  serial = control.done().serial](const auto& failure) {
-           if (failure) return reply(Refusal{failure->text});
-           control.fileText_ = text;
-           control.patch_.noteSaved(text);
-           control.savedSerial_ = serial;
-           control.isStatusStale_ = true;
-           reply(Done{control.serial_});
-         }});
+  // Saves before this one may still wait, and may fail.
+  std::vector<std::string> expected(control.savingTexts_.begin(), control.savingTexts_.end());
+  expected.push_back(known);
+  control.savingTexts_.push_back(text);
+  const bool isStarted = write(
+      {.path = control.patch_.path(),
+       .text = text,
+       .expected = std::move(expected),
+       .done = [&control = control, reply = reply, serial = control.done().serial](const auto& failure) {
+         const std::string saved = std::move(control.savingTexts_.front());
+         control.savingTexts_.pop_front();
+         if (failure) return reply(Refusal{failure->text});
+         control.fileText_ = saved;
+         control.patch_.noteSaved(saved);
+         control.savedSerial_ = serial;
+         control.isStatusStale_ = true;
+         reply(Done{control.serial_});
+       }});
+  if (!isStarted) control.savingTexts_.pop_back();
 }
 
 void Control::Executor::operator()(const GetStatus& /*command*/) const {
@@ -192,8 +199,10 @@ void Control::Executor::step(bool (History::*take)(RouteList&), Cause cause) con
   reply(Done{control.serial_});
 }
 
-void Control::Executor::write(FileWriter::Job job) const {
-  if (const auto failure = control.writer_.start(std::move(job))) refuse(failure->text);
+bool Control::Executor::write(FileWriter::Job job) const {
+  const auto failure = control.writer_.start(std::move(job));
+  if (failure) refuse(failure->text);
+  return !failure;
 }
 
 }  // namespace tolvane::ctl::control

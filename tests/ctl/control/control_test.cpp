@@ -305,6 +305,22 @@ TEST_F(ControlTest, DoesNotSaveOverAFileThatHasChanged) {
   EXPECT_THAT(test::readBytes(path_), HasSubstr("\"active\":false"));
 }
 
+TEST_F(ControlTest, SavesThatFollowEachOtherAreAllDone) {
+  std::vector<Answer> answers;
+  for (const float gain : {0.1F, 0.2F, 0.3F}) {
+    control_->execute(SetRoute{kFirst, gain}, {}, [](const Answer&) {});
+    control_->execute(Save{}, {}, [&](const Answer& answer) { answers.push_back(answer); });
+  }
+  EXPECT_TRUE(test::eventually([&] {
+    control_->tick({});
+    return answers.size() == 3;
+  }));
+  EXPECT_THAT(answers, testing::Each(Answer(Done{3})));
+  EXPECT_THAT(test::readBytes(path_), HasSubstr("\"gain\":0.3,"));
+  EXPECT_TRUE(control_->status().isSaved);
+  EXPECT_FALSE(patch_->loadIfChanged());
+}
+
 TEST_F(ControlTest, SaysWhyItCannotSave) {
   ::unlink(path_.c_str());
   ::mkdir(path_.c_str(), 0700);
