@@ -22,6 +22,7 @@ Control::Control(Config config, PatchSource& patch, const Routes& routes, Meter*
       patch_(patch),
       fileText_(patch.text()),
       list_(PatchText(fileText_, routes).routes()),
+      savedRoutes_(list_.routes()),
       meters_(meter) {
   if (config_.sceneFolder) scenes_.emplace(*config_.sceneFolder);
 }
@@ -78,6 +79,7 @@ void Control::tellAll(const Event& event) const {
 void Control::takeOver(const Routes& routes) {
   fileText_ = patch_.text();
   std::vector<Route> fromFile = PatchText(fileText_, routes).routes();
+  savedRoutes_ = fromFile;
   if (fromFile != list_.routes()) {
     commit();
     sender_ = {};
@@ -85,7 +87,6 @@ void Control::takeOver(const Routes& routes) {
     apply(ReplaceRoutes{std::move(fromFile)});
     commit();
   }
-  savedSerial_ = serial_;
   isStatusStale_ = true;
 }
 
@@ -144,7 +145,7 @@ Status Control::status() const {
   status.heard = soundingRoutes(list_.connections()).size();
   status.undoSteps = history_.undoSteps();
   status.redoSteps = history_.redoSteps();
-  status.isSaved = serial_ == savedSerial_;
+  status.isSaved = list_.routes() == savedRoutes_;
   status.scene = scene_;
   status.patchPath = patch_.path();
   status.rampMs = config_.rampMs;

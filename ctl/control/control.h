@@ -128,13 +128,14 @@ class Control {
   std::string fileText_;                 // that gave the routes of the file, or was saved
   std::deque<std::string> savingTexts_;  // of the saves that have not ended, in order
   RouteList list_;
+  std::vector<Route> savedRoutes_;  // that the file has
   History history_;
   MeterTeller meters_;
   std::optional<SceneFolder> scenes_;
   FileWriter writer_;
   std::vector<Listener*> listeners_;
   Serial serial_ = 0;
-  Serial savedSerial_ = 0;
+
   std::string scene_;
   std::vector<RouteEdit> edits_;  // since the last change, as the ones that take them back
   Sender sender_;                 // of these edits

@@ -130,13 +130,13 @@ void Control::Executor::operator()(const Save& /*command*/) const {
       {.path = control.patch_.path(),
        .text = text,
        .expected = std::move(expected),
-       .done = [&control = control, reply = reply, serial = control.done().serial](const auto& failure) {
+       .done = [&control = control, reply = reply, routes = control.list_.routes()](const auto& failure) {
          const std::string saved = std::move(control.savingTexts_.front());
          control.savingTexts_.pop_front();
          if (failure) return reply(Refusal{failure->text});
          control.fileText_ = saved;
          control.patch_.noteSaved(saved);
-         control.savedSerial_ = serial;
+         control.savedRoutes_ = routes;
          control.isStatusStale_ = true;
          reply(Done{control.serial_});
        }});

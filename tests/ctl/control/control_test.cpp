@@ -292,6 +292,20 @@ TEST_F(ControlTest, SavesThePatchWithWhatIsNotOurs) {
   EXPECT_FALSE(patch_->loadIfChanged()) << "what was saved is no change of the file";
 }
 
+TEST_F(ControlTest, SavedMeansThatTheFileHasTheseRoutes) {
+  ask(SetRoute{kFirst, 0.1F});
+  EXPECT_FALSE(control_->status().isSaved);
+  ask(Undo{});
+  EXPECT_TRUE(control_->status().isSaved) << "the file has them again";
+  {
+    const Control::Bundle bundle(*control_);
+    ask(SetRoute{kFirst, 0.2F});
+    ask(Save{});
+    ask(SetRoute{kFirst, 0.3F});
+  }
+  EXPECT_FALSE(control_->status().isSaved) << "the file has the bundle's first change only";
+}
+
 TEST_F(ControlTest, DoesNotSaveOverAFileThatHasChanged) {
   ask(SetMute{kFirst, true});
   test::writeText(path_, "[]");
