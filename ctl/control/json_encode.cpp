@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <nlohmann/json.hpp>
 
@@ -121,7 +123,9 @@ struct CommandMembers {
   }
   void operator()(const SetGain& command) const {
     add(command.key);
-    json["db"] = decibelsJson(command.decibels);
+    // JSON has no infinity, and null is silence: a level that is too high stays one.
+    constexpr double kHighest = std::numeric_limits<float>::max();
+    json["db"] = decibelsJson(std::min(command.decibels, kHighest));
   }
   void operator()(const SetMute& command) const {
     add(command.key);

@@ -68,6 +68,13 @@ TEST(Json, IdsAndGesturesAreKept) {
             R"({"answer":"undo","id":7,"ok":true,"serial":3})");
 }
 
+TEST(Json, ALevelThatIsTooHighIsNotWrittenAsSilence) {
+  for (const double level : {1e39, std::numeric_limits<double>::infinity()}) {
+    const Command command = only(encodeRequest({SetGain{{0, 1}, level}, {}, 0})).command;
+    EXPECT_GT(std::get<SetGain>(command).decibels, 770.0) << level;
+  }
+}
+
 TEST(Json, NumbersMayBeWrittenInAnyForm) {
   EXPECT_EQ(only(R"({"gain":1,"output":2.0,"input":1e0,"command":"route"})").command,
             Command(SetRoute{{0, 1}, 1.0F}));
