@@ -204,6 +204,30 @@ TEST_F(ControlTest, AGestureIsOneStepButEveryChangeIsTold) {
   EXPECT_EQ(gain(), 0.2F);
 }
 
+TEST_F(ControlTest, ALongGestureOfSeveralRoutesIsOneStep) {
+  const Routes before = control_->routes();
+  for (int change = 1; change <= 5000; ++change) {
+    const Control::Bundle bundle(*control_);
+    ask(SetRoute{kFirst, static_cast<float>(change)}, 7);
+    ask(SetMute{{1, 1}, change % 2 == 0}, 7);
+  }
+  const Routes after = control_->routes();
+  EXPECT_EQ(control_->status().undoSteps, 1U);
+  ask(Undo{});
+  EXPECT_EQ(control_->routes(), before);
+  ask(Redo{});
+  EXPECT_EQ(control_->routes(), after);
+}
+
+TEST_F(ControlTest, AGestureThatNeverEndsIsSeveralSteps) {
+  for (int change = 0; change < 10'000; ++change)
+    ask(change % 2 == 0 ? Command(SetRoute{kOther, 1.0F}) : Command(RemoveRoute{kOther}), 7);
+  EXPECT_GT(control_->status().undoSteps, 1U) << "or a step could take all memory";
+  const std::uint64_t steps = control_->status().undoSteps;
+  for (std::uint64_t step = 0; step < steps; ++step) ask(Undo{});
+  EXPECT_EQ(control_->routes(), (Routes{{0, 1, 0.5F, true}, {1, 1, -1.0F, false}}));
+}
+
 TEST_F(ControlTest, ABundleIsOneChange) {
   {
     const Control::Bundle bundle(*control_);
