@@ -29,8 +29,6 @@ Control::Control(Config config, PatchSource& patch, const Routes& routes, Meter*
 
 void Control::execute(const Command& command, const Sender& sender, const Reply& reply) {
   if (edits_.empty()) sender_ = sender;
-  // Outside of a bundle the change is made before the reply, which has its number.
-  if (bundles_ > 0) return std::visit(Executor{*this, reply}, command);
   std::visit(Executor{*this, reply}, command);
   endChange();
 }

@@ -60,8 +60,8 @@ class Control {
   Control(const Control&) = delete;
   Control& operator=(const Control&) = delete;
 
-  /// Executes a command and replies. Subscribe, Unsubscribe and Hello are the doors' own; they only get a
-  /// Done.
+  /// Executes a command and replies; then tells the change that it has made, if no bundle lives. Subscribe,
+  /// Unsubscribe and Hello are the doors' own; they only get a Done.
   void execute(const Command& command, const Sender& sender, const Reply& reply);
 
   /// While it lives, all changes are one: one serial number, one undo step, one event. An Undo or Redo within

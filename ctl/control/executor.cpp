@@ -195,8 +195,8 @@ void Control::Executor::step(bool (History::*take)(RouteList&), Cause cause) con
     return refuse(cause == Cause::undo ? "there is nothing to undo" : "there is nothing to redo");
   }
   control.cause_ = cause;
+  reply(Done{control.serial_ + 1});
   control.tellChange();
-  reply(Done{control.serial_});
 }
 
 bool Control::Executor::write(FileWriter::Job job) const {

@@ -184,6 +184,21 @@ TEST_F(ControlTest, TheOldestStepsAreForgotten) {
   EXPECT_GE(History::kMostSteps, 100U);
 }
 
+TEST_F(ControlTest, TheAnswerComesBeforeTheEvent) {
+  test::writePatch(scenes_ + "/Verse.json", {});
+  std::size_t told = 0;
+  for (const Command& command :
+       {Command(SetRoute{kFirst, 0.1F}), Command(Undo{}), Command(Redo{}), Command(RecallScene{"Verse"})}) {
+    std::size_t toldAtAnswer = 99;
+    control_->execute(command, {}, [&](const Answer& answer) {
+      EXPECT_EQ(answer, Answer(Done{told + 1}));
+      toldAtAnswer = changes_.size();
+    });
+    EXPECT_EQ(toldAtAnswer, told) << nameOf(command);
+    EXPECT_EQ(changes_.size(), ++told);
+  }
+}
+
 TEST_F(ControlTest, AChangeEndsWhatCouldBeRedone) {
   ask(SetRoute{kFirst, 0.1F});
   ask(Undo{});
