@@ -22,15 +22,6 @@ std::optional<std::string> problemOf(const char* direction, std::int64_t channel
          std::to_string(channels);
 }
 
-/// The text of a scene's file with these routes. What is not ours in the present file stays.
-std::string sceneText(const std::string& path, const std::vector<Route>& routes) {
-  const auto present = readPatchText(path, Readable::regularFile);
-  if (!present) return PatchText().with(routes);
-  const PatchResult presentRoutes = parsePatch(path, present.value());
-  return presentRoutes ? PatchText(present.value(), presentRoutes.value()).with(routes)
-                       : PatchText().with(routes);
-}
-
 }  // namespace
 
 void Control::Executor::operator()(const SetRoute& command) const {
@@ -89,9 +80,10 @@ void Control::Executor::operator()(const RecallScene& command) const {
 void Control::Executor::operator()(const SaveScene& command) const {
   if (!control.scenes_) return refuse(kNoScenes);
   if (const auto problem = SceneFolder::problemOf(command.name)) return refuse(*problem);
-  const std::string path = control.scenes_->fileOf(command.name);
-  write({.path = path,
-         .text = sceneText(path, control.list_.routes()),
+  auto text = control.scenes_->textOf(command.name, control.list_.routes());
+  if (!text) return refuse(text.error().text);
+  write({.path = control.scenes_->fileOf(command.name),
+         .text = std::move(text).value(),
          .expected = std::nullopt,
          .done = [&control = control, reply = reply, name = command.name](const auto& failure) {
            if (failure) return reply(Refusal{failure->text});

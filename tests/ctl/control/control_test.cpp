@@ -316,6 +316,13 @@ TEST_F(ControlTest, SavesAScene) {
   EXPECT_EQ(changes_.back().routes.front().label, "Vox");
 }
 
+TEST_F(ControlTest, SavesNoSceneThatCouldNotBeRecalled) {
+  test::writePatch(path_, Routes(20'000, {0, 0, 0.5F, true}));
+  control_->takeOver(patch_->reload().value());
+  EXPECT_THAT(refusal(SaveScene{"Big"}), HasSubstr("Big.json: would be larger than 1 MiB"));
+  EXPECT_EQ(ask(ListScenes{}), Answer(SceneList{}));
+}
+
 TEST_F(ControlTest, SavesThePatchWithWhatIsNotOurs) {
   test::writeText(
       path_, "[ {\"x\": [1, 2],\n\"inputChannel\":0,\"outputChannel\":1,\"gain\":0.50,\"active\":true} ]\n");
