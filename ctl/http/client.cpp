@@ -154,6 +154,7 @@ void Client::end(int closeCode, std::string reason) {
 }
 
 void Client::kill() {
+  isKilled_ = true;
   lws_set_timeout(socket_, PENDING_TIMEOUT_USER_REASON_BASE, LWS_TO_KILL_ASYNC);
 }
 

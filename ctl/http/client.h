@@ -57,6 +57,8 @@ class Client {
   void kill();
 
   [[nodiscard]] bool isStranger() const noexcept { return !isTrusted_; }
+  /// True after kill(): the library closes the connection in its next turn.
+  [[nodiscard]] bool isKilled() const noexcept { return isKilled_; }
   [[nodiscard]] bool wants(bool control::Subscribe::*what) const noexcept { return wants_.*what; }
 
  private:
@@ -95,6 +97,7 @@ class Client {
   bool isTrusted_;
   bool isHeld_ = false;  // nothing is read
   bool isEnding_ = false;
+  bool isKilled_ = false;
   int closeCode_ = 0;
   std::string closeReason_;
 };

@@ -214,10 +214,13 @@ int Server::confirmUpgrade(lws* socket, std::string_view protocol) {
 
 bool Server::makeRoom() {
   if (isEnding_) return false;
-  if (clients_.size() < kMostClients) return true;
+  const auto stays = [](const auto& each) { return !each.second->isKilled(); };
+  const auto staying = std::count_if(clients_.begin(), clients_.end(), stays);
+  if (staying < static_cast<std::ptrdiff_t>(kMostClients)) return true;
   // The oldest stranger goes: who knows the token shall not be kept out by those who do not.
-  const auto stranger = std::find_if(clients_.begin(), clients_.end(),
-                                     [](const auto& each) { return each.second->isStranger(); });
+  const auto stranger = std::find_if(clients_.begin(), clients_.end(), [&](const auto& each) {
+    return stays(each) && each.second->isStranger();
+  });
   if (stranger == clients_.end()) return false;
   stranger->second->kill();
   return true;

@@ -107,6 +107,29 @@ TEST_F(SocketHostile, StrangersCannotKeepOutWhoKnowsTheToken) {
               HasSubstr("\"ok\":true"));
 }
 
+TEST_F(SocketHostile, StrangersWhoComeTogetherAreSixteenAtMost) {
+  open(Token(kSecret));
+  std::vector<std::unique_ptr<test::WebSocket>> strangers;
+  for (int i = 0; i < 16; ++i) strangers.push_back(connect());
+  std::vector<std::unique_ptr<test::TcpSocket>> others;
+  for (int i = 0; i < 30; ++i) others.push_back(std::make_unique<test::TcpSocket>(port_));
+  for (const auto& other : others) other->send(test::handshake(here()));
+  int stay = 0;
+  for (const auto& other : others) EXPECT_NE(other->receive(1, 20'000), "") << "each is answered";
+  connect();  // the server has had its turn
+  connect();
+  for (const auto& stranger : strangers) {
+    static_cast<void>(stranger->receive());
+    if (!stranger->socket().hasEnded()) ++stay;
+  }
+  for (const auto& other : others) {
+    while (!other->receive(65536, 0).empty()) {
+    }
+    if (!other->hasEnded()) ++stay;
+  }
+  EXPECT_LE(stay, 16);
+}
+
 TEST_F(SocketHostile, AMessageThatIsTooLargeClosesTheConnection) {
   const auto client = connect();
   client->send('"' + std::string(70'000, 'x') + '"');
