@@ -11,6 +11,8 @@ namespace {
 
 std::atomic<LevelBank*> currentLevelBank{nullptr};
 
+constexpr double kLoadIntervalNs = 1e9;
+
 float finite(double level) {
   constexpr float kLargest = std::numeric_limits<float>::max();
   return level <= static_cast<double>(kLargest) ? static_cast<float>(level) : kLargest;  // also for NaN
@@ -77,7 +79,7 @@ void LevelBank::noteTime(const AudioBufferList* output, std::chrono::nanoseconds
   busyNs_.fetch_add(static_cast<std::uint64_t>(time.count()), std::memory_order_relaxed);
   frames_.fetch_add(frames, std::memory_order_relaxed);
   if (load > 1.0) overloads_.fetch_add(1, std::memory_order_relaxed);
-  // If the main thread takes the peak at the same moment, the older peak may be reported twice.
+  // If the main thread takes the peak at the same moment, the older peak may be reported for longer.
   if (load > peakLoad_.load(std::memory_order_relaxed)) peakLoad_.store(load, std::memory_order_relaxed);
 }
 
@@ -106,17 +108,24 @@ std::vector<Level> LevelBank::levelsOf(const std::vector<Sum>& sums) {
   return levels;
 }
 
-LoadReading LevelBank::takeLoad() noexcept {
+LoadReading LevelBank::load() noexcept {
   const std::uint64_t busyNs = busyNs_.load(std::memory_order_relaxed);
   const std::uint64_t frames = frames_.load(std::memory_order_relaxed);
-  const double elapsedNs = static_cast<double>(frames - framesRead_) * 1e9 /
+  const double elapsedNs = static_cast<double>(frames - framesBefore_) * 1e9 /
                            std::max(1.0, sampleRateHz_.load(std::memory_order_relaxed));
-  LoadReading reading;
-  if (elapsedNs > 0.0) reading.mean = static_cast<double>(busyNs - busyNsRead_) / elapsedNs;
-  reading.peak = peakLoad_.exchange(0.0, std::memory_order_relaxed);
-  reading.overloads = overloads_.load(std::memory_order_relaxed);
-  busyNsRead_ = busyNs;
-  framesRead_ = frames;
+  LoadReading reading{lastLoad_.mean, peakLoad_.load(std::memory_order_relaxed),
+                      overloads_.load(std::memory_order_relaxed)};
+  const bool isFirst = framesBefore_ == 0;
+  const bool isOver = elapsedNs >= kLoadIntervalNs;
+  if ((isFirst || isOver) && elapsedNs > 0.0)
+    reading.mean = static_cast<double>(busyNs - busyNsBefore_) / elapsedNs;
+  if (isOver) {
+    reading.peak = peakLoad_.exchange(0.0, std::memory_order_relaxed);
+    lastLoad_ = reading;
+    busyNsBefore_ = busyNs;
+    framesBefore_ = frames;
+  }
+  reading.peak = std::max(reading.peak, lastLoad_.peak);
   return reading;
 }
 

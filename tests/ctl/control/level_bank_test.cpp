@@ -114,17 +114,37 @@ TEST_F(LevelBankTest, ChannelsWithoutDataAndMissingListsAreSilent) {
 TEST_F(LevelBankTest, TheLoadIsTheCallbacksShareOfTheCycle) {
   cycle(nanoseconds(250'000));
   cycle(nanoseconds(500'000));
-  LoadReading load = bank_.takeLoad();
+  LoadReading load = bank_.load();
   EXPECT_DOUBLE_EQ(load.mean, 0.375);
   EXPECT_DOUBLE_EQ(load.peak, 0.5);
   EXPECT_EQ(load.overloads, 0U);
   cycle(milliseconds(3));
-  load = bank_.takeLoad();
-  EXPECT_DOUBLE_EQ(load.mean, 3.0);
+  load = bank_.load();
+  EXPECT_DOUBLE_EQ(load.mean, 1.25);
+  EXPECT_DOUBLE_EQ(load.peak, 3.0);
   EXPECT_EQ(load.overloads, 1U);
-  load = bank_.takeLoad();
-  EXPECT_EQ(load.mean, 0.0);
-  EXPECT_EQ(load.overloads, 1U);
+}
+
+TEST_F(LevelBankTest, WhoeverAsksForTheLoadTakesItFromNobodyElse) {
+  const auto second = [this](nanoseconds time) {
+    for (int c = 0; c < 1000; ++c) cycle(time);
+  };
+  cycle(milliseconds(2));
+  second(nanoseconds(250'000));
+  EXPECT_NEAR(bank_.load().mean, 0.25, 0.01);
+  for (int asker = 0; asker < 3; ++asker) {
+    const LoadReading load = bank_.load();
+    EXPECT_NEAR(load.mean, 0.25, 0.01) << "also right after somebody else";
+    EXPECT_EQ(load.peak, 2.0);
+  }
+  cycle(milliseconds(4));
+  EXPECT_EQ(bank_.load().peak, 4.0) << "at once";
+  second(nanoseconds(500'000));
+  EXPECT_NEAR(bank_.load().mean, 0.5, 0.01);
+  EXPECT_EQ(bank_.load().peak, 4.0);
+  second(nanoseconds(500'000));
+  EXPECT_EQ(bank_.load().peak, 0.5) << "a peak passes";
+  EXPECT_EQ(bank_.load().overloads, 2U) << "but is counted for good";
 }
 
 // A reading is whole, whatever the two threads do: the IO thread never writes where the other one reads.
