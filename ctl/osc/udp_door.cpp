@@ -139,20 +139,21 @@ void UdpDoor::handle(std::string_view datagram, const sockaddr_storage& from, Ti
   Hosts::Host* const host = hosts_.find(from, now);
   if (host == nullptr) return;
   const Sender sender{from, host, now};
-  if (!host->messages.take(now)) {
-    if (host->complaints.take(now)) refuse(sender, "/tolvane", "too many messages; some are ignored");
-    return;
-  }
+  if (!host->messages.take(now)) return complain(sender);
   const auto packet = decodePacket(datagram);
   if (!packet) return refuse(sender, "/tolvane", packet.error());
   const std::vector<Message>& messages = packet.value().messages;
   if (messages.empty()) return;
   // A stranger's datagram gets one answer at most.
   if (!packet.value().isBundle || isStranger(sender)) return handle(messages.front(), sender);
+  if (!host->messages.take(now, messages.size() - 1)) return complain(sender);
   const Control::Bundle bundle(control_);
-  for (const Message& message : messages) {
-    if (&message == messages.data() || host->messages.take(now)) handle(message, sender);
-  }
+  for (const Message& message : messages) handle(message, sender);
+}
+
+void UdpDoor::complain(const Sender& sender) {
+  if (sender.host->complaints.take(sender.now))
+    refuse(sender, "/tolvane", "too many messages; some are ignored");
 }
 
 void UdpDoor::handle(const Message& message, const Sender& sender) {

@@ -119,6 +119,16 @@ TEST_F(OscHostile, AFloodIsCutAndSaidToBeSo) {
   EXPECT_THAT(exchange(undo), testing::SizeIs(1));
 }
 
+TEST_F(OscHostile, ABundleBeyondTheRateIsIgnoredWhole) {
+  const std::string undo = encodePackets({{"/tolvane/undo", {}}}).front();
+  for (int message = 0; message < 3999; ++message) exchange(undo);
+  const std::string bundle =
+      encodePackets({{"/tolvane/route", {1, 1, 0.1F}}, {"/tolvane/route/mute", {1, 1, 1}}}).front();
+  EXPECT_THAT(exchange(bundle),
+              ElementsAre(Message{"/tolvane/error", {"too many messages; some are ignored"s}}));
+  expectNothingChanged();
+}
+
 TEST_F(OscHostile, WhatTakesLongIsTakenTenTimesASecond) {
   const std::string dump = encodePackets({{"/tolvane/dump", {}}}).front();
   for (int message = 0; message < 10; ++message) EXPECT_THAT(exchange(dump), testing::SizeIs(5));
