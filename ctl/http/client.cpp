@@ -140,6 +140,7 @@ void Client::queue(Frame frame, bool isMeters) {
 }
 
 void Client::drop() {
+  if (isEnding_) return;
   waiting_.clear();
   waiting_.push_back({frameOf(encodeEvent(Dropped{"messages came faster than they were read"})), false});
   end(LWS_CLOSE_STATUS_POLICY_VIOLATION, "too slow");

@@ -51,6 +51,8 @@ class Client {
   void deliver(const ToClient& message);
   /// Takes an event, if the client wants it. Meters take the place of older ones that still wait.
   void deliver(const Frame& event, bool control::Subscribe::*wanted);
+  /// Forgets what waits, says that it was too much, and closes the connection.
+  void drop();
   /// Closes the connection when what waits has been sent.
   void end(int closeCode, std::string reason);
   /// Closes the connection at once.
@@ -78,7 +80,6 @@ class Client {
   void noteExecuted();
   void queue(Frame frame, bool isMeters = false);
   [[nodiscard]] bool writeNext();
-  void drop();
 
   lws* socket_;
   ClientNumber number_;

@@ -261,10 +261,20 @@ void Server::distribute() {
       broadcast(**event);
       continue;
     }
+    if (std::holds_alternative<DropAll>(message->what)) {
+      dropSubscribers();
+      continue;
+    }
     const auto client = clients_.find(message->client);
     if (client != clients_.end()) client->second->deliver(*message);
   }
   wake();  // for the others, once what has been queued is written
+}
+
+void Server::dropSubscribers() {
+  for (const auto& [number, client] : clients_) {
+    if (client->wants(&Subscribe::changes) || client->wants(&Subscribe::meters)) client->drop();
+  }
 }
 
 void Server::broadcast(const Event& event) {

@@ -257,5 +257,21 @@ TEST_F(SocketSlow, AClientThatNeverReadsIsDroppedAndToldAndNobodyElse) {
   EXPECT_EQ(slow.closeCode(), 1008);
 }
 
+TEST_F(SocketSlow, ASubscriberWhoseEventsCannotBeKeptIsToldSo) {
+  const auto client = connect();
+  ask(*client, R"({"command":"subscribe","id":7,"meters":false})");
+  // The network's thread hears of these events only when the run has its next turn.
+  for (int change = 1; change <= 20'000; ++change)
+    control_->execute(control::SetRoute{{0, 0}, static_cast<float>(change)}, {}, [](const auto&) {});
+  EXPECT_FALSE(door_->wantsChanges());
+  std::string last;
+  // The status has the last number, if it comes.
+  for (std::string text;
+       last.find("\"serial\":20000,") == std::string::npos && !(text = next(*client)).empty();)
+    last = text;
+  EXPECT_EQ(last, R"({"event":"dropped","why":"messages came faster than they were read"})");
+  EXPECT_EQ(client->closeCode(), 1008);
+}
+
 }  // namespace
 }  // namespace tolvane::ctl::http
