@@ -224,6 +224,19 @@ TEST_F(SocketHostile, TooManyLongAnswersAreRefused) {
   EXPECT_THAT(last, HasSubstr("too many of these; 10 a second are taken"));
 }
 
+TEST_F(SocketHostile, ClientsThatHaveClosedTheirHalfAreGone) {
+  std::vector<std::unique_ptr<test::WebSocket>> clients;
+  for (int i = 0; i < 16; ++i) {
+    clients.push_back(connect());
+    clients.back()->socket().endSending();
+  }
+  for (const auto& client : clients) {
+    EXPECT_EQ(next(*client), "");
+    EXPECT_TRUE(client->socket().hasEnded());
+  }
+  expectServed();
+}
+
 using SocketSlow = SocketTest;
 
 TEST_F(SocketSlow, AClientThatNeverReadsIsDroppedAndToldAndNobodyElse) {
