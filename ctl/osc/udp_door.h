@@ -43,7 +43,7 @@ class UdpDoor : public Door {
   /// The sender of the datagram that is handled.
   struct Sender {
     sockaddr_storage address;
-    Hosts::Host* host;
+    Hosts::Host& host;
     Time now;
   };
   struct Waiting {
