@@ -38,10 +38,6 @@ void Control::apply(RouteEdit edit) {
   edits_.push_back(std::move(edit));
 }
 
-Done Control::done() {
-  return {serial_ + (edits_.empty() ? 0 : 1)};
-}
-
 void Control::endChange() {
   if (bundles_ == 0) commit();
 }
@@ -138,7 +134,7 @@ bool Control::takeUnpublished() noexcept {
 Status Control::status() const {
   Status status;
   status.device = config_.device();
-  status.serial = serial_;
+  status.serial = serial();
   status.routes = list_.routes().size();
   status.heard = soundingRoutes(list_.connections()).size();
   status.undoSteps = history_.undoSteps();

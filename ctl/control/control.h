@@ -106,8 +106,8 @@ class Control {
   [[nodiscard]] bool isSaving() const noexcept { return writer_.isBusy(); }
 
   [[nodiscard]] Status status() const;
-  /// Of the last change.
-  [[nodiscard]] Serial serial() const noexcept { return serial_; }
+  /// Of the last change, also of one that a bundle has begun.
+  [[nodiscard]] Serial serial() const noexcept { return serial_ + (edits_.empty() ? 0 : 1); }
 
  private:
   struct Executor;
@@ -120,8 +120,6 @@ class Control {
   void tellAll(const Event& event) const;
   void tellScenes() const;
   [[nodiscard]] Time nextStatus() const noexcept;
-  /// The answer to a command that has made its edits.
-  [[nodiscard]] Done done();
 
   Config config_;
   PatchSource& patch_;
@@ -134,7 +132,7 @@ class Control {
   std::optional<SceneFolder> scenes_;
   FileWriter writer_;
   std::vector<Listener*> listeners_;
-  Serial serial_ = 0;
+  Serial serial_ = 0;  // of the last change that was told
 
   std::string scene_;
   std::vector<RouteEdit> edits_;  // since the last change, as the ones that take them back

@@ -33,7 +33,7 @@ void Control::Executor::operator()(const SetRoute& command) const {
   }
   control.apply(InsertRoute{control.list_.routes().size(),
                             {{command.key.input, command.key.output, command.gain, true}, ""}});
-  reply(control.done());
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const SetGain& command) const {
@@ -61,7 +61,7 @@ void Control::Executor::operator()(const RemoveRoute& command) const {
   const auto places = control.list_.find(command.key);
   if (places.empty()) return refuseUnknown(command.key);
   for (auto place = places.rbegin(); place != places.rend(); ++place) control.apply(EraseRoute{*place});
-  reply(control.done());
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const RecallScene& command) const {
@@ -74,7 +74,7 @@ void Control::Executor::operator()(const RecallScene& command) const {
     control.cause_ = Cause::scene;
     control.apply(ReplaceRoutes{std::move(scene).value().routes});
   }
-  reply(control.done());
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const SaveScene& command) const {
@@ -89,7 +89,7 @@ void Control::Executor::operator()(const SaveScene& command) const {
            if (failure) return reply(Refusal{failure->text});
            control.scene_ = name;
            control.isStatusStale_ = true;
-           reply(Done{control.serial_});
+           reply(Done{control.serial()});
            control.tellScenes();
          }});
 }
@@ -130,7 +130,7 @@ void Control::Executor::operator()(const Save& /*command*/) const {
          control.patch_.noteSaved(saved);
          control.savedRoutes_ = routes;
          control.isStatusStale_ = true;
-         reply(Done{control.serial_});
+         reply(Done{control.serial()});
        }});
   if (!isStarted) control.savingTexts_.pop_back();
 }
@@ -140,29 +140,26 @@ void Control::Executor::operator()(const GetStatus& /*command*/) const {
 }
 
 void Control::Executor::operator()(const Dump& /*command*/) const {
-  RouteDump dump{control.serial_ + (control.edits_.empty() ? 0 : 1),
-                 {},
-                 control.config_.inputLabels,
-                 control.config_.outputLabels};
+  RouteDump dump{control.serial(), {}, control.config_.inputLabels, control.config_.outputLabels};
   for (const Route& route : control.list_.routes()) dump.routes.push_back(stateOf(route));
   reply(dump);
 }
 
 void Control::Executor::operator()(const Subscribe& /*command*/) const {
-  reply(Done{control.serial_});
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const Unsubscribe& /*command*/) const {
-  reply(Done{control.serial_});
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const ResetClips& /*command*/) const {
   control.meters_.resetClips();
-  reply(Done{control.serial_});
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const Hello& /*command*/) const {
-  reply(Done{control.serial_});
+  reply(Done{control.serial()});
 }
 
 bool Control::Executor::changeAll(const RouteKey& key, const std::function<void(Route&)>& change) const {
@@ -173,7 +170,7 @@ bool Control::Executor::changeAll(const RouteKey& key, const std::function<void(
     change(route);
     if (route != control.list_.routes()[place]) control.apply(ChangeRoute{place, std::move(route)});
   }
-  reply(control.done());
+  reply(Done{control.serial()});
   return true;
 }
 

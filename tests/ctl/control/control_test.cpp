@@ -258,6 +258,17 @@ TEST_F(ControlTest, ABundleIsOneChange) {
   EXPECT_EQ(control_->routes(), (Routes{{0, 1, 0.5F, true}, {1, 1, -1.0F, false}}));
 }
 
+TEST_F(ControlTest, AllAnswersWithinABundleHaveTheNumberOfItsChange) {
+  const Control::Bundle bundle(*control_);
+  EXPECT_EQ(ask(ResetClips{}), Answer(Done{0}));
+  ask(SetRoute{kOther, 1.0F});
+  for (const Command& command :
+       {Command(ResetClips{}), Command(Subscribe{}), Command(Save{}), Command(SaveScene{"Verse"})})
+    EXPECT_EQ(ask(command), Answer(Done{1})) << nameOf(command);
+  EXPECT_EQ(std::get<Status>(ask(GetStatus{})).serial, 1U);
+  EXPECT_EQ(std::get<RouteDump>(ask(Dump{})).serial, 1U);
+}
+
 TEST_F(ControlTest, AnUndoWithinABundleIsAChangeOfItsOwn) {
   {
     const Control::Bundle bundle(*control_);
