@@ -57,6 +57,7 @@ void MeterTeller::resetClips() {
 }
 
 MeterTeller::Time MeterTeller::due(Time now) const {
+  if (meter_ == nullptr) return Time::max();
   const bool isLooking = isAsked_ && now < next_ - kInterval + kLongestLook;
   return isLooking ? std::min(next_, now + kLook) : next_;
 }

@@ -19,7 +19,7 @@ class MeterTeller {
 
   /// The levels since the previous reading, if they are due at `now` and there.
   [[nodiscard]] std::optional<Meters> read(Time now, bool isWanted);
-  /// When to call read() next, while levels are wanted.
+  /// When to call read() next, while levels are wanted. Without a meter there is no such time.
   [[nodiscard]] Time due(Time now) const;
 
   /// Forgets the clips that are held. While levels are wanted, a clip of the last interval may come once

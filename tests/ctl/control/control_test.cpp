@@ -37,7 +37,7 @@ class ControlTest : public testing::Test, public Listener {
     if (const auto* status = std::get_if<StatusChanged>(&event)) statuses_.push_back(status->status);
   }
   [[nodiscard]] bool wantsChanges() const override { return true; }
-  [[nodiscard]] bool wantsMeters() const override { return false; }
+  [[nodiscard]] bool wantsMeters() const override { return wantsMeters_; }
 
   Control::Config config() {
     Control::Config config;
@@ -75,6 +75,7 @@ class ControlTest : public testing::Test, public Listener {
   std::unique_ptr<Control> control_;
   std::vector<RoutesChanged> changes_;
   std::vector<Status> statuses_;
+  bool wantsMeters_ = false;
 };
 
 TEST_F(ControlTest, SetsTheGainOfARoute) {
@@ -439,6 +440,13 @@ TEST_F(ControlTest, TellsTheStatusEverySecondAndWhenTheDeviceChanges) {
   EXPECT_EQ(statuses_.back().device.name, "Box");
   EXPECT_EQ(statuses_.back().routes, 2U);
   EXPECT_EQ(statuses_.back().heard, 1U);
+}
+
+TEST_F(ControlTest, WithoutAMeterNoTurnIsDueForMeters) {
+  wantsMeters_ = true;
+  const Control::Time begin{};
+  control_->tick(begin);
+  EXPECT_EQ(control_->due(begin), begin + std::chrono::seconds(1)) << "which is for the status";
 }
 
 }  // namespace
