@@ -13,6 +13,17 @@ std::atomic<LevelBank*> currentLevelBank{nullptr};
 
 constexpr double kLoadIntervalNs = 1e9;
 
+/// The frames of a cycle; 0 if no buffer of the list has data.
+std::uint64_t framesOf(const AudioBufferList* list) noexcept {
+  if (list == nullptr) return 0;
+  for (UInt32 b = 0; b < list->mNumberBuffers; ++b) {
+    const AudioBuffer& buffer = list->mBuffers[b];
+    if (buffer.mNumberChannels > 0 && buffer.mDataByteSize > 0)
+      return buffer.mDataByteSize / (buffer.mNumberChannels * sizeof(float));
+  }
+  return 0;
+}
+
 float finite(double level) {
   constexpr float kLargest = std::numeric_limits<float>::max();
   return level <= static_cast<double>(kLargest) ? static_cast<float>(level) : kLargest;  // also for NaN
@@ -39,7 +50,7 @@ void LevelBank::observe(const AudioBufferList* input, const AudioBufferList* out
   }
   observe(input, inputs_);
   observe(output, outputs_);
-  noteTime(output, callbackTime);
+  noteTime(std::max(framesOf(output), framesOf(input)), callbackTime);
 }
 
 void LevelBank::observe(const AudioBufferList* list, std::vector<Sum>& sums) noexcept {
@@ -69,10 +80,8 @@ void LevelBank::add(Sum& sum, const float* first, std::size_t frames, std::size_
   sum.frames += frames;
 }
 
-void LevelBank::noteTime(const AudioBufferList* output, std::chrono::nanoseconds time) noexcept {
-  if (output == nullptr || output->mNumberBuffers == 0 || output->mBuffers[0].mNumberChannels == 0) return;
-  const AudioBuffer& first = output->mBuffers[0];
-  const std::uint64_t frames = first.mDataByteSize / (first.mNumberChannels * sizeof(float));
+void LevelBank::noteTime(std::uint64_t frames, std::chrono::nanoseconds time) noexcept {
+  if (frames == 0) return;
   const double periodNs =
       static_cast<double>(frames) * 1e9 / std::max(1.0, sampleRateHz_.load(std::memory_order_relaxed));
   const double load = static_cast<double>(time.count()) / std::max(1.0, periodNs);

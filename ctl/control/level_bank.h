@@ -57,7 +57,7 @@ class LevelBank : public Meter {
   static void observe(const AudioBufferList* list, std::vector<Sum>& sums) noexcept;
   static void add(Sum& sum, const float* first, std::size_t frames, std::size_t stride) noexcept;
   static std::vector<Level> levelsOf(const std::vector<Sum>& sums);
-  void noteTime(const AudioBufferList* output, std::chrono::nanoseconds time) noexcept;
+  void noteTime(std::uint64_t frames, std::chrono::nanoseconds time) noexcept;
 
   static_assert(std::atomic<std::uint64_t>::is_always_lock_free && std::atomic<double>::is_always_lock_free,
                 "the IO thread must never meet a lock");

@@ -125,6 +125,17 @@ TEST_F(LevelBankTest, TheLoadIsTheCallbacksShareOfTheCycle) {
   EXPECT_EQ(load.overloads, 1U);
 }
 
+TEST_F(LevelBankTest, TheLoadIsKnownIfTheFirstOutputHasNoData) {
+  output_.buffer(0).mData = nullptr;
+  output_.buffer(0).mDataByteSize = 0;
+  cycle(nanoseconds(250'000));
+  bank_.observe(input_.get(), nullptr, nanoseconds(250'000));
+  const LoadReading load = bank_.load();
+  EXPECT_DOUBLE_EQ(load.mean, 0.25);
+  EXPECT_DOUBLE_EQ(load.peak, 0.25);
+  EXPECT_EQ(load.overloads, 0U);
+}
+
 TEST_F(LevelBankTest, WhoeverAsksForTheLoadTakesItFromNobodyElse) {
   const auto second = [this](nanoseconds time) {
     for (int c = 0; c < 1000; ++c) cycle(time);
