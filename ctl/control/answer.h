@@ -34,8 +34,8 @@ struct DeviceStatus {
   std::uint64_t cycles = 0;             // since the start
   std::uint64_t deviceOverloads = 0;    // that the device reported
   std::uint64_t callbackOverloads = 0;  // cycles in which the callback took longer than the cycle lasts
-  double load = 0.0;      // the callback's time as a share of the cycle's, the mean since the last status
-  double peakLoad = 0.0;  // the same, of the longest cycle
+  double load = 0.0;      // the callback's time as a share of the cycle's, the mean of about the last second
+  double peakLoad = 0.0;  // the same, of its longest cycle
   bool operator==(const DeviceStatus&) const = default;
 };
 

@@ -23,7 +23,8 @@ struct SetRoute {
   bool operator==(const SetRoute&) const = default;
 };
 
-/// Sets the level of a route in decibels; minus infinity is a gain of 0. The sign of the gain stays.
+/// Sets the level of a route in decibels; minus infinity is a gain of 0. The sign of the gain stays. A level
+/// that is no number is refused, and so is one whose gain is beyond a float.
 struct SetGain {
   RouteKey key;
   double decibels = 0.0;

@@ -22,14 +22,13 @@ Control::Control(Config config, PatchSource& patch, const Routes& routes, Meter*
       patch_(patch),
       fileText_(patch.text()),
       list_(PatchText(fileText_, routes).routes()),
+      savedRoutes_(list_.routes()),
       meters_(meter) {
   if (config_.sceneFolder) scenes_.emplace(*config_.sceneFolder);
 }
 
 void Control::execute(const Command& command, const Sender& sender, const Reply& reply) {
   if (edits_.empty()) sender_ = sender;
-  // Outside of a bundle the change is made before the reply, which has its number.
-  if (bundles_ > 0) return std::visit(Executor{*this, reply}, command);
   std::visit(Executor{*this, reply}, command);
   endChange();
 }
@@ -37,10 +36,6 @@ void Control::execute(const Command& command, const Sender& sender, const Reply&
 void Control::apply(RouteEdit edit) {
   list_.apply(edit);
   edits_.push_back(std::move(edit));
-}
-
-Done Control::done() {
-  return {serial_ + (edits_.empty() ? 0 : 1)};
 }
 
 void Control::endChange() {
@@ -78,6 +73,7 @@ void Control::tellAll(const Event& event) const {
 void Control::takeOver(const Routes& routes) {
   fileText_ = patch_.text();
   std::vector<Route> fromFile = PatchText(fileText_, routes).routes();
+  savedRoutes_ = fromFile;
   if (fromFile != list_.routes()) {
     commit();
     sender_ = {};
@@ -85,7 +81,6 @@ void Control::takeOver(const Routes& routes) {
     apply(ReplaceRoutes{std::move(fromFile)});
     commit();
   }
-  savedSerial_ = serial_;
   isStatusStale_ = true;
 }
 
@@ -139,12 +134,12 @@ bool Control::takeUnpublished() noexcept {
 Status Control::status() const {
   Status status;
   status.device = config_.device();
-  status.serial = serial_;
+  status.serial = serial();
   status.routes = list_.routes().size();
   status.heard = soundingRoutes(list_.connections()).size();
   status.undoSteps = history_.undoSteps();
   status.redoSteps = history_.redoSteps();
-  status.isSaved = serial_ == savedSerial_;
+  status.isSaved = list_.routes() == savedRoutes_;
   status.scene = scene_;
   status.patchPath = patch_.path();
   status.rampMs = config_.rampMs;

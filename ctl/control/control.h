@@ -4,6 +4,7 @@
 
 #include <chrono>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
@@ -59,8 +60,8 @@ class Control {
   Control(const Control&) = delete;
   Control& operator=(const Control&) = delete;
 
-  /// Executes a command and replies. Subscribe, Unsubscribe and Hello are the doors' own; they only get a
-  /// Done.
+  /// Executes a command and replies; then tells the change that it has made, if no bundle lives. Subscribe,
+  /// Unsubscribe and Hello are the doors' own; they only get a Done.
   void execute(const Command& command, const Sender& sender, const Reply& reply);
 
   /// While it lives, all changes are one: one serial number, one undo step, one event. An Undo or Redo within
@@ -105,8 +106,8 @@ class Control {
   [[nodiscard]] bool isSaving() const noexcept { return writer_.isBusy(); }
 
   [[nodiscard]] Status status() const;
-  /// Of the last change.
-  [[nodiscard]] Serial serial() const noexcept { return serial_; }
+  /// Of the last change, also of one that a bundle has begun.
+  [[nodiscard]] Serial serial() const noexcept { return serial_ + (edits_.empty() ? 0 : 1); }
 
  private:
   struct Executor;
@@ -119,20 +120,20 @@ class Control {
   void tellAll(const Event& event) const;
   void tellScenes() const;
   [[nodiscard]] Time nextStatus() const noexcept;
-  /// The answer to a command that has made its edits.
-  [[nodiscard]] Done done();
 
   Config config_;
   PatchSource& patch_;
-  std::string fileText_;  // that gave the routes of the file, or was saved
+  std::string fileText_;                 // that gave the routes of the file, or was saved
+  std::deque<std::string> savingTexts_;  // of the saves that have not ended, in order
   RouteList list_;
+  std::vector<Route> savedRoutes_;  // that the file has
   History history_;
   MeterTeller meters_;
   std::optional<SceneFolder> scenes_;
   FileWriter writer_;
   std::vector<Listener*> listeners_;
-  Serial serial_ = 0;
-  Serial savedSerial_ = 0;
+  Serial serial_ = 0;  // of the last change that was told
+
   std::string scene_;
   std::vector<RouteEdit> edits_;  // since the last change, as the ones that take them back
   Sender sender_;                 // of these edits

@@ -22,15 +22,6 @@ std::optional<std::string> problemOf(const char* direction, std::int64_t channel
          std::to_string(channels);
 }
 
-/// The text of a scene's file with these routes. What is not ours in the present file stays.
-std::string sceneText(const std::string& path, const std::vector<Route>& routes) {
-  const auto present = readPatchText(path, Readable::regularFile);
-  if (!present) return PatchText().with(routes);
-  const PatchResult presentRoutes = parsePatch(path, present.value());
-  return presentRoutes ? PatchText(present.value(), presentRoutes.value()).with(routes)
-                       : PatchText().with(routes);
-}
-
 }  // namespace
 
 void Control::Executor::operator()(const SetRoute& command) const {
@@ -42,7 +33,7 @@ void Control::Executor::operator()(const SetRoute& command) const {
   }
   control.apply(InsertRoute{control.list_.routes().size(),
                             {{command.key.input, command.key.output, command.gain, true}, ""}});
-  reply(control.done());
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const SetGain& command) const {
@@ -70,7 +61,7 @@ void Control::Executor::operator()(const RemoveRoute& command) const {
   const auto places = control.list_.find(command.key);
   if (places.empty()) return refuseUnknown(command.key);
   for (auto place = places.rbegin(); place != places.rend(); ++place) control.apply(EraseRoute{*place});
-  reply(control.done());
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const RecallScene& command) const {
@@ -83,21 +74,22 @@ void Control::Executor::operator()(const RecallScene& command) const {
     control.cause_ = Cause::scene;
     control.apply(ReplaceRoutes{std::move(scene).value().routes});
   }
-  reply(control.done());
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const SaveScene& command) const {
   if (!control.scenes_) return refuse(kNoScenes);
   if (const auto problem = SceneFolder::problemOf(command.name)) return refuse(*problem);
-  const std::string path = control.scenes_->fileOf(command.name);
-  write({.path = path,
-         .text = sceneText(path, control.list_.routes()),
+  auto text = control.scenes_->textOf(command.name, control.list_.routes());
+  if (!text) return refuse(text.error().text);
+  write({.path = control.scenes_->fileOf(command.name),
+         .text = std::move(text).value(),
          .expected = std::nullopt,
          .done = [&control = control, reply = reply, name = command.name](const auto& failure) {
            if (failure) return reply(Refusal{failure->text});
            control.scene_ = name;
            control.isStatusStale_ = true;
-           reply(Done{control.serial_});
+           reply(Done{control.serial()});
            control.tellScenes();
          }});
 }
@@ -122,18 +114,25 @@ void Control::Executor::operator()(const Save& /*command*/) const {
   const auto& known = control.fileText_;
   std::string text =
       PatchText(routes ? known : "", routes ? routes.value() : Routes()).with(control.list_.routes());
-  write({.path = control.patch_.path(),
-         .text = text,
-         .expected = known,
-         .done = [&control = control, reply = reply, text,
-                  serial = control.done().serial](const auto& failure) {
-           if (failure) return reply(Refusal{failure->text});
-           control.fileText_ = text;
-           control.patch_.noteSaved(text);
-           control.savedSerial_ = serial;
-           control.isStatusStale_ = true;
-           reply(Done{control.serial_});
-         }});
+  // Saves before this one may still wait, and may fail.
+  std::vector<std::string> expected(control.savingTexts_.begin(), control.savingTexts_.end());
+  expected.push_back(known);
+  control.savingTexts_.push_back(text);
+  const bool isStarted = write(
+      {.path = control.patch_.path(),
+       .text = text,
+       .expected = std::move(expected),
+       .done = [&control = control, reply = reply, routes = control.list_.routes()](const auto& failure) {
+         const std::string saved = std::move(control.savingTexts_.front());
+         control.savingTexts_.pop_front();
+         if (failure) return reply(Refusal{failure->text});
+         control.fileText_ = saved;
+         control.patch_.noteSaved(saved);
+         control.savedRoutes_ = routes;
+         control.isStatusStale_ = true;
+         reply(Done{control.serial()});
+       }});
+  if (!isStarted) control.savingTexts_.pop_back();
 }
 
 void Control::Executor::operator()(const GetStatus& /*command*/) const {
@@ -141,29 +140,26 @@ void Control::Executor::operator()(const GetStatus& /*command*/) const {
 }
 
 void Control::Executor::operator()(const Dump& /*command*/) const {
-  RouteDump dump{control.serial_ + (control.edits_.empty() ? 0 : 1),
-                 {},
-                 control.config_.inputLabels,
-                 control.config_.outputLabels};
+  RouteDump dump{control.serial(), {}, control.config_.inputLabels, control.config_.outputLabels};
   for (const Route& route : control.list_.routes()) dump.routes.push_back(stateOf(route));
   reply(dump);
 }
 
 void Control::Executor::operator()(const Subscribe& /*command*/) const {
-  reply(Done{control.serial_});
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const Unsubscribe& /*command*/) const {
-  reply(Done{control.serial_});
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const ResetClips& /*command*/) const {
   control.meters_.resetClips();
-  reply(Done{control.serial_});
+  reply(Done{control.serial()});
 }
 
 void Control::Executor::operator()(const Hello& /*command*/) const {
-  reply(Done{control.serial_});
+  reply(Done{control.serial()});
 }
 
 bool Control::Executor::changeAll(const RouteKey& key, const std::function<void(Route&)>& change) const {
@@ -174,7 +170,7 @@ bool Control::Executor::changeAll(const RouteKey& key, const std::function<void(
     change(route);
     if (route != control.list_.routes()[place]) control.apply(ChangeRoute{place, std::move(route)});
   }
-  reply(control.done());
+  reply(Done{control.serial()});
   return true;
 }
 
@@ -188,12 +184,14 @@ void Control::Executor::step(bool (History::*take)(RouteList&), Cause cause) con
     return refuse(cause == Cause::undo ? "there is nothing to undo" : "there is nothing to redo");
   }
   control.cause_ = cause;
+  reply(Done{control.serial_ + 1});
   control.tellChange();
-  reply(Done{control.serial_});
 }
 
-void Control::Executor::write(FileWriter::Job job) const {
-  if (const auto failure = control.writer_.start(std::move(job))) refuse(failure->text);
+bool Control::Executor::write(FileWriter::Job job) const {
+  const auto failure = control.writer_.start(std::move(job));
+  if (failure) refuse(failure->text);
+  return !failure;
 }
 
 }  // namespace tolvane::ctl::control

@@ -36,7 +36,8 @@ struct Control::Executor {
   void refuse(std::string text) const { reply(Refusal{std::move(text)}); }
   void refuseUnknown(const RouteKey& key) const;
   void step(bool (History::*take)(RouteList&), Cause cause) const;
-  void write(FileWriter::Job job) const;
+  /// False, after a refusal, if the job cannot be started.
+  bool write(FileWriter::Job job) const;
 };
 
 }  // namespace tolvane::ctl::control

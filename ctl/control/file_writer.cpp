@@ -1,5 +1,6 @@
 #include "ctl/control/file_writer.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -14,11 +15,11 @@ namespace tolvane::ctl::control {
 
 namespace {
 
-std::optional<Failure> changedMeanwhile(const std::string& path, const std::string& expected) {
+std::optional<Failure> changedMeanwhile(const std::string& path, const std::vector<std::string>& expected) {
   if (::access(path.c_str(), F_OK) != 0) return std::nullopt;
   const auto text = readPatchText(path, Readable::regularFile);
   if (!text) return text.error();
-  if (text.value() == expected) return std::nullopt;
+  if (std::find(expected.begin(), expected.end(), text.value()) != expected.end()) return std::nullopt;
   return Failure{about(path, "has changed since it was read, and was not replaced")};
 }
 

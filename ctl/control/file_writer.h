@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "ctl/process/wake_pipe.h"
 #include "ctl/terminal/failure.h"
@@ -22,8 +23,8 @@ class FileWriter {
   struct Job {
     std::string path;
     std::string text;
-    /// The text that the file must still have; none: any. A file that does not exist has any.
-    std::optional<std::string> expected;
+    /// The texts one of which the file must still have; none: any. A file that does not exist has any.
+    std::optional<std::vector<std::string>> expected;
     /// Called by finish(): the failure, after which the old file is still there; or none.
     std::function<void(const std::optional<Failure>&)> done;
   };

@@ -1,7 +1,6 @@
 #include "ctl/control/history.h"
 
 #include <algorithm>
-#include <iterator>
 #include <utility>
 
 namespace tolvane::ctl::control {
@@ -10,17 +9,35 @@ void History::add(std::vector<RouteEdit> inverse, const Sender& sender) {
   const bool isSameGesture =
       sender.gesture != 0 && redo_.empty() && !undo_.empty() && undo_.back().sender == sender;
   redo_.clear();
-  if (isSameGesture) {
-    // The first of two changes of one route takes back both.
-    auto& edits = undo_.back().edits;
-    const auto* first = edits.size() == 1 ? std::get_if<ChangeRoute>(&edits.front()) : nullptr;
-    const auto* next = inverse.size() == 1 ? std::get_if<ChangeRoute>(&inverse.front()) : nullptr;
-    if (first != nullptr && next != nullptr && first->index == next->index) return;
-    std::move(inverse.begin(), inverse.end(), std::back_inserter(edits));
-    return;
-  }
-  undo_.push_back({std::move(inverse), sender});
+  if (isSameGesture && undo_.back().routes < kMostRoutes) return join(undo_.back(), std::move(inverse));
+  undo_.push_back({{}, 0, sender});
+  join(undo_.back(), std::move(inverse));
   if (undo_.size() > kMostSteps) undo_.pop_front();
+}
+
+void History::join(Step& step, std::vector<RouteEdit> inverse) {
+  for (RouteEdit& edit : inverse) {
+    // The first of several changes of one route takes back all.
+    if (isTakenBack(step, edit)) continue;
+    step.routes += routesIn(edit);
+    step.edits.push_back(std::move(edit));
+  }
+}
+
+bool History::isTakenBack(const Step& step, const RouteEdit& edit) {
+  const auto* change = std::get_if<ChangeRoute>(&edit);
+  if (change == nullptr) return false;
+  for (auto earlier = step.edits.rbegin(); earlier != step.edits.rend(); ++earlier) {
+    const auto* its = std::get_if<ChangeRoute>(&*earlier);
+    if (its == nullptr) return false;  // indices before it mean other routes
+    if (its->index == change->index) return true;
+  }
+  return false;
+}
+
+std::size_t History::routesIn(const RouteEdit& edit) noexcept {
+  const auto* replacement = std::get_if<ReplaceRoutes>(&edit);
+  return replacement == nullptr ? 1 : 1 + replacement->routes.size();
 }
 
 bool History::undo(RouteList& list) {

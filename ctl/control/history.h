@@ -9,7 +9,8 @@
 
 namespace tolvane::ctl::control {
 
-/// Who sent a command. Successive changes of one sender and gesture are one undo step.
+/// Who sent a command. Successive changes of one sender and gesture are one undo step, unless they are so
+/// many that a step would become too large.
 struct Sender {
   std::uint64_t number = 0;   // of the doors' choice
   std::uint64_t gesture = 0;  // 0: none
@@ -21,9 +22,11 @@ class History {
  public:
   /// The oldest step beyond this number is forgotten.
   static constexpr std::size_t kMostSteps = 200;
+  /// A step that holds so many routes takes no more changes of its gesture; those begin a new step.
+  static constexpr std::size_t kMostRoutes = 1000;
 
   /// Adds a step: edits that were made, in order, each as the one that takes it back. Forgets what could be
-  /// redone. A step of the same sender and gesture as the last one becomes part of that.
+  /// redone. A step of the same sender and gesture as the last one becomes part of that, unless that is full.
   void add(std::vector<RouteEdit> inverse, const Sender& sender);
 
   /// Takes back the last step, or makes it again. False if there is none.
@@ -36,8 +39,13 @@ class History {
  private:
   struct Step {
     std::vector<RouteEdit> edits;  // to apply in reverse order
+    std::size_t routes;            // in them
     Sender sender;
   };
+  static void join(Step& step, std::vector<RouteEdit> inverse);
+  /// True if taking back the step so far also takes back the edit.
+  static bool isTakenBack(const Step& step, const RouteEdit& edit);
+  static std::size_t routesIn(const RouteEdit& edit) noexcept;
   static bool take(std::deque<Step>& from, std::deque<Step>& to, RouteList& list);
 
   std::deque<Step> undo_;

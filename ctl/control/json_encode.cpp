@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include <nlohmann/json.hpp>
 
@@ -22,8 +24,14 @@ TextJson decibelsJson(double decibels) {
   return std::isfinite(decibels) ? TextJson(static_cast<float>(decibels)) : TextJson(nullptr);
 }
 
+/// Counted from 1. A file may name the largest channel there is.
+TextJson channelJson(std::int64_t channel) {
+  if (channel < 0) return channel + 1;
+  return static_cast<std::uint64_t>(channel) + 1;
+}
+
 TextJson keyJson(const RouteKey& key) {
-  return {{"input", key.input + 1}, {"output", key.output + 1}};
+  return {{"input", channelJson(key.input)}, {"output", channelJson(key.output)}};
 }
 
 TextJson routeJson(const RouteState& route) {
@@ -121,7 +129,9 @@ struct CommandMembers {
   }
   void operator()(const SetGain& command) const {
     add(command.key);
-    json["db"] = decibelsJson(command.decibels);
+    // JSON has no infinity, and null is silence: a level that is too high stays one.
+    constexpr double kHighest = std::numeric_limits<float>::max();
+    json["db"] = decibelsJson(std::min(command.decibels, kHighest));
   }
   void operator()(const SetMute& command) const {
     add(command.key);
@@ -146,8 +156,8 @@ struct CommandMembers {
 
  private:
   void add(const RouteKey& key) const {
-    json["input"] = key.input + 1;
-    json["output"] = key.output + 1;
+    json["input"] = channelJson(key.input);
+    json["output"] = channelJson(key.output);
   }
 };
 

@@ -11,6 +11,19 @@ namespace {
 
 std::atomic<LevelBank*> currentLevelBank{nullptr};
 
+constexpr double kLoadIntervalNs = 1e9;
+
+/// The frames of a cycle; 0 if no buffer of the list has data.
+std::uint64_t framesOf(const AudioBufferList* list) noexcept {
+  if (list == nullptr) return 0;
+  for (UInt32 b = 0; b < list->mNumberBuffers; ++b) {
+    const AudioBuffer& buffer = list->mBuffers[b];
+    if (buffer.mNumberChannels > 0 && buffer.mDataByteSize > 0)
+      return buffer.mDataByteSize / (buffer.mNumberChannels * sizeof(float));
+  }
+  return 0;
+}
+
 float finite(double level) {
   constexpr float kLargest = std::numeric_limits<float>::max();
   return level <= static_cast<double>(kLargest) ? static_cast<float>(level) : kLargest;  // also for NaN
@@ -37,7 +50,7 @@ void LevelBank::observe(const AudioBufferList* input, const AudioBufferList* out
   }
   observe(input, inputs_);
   observe(output, outputs_);
-  noteTime(output, callbackTime);
+  noteTime(std::max(framesOf(output), framesOf(input)), callbackTime);
 }
 
 void LevelBank::observe(const AudioBufferList* list, std::vector<Sum>& sums) noexcept {
@@ -67,23 +80,23 @@ void LevelBank::add(Sum& sum, const float* first, std::size_t frames, std::size_
   sum.frames += frames;
 }
 
-void LevelBank::noteTime(const AudioBufferList* output, std::chrono::nanoseconds time) noexcept {
-  if (output == nullptr || output->mNumberBuffers == 0 || output->mBuffers[0].mNumberChannels == 0) return;
-  const AudioBuffer& first = output->mBuffers[0];
-  const std::uint64_t frames = first.mDataByteSize / (first.mNumberChannels * sizeof(float));
+void LevelBank::noteTime(std::uint64_t frames, std::chrono::nanoseconds time) noexcept {
+  if (frames == 0) return;
   const double periodNs =
       static_cast<double>(frames) * 1e9 / std::max(1.0, sampleRateHz_.load(std::memory_order_relaxed));
   const double load = static_cast<double>(time.count()) / std::max(1.0, periodNs);
   busyNs_.fetch_add(static_cast<std::uint64_t>(time.count()), std::memory_order_relaxed);
   frames_.fetch_add(frames, std::memory_order_relaxed);
   if (load > 1.0) overloads_.fetch_add(1, std::memory_order_relaxed);
-  // If the main thread takes the peak at the same moment, the older peak may be reported twice.
+  // If the main thread takes the peak at the same moment, the older peak may be reported for longer.
   if (load > peakLoad_.load(std::memory_order_relaxed)) peakLoad_.store(load, std::memory_order_relaxed);
 }
 
 void LevelBank::ask() {
-  if (answered_.load(std::memory_order_acquire) != asked_.load(std::memory_order_relaxed)) return;
-  asked_.fetch_add(1, std::memory_order_release);
+  // An answer that has not been taken would be overwritten.
+  const std::uint32_t asked = asked_.load(std::memory_order_relaxed);
+  if (answered_.load(std::memory_order_acquire) != asked || taken_ != asked) return;
+  asked_.store(asked + 1, std::memory_order_release);
 }
 
 std::optional<Meters> LevelBank::take() {
@@ -104,17 +117,24 @@ std::vector<Level> LevelBank::levelsOf(const std::vector<Sum>& sums) {
   return levels;
 }
 
-LoadReading LevelBank::takeLoad() noexcept {
+LoadReading LevelBank::load() noexcept {
   const std::uint64_t busyNs = busyNs_.load(std::memory_order_relaxed);
   const std::uint64_t frames = frames_.load(std::memory_order_relaxed);
-  const double elapsedNs = static_cast<double>(frames - framesRead_) * 1e9 /
+  const double elapsedNs = static_cast<double>(frames - framesBefore_) * 1e9 /
                            std::max(1.0, sampleRateHz_.load(std::memory_order_relaxed));
-  LoadReading reading;
-  if (elapsedNs > 0.0) reading.mean = static_cast<double>(busyNs - busyNsRead_) / elapsedNs;
-  reading.peak = peakLoad_.exchange(0.0, std::memory_order_relaxed);
-  reading.overloads = overloads_.load(std::memory_order_relaxed);
-  busyNsRead_ = busyNs;
-  framesRead_ = frames;
+  LoadReading reading{lastLoad_.mean, peakLoad_.load(std::memory_order_relaxed),
+                      overloads_.load(std::memory_order_relaxed)};
+  const bool isFirst = framesBefore_ == 0;
+  const bool isOver = elapsedNs >= kLoadIntervalNs;
+  if ((isFirst || isOver) && elapsedNs > 0.0)
+    reading.mean = static_cast<double>(busyNs - busyNsBefore_) / elapsedNs;
+  if (isOver) {
+    reading.peak = peakLoad_.exchange(0.0, std::memory_order_relaxed);
+    lastLoad_ = reading;
+    busyNsBefore_ = busyNs;
+    framesBefore_ = frames;
+  }
+  reading.peak = std::max(reading.peak, lastLoad_.peak);
   return reading;
 }
 

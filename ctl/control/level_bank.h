@@ -41,8 +41,10 @@ class LevelBank : public Meter {
   /// [main-thread]
   void ask() override;
   [[nodiscard]] std::optional<Meters> take() override;
-  /// Since the previous call. [main-thread]
-  [[nodiscard]] LoadReading takeLoad() noexcept;
+  /// The mean is that of the last interval, which lasts a second, or until the first call after it. The peak
+  /// is that of this interval and of the one that has begun. So whoever asks takes nothing from the others.
+  /// [main-thread]
+  [[nodiscard]] LoadReading load() noexcept;
   /// [main-thread]
   void setSampleRate(double hz) noexcept { sampleRateHz_.store(hz, std::memory_order_relaxed); }
 
@@ -55,7 +57,7 @@ class LevelBank : public Meter {
   static void observe(const AudioBufferList* list, std::vector<Sum>& sums) noexcept;
   static void add(Sum& sum, const float* first, std::size_t frames, std::size_t stride) noexcept;
   static std::vector<Level> levelsOf(const std::vector<Sum>& sums);
-  void noteTime(const AudioBufferList* output, std::chrono::nanoseconds time) noexcept;
+  void noteTime(std::uint64_t frames, std::chrono::nanoseconds time) noexcept;
 
   static_assert(std::atomic<std::uint64_t>::is_always_lock_free && std::atomic<double>::is_always_lock_free,
                 "the IO thread must never meet a lock");
@@ -73,8 +75,9 @@ class LevelBank : public Meter {
   std::atomic<std::uint64_t> frames_{0};
   std::atomic<std::uint64_t> overloads_{0};
   std::atomic<double> peakLoad_{0.0};
-  std::uint64_t busyNsRead_ = 0;  // of the main thread
-  std::uint64_t framesRead_ = 0;  // likewise
+  std::uint64_t busyNsBefore_ = 0;  // at the begin of the interval; of the main thread
+  std::uint64_t framesBefore_ = 0;  // likewise
+  LoadReading lastLoad_;            // of the interval before; likewise
 };
 
 /// Sets the bank that controlledIoProc fills; null, the initial value, is none. The bank must outlive the

@@ -16,25 +16,48 @@ constexpr std::chrono::milliseconds kLongestLook{20};
 
 std::optional<Meters> MeterTeller::read(Time now, bool isWanted) {
   if (meter_ == nullptr) return std::nullopt;
-  if (!isWanted) {
+  const bool wasWanted = std::exchange(isWanted_, isWanted);
+  if (!isWanted) return std::nullopt;
+  auto meters = take();
+  if (!wasWanted) {
     isStale_ = true;
-    return std::nullopt;
+    next_ = now;
+    meters.reset();
   }
-  if (now >= next_) {
-    meter_->ask();
-    isAsked_ = true;
-    next_ = std::max(next_ + kInterval, now);
+  if (meters && std::exchange(isStale_, false)) {
+    next_ = now + kInterval;  // a whole interval for the first reading that is told
+    meters.reset();
   }
+  if (now >= next_) ask(now);
+  return meters;
+}
+
+void MeterTeller::ask(Time now) {
+  meter_->ask();
+  isAsked_ = true;
+  next_ += kInterval;
+  if (next_ <= now) next_ = now + kInterval;
+}
+
+std::optional<Meters> MeterTeller::take() {
   auto meters = meter_->take();
   if (!meters) return std::nullopt;
   isAsked_ = false;
-  clips_.hold(*meters);
-  if (!std::exchange(isStale_, false)) return meters;
-  next_ = now + kInterval;  // a whole interval for the first reading that is told
-  return std::nullopt;
+  if (!std::exchange(isBeforeReset_, false)) clips_.hold(*meters);
+  return meters;
+}
+
+void MeterTeller::resetClips() {
+  clips_.reset();
+  if (meter_ == nullptr || isWanted_) return;
+  // Nobody has read for long: what has been measured until now is read and dropped.
+  static_cast<void>(meter_->take());
+  meter_->ask();
+  isBeforeReset_ = true;
 }
 
 MeterTeller::Time MeterTeller::due(Time now) const {
+  if (meter_ == nullptr) return Time::max();
   const bool isLooking = isAsked_ && now < next_ - kInterval + kLongestLook;
   return isLooking ? std::min(next_, now + kLook) : next_;
 }

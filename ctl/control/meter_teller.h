@@ -19,17 +19,25 @@ class MeterTeller {
 
   /// The levels since the previous reading, if they are due at `now` and there.
   [[nodiscard]] std::optional<Meters> read(Time now, bool isWanted);
-  /// When to call read() next, while levels are wanted.
+  /// When to call read() next, while levels are wanted. Without a meter there is no such time.
   [[nodiscard]] Time due(Time now) const;
 
-  void resetClips() { clips_.reset(); }
+  /// Forgets the clips that are held. While levels are wanted, a clip of the last interval may come once
+  /// more.
+  void resetClips();
 
  private:
+  void ask(Time now);
+  /// The levels that were asked for, if they are there, with the clips that are held.
+  [[nodiscard]] std::optional<Meters> take();
+
   Meter* meter_;
   LevelHolder clips_;
-  Time next_;             // when to ask again
-  bool isAsked_ = false;  // and not answered
-  bool isStale_ = true;   // the next reading covers a time in which nobody wanted levels
+  Time next_;                   // when to ask again
+  bool isAsked_ = false;        // and not answered
+  bool isWanted_ = false;       // as last read
+  bool isStale_ = false;        // the next reading covers a time in which nobody wanted levels
+  bool isBeforeReset_ = false;  // the next reading is of the time before the clips were reset
 };
 
 }  // namespace tolvane::ctl::control

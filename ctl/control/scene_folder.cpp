@@ -7,6 +7,8 @@
 #include <limits>
 #include <utility>
 
+#include <unistd.h>
+
 #include "ctl/control/patch_text.h"
 #include "ctl/patch/source.h"
 #include "ctl/terminal/printable.h"
@@ -62,15 +64,33 @@ Result<Scene, Failure> SceneFolder::read(const std::variant<std::string, std::in
     if (const auto problem = problemOf(name)) return Failure{*problem};
   }
   const std::string path = fileOf(name);
-  std::error_code error;
-  const std::uintmax_t size = std::filesystem::file_size(path, error);
-  if (error.value() == ENOENT) return Failure{"there is no scene \"" + name + '"'};
-  if (!error && size > kLargestScene) return Failure{about(path, "larger than 1 MiB, so not a scene")};
-  const auto text = readPatchText(path, Readable::regularFile);
+  if (::access(path.c_str(), F_OK) != 0 && errno == ENOENT)
+    return Failure{"there is no scene \"" + name + '"'};
+  const auto text = sceneText(path);
   if (!text) return text.error();
   const PatchResult routes = parsePatch(path, text.value());
   if (!routes) return routes.error();
   return Scene{name, PatchText(text.value(), routes.value()).routes()};
+}
+
+Result<std::string, Failure> SceneFolder::sceneText(const std::string& path) {
+  std::error_code error;
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  if (!error && size > kLargestScene) return Failure{about(path, "larger than 1 MiB, so not a scene")};
+  return readPatchText(path, Readable::regularFile);
+}
+
+Result<std::string, Failure> SceneFolder::textOf(std::string_view name,
+                                                 const std::vector<Route>& routes) const {
+  const std::string path = fileOf(name);
+  PatchText present;
+  if (const auto text = sceneText(path)) {
+    if (const PatchResult its = parsePatch(path, text.value()))
+      present = PatchText(text.value(), its.value());
+  }
+  std::string text = present.with(routes);
+  if (text.size() > kLargestScene) return Failure{about(path, "would be larger than 1 MiB, so not a scene")};
+  return text;
 }
 
 std::string SceneFolder::fileOf(std::string_view name) const {

@@ -32,6 +32,11 @@ class SceneFolder {
   /// the file is no regular file or larger than 1 MiB, or it is no patch that can be routed.
   [[nodiscard]] Result<Scene, Failure> read(const std::variant<std::string, std::int64_t>& scene) const;
 
+  /// The text of a scene's file with these routes. What is not ours in the present file stays, if that is a
+  /// scene. Failure: the text is larger than 1 MiB.
+  [[nodiscard]] Result<std::string, Failure> textOf(std::string_view name,
+                                                    const std::vector<Route>& routes) const;
+
   /// The file of a scene.
   [[nodiscard]] std::string fileOf(std::string_view name) const;
 
@@ -40,6 +45,9 @@ class SceneFolder {
   [[nodiscard]] static std::optional<std::string> problemOf(std::string_view name);
 
  private:
+  /// The text of a file that is there. Failure: as for read().
+  static Result<std::string, Failure> sceneText(const std::string& path);
+
   std::string path_;
 };
 

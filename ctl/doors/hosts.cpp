@@ -20,7 +20,7 @@ std::array<unsigned char, 16> bytesOf(const sockaddr_storage& sender) {
 
 }  // namespace
 
-Hosts::Host* Hosts::find(const sockaddr_storage& sender, Time now) {
+Hosts::Host& Hosts::find(const sockaddr_storage& sender, Time now) {
   const auto address = bytesOf(sender);
   auto found =
       std::find_if(hosts_.begin(), hosts_.end(), [&](const Host& host) { return host.address == address; });
@@ -28,7 +28,6 @@ Hosts::Host* Hosts::find(const sockaddr_storage& sender, Time now) {
     if (hosts_.size() >= kMost) {
       const auto oldest =
           std::find_if(hosts_.rbegin(), hosts_.rend(), [](const Host& host) { return !host.isTrusted; });
-      if (oldest == hosts_.rend()) return nullptr;
       hosts_.erase(std::next(oldest).base());
     }
     found = hosts_.insert(hosts_.begin(), Host{.address = address, .lastHeard = now});
@@ -36,7 +35,7 @@ Hosts::Host* Hosts::find(const sockaddr_storage& sender, Time now) {
   if (now - found->lastHeard > kTrustLasts) found->isTrusted = false;
   found->lastHeard = now;
   hosts_.splice(hosts_.begin(), hosts_, found);
-  return &hosts_.front();
+  return hosts_.front();
 }
 
 bool Hosts::trust(Host& host) {

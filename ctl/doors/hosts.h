@@ -22,6 +22,7 @@ class Hosts {
   static constexpr std::size_t kMost = 64;
   /// The most machines that may have said the token.
   static constexpr std::size_t kMostTrusted = 16;
+  static_assert(kMostTrusted < kMost, "there must be one to forget");
   /// A machine that has said the token must say it again after so long a silence.
   static constexpr std::chrono::hours kTrustLasts{1};
   /// Messages a second.
@@ -38,8 +39,8 @@ class Hosts {
     Time lastHeard;
   };
 
-  /// The sender's machine, which is remembered from now on; null if kMost machines are trusted.
-  [[nodiscard]] Host* find(const sockaddr_storage& sender, Time now);
+  /// The sender's machine, which is remembered from now on. The reference holds until the next call.
+  [[nodiscard]] Host& find(const sockaddr_storage& sender, Time now);
 
   /// Notes that the machine has said the token. False: kMostTrusted others have.
   [[nodiscard]] bool trust(Host& host);

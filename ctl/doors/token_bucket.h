@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstddef>
 
 namespace tolvane::ctl {
 
@@ -13,13 +14,14 @@ class TokenBucket {
   /// Full at first.
   TokenBucket(double perSecond, double burst) : perSecond_(perSecond), burst_(burst), left_(burst) {}
 
-  /// Takes one if there is one at `now`. False: the rate is exceeded.
-  [[nodiscard]] bool take(Time now) noexcept {
+  /// Takes so many if they are there at `now`. False: the rate is exceeded, and none is taken.
+  [[nodiscard]] bool take(Time now, std::size_t count = 1) noexcept {
     const std::chrono::duration<double> passed = now - last_;
     left_ = std::min(burst_, left_ + std::max(0.0, passed.count()) * perSecond_);
     last_ = now;
-    if (left_ < 1.0) return false;
-    left_ -= 1.0;
+    const auto cost = static_cast<double>(count);
+    if (left_ < cost) return false;
+    left_ -= cost;
     return true;
   }
 

@@ -78,8 +78,7 @@ std::string Client::refusalOf(const Request& request, Time now) {
 std::string Client::refusalOf(const Hello& hello, Time now) {
   if (shared_.token == nullptr) return {};
   // Guesses beyond the rate are refused unread. The rate is the machine's, whatever its number of sockets.
-  Hosts::Host* const host = shared_.hosts.find(address_, now);
-  if (host == nullptr || !host->guesses.take(now)) return "too many attempts; wait a few seconds";
+  if (!shared_.hosts.find(address_, now).guesses.take(now)) return "too many attempts; wait a few seconds";
   if (!shared_.token->matches(hello.token)) return "the token is wrong";
   if (!std::exchange(isTrusted_, true)) lws_set_timeout(socket_, NO_PENDING_TIMEOUT, 0);
   return {};
@@ -140,6 +139,7 @@ void Client::queue(Frame frame, bool isMeters) {
 }
 
 void Client::drop() {
+  if (isEnding_) return;
   waiting_.clear();
   waiting_.push_back({frameOf(encodeEvent(Dropped{"messages came faster than they were read"})), false});
   end(LWS_CLOSE_STATUS_POLICY_VIOLATION, "too slow");
@@ -154,6 +154,7 @@ void Client::end(int closeCode, std::string reason) {
 }
 
 void Client::kill() {
+  isKilled_ = true;
   lws_set_timeout(socket_, PENDING_TIMEOUT_USER_REASON_BASE, LWS_TO_KILL_ASYNC);
 }
 

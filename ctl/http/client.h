@@ -51,12 +51,16 @@ class Client {
   void deliver(const ToClient& message);
   /// Takes an event, if the client wants it. Meters take the place of older ones that still wait.
   void deliver(const Frame& event, bool control::Subscribe::*wanted);
+  /// Forgets what waits, says that it was too much, and closes the connection.
+  void drop();
   /// Closes the connection when what waits has been sent.
   void end(int closeCode, std::string reason);
   /// Closes the connection at once.
   void kill();
 
   [[nodiscard]] bool isStranger() const noexcept { return !isTrusted_; }
+  /// True after kill(): the library closes the connection in its next turn.
+  [[nodiscard]] bool isKilled() const noexcept { return isKilled_; }
   [[nodiscard]] bool wants(bool control::Subscribe::*what) const noexcept { return wants_.*what; }
 
  private:
@@ -76,7 +80,6 @@ class Client {
   void noteExecuted();
   void queue(Frame frame, bool isMeters = false);
   [[nodiscard]] bool writeNext();
-  void drop();
 
   lws* socket_;
   ClientNumber number_;
@@ -95,6 +98,7 @@ class Client {
   bool isTrusted_;
   bool isHeld_ = false;  // nothing is read
   bool isEnding_ = false;
+  bool isKilled_ = false;
   int closeCode_ = 0;
   std::string closeReason_;
 };

@@ -40,9 +40,11 @@ struct Answered {
 /// A whole Asked has been executed.
 struct Executed {};
 using SharedEvent = std::shared_ptr<const control::Event>;
+/// Events were lost: all that subscribe are to be dropped.
+struct DropAll {};
 struct ToClient {
   ClientNumber client = 0;
-  std::variant<Answered, control::RequestError, Executed, SharedEvent> what;
+  std::variant<Answered, control::RequestError, Executed, SharedEvent, DropAll> what;
 };
 
 /// Two queues, in order. Nobody waits for anybody but for the moment of a copy. [any-thread]

@@ -214,10 +214,13 @@ int Server::confirmUpgrade(lws* socket, std::string_view protocol) {
 
 bool Server::makeRoom() {
   if (isEnding_) return false;
-  if (clients_.size() < kMostClients) return true;
+  const auto stays = [](const auto& each) { return !each.second->isKilled(); };
+  const auto staying = std::count_if(clients_.begin(), clients_.end(), stays);
+  if (staying < static_cast<std::ptrdiff_t>(kMostClients)) return true;
   // The oldest stranger goes: who knows the token shall not be kept out by those who do not.
-  const auto stranger = std::find_if(clients_.begin(), clients_.end(),
-                                     [](const auto& each) { return each.second->isStranger(); });
+  const auto stranger = std::find_if(clients_.begin(), clients_.end(), [&](const auto& each) {
+    return stays(each) && each.second->isStranger();
+  });
   if (stranger == clients_.end()) return false;
   stranger->second->kill();
   return true;
@@ -258,10 +261,20 @@ void Server::distribute() {
       broadcast(**event);
       continue;
     }
+    if (std::holds_alternative<DropAll>(message->what)) {
+      dropSubscribers();
+      continue;
+    }
     const auto client = clients_.find(message->client);
     if (client != clients_.end()) client->second->deliver(*message);
   }
   wake();  // for the others, once what has been queued is written
+}
+
+void Server::dropSubscribers() {
+  for (const auto& [number, client] : clients_) {
+    if (client->wants(&Subscribe::changes) || client->wants(&Subscribe::meters)) client->drop();
+  }
 }
 
 void Server::broadcast(const Event& event) {

@@ -64,6 +64,7 @@ class Server {
   [[nodiscard]] int receive(lws* socket, Session& session, std::string_view part);
   void distribute();
   void broadcast(const control::Event& event);
+  void dropSubscribers();
 
   Listener listener_;
   std::optional<Token> token_;

@@ -19,7 +19,7 @@ constexpr int kMostAtOnce = 64;
 constexpr std::chrono::milliseconds kLongestTurn{1};
 /// Messages that may wait for the server; nothing is received beyond.
 constexpr std::size_t kMostToClients = 4096;
-/// Events beyond this are not told. Their subscribers see the gap in the serial numbers.
+/// Beyond this, whoever hears events is dropped.
 constexpr std::size_t kMostWithEvents = std::size_t{4} * kMostToClients;
 
 }  // namespace
@@ -83,8 +83,13 @@ void SocketDoor::execute(ClientNumber client, const Request& request) {
 
 void SocketDoor::tell(const Event& event) {
   const bool isWanted = std::holds_alternative<Meters>(event) ? wantsMeters() : wantsChanges();
-  if (!isWanted || exchange_->countToClients() > kMostWithEvents) return;
-  post({0, std::make_shared<const Event>(event)});
+  if (!isWanted) return;
+  if (exchange_->countToClients() <= kMostWithEvents) {
+    post({0, std::make_shared<const Event>(event)});
+    return;
+  }
+  subscriptions_.clear();
+  post({0, DropAll{}});
 }
 
 void SocketDoor::post(ToClient message) {

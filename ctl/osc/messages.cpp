@@ -48,9 +48,14 @@ Argument real(double value) {
   return static_cast<float>(value);
 }
 
+/// Counted from 1. A file may name the largest channel there is.
+Argument channelNumber(std::int64_t channel) {
+  return channel < 0 ? number(channel + 1) : number(static_cast<std::uint64_t>(channel) + 1);
+}
+
 void append(std::vector<Argument>& arguments, const RouteKey& key) {
-  arguments.push_back(number(key.input + 1));
-  arguments.push_back(number(key.output + 1));
+  arguments.push_back(channelNumber(key.input));
+  arguments.push_back(channelNumber(key.output));
 }
 
 void append(std::vector<Argument>& arguments, const RouteState& route) {

@@ -53,6 +53,12 @@ std::vector<Datagram> datagramsOf(const std::vector<Message>& messages) {
   return datagrams;
 }
 
+/// True for what a door itself sends. Two doors that answered it, or one that hears itself, would never end.
+bool isOfADoor(const std::string& address) {
+  return address.ends_with("/error") || address.ends_with("/reply") ||
+         address.find("/reply/") != std::string::npos || address.starts_with("/tolvane/event/");
+}
+
 socklen_t lengthOf(const sockaddr_storage& address) {
   return address.ss_family == AF_INET6 ? sizeof(sockaddr_in6) : sizeof(sockaddr_in);
 }
@@ -130,32 +136,33 @@ void UdpDoor::receive(Time now) {
 }
 
 void UdpDoor::handle(std::string_view datagram, const sockaddr_storage& from, Time now) {
-  Hosts::Host* const host = hosts_.find(from, now);
-  if (host == nullptr) return;
+  Hosts::Host& host = hosts_.find(from, now);
   const Sender sender{from, host, now};
-  if (!host->messages.take(now)) {
-    if (host->complaints.take(now)) refuse(sender, "/tolvane", "too many messages; some are ignored");
-    return;
-  }
+  if (!host.messages.take(now)) return complain(sender);
   const auto packet = decodePacket(datagram);
   if (!packet) return refuse(sender, "/tolvane", packet.error());
   const std::vector<Message>& messages = packet.value().messages;
   if (messages.empty()) return;
   // A stranger's datagram gets one answer at most.
   if (!packet.value().isBundle || isStranger(sender)) return handle(messages.front(), sender);
+  if (!host.messages.take(now, messages.size() - 1)) return complain(sender);
   const Control::Bundle bundle(control_);
-  for (const Message& message : messages) {
-    if (&message == messages.data() || host->messages.take(now)) handle(message, sender);
-  }
+  for (const Message& message : messages) handle(message, sender);
+}
+
+void UdpDoor::complain(const Sender& sender) {
+  if (sender.host.complaints.take(sender.now))
+    refuse(sender, "/tolvane", "too many messages; some are ignored");
 }
 
 void UdpDoor::handle(const Message& message, const Sender& sender) {
+  if (isOfADoor(message.address)) return;
   const std::string address = message.address.size() <= kLongestAddress ? message.address : "/tolvane";
   if (message.address == "/tolvane/hello") return hello(message, sender);
   if (isStranger(sender)) return refuse(sender, address, "say /tolvane/hello TOKEN first");
   const auto command = commandOf(message);
   if (!command) return refuse(sender, address, command.error());
-  if (takesLong(command.value()) && !sender.host->slow.take(sender.now))
+  if (takesLong(command.value()) && !sender.host.slow.take(sender.now))
     return refuse(sender, address, "too many of these; 10 a second are taken");
   if (const auto* subscription = std::get_if<Subscribe>(&command.value())) {
     const sockaddr_storage to = withPort(sender.address, eventPortOf(message));
@@ -173,15 +180,15 @@ void UdpDoor::hello(const Message& message, const Sender& sender) {
   if (!command) return refused(command.error());
   if (token_) {
     // Guesses beyond the rate are refused unread.
-    if (!sender.host->guesses.take(sender.now)) return refused("too many attempts; wait a few seconds");
+    if (!sender.host.guesses.take(sender.now)) return refused("too many attempts; wait a few seconds");
     if (!token_->matches(std::get<Hello>(command.value()).token)) return refused("the token is wrong");
-    if (!hosts_.trust(*sender.host)) return refused("there are 16 clients already");
+    if (!hosts_.trust(sender.host)) return refused("there are 16 clients already");
   }
   answer(sender.address, message.address, Done{control_.serial()});
 }
 
 bool UdpDoor::isStranger(const Sender& sender) const {
-  return token_ && !sender.host->isTrusted;
+  return token_ && !sender.host.isTrusted;
 }
 
 void UdpDoor::refuse(const Sender& sender, const std::string& address, const std::string& why) {

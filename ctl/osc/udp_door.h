@@ -43,7 +43,7 @@ class UdpDoor : public Door {
   /// The sender of the datagram that is handled.
   struct Sender {
     sockaddr_storage address;
-    Hosts::Host* host;
+    Hosts::Host& host;
     Time now;
   };
   struct Waiting {
@@ -53,6 +53,8 @@ class UdpDoor : public Door {
 
   void handle(std::string_view datagram, const sockaddr_storage& from, Time now);
   void handle(const Message& message, const Sender& sender);
+  /// Says that the sender's rate is exceeded, once a second.
+  void complain(const Sender& sender);
   void hello(const Message& message, const Sender& sender);
   [[nodiscard]] bool isStranger(const Sender& sender) const;
   /// Strangers are answered so seldom that nobody can be flooded with answers to what came in his name.

@@ -17,7 +17,7 @@ namespace tolvane::ctl {
 void prepareForEarlyEnds();
 
 /// Sets the file to remove if the process ends early; null: none. Copies `path`. A path of PATH_MAX bytes or
-/// more is not removed. [main-thread]
+/// more is not removed. [not-io, one thread at a time]
 void removeAtEarlyEnd(const char* path) noexcept;
 
 /// Removes the file that is set and ends the process by the signal's default action. Safe in a signal

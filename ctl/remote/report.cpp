@@ -23,9 +23,9 @@ std::string percentOf(const Json& json) {
 }
 
 std::string nameOf(const Json& names, const Json& channel) {
-  const auto place = channel.get<std::int64_t>() - 1;
-  if (place < 0 || place >= static_cast<std::int64_t>(names.size())) return {};
-  return names[static_cast<std::size_t>(place)].get<std::string>();
+  const auto number = channel.get<double>();  // a file may name channels that no integer holds
+  if (number < 1.0 || number > static_cast<double>(names.size())) return {};
+  return names[static_cast<std::size_t>(number) - 1].get<std::string>();
 }
 
 std::string dumpText(const Json& dump) {

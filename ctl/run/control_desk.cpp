@@ -106,7 +106,7 @@ void ControlDesk::setAlive(bool isAlive) {
 control::DeviceStatus ControlDesk::deviceStatus() {
   const double rateHz = sampleRateHz(device_.id);
   if (rateHz > 0.0) levels_.setSampleRate(rateHz);
-  const control::LoadReading load = levels_.takeLoad();
+  const control::LoadReading load = levels_.load();
   return {.name = device_.name,
           .isAlive = isAlive_,
           .inputs = device_.inputChannels,

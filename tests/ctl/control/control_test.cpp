@@ -37,7 +37,7 @@ class ControlTest : public testing::Test, public Listener {
     if (const auto* status = std::get_if<StatusChanged>(&event)) statuses_.push_back(status->status);
   }
   [[nodiscard]] bool wantsChanges() const override { return true; }
-  [[nodiscard]] bool wantsMeters() const override { return false; }
+  [[nodiscard]] bool wantsMeters() const override { return wantsMeters_; }
 
   Control::Config config() {
     Control::Config config;
@@ -75,6 +75,7 @@ class ControlTest : public testing::Test, public Listener {
   std::unique_ptr<Control> control_;
   std::vector<RoutesChanged> changes_;
   std::vector<Status> statuses_;
+  bool wantsMeters_ = false;
 };
 
 TEST_F(ControlTest, SetsTheGainOfARoute) {
@@ -184,6 +185,21 @@ TEST_F(ControlTest, TheOldestStepsAreForgotten) {
   EXPECT_GE(History::kMostSteps, 100U);
 }
 
+TEST_F(ControlTest, TheAnswerComesBeforeTheEvent) {
+  test::writePatch(scenes_ + "/Verse.json", {});
+  std::size_t told = 0;
+  for (const Command& command :
+       {Command(SetRoute{kFirst, 0.1F}), Command(Undo{}), Command(Redo{}), Command(RecallScene{"Verse"})}) {
+    std::size_t toldAtAnswer = 99;
+    control_->execute(command, {}, [&](const Answer& answer) {
+      EXPECT_EQ(answer, Answer(Done{told + 1}));
+      toldAtAnswer = changes_.size();
+    });
+    EXPECT_EQ(toldAtAnswer, told) << nameOf(command);
+    EXPECT_EQ(changes_.size(), ++told);
+  }
+}
+
 TEST_F(ControlTest, AChangeEndsWhatCouldBeRedone) {
   ask(SetRoute{kFirst, 0.1F});
   ask(Undo{});
@@ -204,6 +220,30 @@ TEST_F(ControlTest, AGestureIsOneStepButEveryChangeIsTold) {
   EXPECT_EQ(gain(), 0.2F);
 }
 
+TEST_F(ControlTest, ALongGestureOfSeveralRoutesIsOneStep) {
+  const Routes before = control_->routes();
+  for (int change = 1; change <= 5000; ++change) {
+    const Control::Bundle bundle(*control_);
+    ask(SetRoute{kFirst, static_cast<float>(change)}, 7);
+    ask(SetMute{{1, 1}, change % 2 == 0}, 7);
+  }
+  const Routes after = control_->routes();
+  EXPECT_EQ(control_->status().undoSteps, 1U);
+  ask(Undo{});
+  EXPECT_EQ(control_->routes(), before);
+  ask(Redo{});
+  EXPECT_EQ(control_->routes(), after);
+}
+
+TEST_F(ControlTest, AGestureThatNeverEndsIsSeveralSteps) {
+  for (int change = 0; change < 10'000; ++change)
+    ask(change % 2 == 0 ? Command(SetRoute{kOther, 1.0F}) : Command(RemoveRoute{kOther}), 7);
+  EXPECT_GT(control_->status().undoSteps, 1U) << "or a step could take all memory";
+  const std::uint64_t steps = control_->status().undoSteps;
+  for (std::uint64_t step = 0; step < steps; ++step) ask(Undo{});
+  EXPECT_EQ(control_->routes(), (Routes{{0, 1, 0.5F, true}, {1, 1, -1.0F, false}}));
+}
+
 TEST_F(ControlTest, ABundleIsOneChange) {
   {
     const Control::Bundle bundle(*control_);
@@ -217,6 +257,17 @@ TEST_F(ControlTest, ABundleIsOneChange) {
   EXPECT_EQ(changes_[0].routes.size(), 2U);
   ask(Undo{});
   EXPECT_EQ(control_->routes(), (Routes{{0, 1, 0.5F, true}, {1, 1, -1.0F, false}}));
+}
+
+TEST_F(ControlTest, AllAnswersWithinABundleHaveTheNumberOfItsChange) {
+  const Control::Bundle bundle(*control_);
+  EXPECT_EQ(ask(ResetClips{}), Answer(Done{0}));
+  ask(SetRoute{kOther, 1.0F});
+  for (const Command& command :
+       {Command(ResetClips{}), Command(Subscribe{}), Command(Save{}), Command(SaveScene{"Verse"})})
+    EXPECT_EQ(ask(command), Answer(Done{1})) << nameOf(command);
+  EXPECT_EQ(std::get<Status>(ask(GetStatus{})).serial, 1U);
+  EXPECT_EQ(std::get<RouteDump>(ask(Dump{})).serial, 1U);
 }
 
 TEST_F(ControlTest, AnUndoWithinABundleIsAChangeOfItsOwn) {
@@ -277,6 +328,13 @@ TEST_F(ControlTest, SavesAScene) {
   EXPECT_EQ(changes_.back().routes.front().label, "Vox");
 }
 
+TEST_F(ControlTest, SavesNoSceneThatCouldNotBeRecalled) {
+  test::writePatch(path_, Routes(20'000, {0, 0, 0.5F, true}));
+  control_->takeOver(patch_->reload().value());
+  EXPECT_THAT(refusal(SaveScene{"Big"}), HasSubstr("Big.json: would be larger than 1 MiB"));
+  EXPECT_EQ(ask(ListScenes{}), Answer(SceneList{}));
+}
+
 TEST_F(ControlTest, SavesThePatchWithWhatIsNotOurs) {
   test::writeText(
       path_, "[ {\"x\": [1, 2],\n\"inputChannel\":0,\"outputChannel\":1,\"gain\":0.50,\"active\":true} ]\n");
@@ -292,6 +350,20 @@ TEST_F(ControlTest, SavesThePatchWithWhatIsNotOurs) {
   EXPECT_FALSE(patch_->loadIfChanged()) << "what was saved is no change of the file";
 }
 
+TEST_F(ControlTest, SavedMeansThatTheFileHasTheseRoutes) {
+  ask(SetRoute{kFirst, 0.1F});
+  EXPECT_FALSE(control_->status().isSaved);
+  ask(Undo{});
+  EXPECT_TRUE(control_->status().isSaved) << "the file has them again";
+  {
+    const Control::Bundle bundle(*control_);
+    ask(SetRoute{kFirst, 0.2F});
+    ask(Save{});
+    ask(SetRoute{kFirst, 0.3F});
+  }
+  EXPECT_FALSE(control_->status().isSaved) << "the file has the bundle's first change only";
+}
+
 TEST_F(ControlTest, DoesNotSaveOverAFileThatHasChanged) {
   ask(SetMute{kFirst, true});
   test::writeText(path_, "[]");
@@ -303,6 +375,22 @@ TEST_F(ControlTest, DoesNotSaveOverAFileThatHasChanged) {
   EXPECT_FALSE(control_->routes()[0].active) << "the edits before the file's are not lost";
   ask(Save{});
   EXPECT_THAT(test::readBytes(path_), HasSubstr("\"active\":false"));
+}
+
+TEST_F(ControlTest, SavesThatFollowEachOtherAreAllDone) {
+  std::vector<Answer> answers;
+  for (const float gain : {0.1F, 0.2F, 0.3F}) {
+    control_->execute(SetRoute{kFirst, gain}, {}, [](const Answer&) {});
+    control_->execute(Save{}, {}, [&](const Answer& answer) { answers.push_back(answer); });
+  }
+  EXPECT_TRUE(test::eventually([&] {
+    control_->tick({});
+    return answers.size() == 3;
+  }));
+  EXPECT_THAT(answers, testing::Each(Answer(Done{3})));
+  EXPECT_THAT(test::readBytes(path_), HasSubstr("\"gain\":0.3,"));
+  EXPECT_TRUE(control_->status().isSaved);
+  EXPECT_FALSE(patch_->loadIfChanged());
 }
 
 TEST_F(ControlTest, SaysWhyItCannotSave) {
@@ -352,6 +440,13 @@ TEST_F(ControlTest, TellsTheStatusEverySecondAndWhenTheDeviceChanges) {
   EXPECT_EQ(statuses_.back().device.name, "Box");
   EXPECT_EQ(statuses_.back().routes, 2U);
   EXPECT_EQ(statuses_.back().heard, 1U);
+}
+
+TEST_F(ControlTest, WithoutAMeterNoTurnIsDueForMeters) {
+  wantsMeters_ = true;
+  const Control::Time begin{};
+  control_->tick(begin);
+  EXPECT_EQ(control_->due(begin), begin + std::chrono::seconds(1)) << "which is for the status";
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 // What a listener hears: a command's gain is in the next cycle, whole, and a ramp goes step by step. The
 // device's tap sends the commands itself, between two cycles, so the machine's pace does not matter.
-#include <atomic>
 #include <csignal>
 #include <functional>
 #include <random>
@@ -15,7 +14,7 @@
 #include "ctl/process/early_end.h"
 #include "ctl/run/command.h"
 #include "ctl/support/files.h"
-#include "hal/virtual/virtual_device.h"
+#include "ctl/support/ones.h"
 
 namespace tolvane::ctl {
 namespace {
@@ -26,32 +25,16 @@ using testing::ElementsAreArray;
 
 constexpr int kTimeoutMs = 30'000;
 
-/// Every sample of every input is 1, so an output's sample is the sum of its gains.
-struct Ones : hal::VirtualInput {
-  void fill(std::uint64_t /*firstFrame*/, std::uint32_t /*frames*/,
-            AudioBufferList& input) noexcept override {
-    for (UInt32 b = 0; b < input.mNumberBuffers; ++b) {
-      auto* samples = static_cast<float*>(input.mBuffers[b].mData);
-      std::fill_n(samples, input.mBuffers[b].mDataByteSize / sizeof(float), 1.0F);
-    }
-  }
-};
-
-/// Notes each cycle's sample of the first two outputs, and calls `after` behind each cycle.
-struct Tap : hal::VirtualTap {
-  void observe(std::uint64_t /*firstFrame*/, std::uint32_t frames,
-               const AudioBufferList& output) noexcept override {
-    if (isDone) return;  // the end of the run is silence
-    for (int c : {0, 1}) {
-      const auto* samples = static_cast<const float*>(output.mBuffers[c].mData);
-      for (std::uint32_t f = 1; f < frames; ++f) areWhole = areWhole && samples[f] == samples[0];
-      heard[c].push_back(samples[0]);
-    }
+/// Notes each cycle's gains, and calls `after` behind each cycle.
+struct Tap : test::GainTap {
+  void hear(float first, float second, bool isWhole) override {
+    areWhole = areWhole && isWhole;
+    heard[0].push_back(first);
+    heard[1].push_back(second);
     after(heard[0].size());
   }
   std::vector<float> heard[2];
-  std::atomic<bool> isDone = false;
-  bool areWhole = true;  // every cycle's samples are equal
+  bool areWhole = true;
   std::function<void(std::size_t)> after;
 };
 
@@ -114,7 +97,7 @@ class Heard : public testing::Test {
   std::string address_;
   RunOptions options_;
   test::UdpSocket client_;
-  Ones ones_;
+  test::Ones ones_;
   Tap tap_;
 };
 

@@ -68,6 +68,20 @@ TEST(Json, IdsAndGesturesAreKept) {
             R"({"answer":"undo","id":7,"ok":true,"serial":3})");
 }
 
+TEST(Json, ALevelThatIsTooHighIsNotWrittenAsSilence) {
+  for (const double level : {1e39, std::numeric_limits<double>::infinity()}) {
+    const Command command = only(encodeRequest({SetGain{{0, 1}, level}, {}, 0})).command;
+    EXPECT_GT(std::get<SetGain>(command).decibels, 770.0) << level;
+  }
+}
+
+TEST(Json, AFilesLargestChannelIsShownAsItIs) {
+  constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
+  EXPECT_EQ(encodeEvent(RoutesChanged{1, Cause::file, {}, {{kLast, -kLast - 1}}}),
+            R"({"event":"changed","serial":1,"cause":"file","routes":[],)"
+            R"("removed":[{"input":9223372036854775808,"output":-9223372036854775807}]})");
+}
+
 TEST(Json, NumbersMayBeWrittenInAnyForm) {
   EXPECT_EQ(only(R"({"gain":1,"output":2.0,"input":1e0,"command":"route"})").command,
             Command(SetRoute{{0, 1}, 1.0F}));

@@ -78,6 +78,19 @@ TEST_F(LevelBankTest, WithoutACycleThereIsNoAnswer) {
   EXPECT_TRUE(bank_.take());
 }
 
+TEST_F(LevelBankTest, AnAnswerThatIsTakenLateIsNotLost) {
+  output()[3] = 1.0F;
+  cycle();
+  output()[3] = 0.0F;
+  bank_.ask();
+  cycle();  // answers
+  bank_.ask();
+  cycle();
+  const auto meters = bank_.take();
+  ASSERT_TRUE(meters);
+  EXPECT_EQ(meters->outputs[0].peak, 1.0F);
+}
+
 TEST_F(LevelBankTest, WhatIsNoFiniteNumberIsTheLargestOneAndClips) {
   input(1)[0] = std::numeric_limits<float>::quiet_NaN();
   output()[0] = -std::numeric_limits<float>::infinity();
@@ -101,17 +114,48 @@ TEST_F(LevelBankTest, ChannelsWithoutDataAndMissingListsAreSilent) {
 TEST_F(LevelBankTest, TheLoadIsTheCallbacksShareOfTheCycle) {
   cycle(nanoseconds(250'000));
   cycle(nanoseconds(500'000));
-  LoadReading load = bank_.takeLoad();
+  LoadReading load = bank_.load();
   EXPECT_DOUBLE_EQ(load.mean, 0.375);
   EXPECT_DOUBLE_EQ(load.peak, 0.5);
   EXPECT_EQ(load.overloads, 0U);
   cycle(milliseconds(3));
-  load = bank_.takeLoad();
-  EXPECT_DOUBLE_EQ(load.mean, 3.0);
+  load = bank_.load();
+  EXPECT_DOUBLE_EQ(load.mean, 1.25);
+  EXPECT_DOUBLE_EQ(load.peak, 3.0);
   EXPECT_EQ(load.overloads, 1U);
-  load = bank_.takeLoad();
-  EXPECT_EQ(load.mean, 0.0);
-  EXPECT_EQ(load.overloads, 1U);
+}
+
+TEST_F(LevelBankTest, TheLoadIsKnownIfTheFirstOutputHasNoData) {
+  output_.buffer(0).mData = nullptr;
+  output_.buffer(0).mDataByteSize = 0;
+  cycle(nanoseconds(250'000));
+  bank_.observe(input_.get(), nullptr, nanoseconds(250'000));
+  const LoadReading load = bank_.load();
+  EXPECT_DOUBLE_EQ(load.mean, 0.25);
+  EXPECT_DOUBLE_EQ(load.peak, 0.25);
+  EXPECT_EQ(load.overloads, 0U);
+}
+
+TEST_F(LevelBankTest, WhoeverAsksForTheLoadTakesItFromNobodyElse) {
+  const auto second = [this](nanoseconds time) {
+    for (int c = 0; c < 1000; ++c) cycle(time);
+  };
+  cycle(milliseconds(2));
+  second(nanoseconds(250'000));
+  EXPECT_NEAR(bank_.load().mean, 0.25, 0.01);
+  for (int asker = 0; asker < 3; ++asker) {
+    const LoadReading load = bank_.load();
+    EXPECT_NEAR(load.mean, 0.25, 0.01) << "also right after somebody else";
+    EXPECT_EQ(load.peak, 2.0);
+  }
+  cycle(milliseconds(4));
+  EXPECT_EQ(bank_.load().peak, 4.0) << "at once";
+  second(nanoseconds(500'000));
+  EXPECT_NEAR(bank_.load().mean, 0.5, 0.01);
+  EXPECT_EQ(bank_.load().peak, 4.0);
+  second(nanoseconds(500'000));
+  EXPECT_EQ(bank_.load().peak, 0.5) << "a peak passes";
+  EXPECT_EQ(bank_.load().overloads, 2U) << "but is counted for good";
 }
 
 // A reading is whole, whatever the two threads do: the IO thread never writes where the other one reads.
@@ -156,6 +200,86 @@ TEST_F(LevelBankTest, AreReadTwentyTimesASecondAndClipsAreHeld) {
   EXPECT_TRUE(told.back().outputs[0].isClipped);
   teller.resetClips();
   EXPECT_FALSE(run(200).back().outputs[0].isClipped);
+}
+
+TEST_F(LevelBankTest, NoClipIsLostIfTheProgramStandsStill) {
+  MeterTeller teller(&bank_);
+  MeterTeller::Time now{};
+  for (int t = 0; t < 200; ++t, now += milliseconds(1)) {
+    static_cast<void>(teller.read(now, true));
+    cycle();
+  }
+  now += milliseconds(100);
+  static_cast<void>(teller.read(now, true));  // asks
+  output()[0] = 1.0F;
+  cycle();  // answers what was before, then hears the clip
+  output()[0] = 0.0F;
+  static_cast<void>(teller.read(now, true));
+  now += milliseconds(50);
+  static_cast<void>(teller.read(now, true));  // asks
+  cycle();                                    // answers
+  now += milliseconds(300);                   // stands still
+  std::vector<Meters> told;
+  for (int t = 0; t < 200; ++t, now += milliseconds(1)) {
+    if (auto meters = teller.read(now, true)) told.push_back(*meters);
+    cycle();
+  }
+  ASSERT_FALSE(told.empty());
+  EXPECT_EQ(told.front().outputs[0].peak, 1.0F);
+  EXPECT_TRUE(told.back().outputs[0].isClipped);
+}
+
+TEST_F(LevelBankTest, LevelsOfATimeInWhichNobodyListenedAreNotTold) {
+  MeterTeller teller(&bank_);
+  MeterTeller::Time now{};
+  const auto run = [&](int ms) {
+    float highest = 0.0F;
+    for (int t = 0; t < ms; ++t, now += milliseconds(1)) {
+      if (const auto meters = teller.read(now, true)) highest = std::max(highest, meters->outputs[0].peak);
+      cycle();
+    }
+    return highest;
+  };
+  run(200);
+  // In whatever state the question is when they stop listening.
+  for (const int ms : {1, 10, 49, 50, 51, 99}) {
+    run(ms);
+    EXPECT_EQ(teller.read(now, false), std::nullopt);
+    output()[0] = 0.9F;
+    cycle();
+    output()[0] = 0.0F;
+    now += std::chrono::hours(1);
+    EXPECT_EQ(run(200), 0.0F) << ms;
+  }
+}
+
+TEST_F(LevelBankTest, AResetAlsoHoldsWhileNobodyListens) {
+  MeterTeller teller(&bank_);
+  MeterTeller::Time now{};
+  const auto isClipped = [&] {
+    bool isLit = false;
+    for (int t = 0; t < 200; ++t, now += milliseconds(1)) {
+      if (const auto meters = teller.read(now, true)) isLit = meters->outputs[0].isClipped;
+      cycle();
+    }
+    return isLit;
+  };
+  const auto clip = [this] {
+    output()[0] = 1.0F;
+    cycle();
+    output()[0] = 0.0F;
+    cycle();
+  };
+  clip();
+  teller.resetClips();
+  cycle();
+  EXPECT_FALSE(isClipped()) << "it was before the reset";
+  static_cast<void>(teller.read(now, false));
+  clip();
+  teller.resetClips();
+  cycle();
+  clip();
+  EXPECT_TRUE(isClipped()) << "it was after the reset";
 }
 
 }  // namespace

@@ -18,7 +18,7 @@
 #include "ctl/process/early_end.h"
 #include "ctl/run/command.h"
 #include "ctl/support/files.h"
-#include "hal/virtual/virtual_device.h"
+#include "ctl/support/ones.h"
 
 namespace tolvane::ctl {
 namespace {
@@ -31,36 +31,17 @@ constexpr int kMessagesPerText =
 constexpr int kMessagesPerSecond = 10'000;
 constexpr int kValues = 1000;
 
-/// Every sample of every input is 1.
-struct LoadInput : hal::VirtualInput {
-  void fill(std::uint64_t /*firstFrame*/, std::uint32_t /*frames*/,
-            AudioBufferList& input) noexcept override {
-    for (UInt32 b = 0; b < input.mNumberBuffers; ++b) {
-      auto* samples = static_cast<float*>(input.mBuffers[b].mData);
-      std::fill_n(samples, input.mBuffers[b].mDataByteSize / sizeof(float), 1.0F);
-    }
-  }
-};
-
 /// Counts the cycles whose two outputs are not the same gain with opposite signs, one of those that are sent.
-struct LoadTap : hal::VirtualTap {
-  void observe(std::uint64_t /*firstFrame*/, std::uint32_t frames,
-               const AudioBufferList& output) noexcept override {
-    if (isDone) return;
-    const auto* plus = static_cast<const float*>(output.mBuffers[0].mData);
-    const auto* minus = static_cast<const float*>(output.mBuffers[1].mData);
-    bool isRight = isSent(plus[0]);
-    for (std::uint32_t f = 0; f < frames; ++f)
-      isRight = isRight && plus[f] == plus[0] && minus[f] == -plus[0];
+struct LoadTap : test::GainTap {
+  void hear(float plus, float minus, bool isWhole) override {
     ++cycles;
-    if (!isRight) ++wrong;
-    if (plus[0] != last) ++changes;
-    last = plus[0];
+    if (!isWhole || minus != -plus || !isSent(plus)) ++wrong;
+    if (plus != last) ++changes;
+    last = plus;
   }
   static bool isSent(float gain) {
     return gain == static_cast<float>(std::round(static_cast<double>(gain) * kValues) / kValues);
   }
-  std::atomic<bool> isDone = false;
   std::atomic<std::uint64_t> cycles = 0;
   std::uint64_t wrong = 0;
   std::uint64_t changes = 0;
@@ -156,7 +137,7 @@ class ControlLoad : public testing::Test {
   const SignalsHeld held_{SIGTERM};  // in all threads, or one that is not the run's could get it
   test::TemporaryFolder folder_;
   RunOptions options_;
-  LoadInput input_;
+  test::Ones input_;
   LoadTap tap_;
   int seconds_ = 0;
   std::uint16_t port_ = static_cast<std::uint16_t>(20'000 + ::getpid() % 10'000);

@@ -107,6 +107,29 @@ TEST_F(SocketHostile, StrangersCannotKeepOutWhoKnowsTheToken) {
               HasSubstr("\"ok\":true"));
 }
 
+TEST_F(SocketHostile, StrangersWhoComeTogetherAreSixteenAtMost) {
+  open(Token(kSecret));
+  std::vector<std::unique_ptr<test::WebSocket>> strangers;
+  for (int i = 0; i < 16; ++i) strangers.push_back(connect());
+  std::vector<std::unique_ptr<test::TcpSocket>> others;
+  for (int i = 0; i < 30; ++i) others.push_back(std::make_unique<test::TcpSocket>(port_));
+  for (const auto& other : others) other->send(test::handshake(here()));
+  int stay = 0;
+  for (const auto& other : others) EXPECT_NE(other->receive(1, 20'000), "") << "each is answered";
+  connect();  // the server has had its turn
+  connect();
+  for (const auto& stranger : strangers) {
+    static_cast<void>(stranger->receive());
+    if (!stranger->socket().hasEnded()) ++stay;
+  }
+  for (const auto& other : others) {
+    while (!other->receive(65536, 0).empty()) {
+    }
+    if (!other->hasEnded()) ++stay;
+  }
+  EXPECT_LE(stay, 16);
+}
+
 TEST_F(SocketHostile, AMessageThatIsTooLargeClosesTheConnection) {
   const auto client = connect();
   client->send('"' + std::string(70'000, 'x') + '"');
@@ -201,6 +224,19 @@ TEST_F(SocketHostile, TooManyLongAnswersAreRefused) {
   EXPECT_THAT(last, HasSubstr("too many of these; 10 a second are taken"));
 }
 
+TEST_F(SocketHostile, ClientsThatHaveClosedTheirHalfAreGone) {
+  std::vector<std::unique_ptr<test::WebSocket>> clients;
+  for (int i = 0; i < 16; ++i) {
+    clients.push_back(connect());
+    clients.back()->socket().endSending();
+  }
+  for (const auto& client : clients) {
+    EXPECT_EQ(next(*client), "");
+    EXPECT_TRUE(client->socket().hasEnded());
+  }
+  expectServed();
+}
+
 using SocketSlow = SocketTest;
 
 TEST_F(SocketSlow, AClientThatNeverReadsIsDroppedAndToldAndNobodyElse) {
@@ -232,6 +268,22 @@ TEST_F(SocketSlow, AClientThatNeverReadsIsDroppedAndToldAndNobodyElse) {
   EXPECT_EQ(last, R"({"event":"dropped","why":"messages came faster than they were read"})");
   EXPECT_EQ(next(slow), "");
   EXPECT_EQ(slow.closeCode(), 1008);
+}
+
+TEST_F(SocketSlow, ASubscriberWhoseEventsCannotBeKeptIsToldSo) {
+  const auto client = connect();
+  ask(*client, R"({"command":"subscribe","id":7,"meters":false})");
+  // The network's thread hears of these events only when the run has its next turn.
+  for (int change = 1; change <= 20'000; ++change)
+    control_->execute(control::SetRoute{{0, 0}, static_cast<float>(change)}, {}, [](const auto&) {});
+  EXPECT_FALSE(door_->wantsChanges());
+  std::string last;
+  // The status has the last number, if it comes.
+  for (std::string text;
+       last.find("\"serial\":20000,") == std::string::npos && !(text = next(*client)).empty();)
+    last = text;
+  EXPECT_EQ(last, R"({"event":"dropped","why":"messages came faster than they were read"})");
+  EXPECT_EQ(client->closeCode(), 1008);
 }
 
 }  // namespace

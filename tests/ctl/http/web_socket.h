@@ -41,6 +41,8 @@ class TcpSocket {
     }
     return true;
   }
+  /// Closes this half of the connection: the server may still send.
+  void endSending() const { ::shutdown(socket_, SHUT_WR); }
   /// Up to so many bytes; empty if the connection has ended or nothing comes in time.
   [[nodiscard]] std::string receive(std::size_t most, int timeoutMs) {
     pollfd source{socket_, POLLIN, 0};

@@ -84,6 +84,23 @@ TEST_F(OscHostile, ALongAddressIsNotSentBack) {
               ElementsAre(Message{"/tolvane/error", {"there is no such address"s}}));
 }
 
+// Or two doors would answer each other for ever, and a door that was told its own port itself.
+TEST_F(OscHostile, AnswersAndEventsAreNeverAnswered) {
+  for (const char* address :
+       {"/tolvane/error", "/tolvane/undo/error", "/tolvane/undo/reply", "/tolvane/dump/reply/route",
+        "/tolvane/event/changed", "/tolvane/event/inputs", "/tolvane/event/changed/error"})
+    EXPECT_THAT(ask({address, {1}}), IsEmpty()) << address;
+}
+
+TEST_F(OscHostile, SubscribingTheDoorToItselfMakesNoLoop) {
+  ask({"/tolvane/subscribe", {"changes"s, static_cast<std::int32_t>(port_)}});
+  ask({"/tolvane/route", {1, 1, 0.1F}});
+  ask({"/tolvane/unsubscribe", {static_cast<std::int32_t>(port_)}});
+  for (int i = 0; i < 100; ++i) turn();
+  pollfd door{door_->descriptor(), POLLIN, 0};
+  EXPECT_EQ(::poll(&door, 1, 0), 0) << "it still talks to itself";
+}
+
 TEST_F(OscHostile, AFloodIsCutAndSaidToBeSo) {
   const std::string undo = encodePackets({{"/tolvane/undo", {}}}).front();
   int answered = 0;
@@ -100,6 +117,16 @@ TEST_F(OscHostile, AFloodIsCutAndSaidToBeSo) {
   EXPECT_EQ(answered, 6000) << "20,000 a second";
   now_ += seconds(1);
   EXPECT_THAT(exchange(undo), testing::SizeIs(1));
+}
+
+TEST_F(OscHostile, ABundleBeyondTheRateIsIgnoredWhole) {
+  const std::string undo = encodePackets({{"/tolvane/undo", {}}}).front();
+  for (int message = 0; message < 3999; ++message) exchange(undo);
+  const std::string bundle =
+      encodePackets({{"/tolvane/route", {1, 1, 0.1F}}, {"/tolvane/route/mute", {1, 1, 1}}}).front();
+  EXPECT_THAT(exchange(bundle),
+              ElementsAre(Message{"/tolvane/error", {"too many messages; some are ignored"s}}));
+  expectNothingChanged();
 }
 
 TEST_F(OscHostile, WhatTakesLongIsTakenTenTimesASecond) {

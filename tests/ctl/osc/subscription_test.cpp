@@ -1,4 +1,6 @@
 // Subscribers hear changes and meters until they stop asking.
+#include <limits>
+
 #include <gmock/gmock.h>
 
 #include "ctl/osc/door_fixture.h"
@@ -75,6 +77,15 @@ TEST_F(OscSubscription, EndsAfterTenSecondsUnlessRepeated) {
   now_ += seconds(1);
   EXPECT_THAT(named(ask({"/tolvane/route", {1, 1, 0.2F}}), "/tolvane/event/changed"), IsEmpty());
   EXPECT_FALSE(door_->wantsChanges());
+}
+
+TEST_F(OscSubscription, ChannelsBeyondAnIntegerAreTheNearestOne) {
+  constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max();
+  ask({"/tolvane/subscribe", {std::string("changes")}});
+  test::writePatch(scenes_ + "/Far.json", {{kLast, -kLast - 1, 1.0F, false}});
+  EXPECT_THAT(named(ask({"/tolvane/scene", {std::string("Far")}}), "/tolvane/event/route"),
+              ElementsAre(Message{"/tolvane/event/route",
+                                  {1, 2147483647, -2147483647 - 1, 1.0F, 0.0F, 0, std::string()}}));
 }
 
 TEST_F(OscSubscription, EndsWhenAsked) {

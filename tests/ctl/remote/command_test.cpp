@@ -93,7 +93,9 @@ TEST_F(Remote, EveryCommandIsDone) {
       status,
       StartsWith("device: Tolvane Virtual Device\nchannels: 18 in, 20 out\nrate: 48000 Hz, 512 frames\n"));
   EXPECT_THAT(status, HasSubstr("\nroutes: 2, heard 2\nundo: 9, redo: 0\n"));
-  EXPECT_THAT(status, HasSubstr("(not saved)\nscene: Bridge\n"));
+  EXPECT_THAT(status, HasSubstr("\npatch: " + patch_ + "\nscene: Bridge\n")) << "which is as it was saved";
+  expectDone({"undo"});
+  EXPECT_THAT(ctl({"status"}).out, HasSubstr(patch_ + " (not saved)\nscene: Bridge\n"));
 }
 
 TEST_F(Remote, ARefusalIsAFailure) {
