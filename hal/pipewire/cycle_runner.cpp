@@ -82,6 +82,9 @@ void* CycleRunner::samplesIn(const pw_buffer& buffer, std::uint32_t frames) noex
 
 void* CycleRunner::takeInput(FilterPort& port, std::uint32_t frames) noexcept {
   pw_buffer* const taken = newestOf(port);
+  port.hasHadBuffer = port.hasHadBuffer || taken != nullptr;
+  const std::uint32_t empty = port.emptyCycles.load(std::memory_order_relaxed);
+  port.emptyCycles.store(taken == nullptr && port.hasHadBuffer ? empty + 1 : 0, std::memory_order_relaxed);
   if (taken == nullptr) return nullptr;
   void* const data = samplesIn(*taken, frames);
   library_.pw_filter_queue_buffer(&port, taken);

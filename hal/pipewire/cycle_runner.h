@@ -17,7 +17,9 @@ struct FilterPort {
   /// The io area through which the library and the graph exchange this port's buffers; null while there is
   /// none.
   std::atomic<spa_io_buffers*> io = nullptr;
-  bool isOutput = false;  // set before there are buffers
+  bool isOutput = false;                       // set before there are buffers
+  std::atomic<std::uint32_t> emptyCycles = 0;  // since the last buffer, of an input that has had one
+  bool hasHadBuffer = false;                   // of the IO thread
 };
 
 class CycleRunner {
@@ -36,6 +38,12 @@ class CycleRunner {
 
   /// The graph's rate, as of the last cycle in which the client was called; 0 before the first. [any-thread]
   [[nodiscard]] std::uint32_t rateHz() const noexcept { return rateHz_.load(std::memory_order_relaxed); }
+
+  /// The number of cycles since the input's port has had a buffer; 0 if it never had one. Use on the loop
+  /// thread.
+  [[nodiscard]] std::uint32_t emptyCycles(std::size_t input) const noexcept {
+    return input < inputPorts_.size() ? inputPorts_[input]->emptyCycles.load(std::memory_order_relaxed) : 0;
+  }
 
   /// One cycle of the server. Wait-free. [io-thread]
   void process(const spa_io_position* position) noexcept;

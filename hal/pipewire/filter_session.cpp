@@ -12,6 +12,9 @@ namespace {
 constexpr std::chrono::milliseconds kAttemptPeriod{50};  // between attempts to make a filter
 constexpr std::chrono::milliseconds kPatience{1500};     // for all present channels to be linked
 
+// A port that has had no buffer for so many cycles gets none.
+constexpr std::uint32_t kMostEmptyCycles = 20;
+
 /// Our own node's ports of one direction by their index.
 using OwnPorts = std::map<std::uint32_t, std::uint32_t>;
 
@@ -162,7 +165,8 @@ std::size_t FilterSession::linkInputs(const Connection& connection,
       links_.drop(i);
     } else {
       links_.want(connection.core(), i, linkEndOf(connection.graph(), theirs[i]->nodeId, theirs[i]->portId),
-                  linkEndOf(connection.graph(), filter_->nodeId(), port->second));
+                  linkEndOf(connection.graph(), filter_->nodeId(), port->second),
+                  runner_.emptyCycles(i) >= kMostEmptyCycles);
     }
   }
   return theirs.size() - static_cast<std::size_t>(std::count(theirs.begin(), theirs.end(), nullptr));

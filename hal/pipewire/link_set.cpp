@@ -17,6 +17,9 @@ constexpr milliseconds kFirstLinkPause{50};
 constexpr milliseconds kLongestLinkPause{800};
 // For a link to carry audio again by itself. A busy machine may take long.
 constexpr milliseconds kStallLimit{300};
+// For audio to come through a link that carries some. Longer than machines stand still.
+constexpr milliseconds kSilenceLimit{1000};
+constexpr int kMostSilentAttempts = 3;
 
 }  // namespace
 
@@ -48,6 +51,11 @@ class LinkSet::Link {
            std::chrono::steady_clock::now() - inactiveSince_ >= std::max(pause, kStallLimit);
   }
 
+  /// True if the link has been active for so long that audio must have come.
+  [[nodiscard]] bool isLongActive() const noexcept {
+    return isActive_ && std::chrono::steady_clock::now() - activeSince_ >= kSilenceLimit;
+  }
+
   enum class Removal { none, noticed, asked, confirmed };
   [[nodiscard]] Removal removal() const noexcept { return removal_; }
   void setRemoval(Removal removal) noexcept { removal_ = removal; }
@@ -74,6 +82,7 @@ class LinkSet::Link {
   void become(bool ready, bool active, bool dead) {
     if (ready == isReady_ && active == isActive_ && dead == isDead_) return;
     if (isActive_ && !active) inactiveSince_ = std::chrono::steady_clock::now();
+    if (!isActive_ && active) activeSince_ = std::chrono::steady_clock::now();
     isReady_ = ready;
     isActive_ = active;
     isDead_ = dead;
@@ -107,6 +116,7 @@ class LinkSet::Link {
   Removal removal_ = Removal::none;
   std::chrono::steady_clock::time_point asked_ = std::chrono::steady_clock::now();
   std::chrono::steady_clock::time_point inactiveSince_ = asked_;
+  std::chrono::steady_clock::time_point activeSince_ = asked_;
 };
 
 const pw_proxy_events LinkSet::Link::kProxyEvents = [] {
@@ -136,13 +146,16 @@ LinkSet::LinkSet(const Library& library, std::size_t places, Task changed)
 
 LinkSet::~LinkSet() = default;
 
-void LinkSet::want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to) {
-  auto& [link, pause, wasActive] = places_[place];
+void LinkSet::want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to, bool isSilent) {
+  auto& [link, pause, wasActive, silentAttempts] = places_[place];
   const bool isSame = link && link->isBetween(from, to);
   if (!isSame) wasActive = false;
   if (isSame && link->isActive()) wasActive = true;
   if (!isSame || link->isActive()) pause = kFirstLinkPause;
-  const bool hasStalled = isSame && wasActive && link->hasStalled(pause);
+  if (!isSame || !isSilent) silentAttempts = 0;
+  const bool isMute = isSame && isSilent && silentAttempts < kMostSilentAttempts && link->isLongActive();
+  if (isMute) ++silentAttempts;
+  const bool hasStalled = isMute || (isSame && wasActive && link->hasStalled(pause));
   if (isSame && !hasStalled && !link->mayBeRetried(pause)) return;
   if (isSame) pause = std::min(2 * pause, kLongestLinkPause);
   link.reset();

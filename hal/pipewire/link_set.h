@@ -28,7 +28,11 @@ class LinkSet {
   /// suspended, servers before 1.0 may leave its links so for ever. A link that the server has removed
   /// without an error is not asked for again: either one of its ports has gone too, or somebody has removed
   /// the link and wants it so.
-  void want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to);
+  ///
+  /// `isSilent`: nothing comes through the link. When a session manager starts and suspends a node, a server
+  /// before 1.0 may leave a link so that counts as active. It is made anew too, but only a few times: its
+  /// other end may have nothing to say.
+  void want(pw_core* core, std::size_t place, const LinkEnd& from, const LinkEnd& to, bool isSilent = false);
 
   /// Removes the place's link, if any.
   void drop(std::size_t place);
@@ -58,6 +62,7 @@ class LinkSet {
     std::unique_ptr<Link> link;
     std::chrono::milliseconds pause{0};  // before the next attempt if the link fails
     bool wasActive = false;              // a link between these ends has carried audio
+    int silentAttempts = 0;              // made anew because it was silent, since it was not
   };
 
   const Library& library_;
