@@ -130,7 +130,7 @@ struct CommandMembers {
   void operator()(const SetGain& command) const {
     add(command.key);
     // JSON has no infinity, and null is silence: a level that is too high stays one.
-    constexpr double kHighest = std::numeric_limits<float>::max();
+    constexpr auto kHighest = static_cast<double>(std::numeric_limits<float>::max());
     json["db"] = decibelsJson(std::min(command.decibels, kHighest));
   }
   void operator()(const SetMute& command) const {
