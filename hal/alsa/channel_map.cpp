@@ -21,7 +21,9 @@ std::string nameOf(const Library& alsa, unsigned position) {
 std::vector<std::string> channelNames(const Library& alsa, int card, int device, Direction direction,
                                       unsigned channels) {
   if (device < 0) return {};
-  const Maps maps(alsa.snd_pcm_query_chmaps_from_hw(card, device, -1, streamOf(direction)), {&alsa});
+  // The maps are those of a substream: there is no "any" here, and every device has a first one.
+  constexpr int kSubstream = 0;
+  const Maps maps(alsa.snd_pcm_query_chmaps_from_hw(card, device, kSubstream, streamOf(direction)), {&alsa});
   for (snd_pcm_chmap_query_t** map = maps.get(); map != nullptr && *map != nullptr; ++map) {
     if ((*map)->map.channels != channels) continue;
     std::vector<std::string> names;
