@@ -133,7 +133,6 @@ class Control {
   FileWriter writer_;
   std::vector<Listener*> listeners_;
   Serial serial_ = 0;  // of the last change that was told
-
   std::string scene_;
   std::vector<RouteEdit> edits_;  // since the last change, as the ones that take them back
   Sender sender_;                 // of these edits

@@ -75,30 +75,37 @@ std::vector<std::uint32_t> withoutSilence(std::vector<std::uint32_t> bits) {
   return bits;
 }
 
-/// The programs start the recorder's links one after the other, during the silence.
-void expectSameFrames(const std::vector<std::uint32_t>& through, const std::vector<std::uint32_t>& wire) {
+/// How many frames of the song came through as on the wire. Every frame must be equal. The programs start the
+/// recorder's links one after the other, during the silence.
+std::size_t expectSameFrames(const std::vector<std::uint32_t>& through,
+                             const std::vector<std::uint32_t>& wire) {
   const auto first = [](const std::vector<std::uint32_t>& bits) {
     return std::find_if(bits.begin(), bits.end(), [](std::uint32_t sample) { return sample != 0; }) -
            bits.begin();
   };
   const auto shift = first(through) - first(wire);
+  std::size_t equal = 0;
   std::size_t unequal = 0;
   for (std::ptrdiff_t f = 0; f < static_cast<std::ptrdiff_t>(wire.size()); ++f) {
     const auto other = f + shift;
-    const bool isThere = other >= 0 && other < static_cast<std::ptrdiff_t>(through.size());
-    if (isThere && through[static_cast<std::size_t>(other)] != wire[static_cast<std::size_t>(f)]) ++unequal;
+    if (other < 0 || other >= static_cast<std::ptrdiff_t>(through.size())) continue;
+    const std::uint32_t sample = wire[static_cast<std::size_t>(f)];
+    if (through[static_cast<std::size_t>(other)] != sample)
+      ++unequal;
+    else if (sample != 0)
+      ++equal;
   }
-  std::printf("%zu frames compared with the wire, %zu unequal, %td frames later\n", wire.size(), unequal,
+  std::printf("%zu frames of the song equal to the wire's, %zu unequal, %td frames later\n", equal, unequal,
               shift);
   if (unequal != 0) std::exit(1);
+  return equal;
 }
 
 /// The samples count upwards, so a player that was late and left some out still plays an ascending part.
-std::size_t expectPartOf(const std::vector<std::uint32_t>& song, const std::vector<std::uint32_t>& heard) {
+void expectPartOf(const std::vector<std::uint32_t>& song, const std::vector<std::uint32_t>& heard) {
   const auto found = withoutSilence(heard);
   const auto wanted = withoutSilence(song);
   if (!std::includes(wanted.begin(), wanted.end(), found.begin(), found.end())) fail("not of the song");
-  return found.size();
 }
 
 void compare(std::size_t seconds, const std::string& recordingPath, const std::string& songPath) {
@@ -107,9 +114,8 @@ void compare(std::size_t seconds, const std::string& recordingPath, const std::s
   const int channels = recording.channels / 2;
   for (int channel = 0; channel < channels; ++channel) {
     const auto wire = recording.bitsOf(channels + channel);
-    const std::size_t heard = expectPartOf(song.bitsOf(channel), wire);
-    expectSameFrames(recording.bitsOf(channel), wire);
-    std::printf("%zu samples of the song's channel %d equal\n", heard, channel + 1);
+    expectPartOf(song.bitsOf(channel), wire);
+    const std::size_t heard = expectSameFrames(recording.bitsOf(channel), wire);
     if (heard < seconds * kRateHz) fail("fewer than " + std::to_string(seconds) + " s of the song");
   }
 }
