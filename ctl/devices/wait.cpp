@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "ctl/devices/property.h"
+#include "ctl/devices/silence.h"
 #include "ctl/terminal/messages.h"
 #include "ctl/terminal/printable.h"
 #include "engine/core_audio_engine.h"
@@ -64,9 +65,13 @@ void sayProblems() {
 DeviceListingResult awaitDevices(double seconds, const std::function<bool(const DeviceListing&)>& isEnough) {
   const std::chrono::duration<double> limit(seconds);
   const Clock::time_point begin = Clock::now();
+  Silence silence(begin);
   for (;;) {
     DeviceListingResult listing = listOrFailure();
-    if (!listing || isEnough(listing.value()) || Clock::now() - begin >= limit) {
+    const Clock::time_point listedAt = Clock::now();
+    if (listing) silence.note(listing.value().silentServers, listedAt);
+    const auto isOver = [&] { return listedAt - begin >= limit && silence.hasLasted(limit); };
+    if (!listing || isEnough(listing.value()) || isOver()) {
       sayProblems();
       return listing;
     }

@@ -23,7 +23,8 @@ struct DeviceListing {
 using DeviceListingResult = Result<DeviceListing, Failure>;
 
 /// Lists the devices repeatedly until `isEnough` accepts a listing or `seconds` have passed, and returns the
-/// last listing. The first call also says what keeps installed sound systems from being used. Failure: the
+/// last listing. A sound server that answered and then falls silent is waited for as long again from its last
+/// answer on. The first call also says what keeps installed sound systems from being used. Failure: the
 /// HAL cannot list its devices. [main-thread]
 [[nodiscard]] DeviceListingResult awaitDevices(double seconds,
                                                const std::function<bool(const DeviceListing&)>& isEnough);

@@ -78,7 +78,7 @@ TEST_F(LateServer, RunTakesTheVirtualDeviceWhereTheServerHasNone) {
   EXPECT_EQ(run.err, runNotes(run, "Tolvane Virtual Device"));
 }
 
-// In seconds. The other drivers answer in this time on any machine, so only the silent server is reported.
+// In seconds. Drivers that are late once are waited for as long again: only the silent server is reported.
 constexpr const char* kEnoughForOthers = "2";
 constexpr const char* kSilence = "tolvanectl: the sound server pipewire does not answer\n";
 

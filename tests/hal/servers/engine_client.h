@@ -13,6 +13,7 @@
 #include "core/routing/io_proc.h"
 #include "engine/core_audio_engine.h"
 #include "hal/hal_client.h"
+#include "support/stall_watch.h"
 
 namespace tolvane::test {
 
@@ -54,13 +55,6 @@ inline bool isAlive(AudioDeviceID device) {
 inline bool runs(std::chrono::milliseconds limit) {
   const std::uint64_t before = engineCycles;
   return eventually(limit, [&] { return engineCycles > before + 1; });
-}
-
-template <class Action>
-std::chrono::milliseconds timeOf(const Action& action) {
-  const auto begin = std::chrono::steady_clock::now();
-  action();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
 }
 
 /// Expects a stop within one second, whatever the server does, and no cycle after it.
