@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <iostream>
 #include <list>
 #include <thread>
@@ -20,7 +21,7 @@ namespace tolvane::test {
 /// it until deadlines and adds up how late it wakes.
 class ProcessorWatch {
  public:
-  explicit ProcessorWatch(int processor) {
+  explicit ProcessorWatch(std::size_t processor) {
     cpu_set_t set;
     CPU_ZERO(&set);
     CPU_SET(processor, &set);
@@ -72,7 +73,7 @@ class StallWatch {
     cpu_set_t allowed;
     CPU_ZERO(&allowed);
     ::sched_getaffinity(0, sizeof allowed, &allowed);
-    for (int processor = 0; processor < CPU_SETSIZE; ++processor) {
+    for (std::size_t processor = 0; processor < CPU_SETSIZE; ++processor) {
       if (CPU_ISSET(processor, &allowed)) processors_.emplace_back(processor);
     }
   }
