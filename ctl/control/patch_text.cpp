@@ -23,6 +23,8 @@ bool isSpace(char c) {
 /// The text of a JSON string; none if the value is no string.
 std::optional<std::string> stringOf(std::string_view json) {
   if (json.empty() || json.front() != '"') return std::nullopt;
+  const bool hasEscapes = json.find('\\') != std::string_view::npos;
+  if (!hasEscapes) return std::string(json.substr(1, json.size() - 2));
   return nlohmann::json::parse(json).get<std::string>();
 }
 
