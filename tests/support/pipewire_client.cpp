@@ -131,6 +131,7 @@ struct PipeWireClient::State {
     std::uint32_t toPort;
   };
   std::map<std::uint32_t, Link> links;
+  unsigned linksSoFar = 0;
   std::vector<std::unique_ptr<OwnLink>> ownLinks;
   std::map<std::string, pw_proxy*> metadata;
   std::uint32_t defaultMetadata = SPA_ID_INVALID;
@@ -148,6 +149,7 @@ struct PipeWireClient::State {
     if (kind == PW_TYPE_INTERFACE_Link) {
       links[id] = {numberOf(properties, PW_KEY_LINK_OUTPUT_PORT),
                    numberOf(properties, PW_KEY_LINK_INPUT_PORT)};
+      ++linksSoFar;
     }
     if (kind == PW_TYPE_INTERFACE_Port) {
       ports[id] = {numberOf(properties, PW_KEY_NODE_ID), textOf(properties, PW_KEY_PORT_DIRECTION) == "in",
@@ -414,6 +416,12 @@ unsigned PipeWireClient::linkCount() {
   const LoopLock lock(state_->loop);
   state_->roundTripLocked();
   return static_cast<unsigned>(state_->links.size());
+}
+
+unsigned PipeWireClient::linksSoFar() {
+  const LoopLock lock(state_->loop);
+  state_->roundTripLocked();
+  return state_->linksSoFar;
 }
 
 void PipeWireClient::removeLinks() {

@@ -66,6 +66,8 @@ class PipeWireClient {
   /// The names of all nodes that have existed since this client connected.
   [[nodiscard]] std::set<std::string> nodeNamesSoFar();
   [[nodiscard]] unsigned linkCount();
+  /// The number of all links that have existed since this client connected.
+  [[nodiscard]] unsigned linksSoFar();
 
   /// The server's identifier for the node with this name.
   [[nodiscard]] std::uint32_t nodeId(const std::string& name);
