@@ -59,10 +59,11 @@ bool Client::take(const std::string& text, Time now) {
 }
 
 void Client::filter(RequestBundle& bundle, Time now) {
+  const std::size_t others = bundle.empty() ? 0 : bundle.size() - 1;  // than the one that has been counted
+  const bool isTooMuch = !messages_.take(now, others);
   for (auto& request : bundle) {
     if (!request) continue;
-    std::string why = refusalOf(request.value(), now);
-    if (why.empty() && &request != &bundle.front() && !messages_.take(now)) why = "too many messages";
+    std::string why = isTooMuch ? "too many messages" : refusalOf(request.value(), now);
     if (!why.empty())
       request = RequestError{std::move(why), nameOf(request.value().command), request.value().id};
   }

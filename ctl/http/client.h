@@ -70,7 +70,7 @@ class Client {
   };
 
   [[nodiscard]] bool take(const std::string& text, Time now);
-  /// Replaces requests that this client may not make by errors.
+  /// Replaces requests that this client may not make by errors; all of them if they exceed its rate.
   void filter(control::RequestBundle& bundle, Time now);
   /// Why the request is refused; empty: it is not.
   [[nodiscard]] std::string refusalOf(const control::Request& request, Time now);

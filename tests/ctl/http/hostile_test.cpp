@@ -130,6 +130,22 @@ TEST_F(SocketHostile, StrangersWhoComeTogetherAreSixteenAtMost) {
   EXPECT_LE(stay, 16);
 }
 
+TEST_F(SocketHostile, ABundleBeyondTheRateIsRefusedWhole) {
+  // A burst of 4,000 is allowed, so a slow machine may take every bundle.
+  constexpr int kBundles = 60;
+  constexpr int kRequests = 256;
+  std::string bundle = "[";
+  for (int request = 0; request < kRequests; ++request) bundle += R"({"command":"undo"},)";
+  bundle.back() = ']';
+  const auto client = connect();
+  for (int each = 0; each < kBundles; ++each) client->send(bundle);
+  for (int each = 0; each < kBundles; ++each) {
+    const std::string first = next(*client);
+    EXPECT_THAT(first, testing::AnyOf(HasSubstr("nothing to undo"), HasSubstr("too many messages")));
+    for (int request = 1; request < kRequests; ++request) ASSERT_EQ(next(*client), first);
+  }
+}
+
 TEST_F(SocketHostile, AMessageThatIsTooLargeClosesTheConnection) {
   const auto client = connect();
   client->send('"' + std::string(70'000, 'x') + '"');
