@@ -25,6 +25,7 @@
 
 #include "ctl/process/early_end.h"
 #include "ctl/run/command.h"
+#include "ctl/support/ones.h"
 #include "hal/virtual/virtual_device.h"
 
 namespace tolvane::ctl {
@@ -43,13 +44,6 @@ void fillChannels(std::uint64_t first, std::uint32_t frames, AudioBufferList& li
     channel += buffer.mNumberChannels;
   }
 }
-
-/// Every sample is 1, so an output's sample is the sum of its gains.
-struct Ones : hal::VirtualInput {
-  void fill(std::uint64_t first, std::uint32_t frames, AudioBufferList& input) noexcept override {
-    fillChannels(first, frames, input, [](std::size_t, std::uint64_t) { return 1.0F; });
-  }
-};
 
 /// Sines of levels that differ, as a band's do.
 struct Band : hal::VirtualInput {
@@ -162,7 +156,7 @@ RunOptions optionsOf(const Words& words) {
 }
 
 int play(const Words& words) {
-  Ones ones;
+  test::Ones ones;
   Band band;
   Gate gate;
   hal::VirtualDeviceConfig config;
