@@ -26,17 +26,21 @@ begun() {
     while program=$(readlink "/proc/$1/exe") && [ "$program" != "$(readlink -f "$TOLVANECTL")" ]; do :; done
 }
 
-# end_by SIGNAL PID: sends the signal and returns the process's exit status, or 90 if the process took 2 s or
-# longer. It must end within 1 s; the other second allows for stalls of the machine.
+# in_time START STATUS: returns the status, or 90 if 2 s have passed since START, in microseconds. A program must end
+# within 1 s; the other second allows for stalls of the machine.
+in_time() {
+    [ $((${EPOCHREALTIME/./} - $1)) -lt 2000000 ] || return 90
+    return "$2"
+}
+
+# end_by SIGNAL PID: sends the signal and returns the process's exit status, in time.
 end_by() {
-    local start status
+    local start
     begun "$2"
     start=${EPOCHREALTIME/./}
     kill "-$1" "$2"
     wait "$2"
-    status=$?
-    [ $((${EPOCHREALTIME/./} - start)) -lt 2000000 ] || return 90
-    return $status
+    in_time "$start" $?
 }
 
 # fail_in_one_line COMMAND...: returns the command's status, or 91 if it fails without exactly one line of
