@@ -25,3 +25,17 @@ build_preset() {
 # run_suite PRESET: runs all tests of the preset, two per processor, as most of them wait for a sound server's
 # cycles.
 run_suite() { ctest --preset "$1" -j "$((2 * $(nproc)))"; }
+
+# set_build_date: the only time in a package is that of its version.
+set_build_date() {
+    SOURCE_DATE_EPOCH=$(date --utc +%s --date "$(sed -n '/^## /{s/.*(\(.*\))/\1/p;q}' CHANGELOG.md)")
+    export SOURCE_DATE_EPOCH
+}
+
+# pack PRESET: makes the Debian package of a built preset in build/packages, and prints its path. Prints all output on an
+# error.
+pack() (
+    cd "build/$1"
+    cpack --config CPackConfig.cmake -G DEB >cpack.log || { cat cpack.log >&2; exit 1; }
+    sed -n 's/.* package: \(.*\) generated\.$/\1/p' cpack.log
+)
