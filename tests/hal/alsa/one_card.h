@@ -2,7 +2,9 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <memory>
+#include <thread>
 
 #include "hal/alsa/alsa_driver.h"
 #include "hal/alsa/library.h"
@@ -31,10 +33,15 @@ class OneCard {
   const std::unique_ptr<hal::Driver> driver_;
 };
 
+/// Takes a millisecond for each cycle. No clock paces the null plug-in, and a real-time thread that never
+/// sleeps would keep all other programs from its processor for most of a second.
 class DeafClient final : public hal::SessionClient {
  public:
-  void cycle(const hal::IoCycle& /*cycle*/) noexcept override { ++cycles; }
-  void overload() noexcept override {}
+  void cycle(const hal::IoCycle& /*cycle*/) noexcept override {
+    ++cycles;
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  void overload() noexcept override { ++overloads; }
   void aliveChanged(bool isAlive) noexcept override { alive = isAlive; }
   void formatChanged(double /*rateHz*/, std::uint32_t /*frames*/) noexcept override {}
 
@@ -42,6 +49,7 @@ class DeafClient final : public hal::SessionClient {
 
   std::atomic<bool> locked{false};
   std::atomic<int> cycles{0};
+  std::atomic<int> overloads{0};
   std::atomic<bool> alive{true};
 };
 

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "hal/alsa/alsa_session.h"
+#include "hal/alsa/one_card.h"
 #include "support/eventually.h"
 
 namespace tolvane::hal::alsa {
@@ -58,24 +59,12 @@ Library suspendingLibrary() {
   return alsa;
 }
 
-class CountingClient final : public SessionClient {
- public:
-  void cycle(const IoCycle& /*cycle*/) noexcept override { ++cycles; }
-  void overload() noexcept override { ++overloads; }
-  void aliveChanged(bool isAlive) noexcept override { alive = isAlive; }
-  void formatChanged(double /*rateHz*/, std::uint32_t /*frames*/) noexcept override {}
-
-  std::atomic<int> cycles{0};
-  std::atomic<int> overloads{0};
-  std::atomic<bool> alive{true};
-};
-
 TEST(SuspendedPcm, IsResumedBeforeItIsDropped) {
   const Library alsa = suspendingLibrary();
   std::unique_ptr<Duplex> duplex;
   ASSERT_EQ(Duplex::open(alsa, {"null", ""}, duplex), 0);
   ASSERT_EQ(duplex->configure({2, 0, {}}), 0);
-  CountingClient client;
+  test::DeafClient client;
   {
     const AlsaSession session(std::move(duplex), nullptr, client, [] {});
     ASSERT_TRUE(test::eventually([&] { return client.cycles > 0; }));
