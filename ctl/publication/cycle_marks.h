@@ -31,6 +31,9 @@ class CycleMarks {
   /// before the mark. [main-thread]
   [[nodiscard]] bool hasBegunSince(Mark mark) const noexcept { return count() >= nextBegin(mark); }
 
+  /// True once a cycle that began after the mark has ended. [main-thread]
+  [[nodiscard]] bool hasEndedSince(Mark mark) const noexcept { return count() > nextBegin(mark); }
+
   /// True once no cycle is running that ran at the mark already. What only such a cycle could read may be
   /// overwritten then. [main-thread]
   [[nodiscard]] bool isQuietSince(Mark mark) const noexcept { return count() + 1 >= nextBegin(mark); }

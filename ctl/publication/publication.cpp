@@ -23,9 +23,17 @@ std::optional<Publication::Time> Publication::due(Time now) const {
   return now + kAskAgain;
 }
 
+bool Publication::wasPlayed(Time now) const noexcept {
+  return !last_ || cycles_.hasEndedSince(last_->mark) || isWithoutCycles(now);
+}
+
 bool Publication::isFree(Time now) const noexcept {
-  if (!last_ || cycles_.hasBegunSince(last_->mark)) return true;
-  return now - last_->at >= kLongestWait && cycles_.isQuietSince(last_->mark);
+  return !last_ || cycles_.hasBegunSince(last_->mark) || isWithoutCycles(now);
+}
+
+bool Publication::isWithoutCycles(Time now) const noexcept {
+  return now - last_->at >= kLongestWait && !cycles_.hasBegunSince(last_->mark) &&
+         cycles_.isQuietSince(last_->mark);
 }
 
 }  // namespace tolvane::ctl

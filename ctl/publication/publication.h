@@ -51,6 +51,11 @@ class Publication {
   /// When to call poll(); none if nothing waits.
   [[nodiscard]] std::optional<Time> due(Time now) const;
 
+  /// True if a whole cycle has had the last list, and none is left out if another one follows. A cycle that
+  /// has only begun may not have read its list yet, and would take the newer one. True as well if no cycle
+  /// begins for kLongestWait.
+  [[nodiscard]] bool wasPlayed(Time now) const noexcept;
+
   /// How many lists were published.
   [[nodiscard]] std::uint64_t count() const noexcept { return count_; }
 
@@ -61,6 +66,7 @@ class Publication {
   };
 
   [[nodiscard]] bool isFree(Time now) const noexcept;
+  [[nodiscard]] bool isWithoutCycles(Time now) const noexcept;
 
   CycleMarks& cycles_;
   Write write_;

@@ -13,8 +13,8 @@ void RampedPublication::edit(const Routes& routes, Time now) {
 
 void RampedPublication::poll(Time now) {
   publication_.poll(now);
-  // A step that waits is never replaced by the next one, so no step is left out.
-  if (publication_.due(now)) return;
+  // A step is never replaced before it was heard, so none is left out.
+  if (publication_.due(now) || !publication_.wasPlayed(now)) return;
   if (auto step = ramp_.next()) publication_.edit(std::move(*step), now);
 }
 

@@ -137,6 +137,41 @@ TEST(RampedPublication, PublishesOneStepACycleAndLeavesNoneOut) {
   EXPECT_EQ(ramped.due({}), std::nullopt);
 }
 
+TEST(RampedPublication, LeavesNoStepOutOfACycleThatReadsItsListLate) {
+  CycleMarks cycles;
+  float published = 0.0F;
+  Publication publication(cycles,
+                          [&](std::span<const PatchConnection> routes) { published = routes.front().gain; });
+  RampedPublication ramped(publication, {{0, 0, 0.0F, true}}, [] { return 4U; });
+  ramped.edit({{0, 0, 1.0F, true}}, {});
+  std::vector<float> heard;
+  for (int cycle = 0; cycle < 5; ++cycle) {
+    {
+      const CycleScope scope(cycles);
+      ramped.poll({});
+      heard.push_back(published);
+      ramped.poll({});
+    }
+    ramped.poll({});
+  }
+  EXPECT_THAT(heard, ElementsAre(0.25F, 0.5F, 0.75F, 1.0F, 1.0F));
+}
+
+TEST(RampedPublication, GoesOnWithoutCyclesButNotIntoOneThatHangs) {
+  CycleMarks cycles;
+  std::vector<float> published;
+  Publication publication(
+      cycles, [&](std::span<const PatchConnection> routes) { published.push_back(routes.front().gain); });
+  RampedPublication ramped(publication, {{0, 0, 0.0F, true}}, [] { return 4U; });
+  Publication::Time now;
+  ramped.edit({{0, 0, 1.0F, true}}, now);
+  ramped.poll(now += Publication::kLongestWait);
+  EXPECT_THAT(published, ElementsAre(0.25F, 0.5F));
+  const CycleScope scope(cycles);
+  ramped.poll(now += Publication::kLongestWait);
+  EXPECT_THAT(published, ElementsAre(0.25F, 0.5F)) << "the cycle may not have read its list yet";
+}
+
 TEST(RampedPublication, WithoutARampPublishesEachEditAsItIs) {
   CycleMarks cycles;
   std::vector<Routes> published;
