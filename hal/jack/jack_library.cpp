@@ -38,7 +38,6 @@ void resolvePorts(SharedLibrary& from, JackLibrary& to) noexcept {
   from.resolve("jack_port_get_aliases", to.portGetAliases);
   from.resolve("jack_port_set_alias", to.portSetAlias);
   from.resolve("jack_connect", to.connect);
-  from.resolve("jack_port_connected_to", to.portConnectedTo);
 }
 
 void resolveCallbacks(SharedLibrary& from, JackLibrary& to) noexcept {

@@ -33,7 +33,6 @@ struct JackLibrary {
   decltype(&jack_port_get_aliases) portGetAliases = nullptr;
   decltype(&jack_port_set_alias) portSetAlias = nullptr;
   decltype(&jack_connect) connect = nullptr;
-  decltype(&jack_port_connected_to) portConnectedTo = nullptr;
 
   decltype(&jack_set_process_callback) setProcessCallback = nullptr;
   decltype(&jack_set_buffer_size_callback) setBufferSizeCallback = nullptr;

@@ -35,7 +35,10 @@ OSStatus JackStream::enter() {
   const OSStatus found = findDevice();
   if (found != noErr) return found;
   setCallbacks();
-  if (!registerPorts() || library_.activate(jack_) != 0) return failure();
+  if (!registerPorts()) return failure();
+  setLinks();
+  portsKnown_.store(true, std::memory_order_release);
+  if (library_.activate(jack_) != 0) return failure();
   return connectPorts();
 }
 
@@ -61,13 +64,16 @@ void JackStream::awaitEnd() {
   for (;;) {
     const std::uint32_t seen = wakes_.load();
     if (ending_.load()) return;
-    if (isDisconnected_.exchange(false)) reportRemovedLinks();
+    if (linksChanged_.exchange(false)) reportRemovedLinks();
     wakes_.wait(seen);
   }
 }
 
-void JackStream::noteDisconnection() noexcept {
-  isDisconnected_ = true;
+void JackStream::noteConnection(jack_port_id_t source, jack_port_id_t target, bool isMade) noexcept {
+  if (!portsKnown_.load(std::memory_order_acquire)) return;
+  const PortLinks::Link changed{library_.portById(jack_, source), library_.portById(jack_, target)};
+  if (!inputLinks_.noteChange(changed, isMade) && !outputLinks_.noteChange(changed, isMade)) return;
+  linksChanged_ = true;
   wake();
 }
 
@@ -82,22 +88,18 @@ bool JackStream::isAnswered() const noexcept {
 void JackStream::reportRemovedLinks() {
   if (!isAnswered() || lost_.load()) return;
   RemovedLinks removed;
-  const auto collect = [&](const std::vector<std::string>& theirs, const PortBuffers& ours,
+  const auto collect = [&](const std::vector<std::string>& theirs, const PortLinks& links,
                            std::vector<UInt32>& channels) {
     for (std::size_t channel = 0; channel < theirs.size(); ++channel) {
-      if (isRemoved(theirs[channel], ours.ports()[channel])) channels.push_back(static_cast<UInt32>(channel));
+      const bool hasPort = library_.portByName(jack_, theirs[channel].c_str()) != nullptr;
+      if (hasPort && links.isRemoved(channel)) channels.push_back(static_cast<UInt32>(channel));
     }
   };
-  collect(device_.capturePorts, inputs_, removed.inputs);
-  collect(device_.playbackPorts, outputs_, removed.outputs);
+  collect(device_.capturePorts, inputLinks_, removed.inputs);
+  collect(device_.playbackPorts, outputLinks_, removed.outputs);
   if (removed == reportedRemoved_) return;
   reportedRemoved_ = removed;
   if (const CallGate::Pass pass(gate_); pass) client_.linksRemoved(removed);
-}
-
-bool JackStream::isRemoved(const std::string& devicePort, const jack_port_t* ours) const {
-  return library_.portByName(jack_, devicePort.c_str()) != nullptr &&
-         library_.portConnectedTo(ours, devicePort.c_str()) == 0;
 }
 
 void JackStream::leave() noexcept {
@@ -128,7 +130,6 @@ OSStatus JackStream::findDevice() {
       devicePorts_.emplace_back(name, library_.portByName(jack_, name.c_str()));
     }
   }
-  deviceKnown_.store(true, std::memory_order_release);
   return noErr;
 }
 
@@ -150,6 +151,18 @@ bool JackStream::registerPorts(PortBuffers& buffers, const char* prefix,
   }
   buffers.setPorts(std::move(ports));
   return true;
+}
+
+void JackStream::setLinks() {
+  const std::vector<jack_port_t*>& inputs = inputs_.ports();
+  const std::vector<jack_port_t*>& outputs = outputs_.ports();
+  std::vector<PortLinks::Link> links;
+  for (std::size_t n = 0; n < inputs.size(); ++n) links.push_back({devicePorts_[n].second, inputs[n]});
+  inputLinks_.setLinks(std::exchange(links, {}));
+  for (std::size_t n = 0; n < outputs.size(); ++n) {
+    links.push_back({outputs[n], devicePorts_[inputs.size() + n].second});
+  }
+  outputLinks_.setLinks(std::move(links));
 }
 
 OSStatus JackStream::connectPorts() {
@@ -194,9 +207,10 @@ void JackStream::setCallbacks() noexcept {
     if (registered == 0) streamOf(self).portRemoved(port);
   });
   library_.setPortRegistrationCallback(jack_, kOnPort, this);
-  constexpr auto kOnConnection = uncancelled([](jack_port_id_t, jack_port_id_t, int connected, void* self) {
-    if (connected == 0) streamOf(self).noteDisconnection();
-  });
+  constexpr auto kOnConnection =
+      uncancelled([](jack_port_id_t source, jack_port_id_t target, int isMade, void* self) {
+        streamOf(self).noteConnection(source, target, isMade != 0);
+      });
   library_.setPortConnectCallback(jack_, kOnConnection, this);
   // Some servers call only the first of these two, others only the second.
   constexpr auto kOnShutdown = uncancelled([](void* self) { streamOf(self).loseServer(); });
@@ -266,7 +280,7 @@ void JackStream::loseServer() noexcept {
 }
 
 void JackStream::portRemoved(jack_port_id_t port) noexcept {
-  if (!deviceKnown_.load(std::memory_order_acquire)) return;
+  if (!portsKnown_.load(std::memory_order_acquire)) return;
   const jack_port_t* removed = library_.portById(jack_, port);
   const bool ours = std::any_of(devicePorts_.begin(), devicePorts_.end(), [&](const auto& known) {
     // One of the two libraries still knows a port that has gone, the other does not.

@@ -12,6 +12,7 @@
 #include "hal/jack/jack_devices.h"
 #include "hal/jack/jack_loss.h"
 #include "hal/jack/port_buffers.h"
+#include "hal/jack/port_links.h"
 
 namespace tolvane::hal {
 
@@ -52,6 +53,7 @@ class JackStream {
   [[nodiscard]] bool registerPorts();
   [[nodiscard]] bool registerPorts(PortBuffers& buffers, const char* prefix,
                                    const std::vector<std::string>& served, unsigned long flags);
+  void setLinks();
   [[nodiscard]] OSStatus connectPorts();
   [[nodiscard]] OSStatus connectPorts(const std::string& devicePort, const char* source, const char* target);
   [[nodiscard]] OSStatus failure() const noexcept;
@@ -60,30 +62,31 @@ class JackStream {
   void reportFormat() noexcept;
   void reportOverload() noexcept;
   void reportRemovedLinks();
-  [[nodiscard]] bool isRemoved(const std::string& devicePort, const jack_port_t* ours) const;
   [[nodiscard]] bool isAnswered() const noexcept;
   void wake() noexcept;
   void lose() noexcept;
   void loseServer() noexcept;
   void portRemoved(jack_port_id_t port) noexcept;
-  void noteDisconnection() noexcept;
+  void noteConnection(jack_port_id_t source, jack_port_id_t target, bool isMade) noexcept;
 
   const JackLibrary& library_;
   const DeviceInfo info_;
   SessionClient& client_;
   CallGate gate_;
 
-  JackDevice device_;  // these two are fixed once deviceKnown_ is set
+  JackDevice device_;  // this and all ports are fixed once portsKnown_ is set
   std::vector<std::pair<std::string, const jack_port_t*>> devicePorts_;
   PortBuffers inputs_;
   PortBuffers outputs_;
+  PortLinks inputLinks_;
+  PortLinks outputLinks_;
   CycleClock clock_;
 
   std::atomic<bool> lost_{false};  // the server or the device, for good
   std::atomic<bool> ending_{false};
-  std::atomic<std::uint32_t> wakes_{0};      // calls of wake()
-  std::atomic<bool> isDisconnected_{false};  // some ports of the graph, perhaps ours
-  RemovedLinks reportedRemoved_;             // used by awaitEnd() only
+  std::atomic<std::uint32_t> wakes_{0};    // calls of wake()
+  std::atomic<bool> linksChanged_{false};  // since awaitEnd() looked
+  RemovedLinks reportedRemoved_;           // used by awaitEnd() only
   JackLoss loss_;
   std::atomic<jack_nframes_t> sampleRateHz_{0};
   std::atomic<jack_nframes_t> bufferFrames_{0};
@@ -91,7 +94,7 @@ class JackStream {
   std::atomic<jack_nframes_t> reportedBufferFrames_;
 
   jack_client_t* jack_ = nullptr;  // closed by leave(), never cleared: callbacks use it until it is closed
-  std::atomic<bool> deviceKnown_{false};
+  std::atomic<bool> portsKnown_{false};
 };
 
 }  // namespace tolvane::hal

@@ -1,4 +1,7 @@
 // Somebody disconnects our ports from the device's while both stay, as with a patch bay.
+#include <atomic>
+#include <thread>
+
 #include "hal/jack/jack_fixture.h"
 
 namespace tolvane::test {
@@ -45,6 +48,31 @@ TEST_F(JackRemovedLink, ComesBackWithTheNextStart) {
   session_ = start("card", client_);
   EXPECT_EQ(card_->connectionsOf("card:capture_2"), std::vector<std::string>{"Tolvane:in_2"});
   EXPECT_EQ(client_.removals, 1);
+}
+
+// The server tells of the removal at once, but its list of connections changes only after a finished cycle.
+TEST_F(JackRemovedLink, IsReportedWhileACycleStandsStill) {
+  std::atomic<bool> isStill{false};
+  std::atomic<bool> stopsAsked{false};
+  JackTestClient slow("slow", 1, 0, 0);
+  slow.setSignal([&](std::size_t, std::uint64_t) {
+    if (!stopsAsked.exchange(false)) return 0.0F;
+    isStill = true;
+    std::this_thread::sleep_for(300ms);
+    return 0.0F;
+  });
+  slow.activate();
+  stopsAsked = true;
+  ASSERT_TRUE(eventually([&] { return isStill.load(); }));
+  card_->disconnect("card:capture_2", "Tolvane:in_2");
+  EXPECT_TRUE(isReported({{1}, {}}));
+}
+
+TEST_F(JackRemovedLink, IsNotRemovedOnceSomebodyHasMadeItAgain) {
+  card_->disconnect("card:capture_2", "Tolvane:in_2");
+  ASSERT_TRUE(isReported({{1}, {}}));
+  card_->connect("card:capture_2", "Tolvane:in_2");
+  EXPECT_TRUE(isReported({{}, {}}));
 }
 
 TEST_F(JackRemovedLink, IsNotReportedWhereThePortHasGone) {
