@@ -109,7 +109,7 @@ export class Painter {
     const [firstColumn, lastColumn] = g.visibleColumns();
     const width = g.columns * g.cell - g.x;
     const height = g.rows * g.cell - g.y;
-    const next = (first) => first - first % 8 + 8;
+    const next = (first) => 8 * Math.ceil(first / 8);
     for (let n = next(firstRow); n <= lastRow; n += 8) this.canvas.fill(kColors.eighth, g.left, g.rowY(n + 1) - 0.5, width, 1);
     for (let n = next(firstColumn); n <= lastColumn; n += 8) this.canvas.fill(kColors.eighth, g.columnX(n + 1) - 0.5, g.top, 1, height);
   }
