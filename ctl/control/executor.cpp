@@ -69,6 +69,7 @@ void Control::Executor::operator()(const RecallScene& command) const {
   auto scene = control.scenes_->read(command.scene);
   if (!scene) return refuse(scene.error().text);
   control.scene_ = scene.value().name;
+  ++control.recalls_;
   control.isStatusStale_ = true;
   if (scene.value().routes != control.list_.routes()) {
     control.cause_ = Cause::scene;
@@ -82,16 +83,21 @@ void Control::Executor::operator()(const SaveScene& command) const {
   if (const auto problem = SceneFolder::problemOf(command.name)) return refuse(*problem);
   auto text = control.scenes_->textOf(command.name, control.list_.routes());
   if (!text) return refuse(text.error().text);
-  write({.path = control.scenes_->fileOf(command.name),
-         .text = std::move(text).value(),
-         .expected = std::nullopt,
-         .done = [&control = control, reply = reply, name = command.name](const auto& failure) {
-           if (failure) return reply(Refusal{failure->text});
-           control.scene_ = name;
-           control.isStatusStale_ = true;
-           reply(Done{control.serial()});
-           control.tellScenes();
-         }});
+  const bool isStarted =
+      write({.path = control.scenes_->fileOf(command.name),
+             .text = text.value(),
+             .expected = std::nullopt,
+             .done = [&control = control, reply = reply, name = command.name,
+                      recalls = control.recalls_](const auto& failure) {
+               control.scenes_->noteSaveEnd();
+               if (failure) return reply(Refusal{failure->text});
+               // Another scene may have been recalled meanwhile.
+               if (recalls == control.recalls_) control.scene_ = name;
+               control.isStatusStale_ = true;
+               reply(Done{control.serial()});
+               control.tellScenes();
+             }});
+  if (isStarted) control.scenes_->noteSaving(command.name, std::move(text).value());
 }
 
 void Control::Executor::operator()(const ListScenes& /*command*/) const {

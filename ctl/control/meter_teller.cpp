@@ -43,16 +43,22 @@ std::optional<Meters> MeterTeller::take() {
   auto meters = meter_->take();
   if (!meters) return std::nullopt;
   isAsked_ = false;
-  if (!std::exchange(isBeforeReset_, false)) clips_.hold(*meters);
+  if (!std::exchange(isBeforeReset_, false)) {
+    clips_.hold(*meters);
+  } else {
+    for (auto* levels : {&meters->inputs, &meters->outputs})
+      for (Level& level : *levels) level.isClipped = false;
+  }
   return meters;
 }
 
 void MeterTeller::resetClips() {
   clips_.reset();
-  if (meter_ == nullptr || isWanted_) return;
-  // Nobody has read for long: what has been measured until now is read and dropped.
+  if (meter_ == nullptr) return;
+  // What has been measured until now may hold the clips that the reset is meant for.
   static_cast<void>(meter_->take());
   meter_->ask();
+  isAsked_ = true;
   isBeforeReset_ = true;
 }
 

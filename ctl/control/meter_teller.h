@@ -22,8 +22,7 @@ class MeterTeller {
   /// When to call read() next, while levels are wanted. Without a meter there is no such time.
   [[nodiscard]] Time due(Time now) const;
 
-  /// Forgets the clips that are held. While levels are wanted, a clip of the last interval may come once
-  /// more.
+  /// Forgets the clips, those not read yet too. While levels are wanted, one reading may be left out.
   void resetClips();
 
  private:
@@ -37,7 +36,7 @@ class MeterTeller {
   bool isAsked_ = false;        // and not answered
   bool isWanted_ = false;       // as last read
   bool isStale_ = false;        // the next reading covers a time in which nobody wanted levels
-  bool isBeforeReset_ = false;  // the next reading is of the time before the clips were reset
+  bool isBeforeReset_ = false;  // the next reading is of the time before the reset of the clips
 };
 
 }  // namespace tolvane::ctl::control

@@ -46,6 +46,9 @@ Result<std::vector<std::string>, Failure> SceneFolder::names() const {
     if (!problemOf(name) && entry->is_regular_file(gone)) names.push_back(name);
   }
   if (error) return systemFailure(printable(path_), error.value());
+  for (const Saving& saving : saving_) {
+    if (std::find(names.begin(), names.end(), saving.name) == names.end()) names.push_back(saving.name);
+  }
   std::sort(names.begin(), names.end(), &comesBefore);
   return names;
 }
@@ -63,17 +66,32 @@ Result<Scene, Failure> SceneFolder::read(const std::variant<std::string, std::in
     name = std::get<std::string>(scene);
     if (const auto problem = problemOf(name)) return Failure{*problem};
   }
-  const std::string path = fileOf(name);
-  if (::access(path.c_str(), F_OK) != 0 && errno == ENOENT)
-    return Failure{"there is no scene \"" + name + '"'};
-  const auto text = sceneText(path);
+  const auto text = sceneText(name);
   if (!text) return text.error();
-  const PatchResult routes = parsePatch(path, text.value());
+  const PatchResult routes = parsePatch(fileOf(name), text.value());
   if (!routes) return routes.error();
   return Scene{name, PatchText(text.value(), routes.value()).routes()};
 }
 
-Result<std::string, Failure> SceneFolder::sceneText(const std::string& path) {
+void SceneFolder::noteSaving(std::string name, std::string text) {
+  saving_.push_back({std::move(name), std::move(text)});
+}
+
+void SceneFolder::noteSaveEnd() {
+  saving_.pop_front();
+}
+
+const std::string* SceneFolder::savingText(std::string_view name) const {
+  const auto newest = std::find_if(saving_.rbegin(), saving_.rend(),
+                                   [&](const Saving& saving) { return saving.name == name; });
+  return newest == saving_.rend() ? nullptr : &newest->text;
+}
+
+Result<std::string, Failure> SceneFolder::sceneText(std::string_view name) const {
+  if (const std::string* text = savingText(name)) return *text;
+  const std::string path = fileOf(name);
+  if (::access(path.c_str(), F_OK) != 0 && errno == ENOENT)
+    return Failure{"there is no scene \"" + std::string(name) + '"'};
   std::error_code error;
   const std::uintmax_t size = std::filesystem::file_size(path, error);
   if (!error && size > kLargestScene) return Failure{about(path, "larger than 1 MiB, so not a scene")};
@@ -84,7 +102,7 @@ Result<std::string, Failure> SceneFolder::textOf(std::string_view name,
                                                  const std::vector<Route>& routes) const {
   const std::string path = fileOf(name);
   PatchText present;
-  if (const auto text = sceneText(path)) {
+  if (const auto text = sceneText(name)) {
     if (const PatchResult its = parsePatch(path, text.value()))
       present = PatchText(text.value(), its.value());
   }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <deque>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -37,6 +38,11 @@ class SceneFolder {
   [[nodiscard]] Result<std::string, Failure> textOf(std::string_view name,
                                                     const std::vector<Route>& routes) const;
 
+  /// A scene's file is being written: from now on this is the scene's text for names(), read() and textOf().
+  void noteSaving(std::string name, std::string text);
+  /// The oldest text noted has been written, or could not be. The file counts again.
+  void noteSaveEnd();
+
   /// The file of a scene.
   [[nodiscard]] std::string fileOf(std::string_view name) const;
 
@@ -45,10 +51,17 @@ class SceneFolder {
   [[nodiscard]] static std::optional<std::string> problemOf(std::string_view name);
 
  private:
-  /// The text of a file that is there. Failure: as for read().
-  static Result<std::string, Failure> sceneText(const std::string& path);
+  struct Saving {
+    std::string name;
+    std::string text;
+  };
+  /// The newest text of a scene that is being written; null if none is.
+  [[nodiscard]] const std::string* savingText(std::string_view name) const;
+  /// The text of a scene that is there. Failure: as for read().
+  [[nodiscard]] Result<std::string, Failure> sceneText(std::string_view name) const;
 
   std::string path_;
+  std::deque<Saving> saving_;
 };
 
 }  // namespace tolvane::ctl::control

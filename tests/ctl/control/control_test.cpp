@@ -328,6 +328,45 @@ TEST_F(ControlTest, SavesAScene) {
   EXPECT_EQ(changes_.back().routes.front().label, "Vox");
 }
 
+TEST_F(ControlTest, ASceneThatIsBeingSavedIsRecalledAsItWillBe) {
+  test::writePatch(scenes_ + "/Verse.json", {{0, 1, 0.75F, true}});
+  int answers = 0;
+  const auto execute = [&](const Command& command) {
+    control_->execute(command, {}, [&](const Answer& its) {
+      EXPECT_FALSE(std::holds_alternative<Refusal>(its)) << nameOf(command);
+      ++answers;
+    });
+  };
+  for (const char* name : {"Verse", "Bridge"}) {
+    execute(SetRoute{kFirst, 0.1F});
+    execute(SaveScene{name});
+    execute(SetRoute{kFirst, 0.2F});
+    execute(RecallScene{name});
+    EXPECT_EQ(gain(), 0.1F) << name;
+  }
+  EXPECT_EQ(answers, 6) << "neither is on the disk";
+  EXPECT_EQ(ask(ListScenes{}), Answer(SceneList{{"Bridge", "Verse"}}));
+  EXPECT_TRUE(test::eventually([&] {
+    control_->tick({});
+    return answers == 8;
+  }));
+  EXPECT_THAT(test::readBytes(scenes_ + "/Verse.json"), HasSubstr("0.1"));
+}
+
+TEST_F(ControlTest, TheSceneIsTheOneRecalledLastAlsoIfASaveEndsLater) {
+  test::writePatch(scenes_ + "/B.json", {{0, 1, 0.25F, true}});
+  std::optional<Answer> saved;
+  control_->execute(SaveScene{"A"}, {}, [&](const Answer& its) { saved = its; });
+  control_->execute(RecallScene{"B"}, {}, [](const Answer& its) { EXPECT_EQ(its, Answer(Done{1})); });
+  EXPECT_TRUE(test::eventually([&] {
+    control_->tick({});
+    return saved.has_value();
+  }));
+  EXPECT_EQ(control_->status().scene, "B");
+  ask(SaveScene{"A"});
+  EXPECT_EQ(control_->status().scene, "A");
+}
+
 TEST_F(ControlTest, SavesNoSceneThatCouldNotBeRecalled) {
   test::writePatch(path_, Routes(20'000, {0, 0, 0.5F, true}));
   control_->takeOver(patch_->reload().value());

@@ -282,5 +282,34 @@ TEST_F(LevelBankTest, AResetAlsoHoldsWhileNobodyListens) {
   EXPECT_TRUE(isClipped()) << "it was after the reset";
 }
 
+TEST_F(LevelBankTest, AClipBeforeTheResetIsNotToldAfterIt) {
+  MeterTeller teller(&bank_);
+  MeterTeller::Time now{};
+  const auto clips = [&](int ms) {
+    int told = 0;
+    for (int t = 0; t < ms; ++t, now += milliseconds(1)) {
+      if (const auto meters = teller.read(now, true)) told += meters->outputs[0].isClipped ? 1 : 0;
+      cycle();
+    }
+    return told;
+  };
+  // In whatever state the question is at the clip, and at the reset.
+  for (const int msBefore : {0, 1, 10, 48, 49, 50, 51, 99}) {
+    for (const int msBetween : {0, 1, 2, 30, 49, 50, 51}) {
+      clips(msBefore);
+      output()[0] = 1.0F;
+      cycle();
+      output()[0] = 0.0F;
+      clips(msBetween);
+      teller.resetClips();
+      EXPECT_EQ(clips(200), 0) << msBefore << ' ' << msBetween;
+    }
+  }
+  output()[0] = 1.0F;
+  cycle();
+  output()[0] = 0.0F;
+  EXPECT_GT(clips(200), 0);
+}
+
 }  // namespace
 }  // namespace tolvane::ctl::control
