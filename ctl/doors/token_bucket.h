@@ -25,6 +25,9 @@ class TokenBucket {
     return true;
   }
 
+  /// Returns one that was taken.
+  void giveBack() noexcept { left_ = std::min(burst_, left_ + 1); }
+
  private:
   double perSecond_;
   double burst_;

@@ -79,8 +79,10 @@ std::string Client::refusalOf(const Request& request, Time now) {
 std::string Client::refusalOf(const Hello& hello, Time now) {
   if (shared_.token == nullptr) return {};
   // Guesses beyond the rate are refused unread. The rate is the machine's, whatever its number of sockets.
-  if (!shared_.hosts.find(address_, now).guesses.take(now)) return "too many attempts; wait a few seconds";
+  TokenBucket& guesses = shared_.hosts.find(address_, now).guesses;
+  if (!guesses.take(now)) return "too many attempts; wait a few seconds";
   if (!shared_.token->matches(hello.token)) return "the token is wrong";
+  guesses.giveBack();
   if (!std::exchange(isTrusted_, true)) lws_set_timeout(socket_, NO_PENDING_TIMEOUT, 0);
   return {};
 }

@@ -1,6 +1,7 @@
 #include "ctl/osc/udp_door.h"
 
 #include <cerrno>
+#include <span>
 
 #include <arpa/inet.h>
 #include <fcntl.h>
@@ -143,11 +144,17 @@ void UdpDoor::handle(std::string_view datagram, const sockaddr_storage& from, Ti
   if (!packet) return refuse(sender, "/tolvane", packet.error());
   const std::vector<Message>& messages = packet.value().messages;
   if (messages.empty()) return;
-  // A stranger's datagram gets one answer at most.
-  if (!packet.value().isBundle || isStranger(sender)) return handle(messages.front(), sender);
+  if (!packet.value().isBundle) return handle(messages.front(), sender);
+  std::span<const Message> bundled = messages;
+  if (isStranger(sender)) {
+    // A stranger's datagram gets one answer at most; who begins with the token is none any more.
+    handle(bundled.front(), sender);
+    if (isStranger(sender)) return;
+    bundled = bundled.subspan(1);
+  }
   if (!host.messages.take(now, messages.size() - 1)) return complain(sender);
   const Control::Bundle bundle(control_);
-  for (const Message& message : messages) handle(message, sender);
+  for (const Message& message : bundled) handle(message, sender);
 }
 
 void UdpDoor::complain(const Sender& sender) {
@@ -182,6 +189,7 @@ void UdpDoor::hello(const Message& message, const Sender& sender) {
     // Guesses beyond the rate are refused unread.
     if (!sender.host.guesses.take(sender.now)) return refused("too many attempts; wait a few seconds");
     if (!token_->matches(std::get<Hello>(command.value()).token)) return refused("the token is wrong");
+    sender.host.guesses.giveBack();
     if (!hosts_.trust(sender.host)) return refused("there are 16 clients already");
   }
   answer(sender.address, message.address, Done{control_.serial()});

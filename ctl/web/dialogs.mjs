@@ -2,12 +2,14 @@
 import { find } from './dom.mjs';
 import { fillChannels } from './list.mjs';
 import { Store } from './store.mjs';
+import { tokenOf } from './token.mjs';
 
 const storedToken = new Store('sessionStorage', 'tolvane-token');
+const kLongestSceneBytes = 100;
 
 // The token of the address's fragment, which browsers send nowhere. It is taken out of the address at once.
 function tokenOfAddress() {
-  const token = new URLSearchParams(location.hash.slice(1)).get('token');
+  const token = tokenOf(location.hash);
   if (token !== null) history.replaceState(null, '', location.pathname);
   return token;
 }
@@ -73,12 +75,20 @@ export class SceneDialog {
   constructor(desk) {
     this.field = find('scene-name');
     this.dialog = prepare('scene-dialog', () => desk.saveScene(this.field.value.trim()));
+    this.field.addEventListener('input', () => this.#check());
   }
 
   ask(name) {
     this.field.value = name;
+    this.#check();
     this.dialog.showModal();
     this.field.select();
+  }
+
+  // A name that is too long keeps the dialog open.
+  #check() {
+    const bytes = new TextEncoder().encode(this.field.value.trim()).length;
+    this.field.setCustomValidity(bytes > kLongestSceneBytes ? 'The name is too long' : '');
   }
 }
 

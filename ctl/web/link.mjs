@@ -2,6 +2,7 @@
 
 const kRetryDelaysMs = [250, 500, 1000, 2000];
 const kSilenceMs = 4000; // the server says something every second
+const kWrongToken = 'the token is wrong';
 
 // States: 'connecting', 'token' (it wants one), 'live', 'lost'.
 export class Link {
@@ -76,7 +77,10 @@ export class Link {
   #greet(wantsToken) {
     if (!wantsToken) return this.#ask();
     if (this.token === null) return this.#wantToken();
+    const { socket } = this;
     this.#send([{ command: 'hello', token: this.token }])[0].then(() => this.#ask(), (error) => {
+      if (socket !== this.socket) return; // lost meanwhile
+      if (error.message !== kWrongToken) return this.#lose(); // not read: too many were said
       this.token = null;
       this.handlers.tokenRefused(error.message);
       this.#wantToken();
@@ -90,6 +94,7 @@ export class Link {
 
   #ask() {
     this.early = [];
+    const { socket } = this;
     const asked = this.#send(['subscribe', 'dump', 'scenes', 'status'].map((command) => ({ command })));
     const scenes = asked[2].catch(() => ({ scenes: null }));
     Promise.all([asked[0], asked[1], scenes, asked[3]]).then(([, dump, list, status]) => {
@@ -97,7 +102,7 @@ export class Link {
       this.#become('live');
       this.handlers.live({ dump, scenes: list.scenes, status: status.status });
       this.early.splice(0).forEach(this.handlers.event);
-    }, () => this.#lose());
+    }, () => { if (socket === this.socket) this.#lose(); });
   }
 
   #expectNews() {

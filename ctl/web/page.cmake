@@ -2,7 +2,7 @@
 # TOLVANE_PAGE, the file that the build makes.
 
 # Each script may import only from those before it.
-set(page_scripts dom store decibels geometry levels patch link desk gain_hand aria_window canvas painter matrix fader strip list
+set(page_scripts dom store token decibels geometry levels patch link desk gain_hand aria_window canvas painter matrix fader strip list
   status scenes dialogs lock main)
 list(TRANSFORM page_scripts APPEND .mjs)
 list(TRANSFORM page_scripts PREPEND ${CMAKE_CURRENT_LIST_DIR}/)

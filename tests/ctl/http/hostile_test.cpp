@@ -97,6 +97,13 @@ TEST_F(SocketHostile, TheTokenCannotBeGuessedFast) {
   EXPECT_THAT(last, HasSubstr("too many attempts"));
 }
 
+TEST_F(SocketHostile, TheRightTokenIsNoGuess) {
+  open(Token(kSecret));
+  for (int client = 0; client < 20; ++client)
+    EXPECT_THAT(ask(*connect(), "{\"command\":\"hello\",\"id\":7,\"token\":\"" + kSecret + "\"}"),
+                HasSubstr("\"ok\":true"));
+}
+
 TEST_F(SocketHostile, StrangersCannotKeepOutWhoKnowsTheToken) {
   open(Token(kSecret));
   std::vector<std::unique_ptr<test::WebSocket>> strangers;

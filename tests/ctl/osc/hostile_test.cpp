@@ -164,6 +164,24 @@ TEST_F(OscHostile, TheTokenOpensForTheWholeAddress) {
               ElementsAre(Message{"/tolvane/route/error", {"say /tolvane/hello TOKEN first"s}}));
 }
 
+TEST_F(OscHostile, ABundleThatBeginsWithTheTokenIsTakenWhole) {
+  open(Token(kSecret));
+  const auto bundleWith = [](const std::string& token) {
+    return encodePackets({{"/tolvane/hello", {token}}, {"/tolvane/route", {1, 1, 0.1F}}}).front();
+  };
+  EXPECT_THAT(exchange(bundleWith("x")),
+              ElementsAre(Message{"/tolvane/hello/error", {"the token is wrong"s}}));
+  expectNothingChanged();
+  EXPECT_THAT(exchange(bundleWith(kSecret)),
+              ElementsAre(Message{"/tolvane/hello/reply", {0}}, Message{"/tolvane/route/reply", {1}}));
+}
+
+TEST_F(OscHostile, TheRightTokenIsNoGuess) {
+  open(Token(kSecret));
+  for (int hello = 0; hello < 20; ++hello)
+    EXPECT_THAT(ask({"/tolvane/hello", {kSecret}}), ElementsAre(Message{"/tolvane/hello/reply", {0}}));
+}
+
 TEST_F(OscHostile, TheTokenMustBeSaidAgainAfterAnHourOfSilence) {
   open(Token(kSecret));
   ask({"/tolvane/hello", {kSecret}});

@@ -106,6 +106,28 @@ test('A wanted token is asked for, said first, and said again after a loss', asy
   assert.equal(sockets[2].take()[0].token, 'secret');
 });
 
+test('A token that was not read is kept and said again', async () => {
+  const { desk, sockets, clock } = makeDesk();
+  const asked = [];
+  desk.listen('token', (why) => asked.push(why));
+  desk.link.sayToken('secret');
+  sockets[0].say(kWantsToken);
+  sockets[0].say({ answer: 'hello', id: sockets[0].take()[0].id, ok: false, error: 'too many attempts; wait a few seconds' });
+  await settle();
+  assert.equal(desk.link.state, 'lost');
+  clock.pass(250);
+  sockets[1].say(kWantsToken);
+  sockets[1].lose(); // before the answer
+  await settle();
+  clock.pass(250); // and nothing more: the next attempt comes later
+  assert.equal(sockets.length, 2);
+  clock.pass(250);
+  assert.equal(sockets.length, 3);
+  sockets[2].say(kWantsToken);
+  assert.equal(sockets[2].take()[0].token, 'secret');
+  assert.deepEqual(asked, []);
+});
+
 test('A wrong token is asked for again, with the reason', async () => {
   const { desk, sockets } = makeDesk();
   const asked = [];
