@@ -82,7 +82,9 @@ export class Desk {
     this.tell('routes');
   }
 
+  // A new route. One that is there keeps its level.
   addRoute(input, output, gain) {
+    if (this.mayEdit && this.patch.route(input, output)) return this.tell('note', 'There is such a route already');
     return this.#edit({ command: 'route', input, output, gain });
   }
   setMute(input, output, mute) {

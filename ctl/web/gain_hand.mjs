@@ -39,7 +39,8 @@ export class GainHand {
     this.wasDragged = false; // until the next press: the click that ends a drag is no tap
     this.turned = 0;
     this.tapped = { at: -Infinity };
-    element.addEventListener('pointerdown', (event) => this.press(event));
+    element.addEventListener('pointerdown', () => { this.wasDragged = false; }, { capture: true }); // of presses that go elsewhere, too
+    element.addEventListener('pointerdown', (event) => this.#press(event));
     element.addEventListener('pointermove', (event) => this.#move(event));
     for (const kind of ['pointerup', 'pointercancel']) element.addEventListener(kind, (event) => this.#release(event));
     element.addEventListener('wheel', (event) => this.#turn(event), { passive: false });
@@ -55,11 +56,11 @@ export class GainHand {
     this.desk.setDb(input, output, db, gesture);
   }
 
-  press(event) {
-    this.wasDragged = false;
+  #press(event) {
     const route = this.route;
     if (event.button !== 0 || !route || !this.desk.mayEdit || this.drag) return;
     this.drag = { pointer: event.pointerId, x: event.clientX, y: event.clientY, position: positionOf(route.db), target: this.target() };
+    this.element.setPointerCapture(event.pointerId); // else a release outside would not be told, and the drag would go on
   }
 
   #move(event) {
@@ -69,7 +70,6 @@ export class GainHand {
     if (!drag.gesture) {
       if (Math.abs(by) < kDragFromPx) return;
       drag.gesture = this.desk.newGesture();
-      this.element.setPointerCapture(drag.pointer);
       Object.assign(drag, { x: event.clientX, y: event.clientY });
       return;
     }

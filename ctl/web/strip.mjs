@@ -7,6 +7,7 @@ import { channelText } from './patch.mjs';
 export class Strip {
   constructor(desk, { isUpright }) {
     this.desk = desk;
+    this.typing = null; // the field that has the focus: {field, at, text}
     this.parts = Object.fromEntries(['strip', 'strip-from', 'strip-to', 'strip-note', 'strip-fader', 'strip-db', 'strip-mute', 'strip-zero',
       'strip-down', 'strip-up', 'strip-remove', 'strip-add', 'strip-add-silent', 'strip-label', 'strip-route', 'strip-empty']
       .map((id) => [id.replace(/^strip-/, ''), find(id)]));
@@ -39,35 +40,42 @@ export class Strip {
 
   #listenToFields() {
     const { db, label } = this.parts;
-    for (const field of [db, label]) {
-      field.addEventListener('keydown', (event) => {
-        if (event.key === 'Enter') field.blur();
-        if (event.key === 'Escape') { this.show(true); field.blur(); }
-      });
-    }
+    this.#listenToField(db, (typed, at) => this.#takeDb(typed, at));
+    this.#listenToField(label, (typed, at) => this.desk.setLabel(...at, typed.trim()));
     db.addEventListener('focus', () => db.select());
-    db.addEventListener('blur', () => this.#takeDb());
-    label.addEventListener('blur', () => this.#takeLabel());
   }
 
-  #takeDb() {
-    const typed = this.parts.db.value;
-    if (this.#route && typed !== formatDb(this.#route.db)) {
-      const read = parseDb(typed);
-      if (read.error) this.desk.tell('note', read.error);
-      else this.desk.setDb(...this.#at, read.db);
-    }
-    this.show(true);
+  // What is typed is of the route that was selected when the field took the focus. A field that nobody typed in says nothing.
+  #listenToField(field, take) {
+    field.addEventListener('focus', () => { this.typing = { field, at: this.#at, text: field.value }; });
+    field.addEventListener('blur', () => {
+      if (!this.typing) return;
+      const { at, text } = this.typing;
+      this.typing = null;
+      if (field.value !== text && this.desk.route(...at)) take(field.value, at);
+      this.show(true);
+    });
+    field.addEventListener('keydown', (event) => {
+      if (event.key === 'Escape') field.value = this.typing.text;
+      if (event.key === 'Enter' || event.key === 'Escape') field.blur();
+    });
   }
 
-  #takeLabel() {
-    const text = this.parts.label.value.trim();
-    if (this.#route && text !== this.#route.label) this.desk.setLabel(...this.#at, text);
-    this.show(true);
+  #takeDb(typed, at) {
+    const read = parseDb(typed);
+    if (read.error) this.desk.tell('note', read.error);
+    else this.desk.setDb(...at, read.db);
+  }
+
+  // Another route is shown next: what was typed for the last one is taken first.
+  #endTypingElsewhere() {
+    const { typing } = this;
+    if (typing && String(typing.at) !== String(this.#at)) typing.field.blur();
   }
 
   // What somebody types stays, unless `isForced`.
   show(isForced = false) {
+    this.#endTypingElsewhere();
     const { parts, desk } = this;
     const { patch } = desk;
     const [input, output] = this.#at;

@@ -102,6 +102,9 @@ class Page:
     def move(self, x, y):
         self._mouse("mouseMoved", x, y, buttons=1)
 
+    def hover(self, x, y):
+        self._mouse("mouseMoved", x, y)
+
     def release(self, x, y):
         self._mouse("mouseReleased", x, y, 1)
 

@@ -160,6 +160,10 @@ class Scenes(unittest.TestCase):
         page.wait_until(lambda: page.all("#scene-list button")[1].get_attribute("aria-current") == "true", "marked")
         page.find("#scene-save").click()
         page.find("#scene-name").clear()
+        page.find("#scene-name").send_keys(60 * "\u00fc")  # more than 100 bytes
+        page.find("#scene-dialog button.main").click()
+        self.assertTrue(page.find("#scene-dialog").is_displayed(), "the name can be shortened")
+        page.find("#scene-name").clear()
         page.find("#scene-name").send_keys("3 Bridge")
         page.find("#scene-dialog button.main").click()
         page.wait_until(lambda: len(page.all("#scene-list button")) == 3, "the new scene has a button")

@@ -53,6 +53,17 @@ test('Each drag is an undo step of its own', async () => {
   assert.notEqual(socket.take()[0].gesture, first.gesture);
 });
 
+test('A route that is there is not added again', async () => {
+  const { desk, socket } = await makeLiveDesk();
+  const notes = [];
+  desk.listen('note', (text) => notes.push(text));
+  await desk.addRoute(1, 1, 0);
+  assert.deepEqual(socket.sent, []);
+  assert.deepEqual(notes, ['There is such a route already']);
+  desk.addRoute(2, 1, 0);
+  assert.deepEqual(socket.take()[0].gain, 0);
+});
+
 test('Locked, nothing is sent; nor without a connection', async () => {
   const { desk, socket } = await makeLiveDesk();
   const notes = [];
