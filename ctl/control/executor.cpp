@@ -83,20 +83,19 @@ void Control::Executor::operator()(const SaveScene& command) const {
   if (const auto problem = SceneFolder::problemOf(command.name)) return refuse(*problem);
   auto text = control.scenes_->textOf(command.name, control.list_.routes());
   if (!text) return refuse(text.error().text);
-  const bool isStarted =
-      write({.path = control.scenes_->fileOf(command.name),
-             .text = text.value(),
-             .expected = std::nullopt,
-             .done = [&control = control, reply = reply, name = command.name,
-                      recalls = control.recalls_](const auto& failure) {
-               control.scenes_->noteSaveEnd();
-               if (failure) return reply(Refusal{failure->text});
-               // Another scene may have been recalled meanwhile.
-               if (recalls == control.recalls_) control.scene_ = name;
-               control.isStatusStale_ = true;
-               reply(Done{control.serial()});
-               control.tellScenes();
-             }});
+  const bool isStarted = write({.path = control.scenes_->fileOf(command.name),
+                                .text = text.value(),
+                                .expected = std::nullopt,
+                                .done = [&control = control, reply = reply, name = command.name,
+                                         recalls = control.recalls_](const auto& failure) {
+                                  control.scenes_->noteSaveEnd();
+                                  if (failure) return reply(Refusal{failure->text});
+                                  // Another scene may have been recalled meanwhile.
+                                  if (recalls == control.recalls_) control.scene_ = name;
+                                  control.isStatusStale_ = true;
+                                  reply(Done{control.serial()});
+                                  control.tellScenes();
+                                }});
   if (isStarted) control.scenes_->noteSaving(command.name, std::move(text).value());
 }
 

@@ -133,6 +133,9 @@ class Page:
             const box = document.querySelector(arguments[0]).getBoundingClientRect();
             return [box.left + box.width / 2, box.top + box.height / 2].map(Math.round);""", selector)
 
+    def top_of(self, selector):
+        return self.run("return document.querySelector(arguments[0]).getBoundingClientRect().top", selector)
+
     def keys(self, *keys):
         """Types the keys. Shift, Control and Alt are held until the last."""
         actions = ActionChains(self.driver, duration=0)

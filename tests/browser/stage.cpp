@@ -5,8 +5,9 @@
 //                 [input-names=A,B...] [output-names=...] [signal=ones|band]
 //
 // Lines on standard input, each answered by one line on standard output:
-//   hold   lets the present cycle be the last one: "cycle NUMBER SAMPLE SAMPLE ...", one sample for each
-//   output step   lets one more cycle pass: likewise go     lets all cycles pass again: "going"
+// - "hold" lets the present cycle be the last one: "cycle NUMBER SAMPLE SAMPLE ...", a sample of each output
+// - "step" lets one more cycle pass: likewise
+// - "go" lets all cycles pass again: "going"
 // A SIGTERM, or the end of standard input, ends the run.
 #include <array>
 #include <charconv>
@@ -69,20 +70,24 @@ class Gate final : public hal::VirtualTap {
     ++cycle_;
     if (!isHolding_) return;
     tell(output);
-    mayPass_ = false;
-    passes_.wait(lock, [this] { return mayPass_ || !isHolding_; });
+    // A pass that was given counts also if the next hold comes before this thread wakes.
+    const std::uint64_t passes = passes_;
+    passGiven_.wait(lock, [this, passes] { return passes_ != passes; });
   }
 
-  void hold() { set(true, false); }
-  void step() { set(true, true); }
-  void go() { set(false, true); }
+  void hold() {
+    const std::lock_guard lock(mutex_);
+    isHolding_ = true;
+  }
+  void step() { pass(true); }
+  void go() { pass(false); }
 
  private:
-  void set(bool isHolding, bool mayPass) {
+  void pass(bool isHolding) {
     const std::lock_guard lock(mutex_);
     isHolding_ = isHolding;
-    mayPass_ = mayPass;
-    passes_.notify_all();
+    ++passes_;
+    passGiven_.notify_all();
   }
 
   /// Nine digits are enough for any float.
@@ -98,10 +103,10 @@ class Gate final : public hal::VirtualTap {
   }
 
   std::mutex mutex_;
-  std::condition_variable passes_;
+  std::condition_variable passGiven_;
+  std::uint64_t passes_ = 0;  ///< of held cycles
   std::uint64_t cycle_ = 0;
   bool isHolding_ = false;
-  bool mayPass_ = false;
 };
 
 void direct(Gate& gate) {

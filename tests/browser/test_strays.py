@@ -1,10 +1,14 @@
-"""What no hand meant changes no level: an old text in a field, a press that ends elsewhere, a route that is there already."""
+"""What no hand meant changes no level: an old text in a field, a press that ends elsewhere, a route that is there already, a row
+that comes to lie under the finger."""
 
 import time
 import unittest
 
 from page import Page, level_of
 from stage import Stage, gain_of, route
+
+
+LONG_NAME = "A stage box with a name as long as only the makers of stage boxes would give it"
 
 
 class Strays(unittest.TestCase):
@@ -89,6 +93,23 @@ class Strays(unittest.TestCase):
         page.touch("touchStart", page.point_of_cell(2, 2), timestamp=begin + 1.5)
         page.touch("touchEnd", timestamp=begin + 1.55)
         self.wait_for_selection(page, 2, 2)
+
+    def test_the_matrix_stays_in_place_whatever_appears_above_it(self):
+        for width, height in ((1920, 1080), (1180, 820), (390, 844)):
+            tops = []
+            for words in ({"signal": "band"}, {}, {"scenes": {}}, {"scenes": {"Verse": []}}, {"name": LONG_NAME}):
+                stage = Stage(routes=[route(1, 1)], **words)
+                self.addCleanup(stage.end)
+                page = Page(stage.url, width=width, height=height)
+                self.addCleanup(page.close)
+                page.find("#view-matrix").click()
+                if "signal" not in words:
+                    page.wait_until(lambda: page.find("#clips").is_displayed(), "the clip")
+                tops.append(page.top_of("#scroller"))
+                stage.kill()
+                page.wait_for_link("lost")
+                tops.append(page.top_of("#scroller"))
+            self.assertEqual(tops, tops[:1] * 10, width)
 
     def test_a_route_that_is_there_is_not_added_over(self):
         page = self.open(width=390, height=844, touch=True)
