@@ -88,7 +88,8 @@ function prepareKeys() {
 
 // What is known, for whoever inspects the page.
 function showFacts() {
-  desk.listen('routes status link', () => { document.documentElement.dataset.serial = desk.patch.serial; });
+  const facts = document.documentElement.dataset;
+  desk.listen('routes status link', () => Object.assign(facts, { serial: desk.patch.serial, held: desk.held.size }));
 }
 
 // A tablet that wakes up, or finds its network again, does not wait.

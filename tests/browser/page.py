@@ -64,6 +64,11 @@ class Page:
         """The number of the last change that the page knows."""
         return int(self.run("return document.documentElement.dataset.serial"))
 
+    @property
+    def held(self):
+        """How many levels the hand has given that the server has not told yet."""
+        return int(self.run("return document.documentElement.dataset.held"))
+
     def cell(self, source, target):
         return f'[data-cell="{source} {target}"]'
 

@@ -83,9 +83,13 @@ class TwoBrowsers(unittest.TestCase):
             for page, key in zip(self.pages, "-+"):
                 page.keys(key)
         one, other = self.pages
-        one.keys("0")
-        other.wait_until(lambda: other.level_of_cell(1, 1) == "0.0 dB" == one.level_of_cell(1, 1), "both show the last edit")
+        for page in self.pages:
+            page.wait_until(lambda: page.held == 0, "all that this hand has done is told")
         one.wait_until(lambda: one.serial == other.serial, "both know the same change")
+        self.assertEqual(one.level_of_cell(1, 1), other.level_of_cell(1, 1))
+        one.keys("0")
+        for page in self.pages:
+            page.wait_until(lambda: page.level_of_cell(1, 1) == "0.0 dB", "the last edit")
 
 
 if __name__ == "__main__":
