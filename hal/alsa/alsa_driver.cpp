@@ -9,6 +9,7 @@
 
 #include "hal/alsa/alsa_session.h"
 #include "hal/alsa/card_holders.h"
+#include "hal/alsa/card_identities.h"
 #include "hal/alsa/hotplug_watch.h"
 #include "hal/alsa/shown_cards.h"
 #include "hal/driver/time_limits.h"
@@ -51,7 +52,7 @@ class AlsaDriver final : public Driver {
   [[nodiscard]] const char* name() const noexcept override { return "alsa"; }
 
   std::vector<DeviceInfo> devices() override {
-    const std::vector<Card> cards = listCards(alsa_);
+    const std::vector<Card> cards = this->cards();
     const std::set<int> held = cards.empty() ? std::set<int>{} : cardsOfSoundServers();
     const std::lock_guard lock(mutex_);
     return shown_.show(cards, held, runningUids());
@@ -112,7 +113,7 @@ class AlsaDriver final : public Driver {
   }
 
   StartResult startSession(const DeviceInfo& device, SessionClient& client) {
-    const std::vector<Card> cards = listCards(alsa_);
+    const std::vector<Card> cards = this->cards();
     const Card* const card = cardOf(device.uid, cards);
     if (card == nullptr) return {statusOf(-ENODEV), nullptr};
     auto [outcome, reservation] = Reservation::ask(card->index, device.name);
@@ -146,6 +147,14 @@ class AlsaDriver final : public Driver {
     return {noErr, std::move(session)};
   }
 
+  /// The cards that are there now.
+  std::vector<Card> cards() {
+    const std::lock_guard lock(cardsMutex_);
+    std::vector<Card> cards = listCards(alsa_);
+    identities_.keep(cards);
+    return cards;
+  }
+
   /// Null if there is no such card.
   static const Card* cardOf(const std::string& uid, const std::vector<Card>& cards) {
     const auto card =
@@ -155,7 +164,7 @@ class AlsaDriver final : public Driver {
 
   /// Returns -ENODEV if there is no such card.
   int open(const std::string& uid, std::unique_ptr<Duplex>& duplex) {
-    const std::vector<Card> cards = listCards(alsa_);
+    const std::vector<Card> cards = this->cards();
     const Card* const card = cardOf(uid, cards);
     return card == nullptr ? -ENODEV : Duplex::open(alsa_, pcmNames(*card), duplex);
   }
@@ -201,6 +210,8 @@ class AlsaDriver final : public Driver {
 
   const Library& alsa_;
   std::atomic<DeviceObserver*> observer_{nullptr};
+  std::mutex cardsMutex_;  // may be locked while mutex_ is, not the other way round
+  CardIdentities identities_;
   std::mutex mutex_;
   ShownCards shown_;                                              // guarded by mutex_
   std::map<std::string, std::weak_ptr<SessionControl>> running_;  // by uid; guarded by mutex_

@@ -24,11 +24,6 @@ int firstDevice(const Library& alsa, snd_ctl_t* control, Direction direction) {
   return -1;
 }
 
-std::string identityOf(int index) {
-  const std::optional<UsbCard> card = usbCard(index);
-  return card ? card->identity() : std::string();
-}
-
 std::optional<Card> describe(const Library& alsa, int index) {
   snd_ctl_t* opened = nullptr;
   const std::string name = "hw:" + std::to_string(index);
@@ -38,12 +33,14 @@ std::optional<Card> describe(const Library& alsa, int index) {
   if (alsa.snd_ctl_card_info_malloc(&allocated) < 0) return std::nullopt;
   const CardInfo info(allocated, {&alsa});
   if (alsa.snd_ctl_card_info(control.get(), info.get()) < 0) return std::nullopt;
+  const std::optional<UsbCard> usb = usbCard(index);
   return Card{index,
               alsa.snd_ctl_card_info_get_id(info.get()),
               alsa.snd_ctl_card_info_get_name(info.get()),
               firstDevice(alsa, control.get(), Direction::capture),
               firstDevice(alsa, control.get(), Direction::playback),
-              identityOf(index)};
+              usb ? usb->identity() : std::string(),
+              usb ? usb->busPath : std::string()};
 }
 
 std::string pcmName(const Card& card, int device) {

@@ -17,6 +17,7 @@ struct Card {
   int captureDevice = -1;
   int playbackDevice = -1;
   std::string identity = {};  // lasting, if the kernel tells the card from others of its kind; else empty
+  std::string place = {};     // where a USB card is plugged in; else empty
 
   bool operator==(const Card&) const = default;
 };
