@@ -46,6 +46,9 @@ void JackStream::open() {
   gate_.open();
   reportFormat();
   if (lost_.load()) lose();
+  // Somebody may have removed a link already.
+  linksChanged_ = true;
+  wake();
 }
 
 void JackStream::requestEnd() noexcept {
@@ -98,8 +101,10 @@ void JackStream::reportRemovedLinks() {
   collect(device_.capturePorts, inputLinks_, removed.inputs);
   collect(device_.playbackPorts, outputLinks_, removed.outputs);
   if (removed == reportedRemoved_) return;
+  const CallGate::Pass pass(gate_);
+  if (!pass) return;  // before open() or after leave()
   reportedRemoved_ = removed;
-  if (const CallGate::Pass pass(gate_); pass) client_.linksRemoved(removed);
+  client_.linksRemoved(removed);
 }
 
 void JackStream::leave() noexcept {

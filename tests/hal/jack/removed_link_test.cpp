@@ -3,6 +3,8 @@
 #include <thread>
 
 #include "hal/jack/jack_fixture.h"
+#include "hal/jack/jack_library.h"
+#include "hal/jack/jack_stream.h"
 
 namespace tolvane::test {
 namespace {
@@ -79,6 +81,31 @@ TEST_F(JackRemovedLink, IsNotReportedWhereThePortHasGone) {
   card_.reset();
   EXPECT_TRUE(eventually([this] { return !client_.alive; }));
   EXPECT_EQ(client_.removals, 0);
+}
+
+std::atomic<int> looks{0};
+
+// Between the driver's answer and the session, milliseconds may pass.
+TEST_F(JackRemovedLink, IsReportedIfItWasRemovedBeforeTheSessionIsOpen) {
+  session_.reset();
+  hal::JackLibrary library = *hal::JackLibrary::get();
+  library.getUuidForClientName = [](jack_client_t* client, const char* name) {
+    ++looks;
+    return hal::JackLibrary::get()->getUuidForClientName(client, name);
+  };
+  hal::JackStream stream(library, device("card"), client_);
+  ASSERT_EQ(stream.enter(), noErr);
+  std::thread host([&] { stream.awaitEnd(); });
+  const int before = looks;
+  card_->disconnect("card:capture_2", "Tolvane:in_2");
+  EXPECT_TRUE(eventually([&] { return looks > before; }));
+  std::this_thread::sleep_for(50ms);  // for the look to end
+  EXPECT_EQ(client_.removals, 0);
+  stream.open();
+  EXPECT_TRUE(isReported({{1}, {}}));
+  stream.requestEnd();
+  host.join();
+  stream.leave();
 }
 
 TEST_F(JackRemovedLink, OfOtherClientsIsNotReported) {
