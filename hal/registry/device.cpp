@@ -62,19 +62,22 @@ std::optional<Clock::time_point> Device::listedAt() const {
   return listedAt_;
 }
 
-void Device::sessionFormat(double sampleRateHz, std::uint32_t bufferFrames) noexcept {
+void Device::sessionFormat(const void* session, double sampleRateHz, std::uint32_t bufferFrames) noexcept {
+  formatReporter_.store(session);
   sessionSampleRateHz_.store(sampleRateHz, std::memory_order_relaxed);
   sessionBufferFrames_.store(bufferFrames, std::memory_order_relaxed);
 }
 
-void Device::sessionLinks(RemovedLinks removed) {
+void Device::sessionLinks(const void* session, RemovedLinks removed) {
   const std::lock_guard lock(mutex_);
+  linksReporter_ = session;
   removedLinks_ = std::move(removed);
 }
 
-void Device::forgetSession() {
-  sessionFormat(0.0, 0);
-  sessionLinks({});
+void Device::forgetSession(const void* session) {
+  if (formatReporter_.load() == session) sessionFormat(nullptr, 0.0, 0);
+  const std::lock_guard lock(mutex_);
+  if (linksReporter_ == session) removedLinks_ = {};
 }
 
 RemovedLinks Device::removedLinks() const {

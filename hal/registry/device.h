@@ -34,10 +34,12 @@ class Device {
 
   // Updates from sessions. [any-thread]
   void countOverload() noexcept { overloads_.fetch_add(1, std::memory_order_relaxed); }
-  void sessionFormat(double sampleRateHz, std::uint32_t bufferFrames) noexcept;
-  void sessionLinks(RemovedLinks removed);  // [not-io]
-  /// The session is over: the driver's report applies again. [not-io]
-  void forgetSession();
+  /// `session` stands for the one that reports: several may run on one device.
+  void sessionFormat(const void* session, double sampleRateHz, std::uint32_t bufferFrames) noexcept;
+  void sessionLinks(const void* session, RemovedLinks removed);  // [not-io]
+  /// The session is over. The driver's report applies again, unless another session has reported since.
+  /// [not-io]
+  void forgetSession(const void* session);
 
   /// What a running session reports, else the driver's last report. [not-io]
   [[nodiscard]] double sampleRateHz() const;
@@ -66,6 +68,7 @@ class Device {
   void takeListChanges(std::vector<AudioObjectPropertySelector>& changes);
 
   const AudioObjectID id_;
+  std::atomic<const void*> formatReporter_{nullptr};
   std::atomic<double> sessionSampleRateHz_{0.0};  // 0: no session has reported
   std::atomic<std::uint32_t> sessionBufferFrames_{0};
   std::atomic<std::uint32_t> overloads_{0};
@@ -74,6 +77,7 @@ class Device {
   std::shared_ptr<DriverPoller> poller_;
   DeviceInfo info_;
   std::optional<Clock::time_point> listedAt_;
+  const void* linksReporter_ = nullptr;
   RemovedLinks removedLinks_;
   Published published_;
   std::vector<AudioObjectPropertyAddress> renames_;

@@ -76,7 +76,7 @@ void Run::end() {
   }
   lock.unlock();
   changed_.notify_all();
-  device_->forgetSession();
+  device_->forgetSession(this);
   if (before == State::starting) return;  // startSession() ends the session when the driver returns
   // Only the thread that destroys the session takes it: the driver may block that thread.
   const bool isLeft = before != State::failed && runDetached("tolvane-stop", [self = shared_from_this()] {
@@ -144,11 +144,11 @@ void Run::aliveChanged(bool alive) noexcept {
 }
 
 void Run::formatChanged(double sampleRateHz, std::uint32_t bufferFrames) noexcept {
-  if (const CallGate::Pass pass(gate_); pass) device_->sessionFormat(sampleRateHz, bufferFrames);
+  if (const CallGate::Pass pass(gate_); pass) device_->sessionFormat(this, sampleRateHz, bufferFrames);
 }
 
 void Run::linksRemoved(const RemovedLinks& removed) {
-  if (const CallGate::Pass pass(gate_); pass) device_->sessionLinks(removed);
+  if (const CallGate::Pass pass(gate_); pass) device_->sessionLinks(this, removed);
 }
 
 void Run::memoryLocked(bool isLocked) noexcept {

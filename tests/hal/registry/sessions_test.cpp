@@ -108,6 +108,32 @@ TEST_F(Sessions, removedLinksAreHeardAndForgottenAtTheStop) {
   EXPECT_EQ(AudioObjectRemovePropertyListener(device, &where, hear, &heard), noErr);
 }
 
+// Two callbacks on one device: what one session has reported outlives the other's.
+TEST_F(Sessions, theEndOfAnotherSessionForgetsNothing) {
+  const AudioObjectID device = listOne(8, 8);
+  RegisteredProc proc(device, [](auto&, auto&) {});
+  RegisteredProc other(device, [](auto&, auto&) {});
+  const auto expectReported = [&] {
+    EXPECT_EQ(valueOf<Float64>(device, kAudioDevicePropertyNominalSampleRate), 44100.0);
+    EXPECT_EQ(valueOf<UInt32>(device, kAudioDevicePropertyBufferFrameSize), 96U);
+    EXPECT_EQ(removedLinks(device, kAudioObjectPropertyScopeOutput), std::vector<UInt32>{7});
+  };
+  ASSERT_EQ(proc.start(), noErr);
+  ASSERT_TRUE(first_.setFormat(44100.0, 96));
+  ASSERT_TRUE(first_.removeLinks({{}, {7}}));
+  first_.setStartStatus(kAudioDevicePermissionsError);
+  EXPECT_EQ(other.start(), kAudioDevicePermissionsError);
+  expectReported();
+  EXPECT_EQ(other.stop(), noErr);
+  first_.setStartStatus(noErr);
+  ASSERT_EQ(other.start(), noErr);
+  ASSERT_EQ(other.stop(), noErr);
+  expectReported();
+  ASSERT_EQ(proc.stop(), noErr);
+  EXPECT_EQ(valueOf<Float64>(device, kAudioDevicePropertyNominalSampleRate), 48000.0);
+  EXPECT_EQ(removedLinks(device, kAudioObjectPropertyScopeOutput), std::vector<UInt32>{});
+}
+
 TEST_F(Sessions, overloadsJustBeforeAStopAreHeard) {
   const AudioObjectID device = listOne();
   RegisteredProc proc(device, [](auto&, auto&) {});
