@@ -88,6 +88,7 @@ Server::~Server() {
 void Server::loseConnection() {
   for (const auto& session : sessions_) session->takeDown();
   hasListed_ = false;
+  list_.forgetUids();
   for (const auto& listing : std::exchange(waiting_, {})) listing->finish(std::nullopt);
   noteChange();
 }

@@ -179,14 +179,18 @@ const char* pipeWirePlugins() {
   return TOLVANE_SPA_PLUGINS;
 }
 
-PipeWireServer::PipeWireServer(const std::vector<PipeWireCard>& cards, PipeWirePace pace) {
-  std::ofstream(configFile_) << configOf(cards, pace);
+PipeWireServer::PipeWireServer(const std::vector<PipeWireCard>& cards, PipeWirePace pace) : pace_(pace) {
   hidePipeWireServers(folder_.path(), configFolder());
-  start();
+  start(cards);
 }
 
 PipeWireServer::~PipeWireServer() {
   if (pid_ > 0) kill();
+}
+
+void PipeWireServer::start(const std::vector<PipeWireCard>& cards) {
+  std::ofstream(configFile_) << configOf(cards, pace_);
+  start();
 }
 
 void PipeWireServer::start() {

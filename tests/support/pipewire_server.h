@@ -62,9 +62,10 @@ class PipeWireServer {
   PipeWireServer(const PipeWireServer&) = delete;
   PipeWireServer& operator=(const PipeWireServer&) = delete;
 
-  void kill();   // like a crash
-  void start();  // after kill()
-  void hang();   // stops the process, so that it answers nothing
+  void kill();                                         // like a crash
+  void start();                                        // after kill()
+  void start(const std::vector<PipeWireCard>& cards);  // the same with these cards
+  void hang();                                         // stops the process, so that it answers nothing
   void unhang();
 
   [[nodiscard]] pid_t pid() const noexcept { return pid_; }
@@ -74,6 +75,7 @@ class PipeWireServer {
 
  private:
   PrivateFolder folder_{"tolvane-pw"};
+  const PipeWirePace pace_;
   std::string configFile_ = folder_.path() + "/server.conf";
   pid_t pid_ = -1;
 };

@@ -8,6 +8,9 @@
 
 #include "hal/pipewire/aggregate_list.h"
 #include "hal/pipewire/device_list.h"
+#include "hal/pipewire/listed_devices.h"
+#include "hal/pipewire/pipewire_driver.h"
+#include "support/pipewire_server.h"
 
 namespace tolvane::test {
 namespace {
@@ -82,6 +85,27 @@ TEST(PipeWireIdentity, OfAnAggregateFromBeforeStillFindsItsCard) {
   const auto aggregates = hal::pipewire::aggregatesOf(devices, named, [](const auto&) { return nullptr; });
   ASSERT_EQ(aggregates.back().info.name, "Stage");
   EXPECT_EQ(aggregates.back().outputs.at(0).deviceUid, devices.at(1).info.uid);
+}
+
+// A server that was started again counts its objects anew, and may find the cards in another order.
+TEST(PipeWireIdentity, IsTheSameInAnotherServer) {
+  const PipeWireCard desk{.name = "desk", .inputs = 1, .outputs = 1, .cardId = 901};
+  const PipeWireCard stage{.name = "stage", .inputs = 2, .outputs = 2, .cardId = 902};
+  PipeWireServer server({desk, stage});
+  const auto driver = hal::makePipeWireDriver();
+  const auto outputsByUid = [&] {
+    std::map<std::string, std::size_t> outputs;
+    for (const hal::DeviceInfo& device : plainDevices(*driver, 2)) {
+      outputs[device.uid] = device.outputStreams.size();
+    }
+    return outputs;
+  };
+  const auto before = outputsByUid();
+  ASSERT_EQ(before.size(), 2U);
+  server.kill();
+  server.start({{.name = "stage", .inputs = 2, .outputs = 2, .cardId = 901},
+                {.name = "desk", .inputs = 1, .outputs = 1, .cardId = 902}});
+  EXPECT_EQ(outputsByUid(), before);
 }
 
 }  // namespace
