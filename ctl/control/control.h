@@ -134,7 +134,7 @@ class Control {
   std::vector<Listener*> listeners_;
   Serial serial_ = 0;  // of the last change that was told
   std::string scene_;
-  std::uint64_t recalls_ = 0;  // of scenes
+  std::uint64_t recalls_ = 0;     // of scenes
   std::vector<RouteEdit> edits_;  // since the last change, as the ones that take them back
   Sender sender_;                 // of these edits
   Cause cause_ = Cause::edit;     // likewise

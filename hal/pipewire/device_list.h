@@ -75,7 +75,7 @@ class DeviceList {
   /// ports, or has not told its profiles. After that moment such a card is listed with the rest of its nodes.
   [[nodiscard]] bool isMoreToCome() const { return isMoreToCome_; }
 
-  /// Forgets the uids: another server counts its objects anew, so a card may have the number that another had.
+  /// Forgets the uids. Another server counts its objects anew, so a card may get the number that another had.
   void forgetUids() { uids_.clear(); }
 
   /// Sets the cycle length in frames to ask the server for when the device runs.
