@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <string>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -34,8 +35,10 @@ TEST(WithoutThreads, EveryCallThatNeedsOneFailsAndTheNextOneWithThemSucceeds) {
   const Outcome outcome = outcomeWith(1);
   EXPECT_EQ(outcome.status, 0);
   const std::string none = std::to_string(kTolvaneExhaustedError);
-  EXPECT_EQ(outcome.out, "list " + none + "\nlisten " + none + "\nlist 0\nstart " + none + "\nset " + none +
-                             "\nstart 0\nstop 0\nlist 0\nend\n");
+  const std::string before = "list " + none + "\nlisten " + none + "\nlist 0\nstart " + none + "\nset " +
+                             none + "\nstart 0\nstop 0\n";
+  // JACK's last answer is valid for 100 ms. The last list needs a thread only after that.
+  EXPECT_THAT(outcome.out, testing::AnyOf(before + "list 0\nend\n", before + "list " + none + "\nend\n"));
 }
 
 TEST(WithoutThreads, AnyNumberOfThemIsEnoughToEnd) {
