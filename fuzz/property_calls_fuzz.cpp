@@ -106,7 +106,7 @@ OSStatus listener(AudioObjectID /*object*/, UInt32 /*count*/, const AudioObjectP
 
 bool isString(AudioObjectPropertySelector selector) {
   return selector == kAudioObjectPropertyName || selector == kAudioDevicePropertyDeviceUID ||
-         selector == kTolvanePropertySilentServers;
+         selector == kTolvanePropertySilentServers || selector == kTolvanePropertyProblems;
 }
 
 /// One call of the HAL.
