@@ -4,14 +4,18 @@
 #include <algorithm>
 #include <array>
 #include <cstdint>
+#include <cstring>
 #include <list>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
+
+#include <spa/pod/builder.h>
 
 #include "bytes.h"
 #include "hal/pipewire/aggregate_list.h"
@@ -98,6 +102,11 @@ class FakeServer {
                                std::size_t) -> void* { return server->bind(id, type); };
     nodeMethods_.version = PW_VERSION_NODE_METHODS;
     nodeMethods_.add_listener = FakeProxy::listen<pw_node_events>;
+    cardMethods_.version = PW_VERSION_DEVICE_METHODS;
+    cardMethods_.add_listener = FakeProxy::listen<pw_device_events>;
+    cardMethods_.enum_params = [](void*, int, std::uint32_t, std::uint32_t, std::uint32_t, const spa_pod*) {
+      return 0;
+    };
     metadataMethods_.version = PW_VERSION_METADATA_METHODS;
     metadataMethods_.add_listener = FakeProxy::listen<pw_metadata_events>;
     server = this;
@@ -136,6 +145,17 @@ class FakeServer {
     if (node != nullptr) static_cast<const pw_node_events*>(node->events)->info(node->data, &info);
   }
 
+  void cardInfo(const pw_device_info& info) {
+    FakeProxy* const card = newest(info.id, PW_TYPE_INTERFACE_Device);
+    if (card != nullptr) static_cast<const pw_device_events*>(card->events)->info(card->data, &info);
+  }
+
+  void cardParam(std::uint32_t id, std::uint32_t kind, const spa_pod* param) {
+    FakeProxy* const card = newest(id, PW_TYPE_INTERFACE_Device);
+    if (card == nullptr) return;
+    static_cast<const pw_device_events*>(card->events)->param(card->data, 0, kind, 0, 0, param);
+  }
+
   void property(std::uint32_t id, std::uint32_t subject, const char* key, const char* value) {
     FakeProxy* const metadata = newest(id, PW_TYPE_INTERFACE_Metadata);
     if (metadata == nullptr) return;
@@ -154,12 +174,17 @@ class FakeServer {
   }
 
   FakeProxy* bind(std::uint32_t id, const char* type) {
-    const bool isNode = std::string_view(type) == PW_TYPE_INTERFACE_Node;
     // Old proxies live until the client destroys them.
     auto& made = proxies_[std::uint64_t{++bound_} << 32U | id];
-    made = std::make_unique<FakeProxy>(type,
-                                       isNode ? static_cast<const void*>(&nodeMethods_) : &metadataMethods_);
+    made = std::make_unique<FakeProxy>(type, methodsOf(type));
     return made.get();
+  }
+
+  [[nodiscard]] const void* methodsOf(std::string_view type) const {
+    if (type == PW_TYPE_INTERFACE_Node) return &nodeMethods_;
+    if (type == PW_TYPE_INTERFACE_Device) return &cardMethods_;
+    require(type == PW_TYPE_INTERFACE_Metadata);
+    return &metadataMethods_;
   }
 
   FakeProxy* newest(std::uint32_t id, const char* type) {
@@ -174,6 +199,7 @@ class FakeServer {
   pw_core_methods coreMethods_{};
   pw_registry_methods registryMethods_{};
   pw_node_methods nodeMethods_{};
+  pw_device_methods cardMethods_{};
   pw_metadata_methods metadataMethods_{};
   spa_interface core_{};
   std::map<std::uint64_t, std::unique_ptr<FakeProxy>> proxies_;
@@ -222,6 +248,8 @@ constexpr std::array<const char*, 16> kValues = {"Audio/Sink",
                                                  "-1"};
 constexpr std::array<const char*, 4> kTypes = {PW_TYPE_INTERFACE_Node, PW_TYPE_INTERFACE_Port,
                                                PW_TYPE_INTERFACE_Device, PW_TYPE_INTERFACE_Metadata};
+constexpr std::size_t kPodAlignment = 8;
+constexpr std::array<const char*, 3> kProfiles = {"pro-audio", "off", "output:analog-stereo"};
 constexpr std::array<const char*, 7> kSettings = {"clock.rate",
                                                   "clock.min-quantum",
                                                   "clock.max-quantum",
@@ -273,7 +301,7 @@ class Run {
 
   void step() {
     texts_.clear();
-    switch (bytes_.below(8)) {
+    switch (bytes_.below(10)) {
       case 0:
         return server_.globalRemove(id());
       case 1:
@@ -283,6 +311,10 @@ class Run {
         return property();
       case 4:
         return loop_.run();
+      case 5:
+        return cardInfo();
+      case 6:
+        return cardParam();
       default:
         return global();
     }
@@ -306,6 +338,49 @@ class Run {
     info.n_input_ports = bytes_.coin() ? bytes_.byte() : bytes_.number<std::uint32_t>();
     info.n_output_ports = bytes_.coin() ? bytes_.byte() : bytes_.number<std::uint32_t>();
     server_.nodeInfo(info);
+  }
+
+  void cardInfo() {
+    std::vector<spa_param_info> params(bytes_.below(4));
+    for (spa_param_info& param : params) param.id = paramKind();
+    pw_device_info info{};
+    info.id = id();
+    info.change_mask = bytes_.coin() ? PW_DEVICE_CHANGE_MASK_ALL : bytes_.number<std::uint64_t>();
+    info.params = params.data();
+    info.n_params = static_cast<std::uint32_t>(params.size());
+    server_.cardInfo(info);
+  }
+
+  /// A profile as cards report it, or any bytes: the library checks a parameter's size and nothing in it.
+  void cardParam() {
+    const std::uint32_t object = id();
+    const std::uint32_t kind = paramKind();
+    if (bytes_.coin()) return server_.cardParam(object, kind, profile());
+    alignas(kPodAlignment) std::array<std::uint8_t, 128> any{};
+    for (std::uint8_t& byte : any) byte = bytes_.byte();
+    const auto size = static_cast<std::uint32_t>(bytes_.below(any.size() - sizeof(spa_pod) + 1));
+    std::memcpy(any.data(), &size, sizeof size);
+    server_.cardParam(object, kind, reinterpret_cast<const spa_pod*>(any.data()));
+  }
+
+  const spa_pod* profile() {
+    spa_pod_builder builder{};
+    spa_pod_builder_init(&builder, pod_.data(), static_cast<std::uint32_t>(pod_.size()));
+    spa_pod_frame object{};
+    spa_pod_builder_push_object(&builder, &object, SPA_TYPE_OBJECT_ParamProfile, SPA_PARAM_Profile);
+    spa_pod_builder_prop(&builder, SPA_PARAM_PROFILE_index, 0);
+    spa_pod_builder_int(&builder, bytes_.number<std::int32_t>());
+    if (const char* const name = text(kProfiles)) {
+      spa_pod_builder_prop(&builder, SPA_PARAM_PROFILE_name, 0);
+      spa_pod_builder_string(&builder, name);
+    }
+    return static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &object));
+  }
+
+  std::uint32_t paramKind() {
+    const std::size_t choice = bytes_.below(3);
+    if (choice == 0) return SPA_PARAM_Profile;
+    return choice == 1 ? std::uint32_t{SPA_PARAM_EnumProfile} : bytes_.number<std::uint32_t>();
   }
 
   void property() {
@@ -357,6 +432,7 @@ class Run {
 
   Bytes bytes_;
   std::list<std::string> texts_;
+  alignas(kPodAlignment) std::array<std::uint8_t, 4096> pod_{};
   FakeLoop loop_;
   FakeServer server_;
   std::unique_ptr<LoopThread> thread_;
