@@ -46,6 +46,18 @@ inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyChannelPort =
 /// has none, or is not the sound server's.
 inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyProAudioCommand = 0x70726F61;  // 'proa'
 
+/// Device: CFStringRef, the caller releases. The `uid` under which the device's sound card can be used
+/// without the sound server, once it is claimed. Empty if the device is not one card of a sound server.
+inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyCardUID = 0x63756964;  // 'cuid'
+
+/// System object: such a `uid` as UTF-8, without a terminator. It can be set, not read. Setting it asks the
+/// sound server for the card, and lists the card as a device of its own from then on, as long as the process
+/// lives. Waits up to five seconds. Statuses: kAudioHardwareBadDeviceError (no such card),
+/// kAudioDevicePermissionsError (the server keeps it), kAudioHardwareUnsupportedOperationError (there is no
+/// session bus on which the server could be asked), kAudioHardwareNotReadyError (no answer in time). For a
+/// card that is listed already it does nothing and succeeds.
+inline constexpr AudioObjectPropertySelector kTolvanePropertyClaim = 0x636C616D;  // 'clam'
+
 /// Device: UInt32. The channels of the device's monitor: what its outputs play, for a member of an aggregate.
 /// 0 if it has no monitor.
 inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyMonitorChannels = 0x6D6E6368;  // 'mnch'

@@ -6,6 +6,7 @@
 #include <optional>
 #include <string_view>
 
+#include "ctl/devices/claim.h"
 #include "ctl/devices/property.h"
 #include "ctl/terminal/printable.h"
 #include "engine/device_text.h"
@@ -102,6 +103,20 @@ DeviceChoice awaitDevice(const std::string& wanted, double seconds,
     return isInterrupted() || isDecided(listing, wanted);
   };
   const DeviceListingResult listing = awaitDevices(seconds, isEnough);
+  return listing ? chooseListed(listing.value(), wanted) : listing.error();
+}
+
+DeviceChoice awaitDeviceToRun(const std::string& wanted, double seconds,
+                              const std::function<bool()>& isInterrupted) {
+  Result<bool, Failure> isClaimed = false;
+  const auto isEnough = [&](const DeviceListing& listing) {
+    if (isInterrupted() || isDecided(listing, wanted)) return true;
+    isClaimed = claimCard(wanted);
+    return !isClaimed || isClaimed.value();
+  };
+  const DeviceListingResult listing = awaitDevices(seconds, isEnough);
+  if (!isClaimed) return isClaimed.error();
+  if (isClaimed.value()) return awaitDevice(wanted, seconds, isInterrupted);
   return listing ? chooseListed(listing.value(), wanted) : listing.error();
 }
 

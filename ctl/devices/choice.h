@@ -31,4 +31,9 @@ using DeviceChoice = Result<AudioDeviceInfo, Failure>;
 [[nodiscard]] DeviceChoice awaitDevice(const std::string& wanted, double seconds,
                                        const std::function<bool()>& isInterrupted);
 
+/// The same for a program that runs the device: if `wanted` is the uid of a sound card that a sound server
+/// uses, claims the card first. Also fails as claimCard() does. [main-thread]
+[[nodiscard]] DeviceChoice awaitDeviceToRun(const std::string& wanted, double seconds,
+                                            const std::function<bool()>& isInterrupted);
+
 }  // namespace tolvane::ctl

@@ -42,6 +42,24 @@ std::string orDash(const std::optional<std::string>& text) {
   return text.value_or("-");
 }
 
+/// What else the user can do with the device, in lines.
+std::string adviceOn(const DeviceDetails& device) {
+  std::string text;
+  const auto add = [&](const std::string& sentence, const std::string& answer) {
+    text += "\n" + about(device.info.name, sentence + "\n  " + answer + "\n");
+  };
+  if (!device.proAudioCommand.empty()) {
+    add("is not in its pro-audio profile, which has all channels, in order and untouched. To change the "
+        "profile:",
+        device.proAudioCommand);
+  }
+  if (!device.cardUid.empty()) {
+    add("can be used without the sound server. The server releases the card if you run:",
+        printable(device.cardUid));
+  }
+  return text;
+}
+
 std::string counted(std::int64_t count, const std::string& unit) {
   return std::to_string(count) + ' ' + unit + (count == 1 ? "" : "s");
 }
@@ -57,7 +75,8 @@ nlohmann::ordered_json jsonOf(const DeviceDetails& device) {
           {"outputChannels", device.info.outputChannels},
           {"driver", device.driver},
           {"sampleRate", orNull(device.sampleRateHz)},
-          {"bufferFrames", orNull(device.bufferFrames)}};
+          {"bufferFrames", orNull(device.bufferFrames)},
+          {"cardUid", orNull(device.cardUid.empty() ? std::nullopt : std::optional(device.cardUid))}};
 }
 
 std::string transportName(std::uint32_t transportType) {
@@ -81,7 +100,8 @@ std::vector<DeviceDetails> detailsOf(const std::vector<AudioDeviceInfo>& devices
                        deviceProperty<Float64>(info.id, kAudioDevicePropertyNominalSampleRate),
                        deviceProperty<UInt32>(info.id, kAudioDevicePropertyBufferFrameSize),
                        deviceText(info.id, kAudioDevicePropertyDeviceUID).value_or(""),
-                       deviceText(info.id, kTolvaneDevicePropertyProAudioCommand).value_or("")});
+                       deviceText(info.id, kTolvaneDevicePropertyProAudioCommand).value_or(""),
+                       deviceText(info.id, kTolvaneDevicePropertyCardUID).value_or("")});
   }
   return details;
 }
@@ -104,15 +124,8 @@ std::string deviceTable(const std::vector<DeviceDetails>& devices, TableForm for
                   device.uid.empty() ? "-" : device.uid});
   }
   std::string text = table.text();
-  for (const DeviceDetails& device : devices) {
-    if (form != TableForm::longer || device.proAudioCommand.empty()) continue;
-    text +=
-        "\n" +
-        about(device.info.name,
-              "is not in its pro-audio profile, which has all channels, in order and untouched. To change "
-              "the profile:\n  " +
-                  device.proAudioCommand + "\n");
-  }
+  if (form != TableForm::longer) return text;
+  for (const DeviceDetails& device : devices) text += adviceOn(device);
   return text;
 }
 

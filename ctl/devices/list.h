@@ -17,6 +17,7 @@ struct DeviceDetails {
   std::optional<std::uint32_t> bufferFrames;
   std::string uid = {};              // lasting identity; empty if the device does not report one
   std::string proAudioCommand = {};  // puts the card into its pro-audio profile; empty if it is, or has none
+  std::string cardUid = {};  // of its card, to be used without the sound server; empty if it cannot be
 };
 
 /// The name of a transport code. A code without a name gives its four characters, or "unknown" if they are
@@ -27,7 +28,8 @@ struct DeviceDetails {
 [[nodiscard]] std::vector<DeviceDetails> detailsOf(const std::vector<AudioDeviceInfo>& devices);
 
 /// A table with a title line. The long form also has the devices' lasting identities. After the table it
-/// tells how to change the profile of a card that is not in its pro-audio profile. [not-io]
+/// tells how to change the profile of a card that is not in its pro-audio profile, and how to use a sound
+/// server's card without the server. [not-io]
 enum class TableForm { usual, longer };
 [[nodiscard]] std::string deviceTable(const std::vector<DeviceDetails>& devices,
                                       TableForm form = TableForm::usual);

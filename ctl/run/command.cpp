@@ -32,7 +32,7 @@ ExitStatus runCommand(const RunOptions& options) {
   WaitReports waitReports(manager);
   bool isEnded = false;
   bool isHungUp = false;
-  const DeviceChoice choice = awaitDevice(options.device, options.waitSeconds, [&] {
+  const DeviceChoice choice = awaitDeviceToRun(options.device, options.waitSeconds, [&] {
     while (const auto signal = signals.next()) (*signal == SIGHUP ? isHungUp : isEnded) = true;
     waitReports.tell(std::chrono::steady_clock::now());
     return isEnded;

@@ -41,7 +41,7 @@ ExitStatus soakCommand(const SoakOptions& options) {
   // Before the HAL starts threads: they inherit the blocked signals.
   const SignalPipe signals({SIGINT, SIGTERM, SIGQUIT, SIGHUP});
   bool isEnded = false;
-  const DeviceChoice device = awaitDevice(options.device, options.waitSeconds, [&] {
+  const DeviceChoice device = awaitDeviceToRun(options.device, options.waitSeconds, [&] {
     while (signals.next()) isEnded = true;
     return isEnded;
   });

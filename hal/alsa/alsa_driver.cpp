@@ -41,8 +41,10 @@ OSStatus statusOf(int error) noexcept {
 
 class AlsaDriver final : public Driver {
  public:
-  explicit AlsaDriver(const Library& alsa)
-      : alsa_(alsa), shown_([&alsa](const Card& card, const CardSettings& settings) {
+  AlsaDriver(const Library& alsa, std::function<std::set<int>()> cardsOfSoundServers)
+      : alsa_(alsa),
+        cardsOfSoundServers_(std::move(cardsOfSoundServers)),
+        shown_([&alsa](const Card& card, const CardSettings& settings) {
           return probeCard(alsa, card, settings);
         }) {}
   AlsaDriver(const AlsaDriver&) = delete;
@@ -53,9 +55,10 @@ class AlsaDriver final : public Driver {
 
   std::vector<DeviceInfo> devices() override {
     const std::vector<Card> cards = this->cards();
-    const std::set<int> held = cards.empty() ? std::set<int>{} : cardsOfSoundServers();
+    const std::set<int> held = cards.empty() ? std::set<int>{} : cardsOfSoundServers_();
     const std::lock_guard lock(mutex_);
-    return shown_.show(cards, held, runningUids());
+    claimTheLost();
+    return shown_.show(cards, {held, runningUids(), claimedUids()});
   }
 
   StartResult start(const DeviceInfo& device, SessionClient& client) override {
@@ -69,6 +72,23 @@ class AlsaDriver final : public Driver {
   void setObserver(DeviceObserver& observer) override {
     observer_.store(&observer);
     watch_.emplace([this] { tell(); }, [this] { return isWaiting(); });
+  }
+
+  OSStatus claim(const DeviceInfo& device) override {
+    const std::vector<Card> cards = this->cards();
+    const Card* const card = cardOf(device.uid, cards);
+    if (card == nullptr) return statusOf(-ENODEV);
+    auto [outcome, reservation] = Reservation::ask(card->index, device.name);
+    if (outcome == Reservation::Outcome::noBus) return kAudioHardwareUnsupportedOperationError;
+    const auto isFree = [&] { return !cardsOfSoundServers_().contains(card->index); };
+    if (outcome == Reservation::Outcome::refused || !awaitReleased(outcome, isFree)) return statusOf(-EBUSY);
+    {
+      const std::lock_guard lock(mutex_);
+      claims_[device.uid] = {card->index, std::move(reservation)};
+      shown_.lookAgain(device.uid);
+    }
+    tell();
+    return noErr;
   }
 
   OSStatus setBufferFrames(const DeviceInfo& device, std::uint32_t frames) override {
@@ -116,17 +136,43 @@ class AlsaDriver final : public Driver {
     const std::vector<Card> cards = this->cards();
     const Card* const card = cardOf(device.uid, cards);
     if (card == nullptr) return {statusOf(-ENODEV), nullptr};
-    auto [outcome, reservation] = Reservation::ask(card->index, device.name);
+    auto [outcome, reservation] = reserve(device, card->index);
     if (outcome == Reservation::Outcome::refused) return {kAudioDevicePermissionsError, nullptr};
-    // An owner that has agreed may still be closing the card.
+    StartResult result;
+    awaitReleased(outcome, [&, &reservation = reservation] {
+      result = openSession(device, reservation, client);
+      return result.status != kAudioDevicePermissionsError;
+    });
+    return result;
+  }
+
+  /// The claim's reservation if there is one, else a new one.
+  Reservation::Result reserve(const DeviceInfo& device, int card) {
+    Claim claim;
+    {
+      const std::lock_guard lock(mutex_);
+      const auto known = claims_.find(device.uid);
+      if (known != claims_.end()) claim = std::move(known->second);
+    }
+    // The card may have come back with another number.
+    if (claim.reservation && claim.card == card) {
+      return {Reservation::Outcome::reserved, std::move(claim.reservation)};
+    }
+    claim.reservation.reset();
+    return Reservation::ask(card, device.name);
+  }
+
+  /// Tries until it succeeds, or until the card's owner, if it has agreed to release the card, has had the
+  /// time to close it.
+  template <typename Try>
+  static bool awaitReleased(Reservation::Outcome outcome, const Try& succeeds) {
     const bool mayBeClosing = outcome == Reservation::Outcome::takenOver;
     const auto deadline = std::chrono::steady_clock::now() + (mayBeClosing ? kReleasedCardLimit : 0ms);
-    for (;;) {
-      StartResult result = openSession(device, reservation, client);
-      if (result.status != kAudioDevicePermissionsError) return result;
-      if (std::chrono::steady_clock::now() >= deadline) return result;
+    while (!succeeds()) {
+      if (std::chrono::steady_clock::now() >= deadline) return false;
       std::this_thread::sleep_for(20ms);
     }
+    return true;
   }
 
   /// Takes the reservation if it succeeds.
@@ -195,6 +241,20 @@ class AlsaDriver final : public Driver {
     return uids;
   }
 
+  /// A sound server may open a card before us when it returns.
+  void claimTheLost() {
+    for (const auto& [uid, session] : running_) {
+      const auto control = session.lock();
+      if (control && control->lost()) claims_.try_emplace(uid);
+    }
+  }
+
+  std::set<std::string> claimedUids() {
+    std::set<std::string> uids;
+    for (const auto& [uid, claim] : claims_) uids.insert(uid);
+    return uids;
+  }
+
   /// True while there is a session that has lost its card.
   bool isWaiting() {
     const std::lock_guard lock(mutex_);
@@ -208,13 +268,21 @@ class AlsaDriver final : public Driver {
     if (DeviceObserver* const observer = observer_.load()) observer->devicesChanged(*this);
   }
 
+  /// A card that we use, whoever has it now.
+  struct Claim {
+    int card = -1;                                       // its number when it was reserved
+    std::unique_ptr<Reservation> reservation = nullptr;  // until a session has it
+  };
+
   const Library& alsa_;
+  const std::function<std::set<int>()> cardsOfSoundServers_;
   std::atomic<DeviceObserver*> observer_{nullptr};
   std::mutex cardsMutex_;  // may be locked while mutex_ is, not the other way round
   CardIdentities identities_;
   std::mutex mutex_;
   ShownCards shown_;                                              // guarded by mutex_
   std::map<std::string, std::weak_ptr<SessionControl>> running_;  // by uid; guarded by mutex_
+  std::map<std::string, Claim> claims_;                           // by uid; guarded by mutex_
   std::optional<HotplugWatch> watch_;                             // last, because its thread uses the rest
 };
 
@@ -235,11 +303,12 @@ class AbsentAlsaDriver final : public Driver {
 std::unique_ptr<Driver> makeAlsaDriver() {
   const alsa::Library* alsa = alsa::library();
   if (alsa == nullptr) return std::make_unique<alsa::AbsentAlsaDriver>();
-  return makeAlsaDriver(*alsa);
+  return makeAlsaDriver(*alsa, [] { return alsa::cardsOfSoundServers(); });
 }
 
-std::unique_ptr<Driver> makeAlsaDriver(const alsa::Library& alsa) {
-  return std::make_unique<alsa::AlsaDriver>(alsa);
+std::unique_ptr<Driver> makeAlsaDriver(const alsa::Library& alsa,
+                                       std::function<std::set<int>()> cardsOfSoundServers) {
+  return std::make_unique<alsa::AlsaDriver>(alsa, std::move(cardsOfSoundServers));
 }
 
 }  // namespace tolvane::hal

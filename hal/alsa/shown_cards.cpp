@@ -37,6 +37,15 @@ DeviceInfo describe(const Card& card, const DuplexOffer& offer) {
   return info;
 }
 
+DeviceInfo heldCard(const Card& card) {
+  DeviceInfo info;
+  info.uid = ShownCards::uidOf(card);
+  info.name = card.name;
+  info.alsaCards = {card.index};
+  info.isHeld = true;
+  return info;
+}
+
 /// If several cards have the same name, appends each card's identity. This also tells them apart the next
 /// time.
 std::string distinctName(const Card& card, const std::vector<Card>& cards) {
@@ -47,13 +56,17 @@ std::string distinctName(const Card& card, const std::vector<Card>& cards) {
 
 }  // namespace
 
-std::vector<DeviceInfo> ShownCards::show(const std::vector<Card>& cards, const std::set<int>& held,
-                                         const std::set<std::string>& running) {
-  forgetAllBut(cards);
+std::vector<DeviceInfo> ShownCards::show(const std::vector<Card>& cards, const Users& users) {
+  forgetAllBut(cards, users.claimed);
   std::vector<DeviceInfo> devices;
   for (const Card& card : cards) {
-    const bool isRunning = running.count(uidOf(card)) != 0;
-    if (!isRunning && held.count(card.index) != 0) continue;
+    const std::string uid = uidOf(card);
+    const bool isRunning = users.running.contains(uid);
+    const bool isOurs = isRunning || users.claimed.contains(uid);
+    if (!isOurs && users.servers.contains(card.index)) {
+      devices.push_back(heldCard(card));
+      continue;
+    }
     const Known* const known = look(card, isRunning);
     if (known == nullptr) continue;
     const DuplexFormat& format = known->offer.format;
@@ -62,9 +75,8 @@ std::vector<DeviceInfo> ShownCards::show(const std::vector<Card>& cards, const s
     devices.back().name = distinctName(card, cards);
     devices.back().inputs = channelsCalled(known->inputNames);
     devices.back().outputs = channelsCalled(known->outputNames);
-    // No card number while it runs: it stays listed even if a sound server that came later lists its card
-    // too.
-    if (!isRunning) devices.back().alsaCards = {card.index};
+    // No card number while it is ours: it stays listed even if a sound server lists its card too.
+    if (!isOurs) devices.back().alsaCards = {card.index};
   }
   return devices;
 }
@@ -82,11 +94,11 @@ const ShownCards::Known* ShownCards::look(const Card& card, bool isRunning) {
   return &now;
 }
 
-void ShownCards::forgetAllBut(const std::vector<Card>& cards) {
+void ShownCards::forgetAllBut(const std::vector<Card>& cards, const std::set<std::string>& claimed) {
   for (auto known = known_.begin(); known != known_.end();) {
     const bool there = std::any_of(cards.begin(), cards.end(),
                                    [&](const Card& card) { return uidOf(card) == known->first; });
-    known = there ? std::next(known) : known_.erase(known);
+    known = there || claimed.contains(known->first) ? std::next(known) : known_.erase(known);
   }
 }
 

@@ -20,11 +20,18 @@ class ShownCards {
 
   explicit ShownCards(Prober probe) : probe_(std::move(probe)) {}
 
-  /// The devices, in the order of `cards`. Leaves out cards that a sound server uses (`held`, by number),
-  /// unless one of our sessions runs on them (`running`, by uid). Probes each new card. A card in use keeps
-  /// what is known of it; a card that was in use from the start is shown with its user's settings.
-  [[nodiscard]] std::vector<DeviceInfo> show(const std::vector<Card>& cards, const std::set<int>& held,
-                                             const std::set<std::string>& running);
+  /// Who uses which card.
+  struct Users {
+    std::set<int> servers = {};          // numbers of the cards that a sound server uses
+    std::set<std::string> running = {};  // uids of the cards that one of our sessions runs on
+    std::set<std::string> claimed = {};  // uids of the cards that we use, whoever has them now
+  };
+
+  /// The devices, in the order of `cards`. A card that a sound server uses is held, unless it is claimed or
+  /// one of our sessions runs on it. Probes each new card that is not held. A card in use keeps what is known
+  /// of it; a card that was in use from the start is shown with its user's settings. A claimed card that has
+  /// been away keeps what is known of it, too.
+  [[nodiscard]] std::vector<DeviceInfo> show(const std::vector<Card>& cards, const Users& users);
 
   /// Makes show() probe the device again, once no session of ours runs on it.
   void lookAgain(const std::string& uid);
@@ -45,10 +52,10 @@ class ShownCards {
   };
 
   const Known* look(const Card& card, bool isRunning);
-  void forgetAllBut(const std::vector<Card>& cards);
+  void forgetAllBut(const std::vector<Card>& cards, const std::set<std::string>& claimed);
 
   const Prober probe_;
-  std::map<std::string, Known> known_;          // by uid; of cards that are there
+  std::map<std::string, Known> known_;          // by uid; of cards that are there or claimed
   std::map<std::string, CardSettings> wanted_;  // by uid
 };
 

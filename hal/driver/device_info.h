@@ -52,6 +52,10 @@ struct DeviceInfo {
   // empty if it is in that profile or has none.
   std::string proAudioCommand = {};
 
+  // A sound card that a sound server uses. It is not listed, but Driver::claim() can make it a device that
+  // is. Only its uid, name and card number are known.
+  bool isHeld = false;
+
   bool operator==(const DeviceInfo&) const = default;
 };
 

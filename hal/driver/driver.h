@@ -142,6 +142,12 @@ class Driver {
     return kAudioHardwareUnsupportedOperationError;
   }
 
+  /// Asks the sound server that uses `card`, which devices() returned as held, to release it. The driver then
+  /// lists the card for the rest of its life, even if a server takes it again. Errors:
+  /// kAudioDevicePermissionsError (the server keeps it), kAudioHardwareUnsupportedOperationError (nobody can
+  /// be asked), kAudioHardwareBadDeviceError (the card has gone). [not-io]
+  virtual OSStatus claim(const DeviceInfo& /*card*/) { return kAudioHardwareUnsupportedOperationError; }
+
   /// Sets how the device runs from its next start on. Error: kAudioHardwareUnsupportedOperationError (it is
   /// no device without hardware). Returns at once. [not-io]
   virtual OSStatus setRehearsal(const DeviceInfo& /*device*/, const TolvaneRehearsal& /*rehearsal*/) {

@@ -33,6 +33,8 @@ static_assert(kSignOfLifeLimit + kPipeWireStartLimit < kStartLimit);
 inline constexpr std::chrono::milliseconds kReservationLimit{2500};
 inline constexpr std::chrono::milliseconds kReleasedCardLimit{1500};
 static_assert(kReservationLimit + kReleasedCardLimit < kStartLimit);
+inline constexpr std::chrono::milliseconds kClaimLimit{5000};
+static_assert(kReservationLimit + kReleasedCardLimit < kClaimLimit);
 
 // The end of a session, whose callback is silent by then. It is awaited by a stop (AudioDeviceStop() promises
 // one second), by the end of the process, and by the session that replaces this one. A session that takes

@@ -143,7 +143,7 @@ void Catalog::relist() {
 void Catalog::listDevices(Source& source, ListedAlready& listed) {
   for (DeviceInfo info : source.answer->devices) {
     makeTextsValid(info);
-    if (listed.has(info)) continue;
+    if (info.isHeld || listed.has(info)) continue;
     listed.add(info);
     listDevice(source, std::move(info));
   }
@@ -169,6 +169,34 @@ void Catalog::publishList() {
   if (listed_ && list != list_) listChanged_ = true;
   listed_ = true;
   list_ = std::move(list);
+}
+
+template <typename IsWanted>
+std::optional<Catalog::HeldCard> Catalog::findHeld(const IsWanted& isWanted) const {
+  const std::lock_guard lock(mutex_);
+  for (const Source& source : sources_) {
+    if (!source.answer) continue;
+    for (const DeviceInfo& info : source.answer->devices) {
+      if (info.isHeld && isWanted(info)) return HeldCard{source.poller, info};
+    }
+  }
+  return std::nullopt;
+}
+
+std::optional<Catalog::HeldCard> Catalog::heldCard(const std::string& uid) const {
+  return findHeld([&](const DeviceInfo& info) { return info.uid == uid; });
+}
+
+std::optional<Catalog::HeldCard> Catalog::heldCard(int alsaCard) const {
+  return findHeld([&](const DeviceInfo& info) { return info.alsaCards == std::vector{alsaCard}; });
+}
+
+bool Catalog::isListed(const std::string& uid) const {
+  const std::lock_guard lock(mutex_);
+  return std::any_of(sources_.begin(), sources_.end(), [&](const Source& source) {
+    return std::any_of(source.devices.begin(), source.devices.end(),
+                       [&](const auto& device) { return device->info().uid == uid; });
+  });
 }
 
 std::shared_ptr<Device> Catalog::device(AudioObjectID id) {

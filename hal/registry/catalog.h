@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -41,6 +42,18 @@ class Catalog {
   /// What the drivers have to tell the user, each a sentence. [not-io]
   [[nodiscard]] std::vector<std::string> problems() const;
 
+  /// A sound card that a sound server uses, as its driver reported it last.
+  struct HeldCard {
+    std::shared_ptr<DriverPoller> poller;
+    DeviceInfo info;
+  };
+  /// The card with this uid; none if there is none. [not-io]
+  [[nodiscard]] std::optional<HeldCard> heldCard(const std::string& uid) const;
+  /// The card with this number. [not-io]
+  [[nodiscard]] std::optional<HeldCard> heldCard(int alsaCard) const;
+  /// True if a device with this uid is on the list. [not-io]
+  [[nodiscard]] bool isListed(const std::string& uid) const;
+
   /// The device with this identifier; null if there is none. If the driver has reported a change, asks it
   /// first, so that the device is up to date. [not-io]
   std::shared_ptr<Device> device(AudioObjectID id);
@@ -71,6 +84,8 @@ class Catalog {
   void listDevices(Source& source, ListedAlready& listed);
   void listDevice(Source& source, DeviceInfo info);
   void publishList();
+  template <typename IsWanted>
+  [[nodiscard]] std::optional<HeldCard> findHeld(const IsWanted& isWanted) const;
 
   const std::function<void()> onChange_;
   mutable std::mutex mutex_;  // never held while waiting for a driver

@@ -140,6 +140,10 @@ OSStatus readProAudioCommand(DeviceObject& object, const ValueRoom& room) {
   return writeString(room, object.device->info().proAudioCommand);
 }
 
+OSStatus readCardUid(DeviceObject& object, const ValueRoom& room) {
+  return writeString(room, object.registry.cardUid(*object.device));
+}
+
 OSStatus readMonitorChannels(DeviceObject& object, const ValueRoom& room) {
   return writeValue<UInt32>(room, object.device->info().monitorChannels);
 }
@@ -255,6 +259,7 @@ const std::vector<Property<DeviceObject>>& deviceProperties() {
       {kTolvaneDevicePropertyPeriods, kGlobal, sizeOf<UInt32>, readPeriods, writePeriods},
       {kTolvaneDevicePropertyPeriodsRange, kGlobal, sizeOf<AudioValueRange>, readPeriodsRange, nullptr},
       {kTolvaneDevicePropertyProAudioCommand, kGlobal, sizeOf<CFTypeRef>, readProAudioCommand, nullptr},
+      {kTolvaneDevicePropertyCardUID, kGlobal, sizeOf<CFTypeRef>, readCardUid, nullptr},
       {kTolvaneDevicePropertyMonitorChannels, kGlobal, sizeOf<UInt32>, readMonitorChannels, nullptr},
       {kTolvaneDevicePropertyIOThreadScheduling, kGlobal, sizeOf<TolvaneThreadScheduling>,
        readIoThreadScheduling, nullptr},

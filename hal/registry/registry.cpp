@@ -61,23 +61,45 @@ std::optional<bool> Registry::isMemoryLocked(const Device& device) const {
 }
 
 OSStatus Registry::change(const std::shared_ptr<Device>& device, Change change) {
+  return call(
+      device->poller(),
+      [info = device->info(), change = std::move(change)](Driver& driver) { return change(driver, info); },
+      kSettingLimit);
+}
+
+std::string Registry::cardUid(const Device& device) const {
+  const std::vector<int> cards = device.info().alsaCards;
+  const auto held = cards.size() == 1 ? catalog_.heldCard(cards.front()) : std::nullopt;
+  return held ? held->info.uid : "";
+}
+
+OSStatus Registry::claim(const std::string& uid) {
+  if (catalog_.isListed(uid)) return noErr;
+  auto held = catalog_.heldCard(uid);
+  if (!held) return kAudioHardwareBadDeviceError;
+  return call(
+      held->poller, [card = std::move(held->info)](Driver& driver) { return driver.claim(card); },
+      kClaimLimit);
+}
+
+/// Calls the driver on a thread of its own, and lists its devices anew if it succeeds.
+OSStatus Registry::call(const std::shared_ptr<DriverPoller>& poller, std::function<OSStatus(Driver&)> called,
+                        std::chrono::milliseconds limit) {
   struct Outcome {
     std::mutex mutex;
     std::condition_variable done;
     std::optional<OSStatus> status;
   };
   const auto outcome = std::make_shared<Outcome>();
-  const auto poller = device->poller();
-  const bool isAsked =
-      runDetached("tolvane-set", [outcome, poller, info = device->info(), change = std::move(change)] {
-        const OSStatus status = orExhausted([&] { return change(poller->driver(), info); });
-        const std::lock_guard lock(outcome->mutex);
-        outcome->status = status;
-        outcome->done.notify_all();
-      });
+  const bool isAsked = runDetached("tolvane-set", [outcome, poller, called = std::move(called)] {
+    const OSStatus status = orExhausted([&] { return called(poller->driver()); });
+    const std::lock_guard lock(outcome->mutex);
+    outcome->status = status;
+    outcome->done.notify_all();
+  });
   if (!isAsked) return kTolvaneExhaustedError;
   std::unique_lock lock(outcome->mutex);
-  if (!outcome->done.wait_for(lock, kSettingLimit, [&] { return outcome->status.has_value(); })) {
+  if (!outcome->done.wait_for(lock, limit, [&] { return outcome->status.has_value(); })) {
     return kAudioHardwareNotReadyError;
   }
   if (*outcome->status == noErr) catalog_.ask(poller);

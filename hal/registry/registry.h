@@ -40,6 +40,10 @@ class Registry {
   /// and the device's last report. [not-io]
   using Change = std::function<OSStatus(Driver& driver, const DeviceInfo& device)>;
   OSStatus change(const std::shared_ptr<Device>& device, Change change);
+  /// The uid of the device's one sound card; empty unless a sound server holds the card. [not-io]
+  [[nodiscard]] std::string cardUid(const Device& device) const;
+  /// The work of kTolvanePropertyClaim. [not-io]
+  OSStatus claim(const std::string& uid);
 
   [[nodiscard]] Notifier& notifier() noexcept { return notifier_; }
 
@@ -58,6 +62,8 @@ class Registry {
   void endAtExit();
   bool beSupervised();
   void awaitLateAnswer(const Device& device);
+  OSStatus call(const std::shared_ptr<DriverPoller>& poller, std::function<OSStatus(Driver&)> called,
+                std::chrono::milliseconds limit);
   void wake();
   void supervise();
   bool superviseOnce(Clock::time_point now);

@@ -60,6 +60,19 @@ OSStatus readProblems(Registry& registry, const ValueRoom& room) {
   return writeString(room, lines);
 }
 
+UInt32 claimSize(Registry& /*registry*/) {
+  return 0;
+}
+
+OSStatus readClaim(Registry& /*registry*/, const ValueRoom& /*room*/) {
+  return kAudioHardwareUnsupportedOperationError;
+}
+
+OSStatus writeClaim(Registry& registry, UInt32 dataSize, const void* data) {
+  if (dataSize == 0) return kAudioHardwareBadPropertySizeError;
+  return registry.claim({static_cast<const char*>(data), dataSize});
+}
+
 }  // namespace
 
 const std::vector<Property<Registry>>& systemProperties() {
@@ -68,6 +81,7 @@ const std::vector<Property<Registry>>& systemProperties() {
        nullptr},
       {kTolvanePropertySilentServers, kAudioObjectPropertyScopeGlobal, textSize, readSilentServers, nullptr},
       {kTolvanePropertyProblems, kAudioObjectPropertyScopeGlobal, textSize, readProblems, nullptr},
+      {kTolvanePropertyClaim, kAudioObjectPropertyScopeGlobal, claimSize, readClaim, writeClaim},
   };
   return *table;
 }

@@ -98,13 +98,17 @@ TEST(AlsaBusyCardOfASoundServer, IsTheServersUntilItIsGone) {
   char sign = '?';
   EXPECT_EQ(read(ready[0], &sign, 1), 1);
   EXPECT_EQ(sign, 'y');
-  EXPECT_FALSE(find(*driver, "alsa:Dummy"));
+  const auto held = find(*driver, "alsa:Dummy");
+  ASSERT_TRUE(held);
+  EXPECT_TRUE(held->isHeld);
   EXPECT_TRUE(find(*driver, "alsa:Loopback"));
   kill(server, SIGKILL);
   waitpid(server, nullptr, 0);
   close(ready[0]);
   close(ready[1]);
-  EXPECT_TRUE(find(*driver, "alsa:Dummy"));
+  const auto free = find(*driver, "alsa:Dummy");
+  ASSERT_TRUE(free);
+  EXPECT_FALSE(free->isHeld);
 }
 
 TEST(AlsaCardOfOurOwn, StaysListedWhileItRuns) {

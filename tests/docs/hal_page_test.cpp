@@ -100,8 +100,8 @@ TEST(HalPage, SaysWhatCanBeSet) {
     SCOPED_TRACE(row[1]);
     const AudioObjectID object = row[0] == "system" ? AudioObjectID{kAudioObjectSystemObject} : firstDevice();
     const AudioObjectPropertyAddress address{fourChars(row[2]), fourChars(row[3]), 0};
-    const char value = 0;  // too short for any value: nothing is set
-    const OSStatus status = AudioObjectSetPropertyData(object, &address, 0, nullptr, 1, &value);
+    const char none = 0;
+    const OSStatus status = AudioObjectSetPropertyData(object, &address, 0, nullptr, 0, &none);
     EXPECT_EQ(status, row[6] == "yes" ? OSStatus{kAudioHardwareBadPropertySizeError}
                                       : OSStatus{kAudioHardwareUnsupportedOperationError});
   }

@@ -235,6 +235,11 @@ OSStatus ScriptedHal::propertyData(AudioObjectID object, const AudioObjectProper
 
 OSStatus ScriptedHal::setPropertyData(AudioObjectID object, const AudioObjectPropertyAddress& address,
                                       UInt32 size, const void* data) {
+  if (object == kAudioObjectSystemObject && address.mSelector == kTolvanePropertyClaim) {
+    const std::string uid(static_cast<const char*>(data), size);
+    log("AudioObjectSetPropertyData(" + describe(object, address) + ", " + uid + ")");
+    return onClaim ? onClaim(uid) : OSStatus{kAudioHardwareBadDeviceError};
+  }
   const bool isRate = address.mSelector == kAudioDevicePropertyNominalSampleRate;
   UInt32 count = 0;
   Float64 rate = 0.0;

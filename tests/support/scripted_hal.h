@@ -82,6 +82,9 @@ class ScriptedHal {
   /// The silent servers ('slnt'). May change at any time, also from `onCall`.
   std::string silentServers;
 
+  /// Answers a claim ('clam') of this uid. None: no sound server has a card.
+  std::function<OSStatus(const std::string& uid)> onClaim;
+
   /// Runs in each call, with the call's text, after the call is logged and before it is answered.
   std::function<void(const std::string& text)> onCall;
 
@@ -89,6 +92,7 @@ class ScriptedHal {
   ///   AudioObjectGetPropertyDataSize(1, dev# glob 0)
   ///   AudioObjectGetPropertyData(1, dev# glob 0, size 8)
   ///   AudioObjectSetPropertyData(7, fsiz glob 0, 256)
+  ///   AudioObjectSetPropertyData(1, clam glob 0, alsa:Card)
   ///   AudioObjectAddPropertyListener(7, livn glob 0)
   ///   AudioObjectRemovePropertyListener(7, livn glob 0)
   ///   AudioDeviceCreateIOProcID(7)
@@ -96,7 +100,8 @@ class ScriptedHal {
   ///   AudioDeviceStop(7, proc 1)
   ///   AudioDeviceDestroyIOProcID(7, proc 1)
   /// AudioObjectSetPropertyData can set only the device's buffer size in frames, its sample rate and its
-  /// periods. The text of a property query with a qualifier ends in ", qualifier" before the parenthesis.
+  /// periods, and claim a card. The text of a property query with a qualifier ends in ", qualifier" before
+  /// the parenthesis.
   [[nodiscard]] const std::vector<std::string>& calls() const { return calls_; }
   /// Returns the calls so far and clears them.
   std::vector<std::string> takeCalls();

@@ -53,6 +53,7 @@ TEST_F(DeviceChannelsOf, OneAsJson) {
     "driver": "virtual",
     "sampleRate": 48000.0,
     "bufferFrames": 512,
+    "cardUid": null,
     "inputs": [
       {
         "channel": 0,

@@ -1,5 +1,8 @@
 #include "ctl/devices/choice.h"
 
+#include <algorithm>
+#include <utility>
+
 #include <gtest/gtest.h>
 
 #include "support/scripted_hal.h"
@@ -128,6 +131,84 @@ TEST_F(ListedChoice, OfSeveralIsNoneWhoeverIsSilent) {
 
 TEST_F(ListedChoice, NamesAllServersThatAreSilent) {
   EXPECT_EQ(silenceOf({{}, "jack, pipewire"}).text, "the sound servers jack, pipewire do not answer");
+}
+
+/// Waiting for a sound card that a sound server uses.
+class ClaimedChoice : public testing::Test {
+ protected:
+  ClaimedChoice() {
+    hal_.devices.push_back({.id = 20, .name = "Box", .inputStreams = {2}, .uid = "server:box"});
+  }
+
+  static DeviceChoice awaitCard(double seconds) {
+    return awaitDeviceToRun("alsa:box", seconds, [] { return false; });
+  }
+  [[nodiscard]] std::size_t claims() const {
+    const auto& calls = hal_.calls();
+    return static_cast<std::size_t>(std::count_if(calls.begin(), calls.end(), [](const std::string& call) {
+      return call.find("clam") != std::string::npos;
+    }));
+  }
+
+  test::ScriptedHal hal_;
+};
+
+TEST_F(ClaimedChoice, IsTheCardThatTheServerReleases) {
+  hal_.onClaim = [this](const std::string& uid) {
+    EXPECT_EQ(uid, "alsa:box");
+    hal_.devices = {{.id = 21, .name = "Card", .inputStreams = {2}, .uid = uid}};
+    return OSStatus{noErr};
+  };
+  for (const double seconds : {0.0, 10.0}) {
+    hal_.devices = {{.id = 20, .name = "Box", .inputStreams = {2}, .uid = "server:box"}};
+    const DeviceChoice choice = awaitCard(seconds);
+    ASSERT_TRUE(choice);
+    EXPECT_EQ(choice.value().id, 21U);
+  }
+  EXPECT_EQ(claims(), 2U);
+}
+
+TEST_F(ClaimedChoice, WaitsForACardThatComesLater) {
+  int asked = 0;
+  hal_.onClaim = [&](const std::string& uid) {
+    if (++asked < 3) return OSStatus{kAudioHardwareBadDeviceError};
+    hal_.devices = {{.id = 21, .name = "Card", .inputStreams = {2}, .uid = uid}};
+    return OSStatus{noErr};
+  };
+  EXPECT_TRUE(awaitCard(10.0));
+}
+
+TEST_F(ClaimedChoice, OfACardThatIsListedClaimsNothing) {
+  hal_.devices.push_back({.id = 21, .name = "Card", .inputStreams = {2}, .uid = "alsa:box"});
+  EXPECT_TRUE(awaitCard(0.0));
+  EXPECT_TRUE(awaitDeviceToRun("", 0.0, [] { return false; }));
+  EXPECT_TRUE(awaitDeviceToRun("Box", 0.0, [] { return false; }));
+  EXPECT_EQ(claims(), 0U);
+}
+
+TEST_F(ClaimedChoice, OfACardThatNobodyHasIsNone) {
+  EXPECT_EQ(awaitCard(0.0).error().status, ExitStatus::noSuchDevice);
+}
+
+TEST_F(ClaimedChoice, OnlyARunClaims) {
+  EXPECT_FALSE(awaitDevice("alsa:box", 0.0, [] { return false; }));
+  EXPECT_EQ(claims(), 0U);
+}
+
+TEST_F(ClaimedChoice, SaysAtOnceWhyTheCardCannotBeHad) {
+  const std::pair<OSStatus, const char*> reasons[] = {
+      {kAudioDevicePermissionsError, "a sound server uses this card and keeps it"},
+      {kAudioHardwareUnsupportedOperationError,
+       "a sound server uses this card, and there is no session bus to ask for it"},
+      {kAudioHardwareNotReadyError, "a sound server uses this card and does not answer"},
+      {kTolvaneExhaustedError, "the card cannot be asked for: no thread, memory or descriptor is left"}};
+  for (const auto& [status, reason] : reasons) {
+    hal_.onClaim = [status = status](const std::string&) { return status; };
+    const DeviceChoice choice = awaitCard(3600.0);
+    ASSERT_FALSE(choice);
+    EXPECT_EQ(choice.error().text, std::string("alsa:box: ") + reason);
+    EXPECT_EQ(choice.error().status, ExitStatus::failed);
+  }
 }
 
 }  // namespace

@@ -41,7 +41,8 @@ TEST(Devices, JsonHasEveryMemberWithItsType) {
   EXPECT_EQ(last.at("sampleRate"), 48000.0);
   EXPECT_EQ(last.at("bufferFrames"), 512);
   EXPECT_EQ(last.at("uid"), "virtual:tolvane");
-  EXPECT_EQ(last.size(), 8U);
+  EXPECT_EQ(last.at("cardUid"), nullptr);
+  EXPECT_EQ(last.size(), 9U);
 }
 
 TEST(Devices, LongTableHasTheLastingIdentities) {

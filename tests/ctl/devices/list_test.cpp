@@ -72,6 +72,16 @@ TEST_F(DeviceListOf, ACardNotInItsProAudioProfileAsALongTable) {
   EXPECT_EQ(deviceTable({card}).find("pro-audio"), std::string::npos);
 }
 
+TEST_F(DeviceListOf, ACardOfASoundServerAsALongTableAndAsJson) {
+  const DeviceDetails card{{2, "Box", 2, 2}, "pipewire", 48000.0, 256, "pipewire:box", "", "alsa:Box\n"};
+  const std::string table = deviceTable({card}, TableForm::longer);
+  EXPECT_EQ(table.substr(table.find("\n\n")),
+            "\n\nBox: can be used without the sound server. The server releases the card if you run:\n"
+            "  alsa:Box\\n\n");
+  EXPECT_EQ(deviceTable({card}).find("alsa:"), std::string::npos);
+  EXPECT_NE(deviceJson({card}).find(R"("cardUid": "alsa:Box\n")"), std::string::npos);
+}
+
 TEST_F(DeviceListOf, TwoAsJson) {
   hal_.failProperty(test::HalCall::getPropertyData, 41, kAudioDevicePropertyNominalSampleRate,
                     kAudioObjectPropertyScopeGlobal, kAudioHardwareUnknownPropertyError);
@@ -84,7 +94,8 @@ TEST_F(DeviceListOf, TwoAsJson) {
     "outputChannels": 8,
     "driver": "jack",
     "sampleRate": 44100.5,
-    "bufferFrames": 64
+    "bufferFrames": 64,
+    "cardUid": null
   },
   {
     "id": 41,
@@ -94,7 +105,8 @@ TEST_F(DeviceListOf, TwoAsJson) {
     "outputChannels": 0,
     "driver": "virtual",
     "sampleRate": null,
-    "bufferFrames": 512
+    "bufferFrames": 512,
+    "cardUid": null
   }
 ]
 )");

@@ -70,7 +70,7 @@ TEST_P(DevicesWatchJson, IsAnObjectALine) {
   EXPECT_EQ(child.finish().status, 0);
   std::vector<std::string> told;
   for (const json& object : objects(child.out())) {
-    EXPECT_EQ(object.size(), 9U) << object;
+    EXPECT_EQ(object.size(), 10U) << object;
     told.push_back(object.at("event").get<std::string>() + ' ' + object.at("name").get<std::string>());
   }
   EXPECT_THAT(told, testing::ElementsAre("present Stays", "present Tolvane Virtual Device", "arrived Visitor",

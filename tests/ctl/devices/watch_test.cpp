@@ -71,7 +71,8 @@ TEST(DeviceEvent, IsAJsonObjectOnALine) {
   EXPECT_EQ(deviceEventJson("departed", told),
             "{\"event\":\"departed\",\"id\":12,\"uid\":\"pipewire:line\",\"name\":"
             "\"Line\\nfeed\xEF\xBF\xBD\",\"inputChannels\":2,"
-            "\"outputChannels\":1,\"driver\":\"pipewire\",\"sampleRate\":null,\"bufferFrames\":256}\n");
+            "\"outputChannels\":1,\"driver\":\"pipewire\",\"sampleRate\":null,\"bufferFrames\":256,"
+            "\"cardUid\":null}\n");
 }
 
 TEST(DeviceWatch, LeavesNothingBehindInTheHal) {
@@ -85,7 +86,7 @@ TEST(DeviceWatch, LeavesNothingBehindInTheHal) {
   EXPECT_EQ(testing::internal::GetCapturedStdout(),
             "{\"event\":\"present\",\"id\":7,\"uid\":null,\"name\":\"Box\",\"inputChannels\":2,"
             "\"outputChannels\":0,"
-            "\"driver\":\"virtual\",\"sampleRate\":48000.0,\"bufferFrames\":512}\n");
+            "\"driver\":\"virtual\",\"sampleRate\":48000.0,\"bufferFrames\":512,\"cardUid\":null}\n");
   EXPECT_EQ(hal.notify(kAudioObjectSystemObject, kAudioHardwarePropertyDevices), 0U);
 }
 

@@ -41,6 +41,9 @@ Library oneCard() {
 
 }  // namespace
 
-OneCard::OneCard() : alsa_((machine = this, oneCard())), driver_(hal::makeAlsaDriver(alsa_)) {}
+OneCard::OneCard()
+    : alsa_((machine = this, oneCard())),
+      driver_(
+          hal::makeAlsaDriver(alsa_, [this] { return isServers ? std::set{kNumber} : std::set<int>{}; })) {}
 
 }  // namespace tolvane::test

@@ -26,7 +26,8 @@ class OneCard {
   [[nodiscard]] hal::DeviceInfo card() const { return driver_->devices().at(0); }
 
   std::atomic<bool> isThere{true};
-  std::atomic<bool> isHeld{false};  // another program has opened it
+  std::atomic<bool> isHeld{false};     // another program has opened it
+  std::atomic<bool> isServers{false};  // and it is a sound server
 
  private:
   const hal::alsa::Library alsa_;

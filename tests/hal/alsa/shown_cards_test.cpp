@@ -18,12 +18,13 @@ class ShownCardsTest : public testing::Test {
  protected:
   std::vector<DeviceInfo> show(const std::vector<Card>& cards, const std::set<int>& held = {},
                                const std::set<std::string>& running = {}) {
-    return shown_.show(cards, held, running);
+    return shown_.show(cards, {held, running, claimed_});
   }
   static Card card(int index, const char* id, const char* name) { return {index, id, name, 0, 0}; }
 
   std::map<std::string, Probe> probes_;  // result of the next probe, by the card's id
   std::vector<std::string> looks_;
+  std::set<std::string> claimed_;
   CardSettings asked_;
   ShownCards shown_{[this](const Card& looked, const CardSettings& settings) {
     looks_.push_back(looked.id);
@@ -108,10 +109,35 @@ TEST_F(ShownCardsTest, ACardOfASoundServerIsTheServers) {
   probes_["USB"] = {Outcome::known, offer(2, 2)};
   const std::vector<Card> cards{card(0, "PCH", "A"), card(1, "USB", "B")};
   const auto devices = show(cards, {0});
-  ASSERT_EQ(devices.size(), 1U);
-  EXPECT_EQ(devices[0].uid, "alsa:USB");
+  ASSERT_EQ(devices.size(), 2U);
+  EXPECT_TRUE(devices[0].isHeld);
+  EXPECT_EQ(devices[0].uid, "alsa:PCH");
+  EXPECT_EQ(devices[0].name, "A");
+  EXPECT_EQ(devices[0].alsaCards, std::vector{0});
+  EXPECT_FALSE(devices[1].isHeld);
   EXPECT_EQ(looks_, std::vector<std::string>{"USB"});
-  EXPECT_EQ(show(cards).size(), 2U);
+  for (const DeviceInfo& device : show(cards)) EXPECT_FALSE(device.isHeld) << device.uid;
+}
+
+TEST_F(ShownCardsTest, AClaimedCardIsOursWhoeverHasIt) {
+  probes_["PCH"] = {Outcome::known, offer(2, 4)};
+  claimed_ = {"alsa:PCH"};
+  const auto devices = show({card(0, "PCH", "A")}, {0});
+  ASSERT_EQ(devices.size(), 1U);
+  EXPECT_FALSE(devices[0].isHeld);
+  EXPECT_EQ(devices[0].outputStreams.size(), 4U);
+  EXPECT_TRUE(devices[0].alsaCards.empty());  // it stays listed even if the server lists it, too
+}
+
+TEST_F(ShownCardsTest, AClaimedCardThatReturnsIsKnown) {
+  probes_["PCH"] = {Outcome::known, offer(2, 4)};
+  claimed_ = {"alsa:PCH"};
+  const auto before = show({card(0, "PCH", "A")});
+  EXPECT_TRUE(show({}).empty());
+  // A server that is faster has it open.
+  probes_["PCH"] = {Outcome::notNow, offer(1, 1)};
+  EXPECT_EQ(show({card(3, "PCH", "A")}, {3}), before);
+  EXPECT_EQ(looks_.size(), 1U);
 }
 
 TEST_F(ShownCardsTest, ACardThatASessionOfOursRunsOnStaysAndIsLeftAlone) {

@@ -104,6 +104,13 @@ class ScriptedDriver final : public hal::Driver {
     return change(device, [=](DeviceInfo& info) { info.periods = periods; });
   }
 
+  OSStatus claim(const DeviceInfo& card) override {
+    return change(card, [](DeviceInfo& info) {
+      info.isHeld = false;
+      info.alsaCards.clear();  // listed whoever else lists the card
+    });
+  }
+
  private:
   template <typename Change>
   OSStatus change(const DeviceInfo& device, const Change& change) {

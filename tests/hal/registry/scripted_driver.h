@@ -55,7 +55,7 @@ class Script {
   Latch listing;   // passed by devices()
   Latch starting;  // passed by start()
   Latch ending;    // passed by the session's destructor
-  Latch setting;   // passed by each change of a setting
+  Latch setting;   // passed by each change of a setting, and by a claim
 
   [[nodiscard]] int listings() const;
   [[nodiscard]] int starts() const;
