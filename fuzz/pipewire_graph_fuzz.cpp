@@ -412,7 +412,8 @@ class Run {
     std::size_t outputs = 0;
     for (const std::uint32_t channels : device.info.inputStreams) inputs += channels;
     for (const std::uint32_t channels : device.info.outputStreams) outputs += channels;
-    require(inputs == device.inputs.size() && outputs == device.outputs.size());
+    // A monitor is a member of aggregates and no device: it has channels and no streams.
+    if (!device.isMonitor) require(inputs == device.inputs.size() && outputs == device.outputs.size());
     require(hal::utf16Length(hal::validUtf8(device.info.name)).has_value());
     const bool isFixed = device.info.maxBufferFrames == 0;
     require(isFixed || (device.info.minBufferFrames <= device.info.bufferFrames &&

@@ -6,12 +6,15 @@
 #include <cstdint>
 #include <cstring>
 #include <memory>
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
 #include "bytes.h"
 #include "hal/core_audio.h"
 #include "hal/pipewire/aggregate_list.h"
+#include "hal/registry/properties.h"
 #include "hal/registry/registry.h"
 #include "hal/surface/io_thread_scheduling.h"
 #include "hal/virtual/virtual_driver.h"
@@ -30,13 +33,31 @@ hal::pipewire::ListedDevice card(const char* name, std::size_t inputs, std::size
   device.inputs.resize(inputs);
   device.outputs.resize(outputs);
   device.isCard = device.isComplete = true;
+  device.info.sampleRatesHz = {44100.0, 48000.0};
+  device.info.periods = device.info.minPeriods = 2;
+  device.info.maxPeriods = 16;
+  device.info.inputs.assign(inputs, {"Kick", "node", "port"});
   return device;
+}
+
+constexpr std::string_view kHeldUid = "alsa:three";
+
+/// A card that a sound server has: the second device is the server's way to it.
+hal::DeviceInfo heldCard() {
+  hal::DeviceInfo held;
+  held.uid = kHeldUid;
+  held.name = "three";
+  held.alsaCards = {2};
+  held.isHeld = true;
+  return held;
 }
 
 std::vector<hal::DeviceInfo> cardsAndAggregate() {
   const std::vector<hal::pipewire::ListedDevice> cards = {card("one", 2, 8), card("t\xF6o", 0, 1)};
   std::vector<hal::DeviceInfo> all;
   for (const auto& device : cards) all.push_back(device.info);
+  all[1].alsaCards = {2};
+  all.push_back(heldCard());
   const auto notRunning = [](const std::string&) { return nullptr; };
   for (auto& aggregate : hal::pipewire::aggregatesOf(cards, {}, notRunning)) {
     aggregate.info.minBufferFrames = 32;
@@ -57,6 +78,19 @@ class ListingDriver final : public hal::Driver {
     require(frames >= 32 && frames <= 2048);
     return noErr;
   }
+  OSStatus setSampleRate(const hal::DeviceInfo& device, double rateHz) override {
+    const auto& rates = device.sampleRatesHz;
+    require(std::find(rates.begin(), rates.end(), rateHz) != rates.end());
+    return noErr;
+  }
+  OSStatus setPeriods(const hal::DeviceInfo& device, std::uint32_t periods) override {
+    require(periods >= device.minPeriods && periods <= device.maxPeriods);
+    return noErr;
+  }
+  OSStatus claim(const hal::DeviceInfo& card) override {
+    require(card == heldCard());
+    return noErr;
+  }
 };
 
 std::vector<AudioObjectID> listDevices() {
@@ -67,31 +101,27 @@ std::vector<AudioObjectID> listDevices() {
   return hal::Registry::shared().listDevices().devices;
 }
 
-constexpr std::array<AudioObjectPropertySelector, 14> kSelectors = {
-    kAudioHardwarePropertyDevices,
-    kTolvanePropertySilentServers,
-    kAudioObjectPropertyName,
-    kAudioDevicePropertyDeviceUID,
-    kAudioDevicePropertyStreamConfiguration,
-    kAudioDevicePropertyStreamConfiguration,
-    kAudioDevicePropertyNominalSampleRate,
-    kAudioDevicePropertyBufferFrameSize,
-    kAudioDevicePropertyBufferFrameSize,
-    kAudioDevicePropertyBufferFrameSizeRange,
-    kAudioDevicePropertyDeviceIsAlive,
-    kAudioDevicePropertyTransportType,
-    kAudioDeviceProcessorOverload,
-    kTolvaneDevicePropertyIOThreadScheduling,
-};
+/// The selectors of all properties.
+const std::vector<AudioObjectPropertySelector>& selectors() {
+  static const std::vector<AudioObjectPropertySelector> all = [] {
+    std::vector<AudioObjectPropertySelector> made;
+    for (const auto& property : hal::systemProperties()) made.push_back(property.selector);
+    for (const auto& property : hal::deviceProperties()) made.push_back(property.selector);
+    return made;
+  }();
+  return all;
+}
+
 constexpr std::array<AudioObjectPropertyScope, 3> kScopes = {
     kAudioObjectPropertyScopeGlobal, kAudioObjectPropertyScopeInput, kAudioObjectPropertyScopeOutput};
-constexpr std::array<OSStatus, 8> kStatuses = {noErr,
+constexpr std::array<OSStatus, 9> kStatuses = {noErr,
                                                kAudioHardwareIllegalOperationError,
                                                kAudioHardwareBadObjectError,
                                                kAudioHardwareUnknownPropertyError,
                                                kAudioHardwareBadPropertySizeError,
                                                kAudioHardwareUnsupportedOperationError,
                                                kAudioHardwareNotRunningError,
+                                               kAudioHardwareNotReadyError,
                                                kAudioHardwareBadDeviceError};
 
 OSStatus checked(OSStatus status) {
@@ -104,9 +134,13 @@ OSStatus listener(AudioObjectID /*object*/, UInt32 /*count*/, const AudioObjectP
   return noErr;
 }
 
-bool isString(AudioObjectPropertySelector selector) {
-  return selector == kAudioObjectPropertyName || selector == kAudioDevicePropertyDeviceUID ||
-         selector == kTolvanePropertySilentServers || selector == kTolvanePropertyProblems;
+constexpr std::array<AudioObjectPropertySelector, 9> kTexts = {
+    kAudioObjectPropertyName,      kAudioDevicePropertyDeviceUID,     kAudioObjectPropertyElementName,
+    kTolvanePropertySilentServers, kTolvanePropertyProblems,          kTolvaneDevicePropertyProAudioCommand,
+    kTolvaneDevicePropertyCardUID, kTolvaneDevicePropertyChannelNode, kTolvaneDevicePropertyChannelPort};
+
+bool isText(AudioObjectPropertySelector selector) {
+  return std::find(kTexts.begin(), kTexts.end(), selector) != kTexts.end();
 }
 
 /// One call of the HAL.
@@ -117,13 +151,14 @@ class Call {
     object_ = choice < devices.size()    ? devices[choice]
               : choice == devices.size() ? bytes.number<AudioObjectID>()
                                          : AudioObjectID{kAudioObjectSystemObject};
-    const std::size_t selector = bytes.below(kSelectors.size() + 1);
-    address_.mSelector = selector < kSelectors.size() ? kSelectors[selector] : bytes.number<UInt32>();
+    const std::size_t selector = bytes.below(selectors().size() + 1);
+    address_.mSelector = selector < selectors().size() ? selectors()[selector] : bytes.number<UInt32>();
     const std::size_t scope = bytes.below(8);
     address_.mScope = scope < kScopes.size() ? kScopes[scope]
                       : scope == 7           ? bytes.number<UInt32>()
                                              : kScopes[0];
-    address_.mElement = bytes.below(8) == 0 ? bytes.number<UInt32>() : 0;
+    const std::size_t element = bytes.below(8);
+    address_.mElement = element == 0 ? bytes.number<UInt32>() : element < 3 ? bytes.byte() : 0U;
     at_ = bytes.below(16) == 0 ? nullptr : &address_;
     qualifierBytes_ = bytes.below(8) == 0 ? bytes.number<UInt32>() : 0;
   }
@@ -170,7 +205,7 @@ class Call {
     const OSStatus status =
         checked(AudioObjectGetPropertyData(object_, at_, qualifierBytes_, nullptr, &size, data));
     require(size <= given || status != noErr);
-    if (status != noErr || !isString(address_.mSelector)) return;
+    if (status != noErr || !isText(address_.mSelector)) return;
     CFStringRef text = nullptr;
     require(size == sizeof text);
     std::memcpy(&text, data, sizeof text);
@@ -178,12 +213,33 @@ class Call {
     CFRelease(text);
   }
 
+  template <class Value>
+  static std::vector<char> bytesOf(const Value& value) {
+    std::vector<char> bytes(sizeof value);
+    std::memcpy(bytes.data(), &value, sizeof value);
+    return bytes;
+  }
+
   void set() {
-    const auto given = static_cast<UInt32>(bytes_.coin() ? sizeof(UInt32) : bytes_.below(32));
-    const std::unique_ptr<std::byte[]> value(new std::byte[given]());
-    const auto number = bytes_.coin() ? bytes_.number<UInt32>() : bytes_.number<std::uint16_t>();
-    std::memcpy(value.get(), &number, std::min<std::size_t>(given, sizeof number));
-    checked(AudioObjectSetPropertyData(object_, at_, qualifierBytes_, nullptr, given, value.get()));
+    std::vector<char> value;
+    if (bytes_.coin()) {
+      value.resize(bytes_.below(32));
+      for (char& byte : value) byte = static_cast<char>(bytes_.byte());
+    } else {
+      // What some property can be set to: a number of frames or periods, a rate, or a card's uid.
+      const auto number = bytes_.number<std::uint16_t>();
+      const Float64 rateHz = number;
+      const UInt32 count = number;
+      const std::size_t kind = bytes_.below(3);
+      value = kind == 0   ? bytesOf(count)
+              : kind == 1 ? bytesOf(rateHz)
+                          : std::vector(kHeldUid.begin(), kHeldUid.end());
+    }
+    // Of exactly that size, so that reading on is seen.
+    const std::unique_ptr<char[]> data(new char[value.size()]);
+    std::copy(value.begin(), value.end(), data.get());
+    const auto given = static_cast<UInt32>(value.size());
+    checked(AudioObjectSetPropertyData(object_, at_, qualifierBytes_, nullptr, given, data.get()));
   }
 
   Bytes& bytes_;
