@@ -80,7 +80,11 @@ class AlsaDriver final : public Driver {
     if (card == nullptr) return statusOf(-ENODEV);
     auto [outcome, reservation] = Reservation::ask(card->index, device.name);
     if (outcome == Reservation::Outcome::noBus) return kAudioHardwareUnsupportedOperationError;
-    const auto isFree = [&] { return !cardsOfSoundServers_().contains(card->index); };
+    const auto isFree = [&] {
+      std::unique_ptr<Duplex> duplex;
+      return !cardsOfSoundServers_().contains(card->index) &&
+             Duplex::open(alsa_, pcmNames(*card), duplex) != -EBUSY;
+    };
     if (outcome == Reservation::Outcome::refused || !awaitReleased(outcome, isFree)) return statusOf(-EBUSY);
     {
       const std::lock_guard lock(mutex_);
@@ -120,7 +124,7 @@ class AlsaDriver final : public Driver {
 
   template <typename Change>
   OSStatus change(const std::string& uid, bool isRunning, const Change& change) {
-    if (!isRunning) {
+    if (!isRunning && !isReserved(uid)) {
       // A card that cannot be opened now would keep its old settings.
       std::unique_ptr<Duplex> duplex;
       const int error = open(uid, duplex);
@@ -154,9 +158,10 @@ class AlsaDriver final : public Driver {
       const auto known = claims_.find(device.uid);
       if (known != claims_.end()) claim = std::move(known->second);
     }
-    // The card may have come back with another number.
+    // The card may have come back with another number. If not, its server may still open and close it for
+    // what it had begun before the claim.
     if (claim.reservation && claim.card == card) {
-      return {Reservation::Outcome::reserved, std::move(claim.reservation)};
+      return {Reservation::Outcome::takenOver, std::move(claim.reservation)};
     }
     claim.reservation.reset();
     return Reservation::ask(card, device.name);
@@ -247,6 +252,12 @@ class AlsaDriver final : public Driver {
       const auto control = session.lock();
       if (control && control->lost()) claims_.try_emplace(uid);
     }
+  }
+
+  /// True between the claim and the first start.
+  bool isReserved(const std::string& uid) {
+    const auto claim = claims_.find(uid);
+    return claim != claims_.end() && claim->second.reservation;
   }
 
   std::set<std::string> claimedUids() {

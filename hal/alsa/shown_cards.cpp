@@ -69,6 +69,7 @@ std::vector<DeviceInfo> ShownCards::show(const std::vector<Card>& cards, const U
     }
     const Known* const known = look(card, isRunning);
     if (known == nullptr) continue;
+    if (!isRunning && isOurs && !known->isProbed) continue;
     const DuplexFormat& format = known->offer.format;
     if (format.inputChannels + format.outputChannels == 0) continue;
     devices.push_back(describe(card, known->offer));
@@ -90,7 +91,8 @@ const ShownCards::Known* ShownCards::look(const Card& card, bool isRunning) {
   if (probe.outcome == Probe::Outcome::notNow && isKnown) return &known->second;
   // Remember useless cards too; probe cards in use again.
   Known& now = known_[uid];
-  now = {probe.offer, probe.outcome == Probe::Outcome::notNow, probe.inputNames, probe.outputNames};
+  const bool isProbed = probe.outcome != Probe::Outcome::notNow;
+  now = {probe.offer, !isProbed, isProbed, probe.inputNames, probe.outputNames};
   return &now;
 }
 

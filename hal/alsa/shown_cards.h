@@ -30,7 +30,7 @@ class ShownCards {
   /// The devices, in the order of `cards`. A card that a sound server uses is held, unless it is claimed or
   /// one of our sessions runs on it. Probes each new card that is not held. A card in use keeps what is known
   /// of it; a card that was in use from the start is shown with its user's settings. A claimed card that has
-  /// been away keeps what is known of it, too.
+  /// been away keeps what is known of it, too; one of which nothing is known is shown once it is free.
   [[nodiscard]] std::vector<DeviceInfo> show(const std::vector<Card>& cards, const Users& users);
 
   /// Makes show() probe the device again, once no session of ours runs on it.
@@ -47,6 +47,7 @@ class ShownCards {
   struct Known {
     DuplexOffer offer;
     bool toLookAgain = false;
+    bool isProbed = false;  // the offer is the card's own, not its user's settings
     std::vector<std::string> inputNames = {};
     std::vector<std::string> outputNames = {};
   };

@@ -64,6 +64,37 @@ TEST_F(CardClaim, WaitsUntilTheServerHasClosedTheCard) {
   closing.join();
 }
 
+/// It finishes what it had begun: as a session manager that is asked while it makes the card's nodes.
+TEST_F(CardClaim, OutlastsAServerThatOpensTheCardOnceMore) {
+  const CardOwner server(OneCard::kNumber, Manner::releases, [this] { releaseFromServer(); });
+  ASSERT_EQ(driver().claim(machine_.card()), noErr);
+  const DeviceInfo card = machine_.card();
+  machine_.isHeld = true;
+  EXPECT_EQ(driver().setBufferFrames(card, 512), noErr);
+  std::thread closing([this] {
+    std::this_thread::sleep_for(300ms);
+    machine_.isHeld = false;
+  });
+  EXPECT_EQ(driver().start(card, client_).status, noErr);
+  closing.join();
+}
+
+TEST_F(CardClaim, WaitsUntilThePcmsAreClosed) {
+  std::thread closing;
+  {
+    const CardOwner server(OneCard::kNumber, Manner::releases, [&] {
+      machine_.isServers = false;
+      closing = std::thread([this] {
+        std::this_thread::sleep_for(300ms);
+        machine_.isHeld = false;
+      });
+    });
+    EXPECT_EQ(driver().claim(machine_.card()), noErr);
+    EXPECT_FALSE(machine_.isHeld);
+  }
+  closing.join();
+}
+
 TEST_F(CardClaim, ReservesTheCardUntilTheFirstSessionEnds) {
   CardOwner server(OneCard::kNumber, Manner::releases, [this] { releaseFromServer(); });
   ASSERT_EQ(driver().claim(machine_.card()), noErr);

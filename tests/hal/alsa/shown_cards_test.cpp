@@ -129,6 +129,14 @@ TEST_F(ShownCardsTest, AClaimedCardIsOursWhoeverHasIt) {
   EXPECT_TRUE(devices[0].alsaCards.empty());  // it stays listed even if the server lists it, too
 }
 
+TEST_F(ShownCardsTest, AClaimedCardIsShownOnceItIsFree) {
+  claimed_ = {"alsa:USB"};
+  probes_["USB"] = {Outcome::notNow, {{44100, 0, 2, 441, 0, 0, 0, 0, 0}, {}}};
+  for (int list = 0; list < 2; ++list) EXPECT_TRUE(show({card(1, "USB", "Card")}).empty());
+  probes_["USB"] = {Outcome::known, offer(18, 20)};
+  EXPECT_EQ(show({card(1, "USB", "Card")}).at(0).outputStreams.size(), 20U);
+}
+
 TEST_F(ShownCardsTest, AClaimedCardThatReturnsIsKnown) {
   probes_["PCH"] = {Outcome::known, offer(2, 4)};
   claimed_ = {"alsa:PCH"};
