@@ -184,7 +184,7 @@ std::optional<Catalog::HeldCard> Catalog::findHeld(const IsWanted& isWanted) con
 }
 
 std::optional<Catalog::HeldCard> Catalog::heldCard(const std::string& uid) const {
-  return findHeld([&](const DeviceInfo& info) { return info.uid == uid; });
+  return findHeld([&](const DeviceInfo& info) { return validUtf8(info.uid) == uid; });
 }
 
 std::optional<Catalog::HeldCard> Catalog::heldCard(int alsaCard) const {

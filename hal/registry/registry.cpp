@@ -8,6 +8,7 @@
 #include "hal/driver_table.h"
 #include "hal/support/exhaustion.h"
 #include "hal/support/thread.h"
+#include "hal/support/utf8.h"
 
 namespace tolvane::hal {
 
@@ -70,7 +71,7 @@ OSStatus Registry::change(const std::shared_ptr<Device>& device, Change change) 
 std::string Registry::cardUid(const Device& device) const {
   const std::vector<int> cards = device.info().alsaCards;
   const auto held = cards.size() == 1 ? catalog_.heldCard(cards.front()) : std::nullopt;
-  return held ? held->info.uid : "";
+  return held ? validUtf8(held->info.uid) : "";
 }
 
 OSStatus Registry::claim(const std::string& uid) {

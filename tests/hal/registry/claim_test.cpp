@@ -56,6 +56,17 @@ TEST_F(Claim, aDeviceOfOtherOrOfSeveralCardsHasNoCardOfItsOwn) {
   EXPECT_EQ(stringOf(deviceList().at(0), kTolvaneDevicePropertyCardUID), "");
 }
 
+TEST_F(Claim, ofACardWithBytesThatAreNoTextTakesItsUidAsItIsShown) {
+  auto card = heldCard();
+  card.uid = "alsa:\xFF";
+  second_.setDevices({card});
+  const AudioObjectID device = deviceList().at(0);
+  const std::string shown = stringOf(device, kTolvaneDevicePropertyCardUID);
+  EXPECT_EQ(shown, "alsa:\xEF\xBF\xBD");
+  EXPECT_EQ(claim(shown), noErr);
+  EXPECT_EQ(deviceList().size(), 2U);
+}
+
 TEST_F(Claim, makesADeviceOfIt) {
   Listening list(kAudioObjectSystemObject, kAudioHardwarePropertyDevices);
   first_.setDevices({});  // the server releases it
