@@ -113,6 +113,12 @@ std::vector<std::string> JackTestClient::connectionsOf(const std::string& port) 
   return result;
 }
 
+void JackTestClient::expectConnections(const std::string& port,
+                                       const std::vector<std::string>& others) const {
+  eventually([&] { return connectionsOf(port) == others; });
+  EXPECT_EQ(connectionsOf(port), others) << port;
+}
+
 void JackTestClient::record(std::size_t frames) {
   for (auto& channel : recordings_) channel.assign(frames, 0.0F);
   cycleStarts_.clear();

@@ -51,6 +51,9 @@ class JackTestClient {
   void setPrettyName(std::size_t channel, const std::string& name);
   void setBufferSize(jack_nframes_t frames);
   [[nodiscard]] std::vector<std::string> connectionsOf(const std::string& port) const;
+  /// Expects that the port is connected to these. Waits, because the server's list changes only at its next
+  /// cycle.
+  void expectConnections(const std::string& port, const std::vector<std::string>& others) const;
   [[nodiscard]] std::string name() const { return jack_get_client_name(client_); }
 
   /// Records every recording port from the next cycle on, for `frames` frames or until endRecording().

@@ -1,5 +1,8 @@
 // The names of channels beside what jack_lsp prints of the same graph: the devices' ports, and our own.
 #include <csignal>
+#include <map>
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -8,6 +11,7 @@
 #include "ctl/support/child_process.h"
 #include "ctl/support/files.h"
 #include "ctl/support/tool_output.h"
+#include "support/eventually.h"
 #include "support/jack_server.h"
 #include "support/jack_test_client.h"
 
@@ -123,7 +127,12 @@ TEST_F(ChannelNamesOnJack, OfWhatWeServeAreOurPortsAliases) {
   EXPECT_THAT(ports.at("Tolvane:in_1"), ElementsAre("Kick"));
   EXPECT_THAT(ports.at("Tolvane:out_1"), ElementsAre("Front of House"));
   EXPECT_THAT(ports.at("Tolvane:out_2"), ElementsAre("Wedge"));
-  const auto connections = indentedLinesOf("jack_lsp -c");
+  // The server lists a connection only after its next cycle.
+  std::map<std::string, std::vector<std::string>> connections;
+  eventually([&] {
+    connections = indentedLinesOf("jack_lsp -c");
+    return !connections.at("Tolvane:out_2").empty();
+  });
   const json card = channelsOf("jack:card");
   for (std::size_t c = 0; c < card.at("inputs").size(); ++c) {
     EXPECT_THAT(connections.at("Tolvane:in_" + std::to_string(c + 1)),

@@ -48,7 +48,7 @@ TEST_F(JackRemovedLink, ComesBackWithTheNextStart) {
   ASSERT_TRUE(isReported({{1}, {}}));
   session_.reset();
   session_ = start("card", client_);
-  EXPECT_EQ(card_->connectionsOf("card:capture_2"), std::vector<std::string>{"Tolvane:in_2"});
+  card_->expectConnections("card:capture_2", {"Tolvane:in_2"});
   EXPECT_EQ(client_.removals, 1);
 }
 

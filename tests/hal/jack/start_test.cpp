@@ -23,13 +23,6 @@ class JackStart : public JackFixture {
     return result.status;
   }
 
-  /// Waits, because a change of connections shows only at the server's next cycle.
-  static void expectConnections(const JackTestClient& card, const std::string& port,
-                                const std::vector<std::string>& others) {
-    eventually([&] { return card.connectionsOf(port) == others; });
-    EXPECT_EQ(card.connectionsOf(port), others) << port;
-  }
-
   JackSessionClient client_{2, 2, straightRoutes(2)};
 };
 
@@ -62,13 +55,13 @@ TEST_F(JackStart, ConnectsOnePortAChannel) {
   card.activate();
   auto session = start("card", client_);
   ASSERT_NE(session, nullptr);
-  expectConnections(card, "card:capture_1", {"Tolvane:in_1"});
-  expectConnections(card, "card:capture_2", {"Tolvane:in_2"});
-  expectConnections(card, "card:playback_1", {"Tolvane:out_1"});
-  expectConnections(card, "card:playback_3", {"Tolvane:out_3"});
+  card.expectConnections("card:capture_1", {"Tolvane:in_1"});
+  card.expectConnections("card:capture_2", {"Tolvane:in_2"});
+  card.expectConnections("card:playback_1", {"Tolvane:out_1"});
+  card.expectConnections("card:playback_3", {"Tolvane:out_3"});
   session.reset();
-  expectConnections(card, "card:capture_1", {});
-  expectConnections(card, "card:playback_3", {});
+  card.expectConnections("card:capture_1", {});
+  card.expectConnections("card:playback_3", {});
 }
 
 TEST_F(JackStart, LeavesAloneWhatTheUserDisconnects) {
@@ -76,11 +69,11 @@ TEST_F(JackStart, LeavesAloneWhatTheUserDisconnects) {
   JackTestClient card = JackTestClient::card("card", 2, 2);
   card.activate();
   const auto session = start("card", client_);
-  expectConnections(card, "card:capture_1", {"Tolvane:in_1"});
+  card.expectConnections("card:capture_1", {"Tolvane:in_1"});
   card.disconnect("card:capture_1", "Tolvane:in_1");
   const std::uint64_t before = client_.cycles;
   EXPECT_TRUE(eventually([&] { return client_.cycles > before + 20; }));
-  expectConnections(card, "card:capture_1", {});
+  card.expectConnections("card:capture_1", {});
   EXPECT_TRUE(client_.alive);
 }
 
@@ -138,7 +131,7 @@ TEST_F(JackStart, RunsBesideAnotherOfItsName) {
   JackSessionClient other(2, 2, straightRoutes(2));
   const auto second = start("card", other);
   EXPECT_TRUE(eventually([&] { return client_.cycles > 3 && other.cycles > 3; }));
-  expectConnections(card, "card:capture_1", {"Tolvane:in_1", "Tolvane-01:in_1"});
+  card.expectConnections("card:capture_1", {"Tolvane:in_1", "Tolvane-01:in_1"});
 }
 
 }  // namespace

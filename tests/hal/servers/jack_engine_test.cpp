@@ -1,8 +1,6 @@
 // A jackd that dies under a running engine, and the next one.
 #include <optional>
 
-#include <gmock/gmock.h>
-
 #include "hal/promised_times.h"
 #include "hal/servers/engine_client.h"
 #include "support/jack_server.h"
@@ -50,8 +48,8 @@ TEST_F(JackEngine, RunsAgainInTwoSecondsOnTheNextServer) {
   }
   {
     const JackTestClient ear = JackTestClient::ear("ear", 1);
-    EXPECT_THAT(ear.connectionsOf("system:capture_1"), testing::ElementsAre("Tolvane:in_1"));
-    EXPECT_THAT(ear.connectionsOf("system:playback_2"), testing::ElementsAre("Tolvane:out_2"));
+    ear.expectConnections("system:capture_1", {"Tolvane:in_1"});
+    ear.expectConnections("system:playback_2", {"Tolvane:out_2"});
   }
   EXPECT_EQ(deviceNamed(engine_, "system"), device_);
   expectStopsInASecond(engine_);
