@@ -6,10 +6,13 @@
 
 #include "app/app_delegate.h"
 #include "app/palette.h"
+#include "engine/device_prefetch.h"
 
 namespace tolvane {
 
 int runApplication() {
+  // The sound servers answer while Qt connects to the display.
+  prefetchDevices();
   // Qt keeps references to both for its lifetime. It gets only our name, no arguments.
   static int argc = 1;
   static char name[] = "tolvane";

@@ -37,7 +37,8 @@ QPixmap drawnIcon(int size) {
 
 QIcon windowIcon() {
   QIcon icon;
-  for (const int size : {16, 32, 48, 64, 128, 256}) icon.addPixmap(drawnIcon(size));
+  // The display gets all sizes before the window appears. A larger one would take a millisecond.
+  for (const int size : {16, 32, 48, 64, 128}) icon.addPixmap(drawnIcon(size));
   return icon;
 }
 

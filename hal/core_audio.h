@@ -58,6 +58,11 @@ inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyCardUID = 0x6
 /// card that is listed already it does nothing and succeeds.
 inline constexpr AudioObjectPropertySelector kTolvanePropertyClaim = 0x636C616D;  // 'clam'
 
+/// System object: UInt32, any value. It can be set, not read. Setting it asks the sound servers for their
+/// devices and does not wait for the answers. A program can so do something else before it reads its first
+/// list.
+inline constexpr AudioObjectPropertySelector kTolvanePropertyPrefetch = 0x70666368;  // 'pfch'
+
 /// Device: UInt32. The channels of the device's monitor: what its outputs play, for a member of an aggregate.
 /// 0 if it has no monitor.
 inline constexpr AudioObjectPropertySelector kTolvaneDevicePropertyMonitorChannels = 0x6D6E6368;  // 'mnch'

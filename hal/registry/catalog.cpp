@@ -70,6 +70,10 @@ DeviceListing Catalog::askAll() {
   return listing;
 }
 
+void Catalog::prefetch() {
+  for (const PollerRef& poller : pollers()) poller->ask();
+}
+
 std::vector<std::string> Catalog::problems() const {
   std::vector<std::string> problems;
   for (const PollerRef& poller : pollers()) {

@@ -34,6 +34,8 @@ class Catalog {
   /// Asks all drivers at once and returns the whole list. If a driver threw, rethrows its exception instead.
   /// [not-io]
   DeviceListing askAll();
+  /// Asks all drivers and does not wait for the answers. The next list then waits less. [not-io]
+  void prefetch();
   /// Asks one driver. [not-io]
   void ask(const std::shared_ptr<DriverPoller>& poller);
   /// Asks the drivers that reported a change since their last answer. [not-io]

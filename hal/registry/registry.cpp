@@ -14,22 +14,34 @@ namespace tolvane::hal {
 
 Registry& Registry::shared() {
   // Never destroyed: the threads of devices and listeners may run until the process ends.
-  static auto* const registry = [] {
-    auto* const made = new Registry;
-    made->useDrivers(makeDrivers());
-    return made;
-  }();
+  static auto* const registry = new Registry;
   return *registry;
 }
 
 Registry::Registry() : catalog_([this] { wake(); }) {}
 
 void Registry::useDrivers(std::vector<std::unique_ptr<Driver>> drivers) {
+  std::call_once(driversMade_, [] {});
   catalog_.useDrivers(std::move(drivers));
 }
 
+/// The catalog with its drivers. Making them opens the sound servers' libraries, which takes milliseconds.
+Catalog& Registry::catalog() {
+  std::call_once(driversMade_, [this] { catalog_.useDrivers(makeDrivers()); });
+  return catalog_;
+}
+
+bool Registry::prefetch() {
+  return runDetached("tolvane-list", [this] {
+    orExhausted([this] {
+      catalog().prefetch();
+      return noErr;
+    });
+  });
+}
+
 DeviceListing Registry::listDevices() {
-  DeviceListing listing = catalog_.askAll();
+  DeviceListing listing = catalog().askAll();
   publishChanges();
   return listing;
 }

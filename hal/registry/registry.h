@@ -15,8 +15,8 @@
 namespace tolvane::hal {
 
 /// Implements the C surface: the devices, registrations and listeners of the process, and the thread that
-/// passes session events to the listeners and restarts lost devices. Made on first use with the drivers of
-/// the driver table, never destroyed.
+/// passes session events to the listeners and restarts lost devices. Made on first use, never
+/// destroyed. The drivers are those of the driver table, made for the first list.
 class Registry {
  public:
   static Registry& shared();
@@ -27,7 +27,9 @@ class Registry {
 
   /// Asks every driver; leaves out those that do not answer in time. Throws like Catalog::askAll(). [not-io]
   DeviceListing listDevices();
-  [[nodiscard]] std::vector<std::string> problems() const { return catalog_.problems(); }
+  /// Asks every driver and does not wait for the answers. False if the system has no thread left. [not-io]
+  bool prefetch();
+  [[nodiscard]] std::vector<std::string> problems() { return catalog().problems(); }
   /// Null when there is none. [not-io]
   std::shared_ptr<Device> device(AudioObjectID id) { return catalog_.device(id); }
   /// The value of 'livn': from the device's running sessions, else from the list. [not-io]
@@ -57,6 +59,7 @@ class Registry {
   using RegistrationRef = std::shared_ptr<Registration>;
 
   Registry();
+  [[nodiscard]] Catalog& catalog();
   [[nodiscard]] RegistrationRef registration(AudioObjectID device, AudioDeviceIOProcID procId) const;
   [[nodiscard]] std::vector<RegistrationRef> registrations() const;
   void endAtExit();
@@ -72,6 +75,7 @@ class Registry {
 
   Notifier notifier_;
   Catalog catalog_;
+  std::once_flag driversMade_;
 
   mutable std::mutex mutex_;  // guards the members up to ending_
   std::map<AudioDeviceIOProcID, RegistrationRef> registrations_;

@@ -44,8 +44,9 @@ OSStatus readDeviceList(Registry& registry, const ValueRoom& room) {
   return writeArray(room, takeList(registry));
 }
 
-UInt32 textSize(Registry& /*registry*/) {
-  return sizeof(CFTypeRef);
+template <class Value>
+UInt32 sizeOf(Registry& /*registry*/) {
+  return sizeof(Value);
 }
 
 OSStatus readSilentServers(Registry& /*registry*/, const ValueRoom& room) {
@@ -64,7 +65,8 @@ UInt32 claimSize(Registry& /*registry*/) {
   return 0;
 }
 
-OSStatus readClaim(Registry& /*registry*/, const ValueRoom& /*room*/) {
+/// Of a property that can only be set.
+OSStatus readNothing(Registry& /*registry*/, const ValueRoom& /*room*/) {
   return kAudioHardwareUnsupportedOperationError;
 }
 
@@ -73,15 +75,22 @@ OSStatus writeClaim(Registry& registry, UInt32 dataSize, const void* data) {
   return registry.claim({static_cast<const char*>(data), dataSize});
 }
 
+OSStatus writePrefetch(Registry& registry, UInt32 dataSize, const void* /*data*/) {
+  if (dataSize != sizeof(UInt32)) return kAudioHardwareBadPropertySizeError;
+  return registry.prefetch() ? OSStatus{noErr} : kTolvaneExhaustedError;
+}
+
 }  // namespace
 
 const std::vector<Property<Registry>>& systemProperties() {
   static const auto* const table = new std::vector<Property<Registry>>{
       {kAudioHardwarePropertyDevices, kAudioObjectPropertyScopeGlobal, deviceListSize, readDeviceList,
        nullptr},
-      {kTolvanePropertySilentServers, kAudioObjectPropertyScopeGlobal, textSize, readSilentServers, nullptr},
-      {kTolvanePropertyProblems, kAudioObjectPropertyScopeGlobal, textSize, readProblems, nullptr},
-      {kTolvanePropertyClaim, kAudioObjectPropertyScopeGlobal, claimSize, readClaim, writeClaim},
+      {kTolvanePropertySilentServers, kAudioObjectPropertyScopeGlobal, sizeOf<CFTypeRef>, readSilentServers,
+       nullptr},
+      {kTolvanePropertyProblems, kAudioObjectPropertyScopeGlobal, sizeOf<CFTypeRef>, readProblems, nullptr},
+      {kTolvanePropertyClaim, kAudioObjectPropertyScopeGlobal, claimSize, readNothing, writeClaim},
+      {kTolvanePropertyPrefetch, kAudioObjectPropertyScopeGlobal, sizeOf<UInt32>, readNothing, writePrefetch},
   };
   return *table;
 }

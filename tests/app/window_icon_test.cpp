@@ -21,8 +21,9 @@ TEST(WindowIcon, IsTheOneThatIsInstalled) {
   delegate.applicationDidFinishLaunching();
   const QIcon icon = delegate.window()->windowIcon();
   ASSERT_FALSE(icon.isNull());
-  const QImage drawn = icon.pixmap(QSize(256, 256), 1.0).toImage();
-  ASSERT_EQ(drawn.size(), QSize(256, 256));
+  // At half the size of the installed file's drawing.
+  const QImage drawn = icon.pixmap(QSize(128, 128), 1.0).toImage();
+  ASSERT_EQ(drawn.size(), QSize(128, 128));
   EXPECT_EQ(drawn.pixelColor(0, 0).alpha(), 0) << "its corners are round";
   // A rectangle in the installed file has its own colour or the colour of its group.
   QFile file(QStringLiteral(TOLVANE_ICON_FILE));
@@ -41,7 +42,7 @@ TEST(WindowIcon, IsTheOneThatIsInstalled) {
     const QString own = attributes.value("fill").toString();
     // Six units inside the shape: past the border, and not on one of the cells that cover the background.
     const QPoint inside(number("x") + 6, number("y") + number("height") / 2);
-    EXPECT_EQ(drawn.pixelColor(inside).name(), own.isEmpty() ? groupFill : own) << rectangles;
+    EXPECT_EQ(drawn.pixelColor(inside / 2).name(), own.isEmpty() ? groupFill : own) << rectangles;
     ++rectangles;
   }
   EXPECT_EQ(rectangles, 17);

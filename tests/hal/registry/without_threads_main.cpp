@@ -47,6 +47,13 @@ OSStatus list() {
   return status;
 }
 
+OSStatus prefetch() {
+  const AudioObjectPropertyAddress address{kTolvanePropertyPrefetch, kAudioObjectPropertyScopeGlobal,
+                                           kAudioObjectPropertyElementMain};
+  const UInt32 begin = 1;
+  return AudioObjectSetPropertyData(kAudioObjectSystemObject, &address, 0, nullptr, sizeof begin, &begin);
+}
+
 OSStatus listen() {
   const AudioObjectPropertyAddress address = deviceListAddress();
   const auto hear = [](AudioObjectID, UInt32, const AudioObjectPropertyAddress*, void*) -> OSStatus {
@@ -65,6 +72,7 @@ OSStatus silence(AudioObjectID, const AudioTimeStamp*, const AudioBufferList*, c
 int main(int argc, char** argv) {
   if (!becomeNobodyElse()) return 1;
   allowThreads(argc > 1 ? static_cast<rlim_t>(std::atoi(argv[1])) : 1);
+  report("prefetch", prefetch());
   report("list", list());
   report("listen", listen());
   allowThreads(kPlenty);

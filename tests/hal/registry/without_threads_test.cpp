@@ -35,8 +35,8 @@ TEST(WithoutThreads, EveryCallThatNeedsOneFailsAndTheNextOneWithThemSucceeds) {
   const Outcome outcome = outcomeWith(1);
   EXPECT_EQ(outcome.status, 0);
   const std::string none = std::to_string(kTolvaneExhaustedError);
-  const std::string before = "list " + none + "\nlisten " + none + "\nlist 0\nstart " + none + "\nset " +
-                             none + "\nstart 0\nstop 0\n";
+  const std::string before = "prefetch " + none + "\nlist " + none + "\nlisten " + none + "\nlist 0\nstart " +
+                             none + "\nset " + none + "\nstart 0\nstop 0\n";
   // JACK's last answer is valid for 100 ms. The last list needs a thread only after that.
   EXPECT_THAT(outcome.out, testing::AnyOf(before + "list 0\nend\n", before + "list " + none + "\nend\n"));
 }
