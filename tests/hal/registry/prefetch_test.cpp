@@ -40,8 +40,9 @@ TEST_F(Prefetch, doesNotWaitForADriver) {
 
 TEST_F(Prefetch, leavesTheFirstListItsTime) {
   first_.setDevices({scriptedDevice("one", 2, 2)});
-  first_.setListingTime(2 * hal::kListLimit);
+  first_.setListingTime(hal::kListLimit + std::chrono::milliseconds(50));
   EXPECT_EQ(prefetch(), noErr);
+  ASSERT_TRUE(eventually([&] { return first_.listings() == 1; }));
   EXPECT_EQ(deviceList().size(), 1U);
 }
 
