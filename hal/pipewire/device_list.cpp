@@ -1,61 +1,12 @@
 #include "hal/pipewire/device_list.h"
 
 #include <algorithm>
-#include <cctype>
-#include <iterator>
-#include <limits>
-#include <string_view>
+#include <cstddef>
 #include <utility>
 
 namespace tolvane::hal::pipewire {
 
 namespace {
-
-bool isOfClass(std::string_view mediaClass, std::string_view wanted) {
-  if (!mediaClass.starts_with(wanted)) return false;
-  const std::string_view rest = mediaClass.substr(wanted.size());
-  return rest.empty() || (rest.front() == '/' && rest != "/Internal");
-}
-
-bool givesMonitors(const GraphNode& node) {
-  return isOfClass(node.mediaClass, "Audio/Sink");
-}
-
-bool givesInputs(const GraphNode& node) {
-  return isOfClass(node.mediaClass, "Audio/Source") || isOfClass(node.mediaClass, "Audio/Duplex");
-}
-
-bool givesOutputs(const GraphNode& node) {
-  return isOfClass(node.mediaClass, "Audio/Sink") || isOfClass(node.mediaClass, "Audio/Duplex");
-}
-
-/// Compares names as text, but the numbers in them by value: "pro-output-3" comes before "pro-output-10".
-/// Names that differ only in leading zeros are compared as text, so that different names never compare equal.
-bool naturallyLess(std::string_view a, std::string_view b) {
-  const bool isLessAsText = a < b;
-  const auto isDigit = [](char c) { return std::isdigit(static_cast<unsigned char>(c)) != 0; };
-  const auto takeNumber = [&](std::string_view& text) {
-    const auto zeros = std::min(text.find_first_not_of('0'), text.size());
-    text.remove_prefix(zeros);
-    const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
-    const auto digits = text.substr(0, static_cast<std::size_t>(end - text.begin()));
-    text.remove_prefix(digits.size());
-    return digits;
-  };
-  while (!a.empty() && !b.empty()) {
-    if (isDigit(a.front()) && isDigit(b.front())) {
-      const auto numberA = takeNumber(a);
-      const auto numberB = takeNumber(b);
-      if (numberA.size() != numberB.size()) return numberA.size() < numberB.size();
-      if (numberA != numberB) return numberA < numberB;
-    } else {
-      if (a.front() != b.front()) return a.front() < b.front();
-      a.remove_prefix(1);
-      b.remove_prefix(1);
-    }
-  }
-  return a.size() != b.size() ? a.size() < b.size() : isLessAsText;
-}
 
 /// The name without the number that a session manager appends for another card of the same name: ".2".
 std::string withoutOrder(const std::string& name) {
@@ -68,73 +19,6 @@ constexpr std::uint32_t kSuggestedQuantumFrames = 256;
 
 /// For the session manager to set a node's ports up, or to tell a card's profiles.
 constexpr std::chrono::milliseconds kSessionManagersTime{500};
-
-}  // namespace
-
-/// The nodes of one device.
-struct DeviceList::Group {
-  struct Member {
-    std::uint32_t id;
-    const GraphNode* node;
-  };
-  std::string key;  // unique among the devices present now
-  const GraphCard* card = nullptr;
-  std::vector<Member> members;  // in channel order, which does not change
-
-  [[nodiscard]] std::uint64_t serial() const {
-    if (card != nullptr) return card->serial;
-    std::uint64_t first = std::numeric_limits<std::uint64_t>::max();
-    for (const Member& member : members) first = std::min(first, member.node->serial);
-    return first;
-  }
-
-  [[nodiscard]] std::string lastingName() const {
-    if (card != nullptr && !card->name.empty()) return card->name;
-    const auto named = std::find_if(members.begin(), members.end(),
-                                    [](const Member& member) { return !member.node->cardName.empty(); });
-    return named != members.end() ? named->node->cardName : members.front().node->name;
-  }
-
-  [[nodiscard]] std::string description() const {
-    if (card != nullptr && !card->description.empty()) return card->description;
-    const auto sink = std::find_if(members.begin(), members.end(),
-                                   [](const Member& member) { return givesOutputs(*member.node); });
-    const GraphNode& spokesman = sink != members.end() ? *sink->node : *members.front().node;
-    return spokesman.description.empty() ? spokesman.name : spokesman.description;
-  }
-
-  /// Where a USB card is plugged in that its name does not tell from others of its kind; else empty.
-  [[nodiscard]] std::string placeOfNamesake(const UsbLookup& find) const {
-    for (const Member& member : members) {
-      if (!member.node->alsaCard || !isCard()) continue;
-      const std::optional<UsbCard> usb = find(*member.node->alsaCard);
-      if (usb && usb->serial.empty()) return usb->busPath;
-    }
-    return {};
-  }
-
-  [[nodiscard]] std::string proAudioCommand() const {
-    if (card == nullptr || !card->profile || !card->proAudioProfile) return {};
-    if (*card->profile == *card->proAudioProfile) return {};
-    return "pw-cli set-param " + std::to_string(*members.front().node->cardId) +
-           " Profile '{ index: " + std::to_string(*card->proAudioProfile) + ", save: true }'";
-  }
-
-  [[nodiscard]] bool isCard() const { return members.front().node->cardId.has_value(); }
-
-  /// All its nodes have described themselves.
-  [[nodiscard]] bool hasAnswered() const {
-    return std::all_of(members.begin(), members.end(),
-                       [](const Member& member) { return member.node->hasAnswered; });
-  }
-
-  [[nodiscard]] bool has(const std::string& nodeName) const {
-    return std::any_of(members.begin(), members.end(),
-                       [&](const Member& member) { return member.node->name == nodeName; });
-  }
-};
-
-namespace {
 
 /// Appends the node's channels of one direction; returns whether it has any and all have their ports.
 bool appendChannels(const Graph& graph, std::uint32_t nodeId, const GraphNode& node, bool ofInputPorts,
@@ -206,40 +90,7 @@ void describeChannels(ListedDevice& device) {
   describe(device.outputs, device.info.outputs);
 }
 
-std::vector<DeviceList::Group> DeviceList::groupsOf(const Graph& graph) const {
-  std::map<std::string, Group> groups;
-  for (const auto& [id, node] : graph.nodes) {
-    const auto card = node.cardId ? graph.cards.find(*node.cardId) : graph.cards.end();
-    std::string key;
-    if (card != graph.cards.end()) {
-      key = "card " + std::to_string(card->second.serial);
-    } else {
-      key = node.cardId ? "nodes of card " + std::to_string(*node.cardId)
-                        : "node " + std::to_string(node.serial);
-    }
-    Group& group = groups[key];
-    group.key = key;
-    if (card != graph.cards.end()) group.card = &card->second;
-    group.members.push_back({id, &node});
-  }
-  std::vector<Group> ordered;
-  for (auto& [key, group] : groups) {
-    std::sort(group.members.begin(), group.members.end(), [](const auto& a, const auto& b) {
-      if (a.node->name != b.node->name) return naturallyLess(a.node->name, b.node->name);
-      return a.node->serial < b.node->serial;
-    });
-    ordered.push_back(std::move(group));
-  }
-  std::sort(ordered.begin(), ordered.end(), [&](const Group& a, const Group& b) {
-    const bool aIsDefault = a.has(graph.defaultSink);
-    const bool bIsDefault = b.has(graph.defaultSink);
-    if (aIsDefault != bIsDefault) return aIsDefault;
-    return a.serial() < b.serial();
-  });
-  return ordered;
-}
-
-std::string DeviceList::uidOf(const Group& group) {
+std::string DeviceList::uidOf(const DeviceGroup& group) {
   const auto known = uids_.find(group.key);
   if (known != uids_.end()) return known->second;
   // A card without a serial number of its own is known by the place where it is plugged in: the server calls
@@ -256,9 +107,9 @@ std::string DeviceList::uidOf(const Group& group) {
   return uid;
 }
 
-void DeviceList::forgetAllBut(const std::vector<Group>& groups) {
+void DeviceList::forgetAllBut(const std::vector<DeviceGroup>& groups) {
   std::set<std::string> present;
-  for (const Group& group : groups) present.insert(group.key);
+  for (const DeviceGroup& group : groups) present.insert(group.key);
   std::erase_if(uids_, [&](const auto& entry) { return !present.contains(entry.first); });
 }
 
@@ -285,11 +136,11 @@ bool DeviceList::awaits(std::chrono::steady_clock::time_point seen) {
   return isSoon;
 }
 
-ListedDevice DeviceList::listed(const Graph& graph, const Group& group) {
+ListedDevice DeviceList::listed(const Graph& graph, const DeviceGroup& group) {
   ListedDevice device;
   device.isComplete = true;
   bool hasAllMonitors = true;
-  for (const Group::Member& member : group.members) {
+  for (const DeviceGroup::Member& member : group.members) {
     const GraphNode& node = *member.node;
     addAlsaCard(node, device.info);
     // The session manager gives a node its ports. It gives none to a node that cannot be opened. Such a node
@@ -326,11 +177,11 @@ ListedDevice DeviceList::listed(const Graph& graph, const Group& group) {
 }
 
 std::vector<ListedDevice> DeviceList::build(const Graph& graph, std::set<std::string> reservedNames) {
-  const std::vector<Group> groups = groupsOf(graph);
+  const std::vector<DeviceGroup> groups = deviceGroups(graph);
   forgetAllBut(groups);
   isMoreToCome_ = false;
   std::vector<ListedDevice> devices;
-  for (const Group& group : groups) {
+  for (const DeviceGroup& group : groups) {
     // The uid is chosen once, when all the nodes of a device have described themselves. Nodes that join later
     // do not change it.
     if (uids_.contains(group.key) || group.hasAnswered()) devices.push_back(listed(graph, group));

@@ -3,9 +3,7 @@
 
 #include <chrono>
 #include <cstdint>
-#include <functional>
 #include <map>
-#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -13,6 +11,7 @@
 
 #include "hal/aggregates/aggregate.h"
 #include "hal/driver/device_info.h"
+#include "hal/pipewire/device_group.h"
 #include "hal/pipewire/graph.h"
 #include "hal/support/usb_card.h"
 
@@ -60,9 +59,6 @@ void describeChannels(ListedDevice& device);
 /// passes to another device while its first owner is present. Not thread-safe.
 class DeviceList {
  public:
-  /// Finds the USB card with ALSA's number; none if that card is not on USB.
-  using UsbLookup = std::function<std::optional<UsbCard>(int alsaCard)>;
-
   explicit DeviceList(UsbLookup usb = [](int alsaCard) { return usbCard(alsaCard); })
       : usb_(std::move(usb)) {}
 
@@ -89,12 +85,10 @@ class DeviceList {
   void describeCycle(const GraphClock& clock, DeviceInfo& info) const;
 
  private:
-  struct Group;
-  std::vector<Group> groupsOf(const Graph& graph) const;
-  std::string uidOf(const Group& group);
-  ListedDevice listed(const Graph& graph, const Group& group);
+  std::string uidOf(const DeviceGroup& group);
+  ListedDevice listed(const Graph& graph, const DeviceGroup& group);
   bool awaits(std::chrono::steady_clock::time_point seen);
-  void forgetAllBut(const std::vector<Group>& groups);
+  void forgetAllBut(const std::vector<DeviceGroup>& groups);
 
   const UsbLookup usb_;
   std::map<std::string, std::string> uids_;      // by the group's key
