@@ -164,6 +164,8 @@ TEST_F(CardClaim, OfALostCardIsMadeByItsSession) {
   machine_.isThere = false;
   ASSERT_TRUE(test::eventually([this] { return !client_.alive; }));
   EXPECT_TRUE(driver().devices().empty());
+  // The session gives the reservation back on a thread of its own.
+  ASSERT_TRUE(test::eventually([this] { return !asker_.isReserved(); }));
   // It returns, and the server is faster.
   const CardOwner server(OneCard::kNumber, Manner::releases, [this] { releaseFromServer(); });
   giveToServer();

@@ -21,8 +21,13 @@ void end(DBusConnection* connection) {
 
 CardOwner::CardOwner(int card, Manner manner, std::function<void()> onRelease)
     : manner_(manner), onRelease_(std::move(onRelease)), connection_(PrivateBus::shared().connect()) {
-  dbus_bus_request_name(connection_, nameOf(card).c_str(),
-                        DBUS_NAME_FLAG_ALLOW_REPLACEMENT | DBUS_NAME_FLAG_DO_NOT_QUEUE, nullptr);
+  const int result =
+      dbus_bus_request_name(connection_, nameOf(card).c_str(),
+                            DBUS_NAME_FLAG_ALLOW_REPLACEMENT | DBUS_NAME_FLAG_DO_NOT_QUEUE, nullptr);
+  if (result != DBUS_REQUEST_NAME_REPLY_PRIMARY_OWNER) {
+    end(connection_);
+    throw std::runtime_error("somebody has reserved the card already");
+  }
   thread_ = std::thread([this] { serve(); });
 }
 

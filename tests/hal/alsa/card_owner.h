@@ -20,7 +20,7 @@ class CardOwner {
  public:
   enum class Manner { releases, refuses, isSilent, leaves };
 
-  /// `onRelease` is called before it agrees.
+  /// `onRelease` is called before it agrees. Throws std::runtime_error if somebody has reserved the card.
   CardOwner(
       int card, Manner manner, std::function<void()> onRelease = [] {});
   CardOwner(const CardOwner&) = delete;
